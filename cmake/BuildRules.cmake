@@ -1,0 +1,34 @@
+# How everything here is compiled: one language level, one set of warnings, hidden by default.
+
+set(CMAKE_CXX_STANDARD 17 CACHE STRING "C++ level; the driver's folders also build as 11")
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+if(NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE Release)
+endif()
+
+find_program(CCACHE ccache)
+if(CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE}")
+endif()
+
+find_package(Threads REQUIRED)
+
+# Link plc_rules PRIVATE to every target of ours.
+add_library(plc_rules INTERFACE)
+target_compile_options(plc_rules INTERFACE
+  -Wall -Wextra -Wshadow -Wconversion -Wold-style-cast -fvisibility=hidden -fvisibility-inlines-hidden)
+if(PLC_WERROR)
+  target_compile_options(plc_rules INTERFACE -Werror)
+endif()
+
+if(PLC_SANITIZE)
+  add_compile_options("-fsanitize=${PLC_SANITIZE}" -fno-omit-frame-pointer -g)
+  add_link_options("-fsanitize=${PLC_SANITIZE}")
+  if(PLC_SANITIZE MATCHES "undefined")
+    add_compile_options(-fno-sanitize-recover=undefined)
+  endif()
+endif()
