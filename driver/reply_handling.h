@@ -1,0 +1,31 @@
+/// \file
+/// \brief Judges replies and finishes requests. DataCom() is in the public header.
+///
+/// Communication thread. A reply always belongs to the head of protocolList, which MUST NOT be empty; only
+/// its announced length is judged.
+#ifndef DRIVER_REPLY_HANDLING_H
+#define DRIVER_REPLY_HANDLING_H
+
+#include <QByteArray>
+
+struct RW_VAR;
+
+/// Judges and files the reply to a local request; files under imageMutex, with no other lock held.
+/// \return result code
+int DealDataOfLocalArea(QByteArray* reply, int length);
+
+/// Judges and files the reply to a remote request. Files without imageMutex, and only where storeSelector
+/// is -1; both on purpose.
+/// \return result code
+int DealDataOfRemoteArea(QByteArray* reply, int length);
+
+/// \return 1 when the data of the reply is to be filed (accessFlag 0), 2 when it is only judged
+int CheckGetData(QByteArray* reply, int length);
+
+/// Copies everything but the value bytes, which \a target loses.
+void passRetValue(const RW_VAR& source, RW_VAR& target);
+
+/// Notes the head of writeList in PLC_driver.pendingBit, for SaveToLocalDataErea(). Takes listMutex.
+void TakePendingBit();
+
+#endif

@@ -1,0 +1,50 @@
+/// \file
+/// \brief Bytes of a Modbus TCP frame: offsets, sizes, and putting and getting big-endian values.
+///
+/// Modbus Messaging on TCP/IP Implementation Guide V1.0b, section 3.1.3 (MBAP header); Modbus Application
+/// Protocol V1.1b3, section 6 (function codes).
+#ifndef FRAMES_FRAME_BYTES_H
+#define FRAMES_FRAME_BYTES_H
+
+#include "driver/plcdriver.h"
+#include "frames/address_map.h"
+
+enum {
+    MBAP_LENGTH_END = 6,     ///< the header's length field counts the bytes from here on
+    REPLY_DATA_OFFSET = 9,   ///< header (7), function code, byte count
+    WRITE_REPLY_LENGTH = 12, ///< header (7), function code, address, and value or quantity
+    FRAME_VALUE_OFFSET = 10  ///< register value of a single write
+};
+
+/// Appends the low 16 bits of \a value, high byte first.
+void Put16(QByteArray& bytes, int value);
+
+/// Overwrites two bytes at \a at with the low 16 bits of \a value, high byte first.
+void Set16(QByteArray& bytes, int at, int value);
+
+/// \return the 16-bit value at \a bytes, high byte first
+inline unsigned int Get16(const unsigned char* bytes)
+{
+    return (static_cast<unsigned int>(bytes[0]) << 8) | bytes[1];
+}
+
+/// \return byte \a at of \a bytes, 0 beyond its end
+inline unsigned char ByteAt(const QByteArray& bytes, int at)
+{
+    return at >= 0 && at < bytes.size() ? static_cast<unsigned char>(bytes.at(at)) : static_cast<unsigned char>(0);
+}
+
+/// Begins a frame: transaction and protocol number 0, the length field, the low byte of \a station, function
+/// code and Modbus address. \a bytesAfterAddress follow.
+QByteArray BeginFrame(int station, FunctionCode function, int modbusAddress, int bytesAfterAddress);
+
+/// Appends a frame for \a request to protocolList.
+/// \param replyLength \param dataOffset \param dataLength what the reply looks like; a broadcast
+///        (station 0) is never answered, so all three become 0
+void QueueFrame(const RW_VAR& request, const QByteArray& frame, int replyLength, int dataOffset,
+                int dataLength);
+
+/// Tells reply handling how many replies make up the request just queued.
+void ExpectFrames(int frames);
+
+#endif
