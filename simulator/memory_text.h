@@ -1,0 +1,40 @@
+/// \file
+/// \brief Values of the controller's memory as text: what is loaded at the start and dumped at the end.
+///
+/// One value per line, numbers decimal or hexadecimal with 0x; `#` starts a comment; blank lines are
+/// skipped:
+///
+///     unit 1 coil 0x0010 1
+///     unit 1 register 8192 1234    # a comment
+///
+/// Units go from 1 to 255, addresses from 0 to 65535, a coil is 0 or 1, a register 0 to 65535. A value
+/// given twice: the last line counts.
+#ifndef SIMULATOR_MEMORY_TEXT_H
+#define SIMULATOR_MEMORY_TEXT_H
+
+#include "simulator/controller_memory.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace simulator
+{
+
+struct MemoryText {
+    std::vector<MemoryValue> values;
+    std::vector<std::string> errors; ///< one for each wrong line: place, its text, what was expected
+};
+
+/// Reads `text`, whatever it holds. `fileName` is only for the messages.
+MemoryText parseMemoryText(const std::string& text, const std::string& fileName);
+
+/// The lines for `values`, in a form that parseMemoryText() reads back to the same values.
+std::string formatMemoryText(const std::vector<MemoryValue>& values);
+
+/// A whole decimal or 0x-hexadecimal number from 0 to `maximum`, nothing before or behind it.
+std::optional<unsigned long> parseNumber(const std::string& text, unsigned long maximum);
+
+} // namespace simulator
+
+#endif
