@@ -1,0 +1,88 @@
+/// \file
+/// \brief The TCP link to the controller: one request and its reply at a time.
+#ifndef PANEL_LINK_H
+#define PANEL_LINK_H
+
+#include "panel/reconnect_pause.h"
+#include "panel/reply_assembler.h"
+#include "panel/reply_matcher.h"
+
+#include <QByteArray>
+#include <QElapsedTimer>
+#include <QString>
+#include <QTcpSocket>
+
+#include <atomic>
+#include <mutex>
+#include <vector>
+
+namespace panel
+{
+
+struct LinkState {
+    bool connected = false;
+    qint64 sinceMs = 0; ///< how long it has been so
+    int connects = 0;   ///< connections made; every one after the first is a reconnect
+    int untrusted = 0;  ///< connections dropped because the stream was no longer in step
+    DropCounts dropped; ///< replies that did not belong to the request
+    QString lastError;  ///< why the last connection was lost or could not be made
+};
+
+/// What one exchange brought.
+struct LinkExchange {
+    bool sent = false;                 ///< the frame went out
+    QByteArray sentFrame;              ///< as it went out, with its number; empty when it did not
+    QByteArray reply;                  ///< one whole reply with the number put back to 0; empty: none came
+    std::vector<DroppedReply> dropped; ///< other replies that came meanwhile
+};
+
+/// Everything but stop() and state() belongs to one thread, which must be a QThread.
+class Link
+{
+public:
+    Link(const QString& host, int port, int timeoutMs);
+    ~Link();
+
+    /// Sends \a frame and waits for its reply, for the time-out at most. While there is no connection it
+    /// tries to make one, in growing pauses, and lasts its time-out just the same. Making one may take a
+    /// second more.
+    /// \param replyExpected false for a broadcast: sent only
+    LinkExchange exchange(const QByteArray& frame, bool replyExpected);
+
+    /// Makes the exchange that is running, and every later one, end soon. Any thread.
+    void stop();
+
+    /// Any thread.
+    LinkState state() const;
+
+private:
+    bool ensureConnected(const QElapsedTimer& clock);
+    bool tryToConnect();
+    void drop(const QString& why);
+    bool send(const QByteArray& frame);
+    void receive(const QElapsedTimer& clock, LinkExchange* exchange);
+    void takeBytes(LinkExchange* exchange);
+    void noteConnected();
+    void noteDropped(LinkExchange* exchange, const QByteArray& reply, DropReason reason);
+    bool pauseWhileUnconnected(const QElapsedTimer& clock);
+
+    const QString m_host;
+    const int m_port;
+    const int m_timeoutMs;
+    std::atomic<bool> m_stopping{false};
+
+    QTcpSocket m_socket;
+    ReplyAssembler m_assembler;
+    ReplyMatcher m_matcher;
+    ReconnectPause m_pause;
+    QElapsedTimer m_sinceLastAttempt;
+    int m_nextPauseMs = 0;
+
+    mutable std::mutex m_stateMutex;
+    LinkState m_state;
+    QElapsedTimer m_stateSince;
+};
+
+} // namespace panel
+
+#endif

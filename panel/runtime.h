@@ -1,0 +1,103 @@
+/// \file
+/// \brief The runtime: driver, link, communication thread, and what commands ask of them.
+#ifndef PANEL_RUNTIME_H
+#define PANEL_RUNTIME_H
+
+#include "driver/plcdriver.h"
+#include "panel/cyclic_value.h"
+#include "panel/link.h"
+#include "panel/outcome.h"
+#include "panel/pending.h"
+#include "panel/settings.h"
+#include "panel/variable.h"
+
+#include <QDateTime>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace panel
+{
+
+/// One frame, what came back, and what the driver made of it.
+struct ExchangeRecord {
+    QDateTime sentAt;      ///< when the exchange began
+    int durationMs = 0;    ///< until the reply or the time-out
+    QByteArray frame;      ///< as the driver built it, number 0
+    LinkExchange exchange; ///< as it went over the link
+    RW_VAR request;        ///< the request that the frame was built for
+    bool replyExpected = true;
+    int result = 0; ///< the driver's code: 1 done, 0 to be retried, else failed for good
+};
+
+/// Runs on the communication thread with no lock held; must not throw and must not stop the runtime.
+using ExchangeObserver = std::function<void(const ExchangeRecord&)>;
+
+struct Statistics {
+    long exchanges = 0;       ///< frames handed to the link
+    long good = 0;            ///< replies that the driver took
+    long retried = 0;         ///< failures that were retried
+    long failed = 0;          ///< requests given up
+    long passes = 0;          ///< passes over the cyclic variables
+    long writesConfirmed = 0; ///< whole writes, as write() took them
+    long writesFailed = 0;
+    long readsDone = 0; ///< whole one-shot reads
+    long readsFailed = 0;
+    long readsQueuedAgain = 0; ///< requests of one-shot reads that fell to the failure of another request
+    int writesWaiting = 0;     ///< requests of writes that have not ended
+};
+
+/// One runtime at a time in a process, because the driver's state is one per process.
+///
+/// Every write and every read ends: confirmed or done by the controller's answer, or failed with a reason,
+/// at the latest when the runtime is stopped. write(), read(), value(), setStation() and the reports may
+/// be called from any thread, also at once, between start() and stop().
+class Runtime
+{
+public:
+    explicit Runtime(const Settings& settings);
+    ~Runtime(); ///< stops
+    Runtime(const Runtime&) = delete;
+    Runtime& operator=(const Runtime&) = delete;
+
+    /// Before start(): refreshes \a variable again and again.
+    /// \return its index for value()
+    /// \throws std::runtime_error for a variable that cannot be read, with the reason
+    int addCyclic(const Variable& variable);
+
+    /// Before start().
+    void setObserver(const ExchangeObserver& observer);
+
+    /// Loads the driver and starts the communication thread. A controller that is not there is no error.
+    /// \throws std::runtime_error when a setting is wrong, the driver cannot be loaded or another runtime
+    ///         is running; the message says what to do
+    void start();
+
+    /// Ends the communication thread; whatever is still waiting fails. Once stopped, stays stopped.
+    void stop();
+
+    /// Queues a write and returns at once. A later write to the same elements replaces one that waits.
+    Pending<WriteOutcome> write(const Variable& variable, const std::vector<quint32>& values);
+
+    /// Queues a one-shot read and returns at once.
+    Pending<ReadOutcome> read(const Variable& variable);
+
+    /// \param index as addCyclic() returned it
+    CyclicValue value(int index) const;
+
+    /// Switches communication with a station (0..255) off or on. Off: its waiting writes and reads fail,
+    /// new ones are refused, its cyclic variables keep their old values.
+    void setStation(int station, bool on);
+
+    LinkState linkState() const;
+    Statistics statistics() const;
+
+private:
+    class Private;
+    std::unique_ptr<Private> d;
+};
+
+} // namespace panel
+
+#endif

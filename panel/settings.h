@@ -1,0 +1,29 @@
+/// \file
+/// \brief What a person sets before the panel starts.
+#ifndef PANEL_SETTINGS_H
+#define PANEL_SETTINGS_H
+
+#include <QString>
+
+namespace panel
+{
+
+struct Settings {
+    QString driverPath; ///< path of the driver library, e.g. build/i386/libplcdriver.so
+    QString host = QStringLiteral("127.0.0.1"); ///< name or address of the controller
+    int port = 502;                             ///< its TCP port, 1..65535
+    int station = 1;                            ///< station of every variable that names none, 0..255
+    bool multiStation = false; ///< several stations share the link; values are kept per station
+    int timeoutMs = 300;       ///< wait for a reply
+    int retryLimit = 3;        ///< failures in a row that are retried
+    int maxBlockCount = 100;   ///< words of one request at most, 2..125; bits eight times as many
+    int cyclePauseMs = 100;    ///< pause after a pass over the cyclic variables
+    int staleAfterMs = 2000;   ///< a value that was not refreshed for so long looks stale
+};
+
+/// \return what is wrong with \a settings and what is expected, or an empty text
+QString settingsError(const Settings& settings);
+
+} // namespace panel
+
+#endif
