@@ -71,7 +71,7 @@ public:
 
     ControllerMemory& memory();
 
-    /// Counts from now on, for open connections too, and restarts the random sequences from the seed.
+    /// Holds for every request from now on, on open connections too; restarts the random sequences.
     /// Throws std::invalid_argument as checkFaults(), and then changes nothing.
     void setFaults(const FaultSettings& faults);
 
@@ -92,6 +92,7 @@ private:
     void acceptInto(Connections& connections);
     void serve(Connection& connection);
     void handle(Connection& connection, const Bytes& request);
+    void deliver(Connection& connection, Bytes reply, const FaultDraw& draw);
     void trace(const TraceEntry& entry) const;
 
     const Settings settings_;

@@ -1,0 +1,154 @@
+#include "simulator/command_line.h"
+
+#include "simulator/memory_text.h"
+
+#include <QCommandLineParser>
+
+#include <stdexcept>
+
+namespace simulator
+{
+
+namespace
+{
+
+constexpr unsigned long longestDelay = 600000; // ms
+
+[[noreturn]] void refuse(const QString& message)
+{
+    throw std::invalid_argument(message.toStdString());
+}
+
+QString faultHelp()
+{
+    QString text =
+        QStringLiteral("Spoil replies: NAME with this PROBABILITY (0 to 1). Repeatable; together at "
+                       "most 1. NAME is one of:");
+    for (const FaultKind& kind : faultList())
+        text += QStringLiteral("\n%1: %2").arg(QLatin1String(kind.name), QLatin1String(kind.effect));
+    return text;
+}
+
+void addOptions(QCommandLineParser& parser)
+{
+    parser.setApplicationDescription(QStringLiteral(
+        "A simulated Modbus TCP controller on 127.0.0.1: coils and holding registers 0 to 65535 for each "
+        "unit "
+        "1 to 255.\nIts first line on standard output is 'listening on 127.0.0.1:PORT'. Ctrl-C ends it.\n\n"
+        "Example: plcsim --port 1502 --load start.txt --dump --fault late=0.1 --fault cut=0.05\n\n"
+        "Files of values hold one value per line, numbers decimal or 0x-hexadecimal, # starts a comment:\n"
+        "  unit 1 coil 0x0010 1\n"
+        "  unit 1 register 8192 1234"));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.addOptions({
+        {QStringLiteral("port"), QStringLiteral("Listen on this TCP port; 0, the default, picks a free one."),
+         QStringLiteral("N"), QStringLiteral("0")},
+        {QStringLiteral("load"), QStringLiteral("Start with the values of this file."),
+         QStringLiteral("FILE")},
+        {QStringLiteral("dump"), QStringLiteral("At the end print every value that is not 0.")},
+        {QStringLiteral("dump-file"),
+         QStringLiteral("At the end write every value that is not 0 to this file."), QStringLiteral("FILE")},
+        {QStringLiteral("refuse"),
+         QStringLiteral("Addresses that do not exist (exception 2), for example 100-199. Repeatable."),
+         QStringLiteral("FROM-TO")},
+        {QStringLiteral("fault"), faultHelp(), QStringLiteral("NAME=PROBABILITY")},
+        {QStringLiteral("late-ms"), QStringLiteral("Delay of late replies in milliseconds; default 500."),
+         QStringLiteral("MS"), QStringLiteral("500")},
+        {QStringLiteral("seed"),
+         QStringLiteral("The same seed and the same requests give the same faults; default 1."),
+         QStringLiteral("N"), QStringLiteral("1")},
+        {QStringLiteral("trace"), QStringLiteral("Print every request and reply in hex on standard error.")},
+        {QStringLiteral("quiet"), QStringLiteral("No summary on standard error at the end.")},
+    });
+}
+
+unsigned long numberOf(const QCommandLineParser& parser, const char* option, unsigned long maximum)
+{
+    const QString text = parser.value(QLatin1String(option));
+    const auto number = parseNumber(text.toStdString(), maximum);
+    if (!number)
+        refuse(QStringLiteral("--%1 %2: give a number from 0 to %3")
+                   .arg(QLatin1String(option), text, QString::number(maximum)));
+    return *number;
+}
+
+const FaultKind& faultNamed(const QString& name)
+{
+    QStringList names;
+    for (const FaultKind& kind : faultList()) {
+        if (name == QLatin1String(kind.name))
+            return kind;
+        names += QLatin1String(kind.name);
+    }
+    refuse(QStringLiteral("--fault: there is no fault '%1'; choose among %2")
+               .arg(name, names.join(QStringLiteral(", "))));
+}
+
+void setFault(FaultSettings& faults, const QString& text)
+{
+    const QString name = text.section(QLatin1Char('='), 0, 0);
+    const FaultKind& kind = faultNamed(name);
+    bool isNumber = false;
+    const double probability = text.section(QLatin1Char('='), 1).toDouble(&isNumber);
+    if (!isNumber)
+        refuse(QStringLiteral("--fault %1: give a probability from 0 to 1, for example --fault %2=0.1")
+                   .arg(text, name));
+    faults.*kind.probability = probability;
+}
+
+AddressRange rangeOf(const QString& text)
+{
+    const auto from = parseNumber(text.section(QLatin1Char('-'), 0, 0).toStdString(), addressCount - 1);
+    const auto to = parseNumber(text.section(QLatin1Char('-'), 1).toStdString(), addressCount - 1);
+    if (!from || !to || *from > *to)
+        refuse(QStringLiteral("--refuse %1: give the first and the last address, each from 0 to 65535, for "
+                              "example --refuse 100-199")
+                   .arg(text));
+    return {static_cast<int>(*from), static_cast<int>(*to)};
+}
+
+Options optionsOf(const QCommandLineParser& parser)
+{
+    Options options;
+    Settings& settings = options.settings;
+    settings.port = static_cast<int>(numberOf(parser, "port", 65535));
+    settings.faults.lateMs = static_cast<int>(numberOf(parser, "late-ms", longestDelay));
+    settings.faults.seed = static_cast<unsigned>(numberOf(parser, "seed", 0xFFFFFFFF));
+    for (const QString& text : parser.values(QStringLiteral("fault")))
+        setFault(settings.faults, text);
+    checkFaults(settings.faults);
+    for (const QString& text : parser.values(QStringLiteral("refuse")))
+        settings.refused.push_back(rangeOf(text));
+    options.loadFile = parser.value(QStringLiteral("load"));
+    options.dumpFile = parser.value(QStringLiteral("dump-file"));
+    options.dump = parser.isSet(QStringLiteral("dump"));
+    options.trace = parser.isSet(QStringLiteral("trace"));
+    options.quiet = parser.isSet(QStringLiteral("quiet"));
+    return options;
+}
+
+} // namespace
+
+CommandLine parseCommandLine(const QStringList& arguments)
+{
+    QCommandLineParser parser;
+    addOptions(parser);
+    if (!parser.parse(arguments))
+        return {CommandLine::Refuse, {}, parser.errorText()};
+    if (parser.isSet(QStringLiteral("help")))
+        return {CommandLine::ShowText, {}, parser.helpText()};
+    if (parser.isSet(QStringLiteral("version")))
+        return {CommandLine::ShowText, {}, QStringLiteral("plcsim " PLCSIM_VERSION "\n")};
+    if (!parser.positionalArguments().isEmpty())
+        return {CommandLine::Refuse,
+                {},
+                QStringLiteral("Unexpected argument '%1'.").arg(parser.positionalArguments().first())};
+    try {
+        return {CommandLine::Run, optionsOf(parser), {}};
+    } catch (const std::invalid_argument& error) {
+        return {CommandLine::Refuse, {}, QString::fromStdString(error.what())};
+    }
+}
+
+} // namespace simulator

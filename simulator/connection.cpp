@@ -1,0 +1,101 @@
+#include "simulator/connection.h"
+
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <array>
+#include <cerrno>
+
+namespace simulator
+{
+
+namespace
+{
+
+// A peer that asks and never reads shall not fill the memory.
+constexpr std::size_t mostPendingBytes = 65536;
+
+bool isTemporary(int error)
+{
+    return error == EAGAIN || error == EWOULDBLOCK || error == EINTR;
+}
+
+} // namespace
+
+Connection::Connection(FileDescriptor socket, unsigned long number)
+    : socket_(std::move(socket)), number_(number)
+{
+    const int on = 1; // replies, and above all single bytes of split ones, leave at once
+    setsockopt(socket_.number(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+}
+
+bool Connection::mayReceive() const
+{
+    return !inputEnded_ && unsent_.size() + queue_.pendingBytes() < mostPendingBytes;
+}
+
+short Connection::wanted() const
+{
+    const int in = mayReceive() ? POLLIN : 0;
+    const int out = unsent_.empty() ? 0 : POLLOUT;
+    return static_cast<short>(in | out);
+}
+
+std::optional<ReplyQueue::Time> Connection::wakeAt() const
+{
+    return unsent_.empty() ? queue_.nextDue() : std::nullopt;
+}
+
+void Connection::receive()
+{
+    if (happened_ & (POLLERR | POLLHUP | POLLNVAL))
+        close();
+    if (isClosed_ || !(happened_ & POLLIN))
+        return;
+    std::array<std::uint8_t, 4096> bytes{};
+    const ssize_t size = recv(socket_.number(), bytes.data(), bytes.size(), MSG_DONTWAIT);
+    if (size > 0)
+        stream_.append(bytes.data(), static_cast<std::size_t>(size));
+    else if (size == 0)
+        inputEnded_ = true;
+    else if (!isTemporary(errno))
+        close();
+}
+
+void Connection::reply(Bytes bytes, const FaultDraw& draw)
+{
+    queue_.add(std::move(bytes), draw, ReplyQueue::Clock::now());
+}
+
+void Connection::send()
+{
+    while (!isClosed_ && sendOnce()) {
+    }
+}
+
+// False when nothing is due or the system takes no more.
+bool Connection::sendOnce()
+{
+    if (unsent_.empty())
+        unsent_ = queue_.takeDue(ReplyQueue::Clock::now());
+    if (unsent_.empty())
+        return false;
+    const ssize_t size =
+        ::send(socket_.number(), unsent_.data(), unsent_.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    if (size < 0) {
+        if (!isTemporary(errno))
+            close();
+        return errno == EINTR;
+    }
+    unsent_.erase(unsent_.begin(), unsent_.begin() + size);
+    return true;
+}
+
+bool Connection::isOver() const
+{
+    return isClosed_ || stream_.isBroken() || (inputEnded_ && unsent_.empty() && !queue_.nextDue());
+}
+
+} // namespace simulator

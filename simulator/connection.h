@@ -1,0 +1,66 @@
+/// \file
+/// \brief One accepted TCP connection: bytes in, requests out; replies in, bytes out.
+#ifndef SIMULATOR_CONNECTION_H
+#define SIMULATOR_CONNECTION_H
+
+#include "simulator/faults.h"
+#include "simulator/file_descriptor.h"
+#include "simulator/reply_queue.h"
+#include "simulator/request_stream.h"
+
+#include <optional>
+
+namespace simulator
+{
+
+/// Never blocks. For one thread, which waits for the wanted() events of its socket or for wakeAt().
+class Connection
+{
+public:
+    /// Takes over `socket`, which must be connected and non-blocking. `number` is for the trace.
+    Connection(FileDescriptor socket, unsigned long number);
+
+    int socket() const { return socket_.number(); }
+    unsigned long number() const { return number_; }
+    FaultPlan::Position& faults() { return faults_; }
+
+    /// What to poll the socket for. Nothing is received while many replies wait to be sent.
+    short wanted() const;
+
+    /// What poll() reported for the socket.
+    void setHappened(short events) { happened_ = events; }
+
+    /// When send() has something to do though no event comes; nothing if not.
+    std::optional<ReplyQueue::Time> wakeAt() const;
+
+    /// Takes in what has arrived, if anything happened.
+    void receive();
+    std::optional<Bytes> nextRequest() { return stream_.next(); }
+    void reply(Bytes bytes, const FaultDraw& draw);
+
+    /// Sends what is due, as far as the system takes it.
+    void send();
+    void close() { isClosed_ = true; }
+
+    /// Whether it is to be dropped: closed by either side or broken, and nothing left to send to a peer
+    /// that only stopped sending.
+    bool isOver() const;
+
+private:
+    bool sendOnce();
+    bool mayReceive() const;
+
+    FileDescriptor socket_;
+    const unsigned long number_;
+    FaultPlan::Position faults_;
+    RequestStream stream_;
+    ReplyQueue queue_;
+    Bytes unsent_; // due, but the system did not take it yet
+    short happened_ = 0;
+    bool inputEnded_ = false;
+    bool isClosed_ = false;
+};
+
+} // namespace simulator
+
+#endif

@@ -1,0 +1,114 @@
+#include "simulator/memory_text.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdio>
+#include <sstream>
+
+namespace simulator
+{
+
+namespace
+{
+
+constexpr const char* expectedLine =
+    "expected 'unit 1..255 coil 0..65535 0|1' or 'unit 1..255 register 0..65535 0..65535'";
+
+std::optional<unsigned> digitValue(char digit)
+{
+    if (digit >= '0' && digit <= '9')
+        return static_cast<unsigned>(digit - '0');
+    const int lower = std::tolower(static_cast<unsigned char>(digit));
+    if (lower >= 'a' && lower <= 'f')
+        return static_cast<unsigned>(lower - 'a' + 10);
+    return std::nullopt;
+}
+
+std::vector<std::string> wordsOf(const std::string& line)
+{
+    std::istringstream stream(line.substr(0, line.find('#')));
+    std::vector<std::string> words;
+    for (std::string word; stream >> word;)
+        words.push_back(word);
+    return words;
+}
+
+std::optional<MemoryValue> parseWords(const std::vector<std::string>& words)
+{
+    if (words.size() != 5 || words[0] != "unit" || (words[2] != "coil" && words[2] != "register"))
+        return std::nullopt;
+    const bool isCoil = words[2] == "coil";
+    const auto unit = parseNumber(words[1], lastUnit);
+    const auto address = parseNumber(words[3], addressCount - 1);
+    const auto value = parseNumber(words[4], isCoil ? 1 : 0xFFFF);
+    if (!unit || *unit < firstUnit || !address || !value)
+        return std::nullopt;
+    return MemoryValue{static_cast<int>(*unit), isCoil ? MemoryValue::Coil : MemoryValue::Register,
+                       static_cast<int>(*address), static_cast<std::uint16_t>(*value)};
+}
+
+// A wrong file may hold anything: what a terminal would act upon is not repeated.
+std::string printable(const std::string& line)
+{
+    constexpr std::size_t longest = 80;
+    std::string text = line.substr(0, longest);
+    std::replace_if(
+        text.begin(), text.end(), [](unsigned char c) { return c < ' ' || c > '~'; }, '?');
+    return line.size() > longest ? text + "..." : text;
+}
+
+} // namespace
+
+std::optional<unsigned long> parseNumber(const std::string& text, unsigned long maximum)
+{
+    const bool isHex = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
+    const unsigned base = isHex ? 16 : 10;
+    const std::string digits = isHex ? text.substr(2) : text;
+    unsigned long long number = 0;
+    for (const char digit : digits) {
+        const auto value = digitValue(digit);
+        if (!value || *value >= base)
+            return std::nullopt;
+        number = number * base + *value;
+        if (number > maximum) // checked at every digit, so that the number cannot wrap
+            return std::nullopt;
+    }
+    if (digits.empty())
+        return std::nullopt;
+    return static_cast<unsigned long>(number);
+}
+
+MemoryText parseMemoryText(const std::string& text, const std::string& fileName)
+{
+    MemoryText result;
+    std::istringstream stream(text);
+    int number = 0;
+    for (std::string line; std::getline(stream, line);) {
+        ++number;
+        const auto words = wordsOf(line);
+        if (words.empty())
+            continue;
+        if (const auto value = parseWords(words))
+            result.values.push_back(*value);
+        else
+            result.errors.push_back(fileName + ":" + std::to_string(number) + ": '" + printable(line) +
+                                    "': " + expectedLine);
+    }
+    return result;
+}
+
+std::string formatMemoryText(const std::vector<MemoryValue>& values)
+{
+    std::string text;
+    for (const MemoryValue& value : values) {
+        std::array<char, 64> line{};
+        std::snprintf(line.data(), line.size(), "unit %d %s 0x%04X %u\n", value.unit,
+                      value.kind == MemoryValue::Coil ? "coil" : "register",
+                      static_cast<unsigned>(value.address), static_cast<unsigned>(value.value));
+        text += line.data();
+    }
+    return text;
+}
+
+} // namespace simulator
