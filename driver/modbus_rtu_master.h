@@ -23,9 +23,10 @@ enum RequestKind { CYCLIC_READ = 0, WRITE = 1, ONCE_READ = 2, NO_REQUEST_YET = 1
 /// The bit write that a read-before-write is about to merge into its word: taken from the head of writeList
 /// under listMutex, so that filing needs no lock on the list.
 struct PendingBit {
-    bool known;   ///< writeList had a head and its data was not empty
-    bool on;      ///< its first data byte was 1
-    int address;  ///< its bit address
+    bool queued;   ///< writeList had a head
+    bool hasValue; ///< and its data was not empty
+    bool on;       ///< the first data byte was 1
+    int address;   ///< its bit address
 };
 
 class Modbus_RTU_Master
@@ -33,28 +34,29 @@ class Modbus_RTU_Master
 public:
     Modbus_RTU_Master();
 
-    COMINFO* comInfo;               ///< the runtime's settings block; null until SetComInfo()
-    QList<RW_VAR> readList;         ///< cyclic reads; the head is next or in flight
-    QList<RW_VAR> writeList;        ///< pending writes
-    QList<RW_VAR> onceReadList;     ///< pending one-shot reads
-    QList<RW_VAR> spareList;        ///< always empty
-    QList<Protocol> protocolList;   ///< frames of the request in flight; the head is unanswered
-    QList<EXTENDVAR> extendList;    ///< values per station (multi-station mode)
-    QMap<int, int> stationMap;      ///< keys: the stations that are switched off
+    COMINFO* comInfo;             ///< the runtime's settings block; null until SetComInfo()
+    QList<RW_VAR> readList;       ///< cyclic reads; the head is next or in flight
+    QList<RW_VAR> writeList;      ///< pending writes
+    QList<RW_VAR> onceReadList;   ///< pending one-shot reads
+    QList<RW_VAR> spareList;      ///< always empty
+    QList<Protocol> protocolList; ///< frames of the request in flight; the head is unanswered
+    QList<EXTENDVAR> extendList;  ///< values per station (multi-station mode)
+    QMap<int, int> stationMap;    ///< keys: the stations that are switched off
     OnceReadDoneCallback onceReadDoneCallback;
     ListDoneCallback listDoneCallback;
     QMutex listMutex;
     QMutex imageMutex;
     QMutex stationMutex;
-    RW_VAR retVar;                  ///< what DataCom() returns
-    int requestKind;                ///< a RequestKind
-    int writeRun;                   ///< writes built since the last cyclic read
-    int onceReadRun;                ///< one-shot reads built since the last cyclic read
-    int readReplyCount;             ///< good local replies in the current pass of the read list
-    std::atomic<unsigned char> lastFailed;  ///< 1 after a failed reply, 0 after a good one; any thread reads it
-    unsigned char spareFlag;        ///< always 0
-    PendingBit pendingBit;          ///< set before each reply is filed
-    Image image;                    ///< the local copy of the controller's memory
+    RW_VAR retVar;      ///< what DataCom() returns
+    int requestKind;    ///< a RequestKind
+    int writeRun;       ///< writes built since the last cyclic read
+    int onceReadRun;    ///< one-shot reads built since the last cyclic read
+    int readReplyCount; ///< good local replies in the current pass of the read list
+    std::atomic<unsigned char>
+        lastFailed;          ///< 1 after a failed reply, 0 after a good one; any thread reads it
+    unsigned char spareFlag; ///< always 0
+    PendingBit pendingBit;   ///< set before each reply is filed
+    Image image;             ///< the local copy of the controller's memory
 
 private:
     Modbus_RTU_Master(const Modbus_RTU_Master&);

@@ -19,14 +19,14 @@ enum { AREA_BIT_OF_WORD = 8, AREA_WORD = 9, AREA_DWORD = 14, AREA_COUNT = 15 };
 struct Area {
     enum Kind { Bit, BitOfWord, Word, DoubleWord };
 
-    unsigned short base;     ///< Modbus address of element 0
-    Kind kind;               ///< decides scaling, blocks, and the element view of the image
-    int buffer;              ///< index among the image's buffers of its kind
-    int textBase;            ///< number base of the address text
-    int textOrigin;          ///< what the text of element 0 says; a smaller text is refused (0: no check)
-    FunctionCode read;       ///< FC_NONE: a read request is dropped
-    FunctionCode writeOne;   ///< FC_NONE: never written
-    FunctionCode writeMany;  ///< FC_NONE: only ever one element a frame
+    unsigned short base;    ///< Modbus address of element 0
+    Kind kind;              ///< decides scaling, blocks, and the element view of the image
+    int buffer;             ///< index among the image's buffers of its kind
+    int textBase;           ///< number base of the address text
+    int textOrigin;         ///< what the text of element 0 says; a smaller text is refused (0: no check)
+    FunctionCode read;      ///< FC_NONE: a read request is dropped
+    FunctionCode writeOne;  ///< FC_NONE: never written
+    FunctionCode writeMany; ///< FC_NONE: only ever one element a frame
 };
 
 /// \return the row of an area code, null outside 0..14. Any thread.

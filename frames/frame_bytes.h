@@ -31,8 +31,12 @@ inline unsigned int Get16(const unsigned char* bytes)
 /// \return byte \a at of \a bytes, 0 beyond its end
 inline unsigned char ByteAt(const QByteArray& bytes, int at)
 {
-    return at >= 0 && at < bytes.size() ? static_cast<unsigned char>(bytes.at(at)) : static_cast<unsigned char>(0);
+    return at >= 0 && at < bytes.size() ? static_cast<unsigned char>(bytes.at(at))
+                                        : static_cast<unsigned char>(0);
 }
+
+/// Appends zero bytes until \a bytes holds at least \a size of them.
+void PadTo(QByteArray& bytes, int size);
 
 /// Begins a frame: transaction and protocol number 0, the length field, the low byte of \a station, function
 /// code and Modbus address. \a bytesAfterAddress follow.

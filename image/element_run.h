@@ -5,14 +5,15 @@
 
 #include "image/area_buffers.h"
 
-/// Bits that the words of area 8 hold.
-enum { WORD_BITS = 16, AREA_BITS_OF_WORDS = WORD_BITS * AREA_ELEMENTS };
+/// Bits of a word, and all the bits that area 8 reaches in the words.
+const int WORD_BITS = 16;
+const int AREA_BITS_OF_WORDS = WORD_BITS * AREA_ELEMENTS;
 
 /// The part of a run that lies inside its area.
 struct ElementRun {
-    int skipped;  ///< elements before it that do not exist
-    int start;    ///< its first element
-    int count;    ///< its length, 0 when none exists
+    int skipped; ///< elements before it that do not exist
+    int start;   ///< its first element
+    int count;   ///< its length, 0 when none exists
 };
 
 /// Cuts \a count elements from \a address on to those inside 0..\a elements - 1. Any arguments.

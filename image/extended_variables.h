@@ -6,12 +6,13 @@
 #include <QByteArray>
 
 /// One value of one station. The key is (station, area, address); bits inside words are kept in the word's
-/// entry (area 9, bit address / 16), except replies to area-8 reads, which have entries of their own (area 8).
+/// entry (area 9, bit address / 16), except replies to area-8 reads, which have entries of their own (area
+/// 8).
 struct EXTENDVAR {
     int station;
     int area;
     int address;
-    QByteArray value;  ///< little-endian: 1 byte for bits, 2 for words, 4 for double words; 4 zeros when new
+    QByteArray value; ///< little-endian: 1 byte for bits, 2 for words, 4 for double words; 4 zeros when new
 };
 
 /// Finds the entry of a key in PLC_driver.extendList, or appends one with four zero bytes. The walk is linear

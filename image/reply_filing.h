@@ -1,9 +1,10 @@
 /// \file
 /// \brief Files the data of a good read reply.
 ///
-/// Everything about the routing comes from the head of protocolList, never from the reply; PLC_driver.pendingBit
-/// MUST be set before (see TakePendingBit()). Data bytes that the array does not hold, and elements outside their
-/// area, are left out. Nothing is reported. Communication thread; the caller holds imageMutex on the local path.
+/// Everything about the routing comes from the head of protocolList, never from the reply;
+/// PLC_driver.pendingBit MUST be set before (see TakePendingBit()). Data bytes that the array does not hold,
+/// and elements outside their area, are left out. Nothing is reported. Communication thread; the caller holds
+/// imageMutex on the local path.
 #ifndef IMAGE_REPLY_FILING_H
 #define IMAGE_REPLY_FILING_H
 
@@ -25,8 +26,8 @@ void SaveWordToUS(QByteArray* reply, unsigned short* area);
 /// A double word is two registers, low half first; bytes beyond the last whole one are left out.
 void SaveDWordToUS(QByteArray* reply, unsigned int* area);
 
-/// One register of area 8. A read-before-write (storeSelector -1) merges the pending bit into it and patches the
-/// value into the write frame that is queued behind the read. The word is stored in any case.
+/// One register of area 8. A read-before-write (storeSelector -1) merges the pending bit into it and patches
+/// the value into the write frame that is queued behind the read. The word is stored in any case.
 void SpecialRegisterSave(QByteArray* reply, unsigned short* area);
 /// @}
 

@@ -9,8 +9,8 @@ int BlockLimit(int area);
 
 /// What a count is used for: it decides what the largest sensible one is.
 enum CountUse {
-    COUNT_OF_READ,          ///< area 14: one more than its double words
-    COUNT_OF_QUEUED_WRITE,  ///< area 14: 16-bit words
+    COUNT_OF_READ,         ///< area 14: one more than its double words
+    COUNT_OF_QUEUED_WRITE, ///< area 14: 16-bit words
     COUNT_OF_ELEMENTS
 };
 
@@ -19,9 +19,9 @@ int ServableCount(int area, int count, CountUse use);
 
 /// A run of elements in pieces of at most one block; the last piece holds the rest.
 struct Pieces {
-    int number;  ///< 0 for a count of 0 or less
-    int size;    ///< elements of every piece but the last
-    int last;    ///< elements of the last piece
+    int number; ///< 0 for a count of 0 or less
+    int size;   ///< elements of every piece but the last
+    int last;   ///< elements of the last piece
 
     /// \return elements of piece \a i
     int count(int i) const { return i == number - 1 ? last : size; }

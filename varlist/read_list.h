@@ -5,8 +5,8 @@
 
 #include "driver/plcdriver.h"
 
-/// Appends \a var to \a list in pieces of at most \a max elements. Left alone when it fits; otherwise \a var is
-/// left holding the last piece. A \a max of 0 or less never splits.
+/// Appends \a var to \a list in pieces of at most \a max elements. Left alone when it fits; otherwise \a var
+/// is left holding the last piece. A \a max of 0 or less never splits.
 void WhetherGroup(int count, int max, RW_VAR* var, QList<RW_VAR>* list);
 
 /// Sorts by address, ascending and signed; entries of equal address keep their order. Only list slots are

@@ -1,0 +1,5 @@
+#include "frames/remote_frame.h"
+
+void Remote_ReadVar(RW_VAR*) {}
+
+void Remote_WriteVar(RW_VAR*) {}

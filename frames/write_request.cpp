@@ -1,0 +1,123 @@
+#include "frames/write_request.h"
+
+#include "driver/modbus_rtu_master.h"
+#include "frames/frame_bytes.h"
+#include "image/image_write.h"
+
+namespace
+{
+
+// Register i of little-endian value bytes, high byte first.
+void PutRegister(QByteArray& frame, const QByteArray& data, int i)
+{
+    frame.append(data.at(2 * i + 1));
+    frame.append(data.at(2 * i));
+}
+
+QByteArray CoilFrame(const RW_VAR& request, int modbusAddress)
+{
+    const bool on = ByteAt(request.data, 0) == 1;
+    QByteArray frame = BeginFrame(request.station, FC_WRITE_SINGLE_COIL, modbusAddress, 2);
+    Put16(frame, on ? 0xFF00 : 0x0000);
+    return frame;
+}
+
+QByteArray RegisterFrame(const RW_VAR& request, int modbusAddress)
+{
+    QByteArray frame = BeginFrame(request.station, FC_WRITE_SINGLE_REGISTER, modbusAddress, 2);
+    PutRegister(frame, request.data, 0);
+    return frame;
+}
+
+QByteArray RegistersFrame(const RW_VAR& request, int modbusAddress, int registers)
+{
+    QByteArray frame =
+        BeginFrame(request.station, FC_WRITE_MULTIPLE_REGISTERS, modbusAddress, 3 + 2 * registers);
+    Put16(frame, registers);
+    frame.append(static_cast<char>((2 * registers) & 0xFF)); // wraps above 127 registers, on purpose
+    for (int i = 0; i < registers; ++i)
+        PutRegister(frame, request.data, i);
+    return frame;
+}
+
+// Pads the value of the request to what its frame carries, and builds the frame.
+QByteArray WriteFrame(const Area& area, RW_VAR& request)
+{
+    const int element = request.address & 0xFFFF;
+    const int count = request.count & 0xFFFF;
+    switch (area.kind) {
+    case Area::Bit: // only the first coil is written, whatever the count
+        PadTo(request.data, count);
+        return CoilFrame(request, area.base + element);
+    case Area::Word:
+        PadTo(request.data, 2 * (count < 1 ? 1 : count));
+        return count < 2 ? RegisterFrame(request, area.base + element)
+                         : RegistersFrame(request, area.base + element, count);
+    case Area::DoubleWord: {
+        const int registers = (2 * count) & 0xFFFF; // all elements, unlike a read; on purpose
+        PadTo(request.data, 2 * registers);
+        return RegistersFrame(request, area.base + 2 * element, registers);
+    }
+    case Area::BitOfWord:
+        break;
+    }
+    return QByteArray();
+}
+
+void TellRuntime(int hostKey)
+{
+    QList<RW_VAR> empty;
+    if (PLC_driver.listDoneCallback)
+        PLC_driver.listDoneCallback(&empty, hostKey, 1);
+}
+
+} // namespace
+
+void WriteRegister(RW_VAR* request)
+{
+    const Area* area = FindArea(request->area);
+    if (!area || area->writeOne == FC_NONE)
+        return;
+    if (area->kind == Area::BitOfWord)
+        WriteBool_WordOfBit(request);
+    else
+        WriteAnalog(request);
+    TellRuntime(request->hostKey);
+    // After a failed reply the value may never arrive, so the image keeps what it has.
+    if (PLC_driver.lastFailed == 0)
+        WriteDataToLocal(request);
+}
+
+void WriteAnalog(RW_VAR* request)
+{
+    const Area* area = FindArea(request->area);
+    if (!area || area->writeOne == FC_NONE || area->kind == Area::BitOfWord)
+        return;
+    const QByteArray frame = WriteFrame(*area, *request);
+    QueueFrame(*request, frame, WRITE_REPLY_LENGTH, 0, 0);
+    ExpectFrames(1);
+}
+
+void WriteBool_WordOfBit(RW_VAR* request)
+{
+    if (request->station == 0)
+        return;
+    const int word = (request->address / 16) & 0xFFFF;
+
+    RW_VAR reading = *request;
+    reading.accessFlag = 0;
+    reading.address = word;
+    reading.storeSelector = -1; // marks the read-before-write
+    QByteArray readFrame = BeginFrame(request->station, FC_READ_HOLDING_REGISTERS, word, 2);
+    Put16(readFrame, 1);
+
+    RW_VAR writing = *request;
+    writing.accessFlag = 1;
+    writing.storeSelector = 0;
+    QByteArray writeFrame = BeginFrame(request->station, FC_WRITE_SINGLE_REGISTER, word, 2);
+    Put16(writeFrame, 0); // the reply to the read patches the word in
+
+    QueueFrame(reading, readFrame, REPLY_DATA_OFFSET + 2, REPLY_DATA_OFFSET, 2);
+    QueueFrame(writing, writeFrame, WRITE_REPLY_LENGTH, 0, 0);
+    ExpectFrames(2);
+}

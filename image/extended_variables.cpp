@@ -1,0 +1,17 @@
+#include "image/extended_variables.h"
+
+#include "driver/modbus_rtu_master.h"
+
+int ExtendFindSameVar(int station, int area, int address)
+{
+    const QList<EXTENDVAR>& entries = PLC_driver.extendList;
+    const int size = entries.size();
+    for (int i = 0; i < size; ++i) {
+        const EXTENDVAR& entry = entries.at(i);
+        if (entry.station == station && entry.area == area && entry.address == address)
+            return i;
+    }
+    EXTENDVAR entry = {station, area, address, QByteArray(4, '\0')};
+    PLC_driver.extendList.append(entry);
+    return size;
+}

@@ -1,0 +1,204 @@
+#include "image/reply_filing.h"
+
+#include "driver/modbus_rtu_master.h"
+#include "frames/address_map.h"
+#include "frames/frame_bytes.h"
+#include "image/element_run.h"
+
+#include <algorithm>
+
+namespace
+{
+
+// The data part of a reply: what its request announces, as far as the array really holds it.
+struct DataBytes {
+    const unsigned char* bytes;
+    int size;
+
+    unsigned int bit(int n) const { return (bytes[n / 8] >> (n % 8)) & 1u; }
+    unsigned int word(int i) const { return Get16(bytes + 2 * i); }
+    unsigned int doubleWord(int k) const { return word(2 * k) | word(2 * k + 1) << 16; }
+};
+
+const Protocol& Request()
+{
+    return PLC_driver.protocolList.at(0);
+}
+
+DataBytes DataOf(const QByteArray* reply, const Protocol& request)
+{
+    DataBytes data = {nullptr, 0};
+    if (!reply || request.dataOffset < 0 || request.dataOffset >= reply->size())
+        return data;
+    data.bytes = reinterpret_cast<const unsigned char*>(reply->constData()) + request.dataOffset;
+    data.size = std::max(0, std::min(request.dataLength, reply->size() - request.dataOffset));
+    return data;
+}
+
+// Bits of a reply that are filed: one more than its count where the last byte has it, on purpose.
+int BitsToFile(const DataBytes& data, int count)
+{
+    return static_cast<int>(std::min(8LL * data.size, count + 1LL));
+}
+
+void PatchQueuedWrite(unsigned int value)
+{
+    if (PLC_driver.protocolList.size() < 2)
+        return;
+    QByteArray& frame = PLC_driver.protocolList[1].frame;
+    if (frame.size() >= FRAME_VALUE_OFFSET + 2)
+        Set16(frame, FRAME_VALUE_OFFSET, static_cast<int>(value));
+}
+
+// The read-before-write step: the word with the pending bit in it, which the queued write then carries.
+unsigned int MergePendingBit(unsigned int value)
+{
+    const PendingBit& pending = PLC_driver.pendingBit;
+    if (pending.hasValue) {
+        const unsigned int mask = 1u << (pending.address & 15);
+        value = pending.on ? value | mask : value & ~mask;
+    }
+    PatchQueuedWrite(value);
+    return value;
+}
+
+void SaveToImage(QByteArray* reply, const Area& area)
+{
+    Image& image = PLC_driver.image;
+    switch (area.kind) {
+    case Area::Bit:
+        return SaveBitToUC(reply, image.bitArea[area.buffer]);
+    case Area::BitOfWord:
+        return SpecialRegisterSave(reply, image.wordArea[area.buffer]);
+    case Area::Word:
+        return SaveWordToUS(reply, image.wordArea[area.buffer]);
+    case Area::DoubleWord:
+        return SaveDWordToUS(reply, image.dwordArea);
+    }
+}
+
+// The value of element `element` of the request's station, cleared and resized for new bytes.
+char* StationValue(const Protocol& request, int element, int bytes)
+{
+    const int entry = ExtendFindSameVar(request.var.station, request.var.area, element);
+    QByteArray& value = PLC_driver.extendList[entry].value;
+    value.resize(bytes);
+    return value.data();
+}
+
+void PutLittleEndian(char* bytes, unsigned int value, int size)
+{
+    for (int i = 0; i < size; ++i)
+        bytes[i] = static_cast<char>((value >> (8 * i)) & 0xFF);
+}
+
+// The position just past the last filed bit loses its value before the loop ends, on purpose.
+void SaveStationBits(const DataBytes& data, const Protocol& request)
+{
+    const int bits = 8 * data.size;
+    for (int n = 0; n < bits; ++n) {
+        const bool past = n > request.var.count;
+        if (ElementExists(request.var.address, n, AREA_ELEMENTS)) {
+            char* value = StationValue(request, request.var.address + n, past ? 0 : 1);
+            if (!past)
+                *value = static_cast<char>(data.bit(n));
+        }
+        if (past)
+            return;
+    }
+}
+
+void SaveStationWords(const DataBytes& data, const Protocol& request)
+{
+    const ElementRun run = ExistingElements(request.var.address, data.size / 2, AREA_ELEMENTS);
+    for (int i = 0; i < run.count; ++i)
+        PutLittleEndian(StationValue(request, run.start + i, 2), data.word(run.skipped + i), 2);
+}
+
+void SaveStationDoubleWords(const DataBytes& data, const Protocol& request)
+{
+    const ElementRun run = ExistingElements(request.var.address, data.size / 4, AREA_ELEMENTS);
+    for (int k = 0; k < run.count; ++k)
+        PutLittleEndian(StationValue(request, run.start + k, 4), data.doubleWord(run.skipped + k), 4);
+}
+
+// Kept under area 8 and the word address, apart from the word's own entry in area 9; on purpose.
+void SaveStationRegister(const DataBytes& data, const Protocol& request)
+{
+    if (data.size < 2)
+        return;
+    unsigned int value = data.word(0);
+    if (request.var.storeSelector == -1 && PLC_driver.pendingBit.queued)
+        value = MergePendingBit(value);
+    if (ElementExists(request.var.address, 0, AREA_ELEMENTS))
+        PutLittleEndian(StationValue(request, request.var.address, 2), value, 2);
+}
+
+void SaveToStation(const DataBytes& data, const Protocol& request, const Area& area)
+{
+    switch (area.kind) {
+    case Area::Bit:
+        return SaveStationBits(data, request);
+    case Area::BitOfWord:
+        return SaveStationRegister(data, request);
+    case Area::Word:
+        return SaveStationWords(data, request);
+    case Area::DoubleWord:
+        return SaveStationDoubleWords(data, request);
+    }
+}
+
+} // namespace
+
+void SaveToLocalDataErea(QByteArray* reply)
+{
+    const Protocol& request = Request();
+    const Area* area = FindArea(request.var.area);
+    if (!area)
+        return;
+    if (PLC_driver.comInfo->multiStation == 0)
+        SaveToImage(reply, *area);
+    else
+        SaveToStation(DataOf(reply, request), request, *area);
+}
+
+void SaveBitToUC(QByteArray* reply, bool* area)
+{
+    const Protocol& request = Request();
+    const DataBytes data = DataOf(reply, request);
+    const int bits = BitsToFile(data, request.var.count);
+    const ElementRun run = ExistingElements(request.var.address, bits, AREA_ELEMENTS);
+    for (int i = 0; i < run.count; ++i)
+        area[run.start + i] = data.bit(run.skipped + i) != 0;
+}
+
+void SaveWordToUS(QByteArray* reply, unsigned short* area)
+{
+    const Protocol& request = Request();
+    const DataBytes data = DataOf(reply, request);
+    const ElementRun run = ExistingElements(request.var.address, data.size / 2, AREA_ELEMENTS);
+    for (int i = 0; i < run.count; ++i)
+        area[run.start + i] = static_cast<unsigned short>(data.word(run.skipped + i));
+}
+
+void SaveDWordToUS(QByteArray* reply, unsigned int* area)
+{
+    const Protocol& request = Request();
+    const DataBytes data = DataOf(reply, request);
+    const ElementRun run = ExistingElements(request.var.address, data.size / 4, AREA_ELEMENTS);
+    for (int k = 0; k < run.count; ++k)
+        area[run.start + k] = data.doubleWord(run.skipped + k);
+}
+
+void SpecialRegisterSave(QByteArray* reply, unsigned short* area)
+{
+    const Protocol& request = Request();
+    const DataBytes data = DataOf(reply, request);
+    if (data.size < 2)
+        return;
+    unsigned int value = data.word(0);
+    if (request.var.storeSelector == -1)
+        value = MergePendingBit(value);
+    if (ElementExists(request.var.address, 0, AREA_ELEMENTS))
+        area[request.var.address] = static_cast<unsigned short>(value);
+}
