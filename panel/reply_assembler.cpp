@@ -1,0 +1,43 @@
+#include "panel/reply_assembler.h"
+
+#include "panel/frame_fields.h"
+
+namespace panel
+{
+
+namespace
+{
+const int shortestLength = 2; // unit and function code
+const int longestLength = 254;
+} // namespace
+
+void ReplyAssembler::append(const QByteArray& bytes)
+{
+    if (!m_outOfStep)
+        m_buffer.append(bytes);
+}
+
+QByteArray ReplyAssembler::next()
+{
+    if (m_outOfStep || m_buffer.size() < headerToLength)
+        return QByteArray();
+    const int length = wordAt(m_buffer, lengthOffset);
+    if (wordAt(m_buffer, protocolOffset) != 0 || length < shortestLength || length > longestLength) {
+        m_outOfStep = true;
+        return QByteArray();
+    }
+    const int size = headerToLength + length;
+    if (m_buffer.size() < size)
+        return QByteArray();
+    const QByteArray reply = m_buffer.left(size);
+    m_buffer.remove(0, size);
+    return reply;
+}
+
+void ReplyAssembler::reset()
+{
+    m_buffer.clear();
+    m_outOfStep = false;
+}
+
+} // namespace panel

@@ -1,0 +1,84 @@
+#include "panel/reply_matcher.h"
+
+#include "panel/frame_fields.h"
+
+namespace panel
+{
+
+namespace
+{
+const int highestNumber = 0xFFFF;
+const int noNumber = 0;
+} // namespace
+
+QString dropReasonWords(DropReason reason)
+{
+    switch (reason) {
+    case DropReason::Late:
+        return QStringLiteral("late: it answers an earlier request");
+    case DropReason::Doubled:
+        return QStringLiteral("doubled: its request was answered before");
+    case DropReason::WrongUnit:
+        return QStringLiteral("from another station than the one asked");
+    case DropReason::WrongFunction:
+        return QStringLiteral("to another function than the one asked for");
+    }
+    return QString();
+}
+
+void DropCounts::count(DropReason reason)
+{
+    switch (reason) {
+    case DropReason::Late:
+        ++late;
+        break;
+    case DropReason::Doubled:
+        ++doubled;
+        break;
+    case DropReason::WrongUnit:
+        ++wrongUnit;
+        break;
+    case DropReason::WrongFunction:
+        ++wrongFunction;
+        break;
+    }
+}
+
+QByteArray ReplyMatcher::number(const QByteArray& frame)
+{
+    // A device that does not echo the number answers with 0, which must not look like a match.
+    m_number = m_number == highestNumber ? 1 : m_number + 1;
+    m_request = frame;
+    if (m_request.size() >= headerToLength)
+        putWord(&m_request, numberOffset, m_number);
+    return m_request;
+}
+
+bool ReplyMatcher::accept(QByteArray* reply, DropReason* reason)
+{
+    if (!fits(*reply, reason))
+        return false;
+    m_answered = m_number;
+    m_request.clear();
+    putWord(reply, numberOffset, noNumber);
+    return true;
+}
+
+bool ReplyMatcher::fits(const QByteArray& reply, DropReason* reason) const
+{
+    const int number = wordAt(reply, numberOffset);
+    const int function = byteAt(reply, functionOffset) & ~exceptionFlag;
+    if (number == m_answered && number != noNumber)
+        *reason = DropReason::Doubled;
+    else if (number != m_number || m_request.isEmpty())
+        *reason = DropReason::Late;
+    else if (byteAt(reply, unitOffset) != byteAt(m_request, unitOffset))
+        *reason = DropReason::WrongUnit;
+    else if (function != byteAt(m_request, functionOffset))
+        *reason = DropReason::WrongFunction;
+    else
+        return reply.size() > functionOffset;
+    return false;
+}
+
+} // namespace panel
