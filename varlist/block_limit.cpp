@@ -7,12 +7,20 @@
 #include <algorithm>
 #include <limits>
 
+int WordLimit()
+{
+    return PLC_driver.comInfo->maxBlockCount;
+}
+
+int BitLimit()
+{
+    const long long most = std::numeric_limits<int>::max();
+    return static_cast<int>(std::min(8LL * std::max(WordLimit(), 0), most));
+}
+
 int BlockLimit(int area)
 {
-    const int words = PLC_driver.comInfo->maxBlockCount;
-    if (!IsBitArea(area) || words <= 0)
-        return words;
-    return static_cast<int>(std::min<long long>(8LL * words, std::numeric_limits<int>::max()));
+    return IsBitArea(area) ? BitLimit() : WordLimit();
 }
 
 int ServableCount(int area, int count, CountUse use)

@@ -3,9 +3,19 @@
 #ifndef VARLIST_BLOCK_LIMIT_H
 #define VARLIST_BLOCK_LIMIT_H
 
-/// \return most elements of one request of \a area: COMINFO::maxBlockCount, for bit areas eight times as many
-///         (at most 2^31 - 1). 0 or less means that nothing is split. The block MUST be registered.
+/// \name Most elements of one request
+/// 0 or less means that nothing is split. The settings block MUST be registered.
+/// @{
+
+/// \return COMINFO::maxBlockCount
+int WordLimit();
+
+/// \return eight times as many, at most 2^31 - 1
+int BitLimit();
+
+/// \return the limit of \a area: BitLimit() for bit areas, WordLimit() for all others
 int BlockLimit(int area);
+/// @}
 
 /// What a count is used for: it decides what the largest sensible one is.
 enum CountUse {
