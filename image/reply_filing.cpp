@@ -27,7 +27,8 @@ const Protocol& Request()
 
 DataBytes DataOf(const QByteArray* reply, const Protocol& request)
 {
-    DataBytes data = {nullptr, 0};
+    static const unsigned char nothing = 0;
+    DataBytes data = {&nothing, 0};
     if (!reply || request.dataOffset < 0 || request.dataOffset >= reply->size())
         return data;
     data.bytes = reinterpret_cast<const unsigned char*>(reply->constData()) + request.dataOffset;

@@ -43,7 +43,8 @@ int NumberElement(const QString& text, const Area& area)
 
 } // namespace
 
-int StringAddressToInt(int area, QString text)
+// The text comes by value because the exported twin takes it so.
+int StringAddressToInt(int area, QString text) // NOLINT(performance-unnecessary-value-param)
 {
     const Area* row = FindArea(area);
     if (!row)
@@ -51,7 +52,7 @@ int StringAddressToInt(int area, QString text)
     return row->kind == Area::BitOfWord ? BitOfWordElement(text, row->textBase) : NumberElement(text, *row);
 }
 
-int PLCAddressChangeIntef(int area, QString text)
+int PLCAddressChangeIntef(int area, QString text) // NOLINT(performance-unnecessary-value-param)
 try {
     return StringAddressToInt(area, text);
 } catch (...) {
