@@ -6,6 +6,7 @@
 #include <QStringList>
 
 #include <limits>
+#include <utility>
 
 namespace
 {
@@ -52,9 +53,9 @@ int StringAddressToInt(int area, QString text) // NOLINT(performance-unnecessary
     return row->kind == Area::BitOfWord ? BitOfWordElement(text, row->textBase) : NumberElement(text, *row);
 }
 
-int PLCAddressChangeIntef(int area, QString text) // NOLINT(performance-unnecessary-value-param)
+int PLCAddressChangeIntef(int area, QString text)
 try {
-    return StringAddressToInt(area, text);
+    return StringAddressToInt(area, std::move(text));
 } catch (...) {
     return NO_ELEMENT;
 }
