@@ -13,6 +13,7 @@
 #include <QTcpSocket>
 
 #include <atomic>
+#include <memory>
 #include <mutex>
 #include <vector>
 
@@ -36,18 +37,21 @@ struct LinkExchange {
     std::vector<DroppedReply> dropped; ///< other replies that came meanwhile
 };
 
-/// Everything but stop() and state() belongs to one thread, which must be a QThread.
+/// exchange() and close() belong to one thread, the communication thread.
 class Link
 {
 public:
     Link(const QString& host, int port, int timeoutMs);
-    ~Link();
+    ~Link(); ///< close() must have been called if exchange() was
 
     /// Sends \a frame and waits for its reply, for the time-out at most. While there is no connection it
     /// tries to make one, in growing pauses, and lasts its time-out just the same. Making one may take a
     /// second more.
     /// \param replyExpected false for a broadcast: sent only
     LinkExchange exchange(const QByteArray& frame, bool replyExpected);
+
+    /// Closes the connection; to be called last on the thread that made the exchanges.
+    void close();
 
     /// Makes the exchange that is running, and every later one, end soon. Any thread.
     void stop();
@@ -62,7 +66,9 @@ private:
     bool send(const QByteArray& frame);
     void receive(const QElapsedTimer& clock, LinkExchange* exchange);
     void takeBytes(LinkExchange* exchange);
+    bool connected() const { return m_socket->state() == QAbstractSocket::ConnectedState; }
     void noteConnected();
+    void noteGoodReply();
     void noteDropped(LinkExchange* exchange, const QByteArray& reply, DropReason reason);
     bool pauseWhileUnconnected(const QElapsedTimer& clock);
 
@@ -71,7 +77,7 @@ private:
     const int m_timeoutMs;
     std::atomic<bool> m_stopping{false};
 
-    QTcpSocket m_socket;
+    std::unique_ptr<QTcpSocket> m_socket; // made on the thread that uses it
     ReplyAssembler m_assembler;
     ReplyMatcher m_matcher;
     ReconnectPause m_pause;

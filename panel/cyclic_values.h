@@ -1,0 +1,89 @@
+/// \file
+/// \brief The cyclically refreshed variables: their requests and how good their values are.
+#ifndef PANEL_CYCLIC_VALUES_H
+#define PANEL_CYCLIC_VALUES_H
+
+#include "panel/cyclic_value.h"
+#include "panel/driver_values.h"
+#include "panel/request_pieces.h"
+#include "panel/settings.h"
+
+#include <QElapsedTimer>
+
+#include <set>
+#include <vector>
+
+namespace panel
+{
+
+/// Every function but add() expects the lock that keeps all calls to the driver apart (see Runtime).
+class CyclicValues
+{
+public:
+    explicit CyclicValues(const Settings& settings) : m_settings(settings) {}
+
+    /// Before queue(). \param variable station filled in, and nothing against it (readRefusal())
+    int add(const Variable& variable);
+
+    bool contains(int index) const;
+    const Variable& variable(int index) const
+    {
+        return m_variables[static_cast<std::size_t>(index)].variable;
+    }
+
+    /// Fills the driver's cyclic list, before the communication thread runs: one request per variable, more
+    /// for one that does not fit into a request; and behind them the pacing request, see isPacing().
+    void queue(const DriverCalls& calls) const;
+
+    /// \return true for the request that marks the end of a pass. It is never sent. It is there because the
+    ///         driver lets at most five writes pass before a cyclic read, and with nothing but cyclic reads
+    ///         of stations that are switched off it would never send a sixth.
+    static bool isPacing(const RW_VAR& request);
+
+    /// \return the reply by which the pacing request is done; nothing of it is filed
+    static QByteArray pacingReply();
+
+    /// After DataCom() took a reply to \a request as good.
+    void answered(const RW_VAR& request);
+
+    /// After DataCom() gave \a request up.
+    void givenUp(const RW_VAR& request, int code, const QString& why);
+
+    /// The driver may hold a value for \a elements that the controller does not have.
+    void doubt(const Variable& elements);
+
+    /// \return values and state, but StationOff and writes on their way, which only the caller knows
+    CyclicValue value(int index, const DriverCalls& calls) const;
+
+    /// A reply to a read of bits is padded to whole bytes, and the driver files padding behind the bits.
+    /// \return how many elements to read from \a asked's first on so that no variable of this list shows
+    ///         the padding; \a asked's own number where that is enough, and for words
+    int wholeBits(const Variable& asked) const;
+
+private:
+    struct Part {
+        ReadPiece piece;
+        QElapsedTimer read;    // since the last good reply; not valid before it
+        bool doubtful = false; // a write to it failed since
+        int code = 0;          // of the last attempt when it was given up, else 0
+        QString reason;
+    };
+    struct Entry {
+        Variable variable;
+        std::vector<Part> parts;
+    };
+
+    RW_VAR record(const Part& part, int key, int subKey) const;
+    RW_VAR pacingRecord() const;
+    Part* find(const RW_VAR& request);
+    ValueState stateOf(const Part& part) const;
+    void judge(const Entry& entry, CyclicValue* value) const;
+    bool shows(const Variable& bit) const;
+
+    const Settings m_settings;
+    std::vector<Entry> m_variables;
+};
+
+} // namespace panel
+
+#endif

@@ -1,0 +1,213 @@
+#include "panel/link.h"
+
+#include <QNetworkProxy>
+#include <QThread>
+
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+
+namespace panel
+{
+
+namespace
+{
+
+// How long a wait may keep stop() waiting.
+const int sliceMs = 20;
+
+const int connectTimeoutMs = 1000;
+
+// A controller that was switched off does not close its connection. Sent bytes that nothing acknowledges
+// for so long end it; a station that merely does not answer keeps its gateway's connection.
+const unsigned int unacknowledgedMs = 5000;
+
+void setUserTimeout(const QTcpSocket& socket)
+{
+    setsockopt(static_cast<int>(socket.socketDescriptor()), IPPROTO_TCP, TCP_USER_TIMEOUT, &unacknowledgedMs,
+               sizeof unacknowledgedMs);
+}
+
+} // namespace
+
+Link::Link(const QString& host, int port, int timeoutMs) : m_host(host), m_port(port), m_timeoutMs(timeoutMs)
+{
+    m_nextPauseMs = m_pause.next();
+    m_sinceLastAttempt.start();
+    m_stateSince.start();
+}
+
+Link::~Link() = default;
+
+void Link::close()
+{
+    m_socket.reset();
+    std::lock_guard<std::mutex> lock(m_stateMutex);
+    m_state.connected = false;
+    m_stateSince.restart();
+}
+
+void Link::stop()
+{
+    m_stopping = true;
+}
+
+LinkState Link::state() const
+{
+    std::lock_guard<std::mutex> lock(m_stateMutex);
+    LinkState state = m_state;
+    state.sinceMs = m_stateSince.elapsed();
+    return state;
+}
+
+LinkExchange Link::exchange(const QByteArray& frame, bool replyExpected)
+{
+    LinkExchange exchange;
+    QElapsedTimer clock;
+    clock.start();
+    if (!ensureConnected(clock))
+        return exchange;
+    const QByteArray numbered = m_matcher.number(frame);
+    if (!send(numbered))
+        return exchange;
+    exchange.sent = true;
+    exchange.sentFrame = numbered;
+    if (replyExpected) {
+        clock.restart();
+        receive(clock, &exchange);
+    }
+    return exchange;
+}
+
+/// \return false when \a clock ran out, or the link was stopped, before there was a connection
+bool Link::ensureConnected(const QElapsedTimer& clock)
+{
+    if (m_socket == nullptr) {
+        m_socket = std::make_unique<QTcpSocket>();
+        m_socket->setProxy(QNetworkProxy::NoProxy);
+    }
+    // Notices that the other side has closed meanwhile; bytes that came are seen by their number later.
+    if (connected())
+        m_socket->waitForReadyRead(0);
+    while (!connected()) {
+        // Only this thread changes the state, so it may look without the lock.
+        if (m_state.connected)
+            drop(QStringLiteral("the controller closed the connection"));
+        if (m_sinceLastAttempt.elapsed() >= m_nextPauseMs && tryToConnect())
+            return true;
+        if (!pauseWhileUnconnected(clock))
+            return false;
+    }
+    return true;
+}
+
+/// \return false when the exchange has lasted its time-out or the link was stopped
+bool Link::pauseWhileUnconnected(const QElapsedTimer& clock)
+{
+    const qint64 left = m_timeoutMs - clock.elapsed();
+    if (left <= 0 || m_stopping)
+        return false;
+    const qint64 untilAttempt = m_nextPauseMs - m_sinceLastAttempt.elapsed();
+    const qint64 pause = std::min({left, std::max<qint64>(untilAttempt, 1), qint64(sliceMs)});
+    QThread::msleep(static_cast<unsigned long>(pause));
+    return true;
+}
+
+bool Link::tryToConnect()
+{
+    m_nextPauseMs = m_pause.next();
+    m_socket->abort();
+    m_socket->connectToHost(m_host, static_cast<quint16>(m_port));
+    const bool connected = m_socket->waitForConnected(connectTimeoutMs);
+    // The pause counts from the end of the attempt: one that takes long is not followed by the next at once.
+    m_sinceLastAttempt.restart();
+    if (connected)
+        noteConnected();
+    else
+        drop(m_socket->errorString());
+    return connected;
+}
+
+void Link::noteConnected()
+{
+    m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    setUserTimeout(*m_socket);
+    m_assembler.reset();
+    std::lock_guard<std::mutex> lock(m_stateMutex);
+    m_state.connected = true;
+    ++m_state.connects;
+    m_stateSince.restart();
+}
+
+void Link::noteGoodReply()
+{
+    m_pause.reset();
+    m_nextPauseMs = m_pause.next();
+}
+
+void Link::drop(const QString& why)
+{
+    m_socket->abort();
+    std::lock_guard<std::mutex> lock(m_stateMutex);
+    if (m_state.connected)
+        m_stateSince.restart();
+    m_state.connected = false;
+    m_state.lastError = why;
+}
+
+bool Link::send(const QByteArray& frame)
+{
+    if (m_socket->write(frame) == frame.size()) {
+        while (m_socket->bytesToWrite() > 0 && m_socket->waitForBytesWritten(m_timeoutMs))
+            ;
+        if (m_socket->bytesToWrite() == 0)
+            return true;
+    }
+    drop(m_socket->errorString());
+    return false;
+}
+
+/// Waits for the matching reply until \a clock has reached the time-out.
+void Link::receive(const QElapsedTimer& clock, LinkExchange* exchange)
+{
+    while (exchange->reply.isEmpty() && clock.elapsed() < m_timeoutMs && !m_stopping) {
+        const qint64 left = m_timeoutMs - clock.elapsed();
+        m_socket->waitForReadyRead(static_cast<int>(std::min<qint64>(left, sliceMs)));
+        takeBytes(exchange);
+        if (!exchange->reply.isEmpty())
+            noteGoodReply();
+        else if (!connected())
+            return drop(QStringLiteral("the controller closed the connection"));
+        if (m_assembler.outOfStep())
+            break;
+    }
+    if (m_assembler.outOfStep() || (exchange->reply.isEmpty() && m_assembler.partial())) {
+        drop(QStringLiteral("the stream of replies was out of step"));
+        std::lock_guard<std::mutex> lock(m_stateMutex);
+        ++m_state.untrusted;
+    }
+}
+
+/// Moves what has arrived into whole replies and looks for the matching one.
+void Link::takeBytes(LinkExchange* exchange)
+{
+    m_assembler.append(m_socket->readAll());
+    for (QByteArray reply = m_assembler.next(); !reply.isEmpty(); reply = m_assembler.next()) {
+        DropReason reason = DropReason::Late;
+        if (m_matcher.accept(&reply, &reason))
+            exchange->reply = reply;
+        else
+            noteDropped(exchange, reply, reason);
+    }
+}
+
+void Link::noteDropped(LinkExchange* exchange, const QByteArray& reply, DropReason reason)
+{
+    exchange->dropped.push_back({reply, reason});
+    std::lock_guard<std::mutex> lock(m_stateMutex);
+    m_state.dropped.count(reason);
+}
+
+} // namespace panel

@@ -1,0 +1,468 @@
+#include "panel/runtime.h"
+
+#include "panel/cyclic_values.h"
+#include "panel/once_reads.h"
+#include "panel/request_keys.h"
+#include "panel/return_code_words.h"
+#include "panel/write_queue.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <set>
+#include <stdexcept>
+#include <thread>
+
+namespace panel
+{
+
+namespace
+{
+
+// SetRegisterData() queues writes for the controller.
+const int queueWrites = 2;
+
+// How long the communication thread sleeps when there is nothing to do and nobody wakes it.
+const int idleMs = 50;
+
+// How long it sleeps when the driver has something but does not hand it out: it says so once after five
+// writes in a row, and when all it had was for stations that are switched off.
+const int retryPollMs = 1;
+
+[[noreturn]] void fail(const QString& words)
+{
+    throw std::runtime_error(words.toStdString());
+}
+
+template <class Outcome>
+Pending<Outcome> refused(const QString& reason)
+{
+    Outcome outcome;
+    outcome.reason = reason;
+    Pending<Outcome> pending;
+    pending.finish(outcome);
+    return pending;
+}
+
+/// What the communication thread has to do next.
+struct Turn {
+    bool frameIsDue = false;
+    QByteArray frame;
+    bool replyExpected = true;
+    RW_VAR request = {};
+};
+
+std::atomic<bool> oneIsRunning{false};
+
+} // namespace
+
+/// All calls to the driver are made under m_mutex, one at a time: how the driver's lists change shows only
+/// in their sizes before and after a call. No call to the driver waits for the network.
+class Runtime::Private
+{
+public:
+    explicit Private(const Settings& settings);
+    ~Private();
+
+    int addCyclic(const Variable& variable);
+    void start();
+    void stop();
+    Pending<WriteOutcome> write(const Variable& variable, const std::vector<quint32>& values);
+    Pending<ReadOutcome> read(const Variable& variable);
+    CyclicValue value(int index);
+    void setStation(int station, bool on);
+    Statistics statistics();
+
+    const Settings m_settings;
+    ExchangeObserver m_observer;
+    Link m_link;
+
+private:
+    static int noteOnceRead(int portId, int hostKey, int hostSubKey, int status);
+    static int ignoreList(QList<RW_VAR>* list, int hostKey, int flag);
+
+    void wire();
+    void communicate();
+    Turn takeTurn();
+    void endPass();
+    void waitForWork(int milliseconds);
+    void exchange(const Turn& turn);
+    int judge(const Turn& turn, const LinkExchange& exchange);
+    void answered(const Turn& turn);
+    void givenUp(const Turn& turn, int code, const QString& why);
+    QString failureWords(int code, const LinkExchange& exchange) const;
+
+    static OnceReads* s_onceReads; // the driver's callback carries no pointer of its own
+
+    std::mutex m_mutex;
+    std::condition_variable m_workCame;
+    bool m_hasWork = false;
+    bool m_started = false;
+    bool m_stopped = false;
+    std::atomic<bool> m_stopping{false};
+    std::thread m_thread;
+
+    COMINFO m_info = {};
+    std::unique_ptr<DriverLibrary> m_library;
+    DriverCalls m_calls;
+    CyclicValues m_cyclic;
+    WriteQueue m_writes;
+    OnceReads m_reads;
+    std::set<int> m_stationsOff;
+    Statistics m_statistics;
+};
+
+OnceReads* Runtime::Private::s_onceReads = nullptr;
+
+Runtime::Private::Private(const Settings& settings)
+    : m_settings(settings), m_link(settings.host, settings.port, settings.timeoutMs), m_cyclic(settings),
+      m_writes(m_calls, settings, [this](const Variable& elements) { m_cyclic.doubt(elements); }),
+      m_reads(m_calls, settings, [this](const Variable& asked) { return m_cyclic.wholeBits(asked); })
+{
+}
+
+Runtime::Private::~Private()
+{
+    stop();
+    if (m_library == nullptr)
+        return;
+    m_calls.SetComInfo(nullptr);
+    m_calls.RegistCallBackFuncIntf(nullptr, nullptr);
+    s_onceReads = nullptr;
+    m_library.reset();
+    oneIsRunning = false;
+}
+
+int Runtime::Private::addCyclic(const Variable& variable)
+{
+    const Variable resolved = withStation(variable, m_settings);
+    const QString words = readRefusal(resolved, m_settings);
+    if (!words.isEmpty())
+        fail(words);
+    return m_cyclic.add(resolved);
+}
+
+void Runtime::Private::start()
+{
+    const QString words = settingsError(m_settings);
+    if (!words.isEmpty())
+        fail(words);
+    if (m_started)
+        fail(QStringLiteral("a runtime is started once only; make a new one"));
+    if (oneIsRunning.exchange(true))
+        fail(QStringLiteral("another runtime uses the driver in this process; destroy it first"));
+    try {
+        m_library = std::make_unique<DriverLibrary>(m_settings.driverPath);
+    } catch (...) {
+        oneIsRunning = false;
+        throw;
+    }
+    wire();
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_started = true;
+    m_thread = std::thread([this] { communicate(); });
+}
+
+void Runtime::Private::wire()
+{
+    m_info.maxBlockCount = m_settings.maxBlockCount;
+    m_info.defaultStation = m_settings.station;
+    m_info.retryLimit = m_settings.retryLimit;
+    m_info.multiStation = m_settings.multiStation ? 1 : 0;
+    m_info.hostWriteMode = queueWrites;
+    m_calls = m_library->calls();
+    s_onceReads = &m_reads;
+    m_calls.SetComInfo(&m_info);
+    m_calls.RegistCallBackFuncIntf(noteOnceRead, ignoreList);
+    m_cyclic.queue(m_calls);
+}
+
+/// Called by the driver inside DataCom(), so under m_mutex.
+int Runtime::Private::noteOnceRead(int, int, int hostSubKey, int status)
+{
+    s_onceReads->note(hostSubKey, status);
+    return 0;
+}
+
+int Runtime::Private::ignoreList(QList<RW_VAR>*, int, int)
+{
+    return 0;
+}
+
+void Runtime::Private::stop()
+{
+    m_stopping = true;
+    m_link.stop();
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_stopped = true;
+        m_workCame.notify_all();
+    }
+    if (m_thread.joinable())
+        m_thread.join();
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_writes.stop();
+    m_reads.stop();
+}
+
+Pending<WriteOutcome> Runtime::Private::write(const Variable& variable, const std::vector<quint32>& values)
+{
+    const Variable resolved = withStation(variable, m_settings);
+    const QString words = writeRefusal(resolved, values, m_settings);
+    if (!words.isEmpty())
+        return refused<WriteOutcome>(words);
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_started || m_stopped)
+        return refused<WriteOutcome>(QStringLiteral("the panel is not running"));
+    const Pending<WriteOutcome> pending = m_writes.add(resolved, values);
+    m_writes.feed(m_stationsOff);
+    m_hasWork = true;
+    m_workCame.notify_all();
+    return pending;
+}
+
+Pending<ReadOutcome> Runtime::Private::read(const Variable& variable)
+{
+    const Variable resolved = withStation(variable, m_settings);
+    const QString words = readRefusal(resolved, m_settings);
+    if (!words.isEmpty())
+        return refused<ReadOutcome>(words);
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_started || m_stopped)
+        return refused<ReadOutcome>(QStringLiteral("the panel is not running"));
+    const Pending<ReadOutcome> pending = m_reads.add(resolved);
+    m_reads.feed(m_stationsOff);
+    m_hasWork = true;
+    m_workCame.notify_all();
+    return pending;
+}
+
+CyclicValue Runtime::Private::value(int index)
+{
+    if (!m_cyclic.contains(index))
+        fail(QStringLiteral("%1 is no index of a cyclic variable").arg(index));
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_started)
+        return CyclicValue();
+    const Variable& variable = m_cyclic.variable(index);
+    CyclicValue value = m_cyclic.value(index, m_calls);
+    if (m_writes.isWriting(variable))
+        value.state = std::min(value.state, ValueState::Unconfirmed);
+    if (m_stationsOff.count(variable.station) != 0)
+        value.state = std::min(value.state, ValueState::StationOff);
+    return value;
+}
+
+void Runtime::Private::setStation(int station, bool on)
+{
+    if (station < 0 || station > 255)
+        fail(QStringLiteral("%1 is no station; stations are 0 to 255").arg(station));
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_started)
+        fail(QStringLiteral("the panel is not running"));
+    m_calls.EnCommStation(station, on ? 1 : 0);
+    if (on)
+        m_stationsOff.erase(station);
+    else
+        m_stationsOff.insert(station);
+    m_hasWork = true;
+    m_workCame.notify_all();
+}
+
+Statistics Runtime::Private::statistics()
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    Statistics statistics = m_statistics;
+    statistics.writesConfirmed = m_writes.confirmedWrites();
+    statistics.writesFailed = m_writes.failedWrites();
+    statistics.writesWaiting = m_writes.waiting();
+    statistics.readsDone = m_reads.doneReads();
+    statistics.readsFailed = m_reads.failedReads();
+    statistics.readsQueuedAgain = m_reads.queuedAgain();
+    return statistics;
+}
+
+void Runtime::Private::communicate()
+{
+    while (!m_stopping) {
+        const Turn turn = takeTurn();
+        if (!turn.frameIsDue)
+            waitForWork(idleMs);
+        else if (CyclicValues::isPacing(turn.request))
+            endPass();
+        else
+            exchange(turn);
+    }
+    m_link.close();
+}
+
+Turn Runtime::Private::takeTurn()
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_hasWork = false;
+    m_writes.feed(m_stationsOff);
+    m_reads.feed(m_stationsOff);
+    const Protocol* protocol = m_calls.ComCommunication();
+    m_writes.polled();
+    m_reads.polled();
+    Turn turn;
+    if (protocol == nullptr)
+        return turn;
+    turn.frameIsDue = true;
+    turn.frame = protocol->frame;
+    turn.replyExpected = protocol->replyLength != 0;
+    turn.request = protocol->var;
+    return turn;
+}
+
+void Runtime::Private::endPass()
+{
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        QByteArray reply = CyclicValues::pacingReply();
+        m_calls.DataCom(&reply, reply.size());
+        ++m_statistics.passes;
+    }
+    waitForWork(m_settings.cyclePauseMs);
+}
+
+/// Returns early when something was queued since the last turn, or is still waiting from before it.
+void Runtime::Private::waitForWork(int milliseconds)
+{
+    std::unique_lock<std::mutex> lock(m_mutex);
+    const bool waiting = m_writes.waiting() + m_reads.waiting() > 0;
+    m_workCame.wait_for(lock, std::chrono::milliseconds(waiting ? retryPollMs : milliseconds),
+                        [this] { return m_hasWork || m_stopping; });
+}
+
+void Runtime::Private::exchange(const Turn& turn)
+{
+    ExchangeRecord record;
+    record.sentAt = QDateTime::currentDateTimeUtc();
+    QElapsedTimer clock;
+    clock.start();
+    record.exchange = m_link.exchange(turn.frame, turn.replyExpected);
+    record.durationMs = static_cast<int>(clock.elapsed());
+    if (m_stopping)
+        return;
+    record.frame = turn.frame;
+    record.request = turn.request;
+    record.replyExpected = turn.replyExpected;
+    record.result = judge(turn, record.exchange);
+    if (m_observer)
+        m_observer(record);
+}
+
+int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange)
+{
+    QByteArray reply = exchange.reply;
+    // With nothing to judge the driver would take a broadcast that never went out for done; a reply to it
+    // has the wrong length.
+    if (!turn.replyExpected && !exchange.sent)
+        reply = QByteArray(1, '\0');
+    std::lock_guard<std::mutex> lock(m_mutex);
+    const int code = m_calls.DataCom(&reply, reply.size())->result;
+    ++m_statistics.exchanges;
+    if (isSuccess(code))
+        answered(turn);
+    else if (code == PLC_RETRYING)
+        ++m_statistics.retried;
+    else
+        givenUp(turn, code, failureWords(code, exchange));
+    return code;
+}
+
+void Runtime::Private::answered(const Turn& turn)
+{
+    ++m_statistics.good;
+    if (turn.request.hostKey == writeKey)
+        m_writes.answered();
+    else if (turn.request.hostKey == onceReadKey)
+        m_reads.answered();
+    else
+        m_cyclic.answered(turn.request);
+}
+
+void Runtime::Private::givenUp(const Turn& turn, int code, const QString& why)
+{
+    ++m_statistics.failed;
+    m_cyclic.givenUp(turn.request, code, why);
+    const int key = turn.request.hostKey;
+    m_writes.givenUp(key == writeKey, turn.request.station, code, why);
+    m_reads.givenUp(key == onceReadKey, turn.request.station, code, why);
+}
+
+QString Runtime::Private::failureWords(int code, const LinkExchange& exchange) const
+{
+    if (!exchange.sent)
+        return QStringLiteral("no connection to %1:%2 (%3)")
+            .arg(m_settings.host)
+            .arg(m_settings.port)
+            .arg(m_link.state().lastError);
+    if (exchange.reply.isEmpty())
+        return QStringLiteral("%1 within %2 ms").arg(resultWords(code)).arg(m_settings.timeoutMs);
+    const int exception = exceptionCode(exchange.reply);
+    if (exception != 0)
+        return QStringLiteral("the controller refused it: exception %1, %2")
+            .arg(exception)
+            .arg(exceptionWords(exception));
+    return resultWords(code);
+}
+
+Runtime::Runtime(const Settings& settings) : d(new Private(settings)) {}
+
+Runtime::~Runtime() = default;
+
+int Runtime::addCyclic(const Variable& variable)
+{
+    return d->addCyclic(variable);
+}
+
+void Runtime::setObserver(const ExchangeObserver& observer)
+{
+    d->m_observer = observer;
+}
+
+void Runtime::start()
+{
+    d->start();
+}
+
+void Runtime::stop()
+{
+    d->stop();
+}
+
+Pending<WriteOutcome> Runtime::write(const Variable& variable, const std::vector<quint32>& values)
+{
+    return d->write(variable, values);
+}
+
+Pending<ReadOutcome> Runtime::read(const Variable& variable)
+{
+    return d->read(variable);
+}
+
+CyclicValue Runtime::value(int index) const
+{
+    return d->value(index);
+}
+
+void Runtime::setStation(int station, bool on)
+{
+    d->setStation(station, on);
+}
+
+LinkState Runtime::linkState() const
+{
+    return d->m_link.state();
+}
+
+Statistics Runtime::statistics() const
+{
+    return d->statistics();
+}
+
+} // namespace panel
