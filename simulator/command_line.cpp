@@ -39,9 +39,9 @@ void addOptions(QCommandLineParser& parser)
         "Files of values hold one value per line, numbers decimal or 0x-hexadecimal, # starts a comment:\n"
         "  unit 1 coil 0x0010 1\n"
         "  unit 1 register 8192 1234"));
-    parser.addHelpOption();
     parser.addVersionOption();
     parser.addOptions({
+        {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this text.")},
         {QStringLiteral("port"), QStringLiteral("Listen on this TCP port; 0, the default, picks a free one."),
          QStringLiteral("N"), QStringLiteral("0")},
         {QStringLiteral("load"), QStringLiteral("Start with the values of this file."),

@@ -1,0 +1,230 @@
+#include "simulator/faults.h"
+
+#include "simulator/loopback_client.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <map>
+#include <stdexcept>
+
+namespace
+{
+
+using simulator::Bytes;
+using simulator::Fault;
+using simulator::FaultDraw;
+using simulator::FaultKind;
+using simulator::faultList;
+using simulator::FaultPlan;
+using simulator::FaultSettings;
+using test::fromHex;
+using test::toHex;
+
+const char* const registerReply = "00 01 00 00 00 05 01 03 02 12 34";
+const char* const writeReply = "00 01 00 00 00 06 01 06 00 05 12 34";
+
+std::string spoiled(Fault fault, const std::string& reply, std::uint32_t detail = 0)
+{
+    return toHex(simulator::spoil(fromHex(reply), {fault, detail, 0}));
+}
+
+std::vector<Fault> faultsOf(FaultPlan& plan, FaultPlan::Position& position, int count)
+{
+    std::vector<Fault> faults;
+    for (int i = 0; i < count; ++i)
+        faults.push_back(plan.draw(position).fault);
+    return faults;
+}
+
+FaultSettings tenthOfEach(unsigned seed)
+{
+    FaultSettings settings;
+    for (const FaultKind& kind : faultList())
+        settings.*kind.probability = 0.09;
+    settings.seed = seed;
+    return settings;
+}
+
+TEST(FaultList, NamesEveryFaultOnce)
+{
+    EXPECT_EQ(faultList().size(), simulator::faultKinds - 1);
+    for (std::size_t i = 0; i < faultList().size(); ++i)
+        EXPECT_EQ(static_cast<std::size_t>(faultList()[i].fault), i + 1);
+}
+
+TEST(Spoil, DoublesAReply)
+{
+    EXPECT_EQ(spoiled(Fault::Doubled, registerReply), std::string(registerReply) + " " + registerReply);
+}
+
+TEST(Spoil, CutsAReplyToAtLeastOneByteAndNeverLeavesItWhole)
+{
+    const std::size_t whole = fromHex(registerReply).size();
+    std::vector<std::size_t> sizes;
+    for (std::uint32_t detail = 0; detail < whole - 1; ++detail)
+        sizes.push_back(fromHex(spoiled(Fault::Cut, registerReply, detail)).size());
+    EXPECT_THAT(sizes, testing::ElementsAre(1, 2, 3, 4, 5, 6, 7, 8, 9, 10));
+    EXPECT_EQ(spoiled(Fault::Cut, registerReply, 6), "00 01 00 00 00 05 01");
+}
+
+TEST(Spoil, MakesAReadReplyLongerInLengthFieldByteCountAndData)
+{
+    EXPECT_EQ(spoiled(Fault::Longer, registerReply, 0xBEEF), "00 01 00 00 00 07 01 03 04 12 34 BE EF");
+    EXPECT_EQ(spoiled(Fault::Longer, "00 01 00 00 00 04 01 01 01 05", 0xBEEF),
+              "00 01 00 00 00 06 01 01 03 05 BE EF");
+}
+
+TEST(Spoil, MakesRepliesWithoutAByteCountLongerToo)
+{
+    EXPECT_EQ(spoiled(Fault::Longer, writeReply, 0xBEEF), "00 01 00 00 00 08 01 06 00 05 12 34 BE EF");
+    EXPECT_EQ(spoiled(Fault::Longer, "00 01 00 00 00 03 01 83 02", 0xBEEF),
+              "00 01 00 00 00 05 01 83 02 BE EF");
+}
+
+TEST(Spoil, PutsAnotherUnitIntoAReply)
+{
+    EXPECT_EQ(spoiled(Fault::WrongUnit, registerReply), "00 01 00 00 00 05 02 03 02 12 34");
+    EXPECT_EQ(spoiled(Fault::WrongUnit, "00 01 00 00 00 03 FF 83 02"), "00 01 00 00 00 03 00 83 02");
+}
+
+TEST(Spoil, LeavesTheBytesOfOtherFaultsAlone)
+{
+    for (const Fault fault : {Fault::None, Fault::NoReply, Fault::Late, Fault::Split, Fault::Glued,
+                              Fault::Exception, Fault::Close})
+        EXPECT_EQ(spoiled(fault, registerReply, 5), registerReply);
+}
+
+TEST(FaultPlan, InjectsNothingUnlessTold)
+{
+    FaultPlan plan{FaultSettings()};
+    FaultPlan::Position position;
+    EXPECT_THAT(faultsOf(plan, position, 1000), testing::Each(Fault::None));
+}
+
+TEST(FaultPlan, InjectsACertainFaultAlways)
+{
+    for (const FaultKind& kind : faultList()) {
+        FaultSettings settings;
+        settings.*kind.probability = 1;
+        FaultPlan plan(settings);
+        FaultPlan::Position position;
+        EXPECT_THAT(faultsOf(plan, position, 1000), testing::Each(kind.fault)) << kind.name;
+    }
+}
+
+TEST(FaultPlan, InjectsEachFaultAboutAsOftenAsItsProbabilitySays)
+{
+    FaultPlan plan(tenthOfEach(1));
+    FaultPlan::Position position;
+    std::map<Fault, int> counts;
+    for (const Fault fault : faultsOf(plan, position, 10000))
+        ++counts[fault];
+    for (const FaultKind& kind : faultList())
+        EXPECT_NEAR(counts[kind.fault], 900, 150) << kind.name; // five times the usual scatter
+    EXPECT_NEAR(counts[Fault::None], 1000, 150);
+}
+
+TEST(FaultPlan, GivesTheSameFaultsForTheSameSeed)
+{
+    FaultPlan one(tenthOfEach(42));
+    FaultPlan two(tenthOfEach(42));
+    FaultPlan::Position first;
+    FaultPlan::Position second;
+    EXPECT_EQ(faultsOf(one, first, 200), faultsOf(two, second, 200));
+}
+
+TEST(FaultPlan, GivesOtherFaultsForAnotherSeed)
+{
+    FaultPlan one(tenthOfEach(1));
+    FaultPlan two(tenthOfEach(2));
+    FaultPlan::Position first;
+    FaultPlan::Position second;
+    EXPECT_NE(faultsOf(one, first, 200), faultsOf(two, second, 200));
+}
+
+TEST(FaultPlan, GivesAConnectionTheSameFaultsWhateverOthersDo)
+{
+    FaultPlan alone(tenthOfEach(1));
+    FaultPlan::Position lonely;
+    const std::vector<Fault> expected = faultsOf(alone, lonely, 50);
+
+    FaultPlan shared(tenthOfEach(1));
+    FaultPlan::Position own;
+    FaultPlan::Position other;
+    std::vector<Fault> faults;
+    for (int i = 0; i < 50; ++i) {
+        faults.push_back(shared.draw(own).fault);
+        shared.draw(other);
+    }
+    EXPECT_EQ(faults, expected);
+}
+
+// Otherwise a seed whose first fault closes the connection would close every new one at its first request.
+TEST(FaultPlan, GivesANewConnectionAnotherSequence)
+{
+    FaultPlan plan(tenthOfEach(1));
+    FaultPlan::Position first;
+    FaultPlan::Position second;
+    EXPECT_NE(faultsOf(plan, first, 200), faultsOf(plan, second, 200));
+}
+
+TEST(FaultPlan, StartsItsSequencesAgainAfterARestart)
+{
+    FaultPlan plan(tenthOfEach(1));
+    FaultPlan::Position old;
+    const std::vector<Fault> expected = faultsOf(plan, old, 50);
+    plan.restart(tenthOfEach(1));
+    EXPECT_EQ(faultsOf(plan, old, 50), expected);
+    plan.restart(tenthOfEach(1));
+    FaultPlan::Position fresh;
+    EXPECT_EQ(faultsOf(plan, fresh, 50), expected);
+}
+
+TEST(FaultPlan, HandsOutTheDelay)
+{
+    FaultSettings settings;
+    settings.lateMs = 77;
+    FaultPlan plan(settings);
+    FaultPlan::Position position;
+    EXPECT_EQ(plan.draw(position).lateMs, 77);
+}
+
+TEST(CheckFaults, RefusesImpossibleProbabilities)
+{
+    for (const double wrong : {-0.1, 1.1, std::nan("")}) {
+        FaultSettings settings;
+        settings.cut = wrong;
+        EXPECT_THROW(checkFaults(settings), std::invalid_argument) << wrong;
+    }
+}
+
+TEST(CheckFaults, RefusesASumAboveOneButForgivesRounding)
+{
+    FaultSettings settings;
+    for (const FaultKind& kind : faultList())
+        settings.*kind.probability = 0.1;
+    EXPECT_NO_THROW(checkFaults(settings));
+    settings.late = 0.11;
+    EXPECT_THROW(checkFaults(settings), std::invalid_argument);
+}
+
+TEST(CheckFaults, RefusesANegativeDelay)
+{
+    FaultSettings settings;
+    settings.lateMs = -1;
+    EXPECT_THROW(checkFaults(settings), std::invalid_argument);
+}
+
+TEST(FaultPlan, KeepsItsSettingsWhenNewOnesAreRefused)
+{
+    FaultSettings settings;
+    settings.late = 1;
+    FaultPlan plan(settings);
+    settings.cut = 1;
+    EXPECT_THROW(plan.restart(settings), std::invalid_argument);
+    FaultPlan::Position position;
+    EXPECT_EQ(plan.draw(position).fault, Fault::Late);
+}
+
+} // namespace

@@ -1,0 +1,133 @@
+#include "simulator/loopback_client.h"
+
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+
+#include <chrono>
+#include <cstdio>
+#include <sstream>
+#include <stdexcept>
+#include <thread>
+
+namespace test
+{
+
+namespace
+{
+
+constexpr int patienceMs = 20000;
+
+} // namespace
+
+Bytes fromHex(const std::string& text)
+{
+    std::istringstream stream(text);
+    stream >> std::hex;
+    Bytes bytes;
+    for (unsigned byte; stream >> byte;)
+        bytes.push_back(static_cast<std::uint8_t>(byte));
+    return bytes;
+}
+
+std::string toHex(const Bytes& bytes)
+{
+    std::string text;
+    for (const std::uint8_t byte : bytes) {
+        char digits[4];
+        std::snprintf(digits, sizeof digits, "%02X", static_cast<unsigned>(byte));
+        text += text.empty() ? "" : " ";
+        text += digits;
+    }
+    return text;
+}
+
+bool eventually(const std::function<bool()>& condition)
+{
+    for (int ms = 0; ms < patienceMs; ++ms) {
+        if (condition())
+            return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return condition();
+}
+
+LoopbackClient::LoopbackClient(int port) : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+{
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<std::uint16_t>(port));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (connect(socket_.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+        throw std::runtime_error("cannot connect to the simulated controller");
+}
+
+void LoopbackClient::send(const std::string& hex)
+{
+    const Bytes bytes = fromHex(hex);
+    if (::send(socket_.number(), bytes.data(), bytes.size(), MSG_NOSIGNAL) !=
+        static_cast<ssize_t>(bytes.size()))
+        throw std::runtime_error("cannot send");
+}
+
+void LoopbackClient::stopSending()
+{
+    shutdown(socket_.number(), SHUT_WR);
+}
+
+// False at the end of the stream, or when nothing comes.
+bool LoopbackClient::append(Bytes& bytes, std::size_t most)
+{
+    pollfd entry{socket_.number(), POLLIN, 0};
+    if (poll(&entry, 1, patienceMs) <= 0)
+        return false;
+    Bytes part(most);
+    const ssize_t size = recv(socket_.number(), part.data(), part.size(), 0);
+    if (size <= 0)
+        return false;
+    bytes.insert(bytes.end(), part.begin(), part.begin() + size);
+    return true;
+}
+
+std::string LoopbackClient::receive(std::size_t count)
+{
+    Bytes bytes;
+    while (bytes.size() < count && append(bytes, count - bytes.size())) {
+    }
+    return toHex(bytes);
+}
+
+std::string LoopbackClient::receiveFrame()
+{
+    const std::string header = receive(simulator::lengthEnd);
+    const Bytes bytes = fromHex(header);
+    if (bytes.size() < simulator::lengthEnd)
+        return header;
+    return header + " " + receive(simulator::get16(bytes, simulator::lengthOffset));
+}
+
+std::string LoopbackClient::exchange(const std::string& hex)
+{
+    send(hex);
+    return receiveFrame();
+}
+
+std::string LoopbackClient::receiveUntilClosed()
+{
+    Bytes bytes;
+    while (append(bytes, 4096)) {
+    }
+    pollfd entry{socket_.number(), POLLIN, 0};
+    const bool isClosed = poll(&entry, 1, 0) > 0;
+    return isClosed ? toHex(bytes) : "still open";
+}
+
+std::size_t LoopbackClient::bytesWaiting() const
+{
+    int count = 0;
+    ioctl(socket_.number(), FIONREAD, &count);
+    return static_cast<std::size_t>(count);
+}
+
+} // namespace test

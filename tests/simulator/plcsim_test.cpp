@@ -1,0 +1,342 @@
+// The program plcsim, run as a user runs it.
+
+#include "simulator/loopback_client.h"
+
+#include <gmock/gmock.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <fstream>
+#include <memory>
+#include <poll.h>
+#include <sstream>
+#include <stdexcept>
+#include <sys/wait.h>
+#include <vector>
+
+namespace
+{
+
+using simulator::FileDescriptor;
+using test::LoopbackClient;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+const char* const write1 = "00 01 00 00 00 06 01 06 20 00 12 34";
+
+/// A running plcsim whose output is read.
+class Plcsim
+{
+public:
+    explicit Plcsim(const std::vector<std::string>& arguments)
+    {
+        int out[2];
+        int err[2];
+        if (pipe2(out, O_CLOEXEC) != 0 || pipe2(err, O_CLOEXEC) != 0)
+            throw std::runtime_error("no pipes");
+        process = fork();
+        if (process == 0)
+            become(arguments, out[1], err[1]);
+        close(out[1]);
+        close(err[1]);
+        output = std::make_unique<FileDescriptor>(out[0]);
+        errors = std::make_unique<FileDescriptor>(err[0]);
+    }
+    ~Plcsim()
+    {
+        if (process > 0 && !isOver) {
+            kill(process, SIGKILL);
+            waitpid(process, nullptr, 0);
+        }
+    }
+    Plcsim(const Plcsim&) = delete;
+    Plcsim& operator=(const Plcsim&) = delete;
+
+    /// The first line of the output, without its end; what there is, if it does not come.
+    std::string firstLine()
+    {
+        std::string line;
+        char character = 0;
+        while (readSome(*output, &character, 1) == 1 && character != '\n')
+            line += character;
+        return line;
+    }
+
+    /// The port that the first line names.
+    int port()
+    {
+        const std::string line = firstLine();
+        return std::atoi(line.substr(line.rfind(':') + 1).c_str());
+    }
+
+    /// Sends the signal, then waits for the end; the exit status, or minus the signal that killed it.
+    int endBy(int signal)
+    {
+        kill(process, signal);
+        return end();
+    }
+
+    /// Waits for the end.
+    int end()
+    {
+        restOfOutput = readAll(*output);
+        restOfErrors = readAll(*errors);
+        int status = 0;
+        waitpid(process, &status, 0);
+        isOver = true;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+    }
+
+    std::string restOfOutput; ///< after the first line, known after the end
+    std::string restOfErrors;
+
+private:
+    [[noreturn]] static void become(const std::vector<std::string>& arguments, int out, int err)
+    {
+        std::vector<std::string> words = {PLCSIM_PROGRAM};
+        words.insert(words.end(), arguments.begin(), arguments.end());
+        std::vector<char*> pointers;
+        for (std::string& word : words)
+            pointers.push_back(word.data());
+        pointers.push_back(nullptr);
+        dup2(out, STDOUT_FILENO);
+        dup2(err, STDERR_FILENO);
+        execv(PLCSIM_PROGRAM, pointers.data());
+        _exit(127);
+    }
+
+    static ssize_t readSome(const FileDescriptor& file, char* text, std::size_t most)
+    {
+        pollfd entry{file.number(), POLLIN, 0};
+        return poll(&entry, 1, 20000) > 0 ? read(file.number(), text, most) : -1;
+    }
+
+    static std::string readAll(const FileDescriptor& file)
+    {
+        std::string all;
+        char text[4096];
+        for (ssize_t size; (size = readSome(file, text, sizeof text)) > 0;)
+            all.append(text, static_cast<std::size_t>(size));
+        return all;
+    }
+
+    pid_t process = -1;
+    bool isOver = false;
+    std::unique_ptr<FileDescriptor> output;
+    std::unique_ptr<FileDescriptor> errors;
+};
+
+/// A file of its own that is gone after the test.
+class TemporaryFile
+{
+public:
+    explicit TemporaryFile(const std::string& content = "") : name(testing::TempDir() + "plcsim_test_XXXXXX")
+    {
+        close(mkstemp(name.data()));
+        std::ofstream(name) << content;
+    }
+    ~TemporaryFile() { std::remove(name.c_str()); }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    std::string content() const
+    {
+        std::ostringstream text;
+        text << std::ifstream(name).rdbuf();
+        return text.str();
+    }
+
+    std::string name;
+};
+
+TEST(Plcsim, PrintsWhereItListensAndServesThere)
+{
+    Plcsim plcsim({});
+    const std::string line = plcsim.firstLine();
+    ASSERT_THAT(line, StartsWith("listening on 127.0.0.1:"));
+    LoopbackClient client(std::atoi(line.substr(line.rfind(':') + 1).c_str()));
+    EXPECT_EQ(client.exchange(write1), write1);
+}
+
+TEST(Plcsim, EndsCleanlyAtCtrlC)
+{
+    Plcsim plcsim({"--quiet"});
+    LoopbackClient client(plcsim.port());
+    EXPECT_EQ(plcsim.endBy(SIGINT), 0);
+    EXPECT_EQ(plcsim.restOfOutput, "");
+    EXPECT_EQ(plcsim.restOfErrors, "");
+    EXPECT_EQ(client.receiveUntilClosed(), "");
+}
+
+TEST(Plcsim, EndsCleanlyWhenTerminated)
+{
+    Plcsim plcsim({});
+    plcsim.firstLine();
+    EXPECT_EQ(plcsim.endBy(SIGTERM), 0);
+}
+
+TEST(Plcsim, LoadsValuesAndDumpsThemWithWhatWasWritten)
+{
+    const TemporaryFile file("# start\nunit 1 coil 0x0010 1\nunit 2 register 8192 7\n");
+    Plcsim plcsim({"--load", file.name, "--dump"});
+    LoopbackClient client(plcsim.port());
+    EXPECT_EQ(client.exchange("00 01 00 00 00 06 02 03 20 00 00 01"), "00 01 00 00 00 05 02 03 02 00 07");
+    client.exchange(write1);
+    EXPECT_EQ(plcsim.endBy(SIGINT), 0);
+    EXPECT_EQ(plcsim.restOfOutput,
+              "unit 1 coil 0x0010 1\nunit 1 register 0x2000 4660\nunit 2 register 0x2000 7\n");
+}
+
+TEST(Plcsim, DumpsToAFileThatItCanLoad)
+{
+    const TemporaryFile file("unit 3 register 1 1\n");
+    Plcsim first({"--load", file.name, "--dump-file", file.name});
+    {
+        LoopbackClient client(first.port());
+        client.exchange(write1);
+    }
+    EXPECT_EQ(first.endBy(SIGINT), 0);
+    EXPECT_EQ(first.restOfOutput, "");
+    EXPECT_EQ(file.content(), "unit 1 register 0x2000 4660\nunit 3 register 0x0001 1\n");
+    Plcsim second({"--load", file.name, "--dump"});
+    second.firstLine();
+    EXPECT_EQ(second.endBy(SIGINT), 0);
+    EXPECT_EQ(second.restOfOutput, file.content());
+}
+
+TEST(Plcsim, ReportsEveryWrongLineOfAFile)
+{
+    const TemporaryFile file("unit 1 coil 1 1\nunit 1 coil 1 5\nnonsense\n");
+    Plcsim plcsim({"--load", file.name});
+    EXPECT_EQ(plcsim.end(), 2);
+    EXPECT_EQ(plcsim.restOfOutput, "");
+    EXPECT_THAT(plcsim.restOfErrors, HasSubstr(file.name + ":2: 'unit 1 coil 1 5': expected"));
+    EXPECT_THAT(plcsim.restOfErrors, HasSubstr(file.name + ":3: 'nonsense': expected"));
+    EXPECT_THAT(plcsim.restOfErrors, Not(HasSubstr(file.name + ":1:")));
+}
+
+TEST(Plcsim, ReportsFilesThatItCannotReadOrWrite)
+{
+    for (const std::string option : {"--load", "--dump-file"}) {
+        for (const std::string name : {"/nonexistent/values.txt", "/"}) {
+            Plcsim plcsim({option, name});
+            EXPECT_EQ(plcsim.end(), 2);
+            EXPECT_EQ(plcsim.restOfOutput, "");
+            EXPECT_THAT(plcsim.restOfErrors, HasSubstr(option + ": cannot"));
+            EXPECT_THAT(plcsim.restOfErrors, HasSubstr("'" + name + "'"));
+        }
+    }
+}
+
+TEST(Plcsim, LoadsAnEmptyFile)
+{
+    const TemporaryFile file;
+    Plcsim plcsim({"--load", file.name, "--dump"});
+    EXPECT_GT(plcsim.port(), 0);
+    EXPECT_EQ(plcsim.endBy(SIGINT), 0);
+    EXPECT_EQ(plcsim.restOfOutput, "");
+}
+
+TEST(Plcsim, SaysThatAPortIsInUseAndWhatToDo)
+{
+    Plcsim first({});
+    const int port = first.port();
+    Plcsim second({"--port", std::to_string(port)});
+    EXPECT_EQ(second.end(), 1);
+    EXPECT_EQ(second.restOfOutput, "");
+    EXPECT_THAT(second.restOfErrors, HasSubstr("port " + std::to_string(port)));
+    EXPECT_THAT(second.restOfErrors, HasSubstr("already in use: stop the program"));
+}
+
+TEST(Plcsim, RefusesAddresses)
+{
+    Plcsim plcsim({"--refuse", "0x2000-8200", "--refuse", "5-5"});
+    LoopbackClient client(plcsim.port());
+    EXPECT_EQ(client.exchange(write1), "00 01 00 00 00 03 01 86 02");
+    EXPECT_EQ(client.exchange("00 01 00 00 00 06 01 03 00 05 00 01"), "00 01 00 00 00 03 01 83 02");
+    EXPECT_EQ(client.exchange("00 01 00 00 00 06 01 03 00 06 00 01"), "00 01 00 00 00 05 01 03 02 00 00");
+}
+
+TEST(Plcsim, InjectsFaultsAndCountsThemAtTheEnd)
+{
+    Plcsim plcsim({"--fault", "late=0", "--fault", "wrong-unit=1", "--seed", "0x7", "--late-ms", "10"});
+    LoopbackClient client(plcsim.port());
+    EXPECT_EQ(client.exchange(write1), "00 01 00 00 00 06 02 06 20 00 12 34");
+    EXPECT_EQ(plcsim.endBy(SIGINT), 0);
+    EXPECT_EQ(plcsim.restOfErrors, "plcsim: 1 requests, wrong-unit 1\n");
+}
+
+TEST(Plcsim, DelaysLateRepliesAsLongAsItIsTold)
+{
+    Plcsim plcsim({"--fault", "late=1", "--late-ms", "20"});
+    LoopbackClient client(plcsim.port());
+    EXPECT_EQ(client.exchange(write1), write1);
+}
+
+TEST(Plcsim, TracesRequestsAndRepliesInHex)
+{
+    Plcsim plcsim({"--trace", "--quiet", "--fault", "exception=1"});
+    LoopbackClient client(plcsim.port());
+    client.exchange(write1);
+    EXPECT_EQ(plcsim.endBy(SIGINT), 0);
+    EXPECT_EQ(plcsim.restOfErrors,
+              "1 <- 00 01 00 00 00 06 01 06 20 00 12 34\n1 -> 00 01 00 00 00 03 01 86 04 (exception)\n");
+}
+
+TEST(Plcsim, ExplainsEveryOption)
+{
+    Plcsim plcsim({"--help"});
+    EXPECT_EQ(plcsim.end(), 0);
+    for (const char* word : {"--port", "--load", "--dump", "--dump-file", "--refuse", "--fault", "--late-ms",
+                             "--seed", "--trace", "--quiet", "no-reply", "wrong-unit", "unit 1 coil"})
+        EXPECT_THAT(plcsim.restOfOutput, HasSubstr(word));
+}
+
+TEST(Plcsim, TellsItsVersion)
+{
+    Plcsim plcsim({"--version"});
+    EXPECT_EQ(plcsim.end(), 0);
+    EXPECT_THAT(plcsim.restOfOutput, StartsWith("plcsim "));
+}
+
+struct WrongArguments {
+    std::vector<std::string> arguments;
+    const char* message;
+};
+
+class WrongCommandLine : public testing::TestWithParam<WrongArguments>
+{
+};
+
+TEST_P(WrongCommandLine, IsRefusedWithAMessageThatSaysWhatToDo)
+{
+    Plcsim plcsim(GetParam().arguments);
+    EXPECT_EQ(plcsim.end(), 2);
+    EXPECT_EQ(plcsim.restOfOutput, "");
+    EXPECT_THAT(plcsim.restOfErrors, HasSubstr(GetParam().message));
+    EXPECT_THAT(plcsim.restOfErrors, HasSubstr("--help"));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Plcsim, WrongCommandLine,
+    testing::Values(WrongArguments{{"--port", "65536"}, "--port 65536: give a number from 0 to 65535"},
+                    WrongArguments{{"--port", "http"}, "--port http: give a number"},
+                    WrongArguments{{"--fault", "slow=1"},
+                                   "there is no fault 'slow'; choose among no-reply, late"},
+                    WrongArguments{{"--fault", "late"}, "--fault late: give a probability from 0 to 1"},
+                    WrongArguments{{"--fault", "late=often"}, "for example --fault late=0.1"},
+                    WrongArguments{{"--fault", "late=1.5"}, "'late' must be from 0 to 1"},
+                    WrongArguments{{"--fault", "late=nan"}, "'late' must be from 0 to 1"},
+                    WrongArguments{{"--fault", "late=0.6", "--fault", "cut=0.6"}, "add up to 1 at most"},
+                    WrongArguments{{"--refuse", "5"}, "--refuse 5: give the first and the last address"},
+                    WrongArguments{{"--refuse", "9-5"}, "--refuse 9-5: give"},
+                    WrongArguments{{"--refuse", "0-65536"}, "for example --refuse 100-199"},
+                    WrongArguments{{"--late-ms", "-1"}, "--late-ms -1: give a number"},
+                    WrongArguments{{"--seed", "4294967296"}, "--seed 4294967296: give a number"},
+                    WrongArguments{{"--bogus"}, "Unknown option 'bogus'"},
+                    WrongArguments{{"values.txt"}, "Unexpected argument 'values.txt'"}));
+
+} // namespace
