@@ -8,6 +8,12 @@ void Put16(QByteArray& bytes, int value)
     bytes.append(static_cast<char>(value & 0xFF));
 }
 
+void Put32(QByteArray& bytes, int value)
+{
+    Put16(bytes, value >> 16);
+    Put16(bytes, value);
+}
+
 void Set16(QByteArray& bytes, int at, int value)
 {
     bytes[at] = static_cast<char>((value >> 8) & 0xFF);
@@ -33,16 +39,20 @@ QByteArray BeginFrame(int station, FunctionCode function, int modbusAddress, int
     return frame;
 }
 
-void QueueFrame(const RW_VAR& request, const QByteArray& frame, int replyLength, int dataOffset,
-                int dataLength)
+ReplyShape UnlessBroadcast(int station, ReplyShape shape)
 {
-    const bool answered = request.station != 0;
+    const ReplyShape none = {0, 0, 0};
+    return station == 0 ? none : shape;
+}
+
+void QueueFrame(const RW_VAR& request, const QByteArray& frame, ReplyShape reply)
+{
     Protocol protocol;
     protocol.frame = frame;
     protocol.frameLength = frame.size();
-    protocol.replyLength = answered ? replyLength : 0;
-    protocol.dataOffset = answered ? dataOffset : 0;
-    protocol.dataLength = answered ? dataLength : 0;
+    protocol.replyLength = reply.length;
+    protocol.dataOffset = reply.dataOffset;
+    protocol.dataLength = reply.dataLength;
     protocol.var = request;
     protocol.extra0 = 0;
     protocol.extra1 = 0;

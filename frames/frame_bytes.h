@@ -19,6 +19,9 @@ enum {
 /// Appends the low 16 bits of \a value, high byte first.
 void Put16(QByteArray& bytes, int value);
 
+/// Appends all 32 bits of \a value, high byte first.
+void Put32(QByteArray& bytes, int value);
+
 /// Overwrites two bytes at \a at with the low 16 bits of \a value, high byte first.
 void Set16(QByteArray& bytes, int at, int value);
 
@@ -42,11 +45,18 @@ void PadTo(QByteArray& bytes, int size);
 /// code and Modbus address. \a bytesAfterAddress follow.
 QByteArray BeginFrame(int station, FunctionCode function, int modbusAddress, int bytesAfterAddress);
 
+/// What the reply to a frame looks like, in bytes.
+struct ReplyShape {
+    int length;     ///< the whole reply; 0: none is awaited
+    int dataOffset; ///< first data byte
+    int dataLength; ///< data bytes
+};
+
+/// \return \a shape, or all zeros for station 0: a Modbus broadcast is never answered
+ReplyShape UnlessBroadcast(int station, ReplyShape shape);
+
 /// Appends a frame for \a request to protocolList.
-/// \param replyLength \param dataOffset \param dataLength what the reply looks like; a broadcast
-///        (station 0) is never answered, so all three become 0
-void QueueFrame(const RW_VAR& request, const QByteArray& frame, int replyLength, int dataOffset,
-                int dataLength);
+void QueueFrame(const RW_VAR& request, const QByteArray& frame, ReplyShape reply);
 
 /// Tells reply handling how many replies make up the request just queued.
 void ExpectFrames(int frames);

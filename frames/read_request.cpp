@@ -47,6 +47,7 @@ void ReadAnalog(RW_VAR* request)
     const ReadFrame read = ReadFrameOf(*area, request->address & 0xFFFF, request->count & 0xFFFF);
     QByteArray frame = BeginFrame(request->station, area->read, read.modbusAddress, 2);
     Put16(frame, read.quantity);
-    QueueFrame(*request, frame, REPLY_DATA_OFFSET + read.dataBytes, REPLY_DATA_OFFSET, read.dataBytes);
+    const ReplyShape reply = {REPLY_DATA_OFFSET + read.dataBytes, REPLY_DATA_OFFSET, read.dataBytes};
+    QueueFrame(*request, frame, UnlessBroadcast(request->station, reply));
     ExpectFrames(1);
 }

@@ -7,6 +7,9 @@
 namespace
 {
 
+// Function codes 5, 6 and 16 are answered with an echo of the frame's first twelve bytes.
+const ReplyShape echo = {WRITE_REPLY_LENGTH, 0, 0};
+
 // Register i of little-endian value bytes, high byte first.
 void PutRegister(QByteArray& frame, const QByteArray& data, int i)
 {
@@ -94,7 +97,7 @@ void WriteAnalog(RW_VAR* request)
     if (!area || area->writeOne == FC_NONE || area->kind == Area::BitOfWord)
         return;
     const QByteArray frame = WriteFrame(*area, *request);
-    QueueFrame(*request, frame, WRITE_REPLY_LENGTH, 0, 0);
+    QueueFrame(*request, frame, UnlessBroadcast(request->station, echo));
     ExpectFrames(1);
 }
 
@@ -117,7 +120,8 @@ void WriteBool_WordOfBit(RW_VAR* request)
     QByteArray writeFrame = BeginFrame(request->station, FC_WRITE_SINGLE_REGISTER, word, 2);
     Put16(writeFrame, 0); // the reply to the read patches the word in
 
-    QueueFrame(reading, readFrame, REPLY_DATA_OFFSET + 2, REPLY_DATA_OFFSET, 2);
-    QueueFrame(writing, writeFrame, WRITE_REPLY_LENGTH, 0, 0);
+    const ReplyShape oneRegister = {REPLY_DATA_OFFSET + 2, REPLY_DATA_OFFSET, 2};
+    QueueFrame(reading, readFrame, oneRegister);
+    QueueFrame(writing, writeFrame, echo);
     ExpectFrames(2);
 }
