@@ -1,0 +1,110 @@
+#include "driver/modbus_rtu_master.h"
+
+#include "driver_fixture.h"
+
+#include <algorithm>
+#include <memory>
+
+// A second object is made on the heap: it is 1.4 MB, and PLC_driver has been used by other tests.
+namespace
+{
+
+template <typename Element, size_t areas>
+bool AllZero(const Element (&buffers)[areas][AREA_ELEMENTS])
+{
+    const Element* first = &buffers[0][0];
+    return std::all_of(first, first + areas * AREA_ELEMENTS, [](Element element) { return element == 0; });
+}
+
+class DriverObject : public ::testing::Test
+{
+protected:
+    const std::unique_ptr<Modbus_RTU_Master> driver{new Modbus_RTU_Master};
+};
+
+// A non-recursive mutex that is held cannot be taken again, not even by its holder.
+bool IsNonRecursive(QMutex& mutex)
+{
+    QMutexLocker held(&mutex);
+    if (!mutex.tryLock())
+        return true;
+    mutex.unlock();
+    return false;
+}
+
+} // namespace
+
+TEST_F(DriverObject, StartsWithEmptyLists)
+{
+    EXPECT_TRUE(driver->readList.isEmpty());
+    EXPECT_TRUE(driver->writeList.isEmpty());
+    EXPECT_TRUE(driver->onceReadList.isEmpty());
+    EXPECT_TRUE(driver->spareList.isEmpty());
+    EXPECT_TRUE(driver->protocolList.isEmpty());
+    EXPECT_TRUE(driver->extendList.isEmpty());
+    EXPECT_TRUE(driver->stationMap.isEmpty());
+}
+
+TEST_F(DriverObject, StartsWithoutASettingsBlock)
+{
+    EXPECT_EQ(nullptr, driver->comInfo);
+}
+
+TEST_F(DriverObject, StartsBeforeTheFirstRequest)
+{
+    EXPECT_EQ(100, driver->requestKind);
+    EXPECT_EQ(0, driver->writeRun);
+    EXPECT_EQ(0, driver->onceReadRun);
+    EXPECT_EQ(0, driver->readReplyCount);
+    EXPECT_EQ(0, driver->lastFailed);
+    EXPECT_EQ(0, driver->spareFlag);
+}
+
+TEST_F(DriverObject, StartsWithAnEmptyResultRecord)
+{
+    EXPECT_TRUE(driver->retVar.name.isEmpty());
+    EXPECT_TRUE(driver->retVar.name2.isEmpty());
+    EXPECT_TRUE(driver->retVar.data.isEmpty());
+}
+
+TEST_F(DriverObject, StartsWithEveryImageCell0)
+{
+    EXPECT_TRUE(AllZero(driver->image.bitArea));
+    EXPECT_TRUE(AllZero(driver->image.wordArea));
+    EXPECT_TRUE(std::all_of(driver->image.dwordArea, driver->image.dwordArea + AREA_ELEMENTS,
+                            [](unsigned int element) { return element == 0; }));
+}
+
+TEST_F(DriverObject, ImageAreasLieBackToBack)
+{
+    const auto at = [](const void* part) { return static_cast<const char*>(part); };
+    const char* image = at(&driver->image);
+
+    EXPECT_EQ(image, at(driver->image.bitArea[0]));
+    EXPECT_EQ(image + 7 * 65535, at(driver->image.bitArea[7]));
+    EXPECT_EQ(at(driver->image.wordArea[0]) + 4 * 2 * 65535, at(driver->image.wordArea[4]));
+    EXPECT_LT(at(driver->image.wordArea[4]), at(driver->image.dwordArea));
+}
+
+TEST_F(DriverObject, HasThreeNonRecursiveMutexes)
+{
+    EXPECT_TRUE(IsNonRecursive(driver->listMutex));
+    EXPECT_TRUE(IsNonRecursive(driver->imageMutex));
+    EXPECT_TRUE(IsNonRecursive(driver->stationMutex));
+}
+
+// Leaks and double frees show under the address sanitizer.
+TEST_F(DriverObject, FreesWhatItHolds)
+{
+    const RW_VAR var = Write(9, 1, 1, "01 02 03");
+    Protocol frame = Protocol();
+    frame.frame = Bytes("00 01");
+    frame.var = var;
+    driver->readList.append(var);
+    driver->writeList.append(var);
+    driver->onceReadList.append(var);
+    driver->protocolList.append(frame);
+    driver->extendList.append(EXTENDVAR{1, 9, 1, Bytes("01 02")});
+    driver->stationMap.insert(1, 0);
+    driver->retVar = var;
+}
