@@ -736,6 +736,12 @@ TEST_F(SetQueueTest, RunawayBitCountsFillTheListAndNoMore)
     EXPECT_EQ("1023+1", QueuedRuns().back());
 }
 
+TEST_F(SetQueueTest, RunawayCountsOfBitsOfWordsFillTheListAndNoMore)
+{
+    EXPECT_EQ(1024, Set(8, "0.0", Bytes("01"), INT_MAX));
+    EXPECT_EQ("1023+1", QueuedRuns().back());
+}
+
 TEST_F(SetQueueTest, AnAddressAtTheEndOf32BitsIsSurvived)
 {
     EXPECT_EQ(2, Set(9, "2147483647", Bytes("01"), 150));
