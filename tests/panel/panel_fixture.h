@@ -1,0 +1,133 @@
+/// \file
+/// \brief A runtime and a simulated controller, and the controller's memory as the areas see it.
+#ifndef TESTS_PANEL_FIXTURE_H
+#define TESTS_PANEL_FIXTURE_H
+
+#include "panel/runtime.h"
+#include "simulator/simulated_controller.h"
+
+#include <gtest/gtest.h>
+
+#include <QThread>
+
+#include <functional>
+#include <memory>
+
+// Long enough for a busy machine; a test that has to wait so long has failed.
+const int patienceMs = 20000;
+
+/// Waits until \a condition holds. \return false when it never does
+inline bool eventually(const std::function<bool()>& condition)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (!condition()) {
+        if (clock.elapsed() > patienceMs)
+            return false;
+        QThread::msleep(2);
+    }
+    return true;
+}
+
+inline panel::Variable variable(int area, int element, int count = 1, int station = -1)
+{
+    panel::Variable result;
+    result.area = area;
+    result.element = element;
+    result.count = count;
+    result.station = station;
+    return result;
+}
+
+/// \return Modbus address of an element, as the controller's manual has it
+inline int modbusAddress(int area, int element)
+{
+    const int bases[15] = {0xF800, 0xFC00, 0x0000, 0x2400, 0xE000, 0xF000, 0xF400, 0x1F40,
+                           0x0000, 0x0000, 0x3000, 0x2400, 0xF000, 0xF400, 0xF700};
+    const int scaled = area == 8 ? element / 16 : area == 14 ? 2 * element : element;
+    return (bases[area] + scaled) & 0xFFFF;
+}
+
+/// \return what the controller has for an element
+inline quint32 inController(simulator::SimulatedController& controller, int area, int element, int unit = 1)
+{
+    const int address = modbusAddress(area, element);
+    simulator::ControllerMemory& memory = controller.memory();
+    if (area < 8)
+        return memory.coil(unit, address) ? 1 : 0;
+    const quint32 low = memory.holdingRegister(unit, address);
+    if (area == 8)
+        return low >> (element % 16) & 1;
+    return area == 14 ? low | static_cast<quint32>(memory.holdingRegister(unit, address + 1)) << 16 : low;
+}
+
+/// Sets an element of the controller.
+inline void putIntoController(simulator::SimulatedController& controller, int area, int element,
+                              quint32 value, int unit = 1)
+{
+    const int address = modbusAddress(area, element);
+    simulator::ControllerMemory& memory = controller.memory();
+    if (area < 8) {
+        memory.setCoil(unit, address, value != 0);
+    } else if (area == 8) {
+        const quint32 bit = 1u << (element % 16);
+        const quint32 word = memory.holdingRegister(unit, address);
+        memory.setHoldingRegister(unit, address, static_cast<quint16>(value != 0 ? word | bit : word & ~bit));
+    } else {
+        memory.setHoldingRegister(unit, address, static_cast<quint16>(value & 0xFFFF));
+        if (area == 14)
+            memory.setHoldingRegister(unit, address + 1, static_cast<quint16>(value >> 16));
+    }
+}
+
+/// Starts a controller; the runtime is started by the test, after it has changed the settings.
+class PanelFixture : public testing::Test
+{
+protected:
+    PanelFixture() { useController({}); }
+
+    void useController(const simulator::Settings& controllerSettings)
+    {
+        controller = std::make_unique<simulator::SimulatedController>(controllerSettings);
+        controller->start();
+        settings.driverPath = QStringLiteral(PLC_DRIVER_LIBRARY);
+        settings.port = controller->port();
+        settings.station = 1;
+        settings.cyclePauseMs = 1;
+        // Only tests about missing replies shorten it; a busy machine may take its time.
+        settings.timeoutMs = 3000;
+    }
+
+    void makeRuntime() { runtime = std::make_unique<panel::Runtime>(settings); }
+
+    void startRuntime()
+    {
+        makeRuntime();
+        runtime->start();
+    }
+
+    panel::WriteOutcome write(const panel::Variable& where, const std::vector<quint32>& values)
+    {
+        const auto pending = runtime->write(where, values);
+        EXPECT_TRUE(pending.wait(patienceMs)) << "the write never ends";
+        return pending.done() ? pending.get() : panel::WriteOutcome();
+    }
+
+    panel::ReadOutcome read(const panel::Variable& where)
+    {
+        const auto pending = runtime->read(where);
+        EXPECT_TRUE(pending.wait(patienceMs)) << "the read never ends";
+        return pending.done() ? pending.get() : panel::ReadOutcome();
+    }
+
+    bool becomes(int index, panel::ValueState state)
+    {
+        return eventually([&] { return runtime->value(index).state == state; });
+    }
+
+    panel::Settings settings;
+    std::unique_ptr<simulator::SimulatedController> controller;
+    std::unique_ptr<panel::Runtime> runtime;
+};
+
+#endif
