@@ -320,9 +320,10 @@ TEST_F(RemoteReply, DoesNotCountTowardsThePass)
 TEST_F(RemoteReply, IsFiledWithoutTheImageLock)
 {
     remoteInFlight(-1);
+    QByteArray bytes = Bytes(TWO_WORDS);
     QMutexLocker held(&PLC_driver.imageMutex);
 
-    EXPECT_EQ(1, reply(TWO_WORDS));
+    EXPECT_EQ(1, DealDataOfRemoteArea(&bytes, 13));
     EXPECT_EQ(0x1234, word(16));
 }
 
