@@ -14,8 +14,9 @@ namespace simulator
 namespace
 {
 
-// A peer that asks and never reads shall not fill the memory.
+// A peer that asks and never reads shall not fill the memory, neither ours nor the system's.
 constexpr std::size_t mostPendingBytes = 65536;
+constexpr int systemBuffer = 65536;
 
 bool isTemporary(int error)
 {
@@ -29,6 +30,7 @@ Connection::Connection(FileDescriptor socket, unsigned long number)
 {
     const int on = 1; // replies, and above all single bytes of split ones, leave at once
     setsockopt(socket_.number(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    setsockopt(socket_.number(), SOL_SOCKET, SO_SNDBUF, &systemBuffer, sizeof systemBuffer);
 }
 
 bool Connection::mayReceive() const

@@ -82,7 +82,7 @@ void checkFaults(const FaultSettings& settings)
                                         "' must be from 0 to 1");
         sum += probability;
     }
-    if (sum > 1 + 1e-9) // ten times 0.1 is a little more than 1
+    if (sum > 1 + 1e-9) // 0.05 + 0.55 + 0.3 + 0.1 is a little more than 1
         throw std::invalid_argument("the probabilities of the faults add up to " + std::to_string(sum) +
                                     "; lower them so that they add up to 1 at most");
     if (settings.lateMs < 0)

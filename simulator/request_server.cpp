@@ -26,18 +26,17 @@ constexpr int onlyOne = 0;            // maximum of functions that carry a value
 // What Modbus allows of the functions served here.
 struct Function {
     int code;
-    int maximum; // quantity
-    bool writes;
+    int maximum;        // quantity
     int bitsPerElement; // of the values that follow the quantity; 0 if none do
 };
 
 constexpr Function functions[] = {
-    {MODBUS_FC_READ_COILS, MODBUS_MAX_READ_BITS, false, 0},
-    {MODBUS_FC_READ_HOLDING_REGISTERS, MODBUS_MAX_READ_REGISTERS, false, 0},
-    {MODBUS_FC_WRITE_SINGLE_COIL, onlyOne, true, 0},
-    {MODBUS_FC_WRITE_SINGLE_REGISTER, onlyOne, true, 0},
-    {MODBUS_FC_WRITE_MULTIPLE_COILS, MODBUS_MAX_WRITE_BITS, true, 1},
-    {MODBUS_FC_WRITE_MULTIPLE_REGISTERS, MODBUS_MAX_WRITE_REGISTERS, true, 16},
+    {MODBUS_FC_READ_COILS, MODBUS_MAX_READ_BITS, 0},
+    {MODBUS_FC_READ_HOLDING_REGISTERS, MODBUS_MAX_READ_REGISTERS, 0},
+    {MODBUS_FC_WRITE_SINGLE_COIL, onlyOne, 0},
+    {MODBUS_FC_WRITE_SINGLE_REGISTER, onlyOne, 0},
+    {MODBUS_FC_WRITE_MULTIPLE_COILS, MODBUS_MAX_WRITE_BITS, 1},
+    {MODBUS_FC_WRITE_MULTIPLE_REGISTERS, MODBUS_MAX_WRITE_REGISTERS, 16},
 };
 
 const Function* functionOf(const Bytes& request)
@@ -207,11 +206,9 @@ Bytes RequestServer::execute(const Bytes& request, int unit)
     return reply;
 }
 
+// A read or a wrong request changes nothing, so only writes come to anything.
 void RequestServer::executeOnAll(const Bytes& request)
 {
-    const Function* const function = functionOf(request);
-    if (!function || !function->writes)
-        return;
     for (const int unit : memory_.units())
         if (answers(unit))
             execute(request, unit);

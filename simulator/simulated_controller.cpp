@@ -22,6 +22,7 @@ namespace
 {
 
 constexpr std::size_t mostConnections = 64;
+constexpr std::size_t ownEntries = 2; // of the controller itself, polled besides its connections
 constexpr unsigned deviceFailure = 4; // the exception of Fault::Exception
 
 std::string failure(const std::string& what)
@@ -206,7 +207,7 @@ void SimulatedController::waitForWork(const Connections& connections) const
     timespec pause{};
     ppoll(entries.data(), entries.size(), sleepUntil(first, pause), nullptr);
     for (std::size_t i = 0; i < connections.size(); ++i)
-        connections[i]->setHappened(entries[i + entries.size() - connections.size()].revents);
+        connections[i]->setHappened(entries[ownEntries + i].revents);
 }
 
 void SimulatedController::acceptInto(Connections& connections)

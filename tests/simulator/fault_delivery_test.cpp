@@ -67,11 +67,11 @@ TEST_F(FaultDelivery, LateComesNoSoonerThanItsTime)
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(100));
 }
 
-bool startsWithLateThenNone(const FaultSettings& settings)
+bool startsWith(Fault first, Fault second, const FaultSettings& settings)
 {
     simulator::FaultPlan plan(settings);
     simulator::FaultPlan::Position position;
-    return plan.draw(position).fault == Fault::Late && plan.draw(position).fault == Fault::None;
+    return plan.draw(position).fault == first && plan.draw(position).fault == second;
 }
 
 // Both requests arrive in one piece, so that only a pause of 700 ms inside the controller could turn the
@@ -81,7 +81,7 @@ TEST_F(FaultDelivery, LateLetsTheNextReplyPass)
     FaultSettings settings;
     settings.late = 0.5;
     settings.lateMs = 700;
-    while (!startsWithLateThenNone(settings))
+    while (!startsWith(Fault::Late, Fault::None, settings))
         ++settings.seed;
     controller.setFaults(settings);
     LoopbackClient client(controller.port());
@@ -108,6 +108,15 @@ TEST_F(FaultDelivery, LateRepliesDoNotDelayTheStop)
     sendInto(Fault::Late, client, write1);
     controller.stop();
     EXPECT_EQ(client.receiveUntilClosed(), "");
+}
+
+TEST_F(FaultDelivery, LateReachesAClientThatStoppedSending)
+{
+    LoopbackClient client(controller.port());
+    always(&FaultSettings::late, 50);
+    client.send(write1);
+    client.stopSending();
+    EXPECT_EQ(client.receiveUntilClosed(), write1);
 }
 
 TEST_F(FaultDelivery, DoubledComesTwice)
@@ -193,6 +202,18 @@ TEST_F(FaultDelivery, CloseEndsTheConnectionInsteadOfTheReply)
     controller.setFaults({});
     LoopbackClient again(controller.port());
     EXPECT_EQ(again.exchange(write2), write2);
+}
+
+TEST_F(FaultDelivery, CloseComesAfterTheReplyToTheRequestBefore)
+{
+    FaultSettings settings;
+    settings.close = 0.5;
+    while (!startsWith(Fault::None, Fault::Close, settings))
+        ++settings.seed;
+    controller.setFaults(settings);
+    LoopbackClient client(controller.port());
+    client.send(std::string(write1) + " " + write2);
+    EXPECT_EQ(client.receiveUntilClosed(), write1);
 }
 
 TEST_F(FaultDelivery, EveryFaultButTheExceptionExecutesTheRequest)

@@ -65,7 +65,11 @@ LoopbackClient::LoopbackClient(int port) : socket_(::socket(AF_INET, SOCK_STREAM
 
 void LoopbackClient::send(const std::string& hex)
 {
-    const Bytes bytes = fromHex(hex);
+    send(fromHex(hex));
+}
+
+void LoopbackClient::send(const Bytes& bytes)
+{
     if (::send(socket_.number(), bytes.data(), bytes.size(), MSG_NOSIGNAL) !=
         static_cast<ssize_t>(bytes.size()))
         throw std::runtime_error("cannot send");
@@ -113,11 +117,17 @@ std::string LoopbackClient::exchange(const std::string& hex)
     return receiveFrame();
 }
 
-std::string LoopbackClient::receiveUntilClosed()
+Bytes LoopbackClient::receiveBytesUntilClosed()
 {
     Bytes bytes;
-    while (append(bytes, 4096)) {
+    while (append(bytes, 65536)) {
     }
+    return bytes;
+}
+
+std::string LoopbackClient::receiveUntilClosed()
+{
+    const Bytes bytes = receiveBytesUntilClosed();
     pollfd entry{socket_.number(), POLLIN, 0};
     const bool isClosed = poll(&entry, 1, 0) > 0;
     return isClosed ? toHex(bytes) : "still open";

@@ -28,6 +28,7 @@ public:
     explicit LoopbackClient(int port);
 
     void send(const std::string& hex);
+    void send(const Bytes& bytes);
     void stopSending();
 
     /// The next `count` bytes as hex; fewer if they do not come.
@@ -41,6 +42,7 @@ public:
 
     /// Everything that still comes until the other side closes, as hex; "still open" if it does not.
     std::string receiveUntilClosed();
+    Bytes receiveBytesUntilClosed();
 
     /// What has arrived already, without waiting.
     std::size_t bytesWaiting() const;

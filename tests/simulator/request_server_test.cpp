@@ -154,6 +154,7 @@ const Refusal refusals[] = {
     {"WriteRegisters124", "00 01 00 00 00 09 01 10 00 00 00 7C F8 12 34", "00 01 00 00 00 03 01 90 03"},
     {"WriteCoilsWrongByteCount", "00 01 00 00 00 09 01 0F 00 00 00 08 02 FF FF",
      "00 01 00 00 00 03 01 8F 03"},
+    {"WriteCoilsLargeByteCount", "00 01 00 00 00 08 01 0F 00 00 00 08 02 FF", "00 01 00 00 00 03 01 8F 03"},
     {"ReadPastTheEnd", "00 01 00 00 00 06 01 03 FF FF 00 02", "00 01 00 00 00 03 01 83 02"},
     {"CoilsPastTheEnd", "00 01 00 00 00 06 01 01 FF F0 00 11", "00 01 00 00 00 03 01 81 02"},
     {"WritePastTheEnd", "00 01 00 00 00 0B 01 10 FF FF 00 02 04 00 01 00 02", "00 01 00 00 00 03 01 90 02"},
@@ -165,6 +166,10 @@ const Refusal refusals[] = {
     {"WriteOfARefusedRegister", "00 01 00 00 00 06 01 06 80 00 00 01", "00 01 00 00 00 03 01 86 02"},
     {"WriteThatReachesARefusedAddress", "00 01 00 00 00 0B 01 10 00 63 00 02 04 00 01 00 02",
      "00 01 00 00 00 03 01 90 02"},
+    {"NoQuantityIsJudgedBeforeTheAddress", "00 01 00 00 00 06 01 03 00 96 00 00",
+     "00 01 00 00 00 03 01 83 03"},
+    {"CoilValueIsJudgedBeforeTheAddress", "00 01 00 00 00 06 01 05 00 96 12 34",
+     "00 01 00 00 00 03 01 85 03"},
     {"QuantityIsJudgedBeforeTheAddress", "00 01 00 00 00 06 01 03 FF FF 00 7E", "00 01 00 00 00 03 01 83 03"},
 };
 
