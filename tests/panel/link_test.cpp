@@ -1,0 +1,300 @@
+#include "panel/link.h"
+#include "simulator/simulated_controller.h"
+
+#include <gtest/gtest.h>
+
+#include <QThread>
+
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <functional>
+#include <thread>
+
+namespace
+{
+
+using namespace panel;
+
+const int patienceMs = 20000;
+const int longTimeoutMs = 5000;
+const int shortTimeoutMs = 100;
+
+const QString loopback = QStringLiteral("127.0.0.1");
+const QByteArray readRegister5 = QByteArray::fromHex("000000000006010300050001");
+const QByteArray register5Is1234 = QByteArray::fromHex("0000000000050103021234");
+
+/// A controller of which every byte is decided by the test. Plain sockets, so that any thread may play it.
+class ScriptedController
+{
+public:
+    ScriptedController()
+    {
+        m_address.sin_family = AF_INET;
+        m_address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t size = sizeof m_address;
+        if (bind(m_listener, genericAddress(), size) != 0 || listen(m_listener, 8) != 0 ||
+            getsockname(m_listener, genericAddress(), &size) != 0)
+            ADD_FAILURE() << "no port to listen on";
+    }
+
+    ~ScriptedController()
+    {
+        close();
+        ::close(m_listener);
+    }
+
+    int port() const { return ntohs(m_address.sin_port); }
+
+    /// \return what \a link makes of one request while \a play answers it on another thread
+    static LinkExchange exchange(Link& link, const std::function<void()>& play)
+    {
+        std::thread player(play);
+        const LinkExchange exchange = link.exchange(readRegister5, true);
+        player.join();
+        return exchange;
+    }
+
+    /// Waits for a connection and for a request on it.
+    void acceptAndReceive()
+    {
+        m_connection = accept(m_listener, nullptr, nullptr);
+        ASSERT_GE(m_connection, 0);
+        receive();
+    }
+
+    void receive()
+    {
+        char bytes[12];
+        EXPECT_EQ(recv(m_connection, bytes, sizeof bytes, MSG_WAITALL), ssize_t(sizeof bytes));
+    }
+
+    void send(const char* hex)
+    {
+        const QByteArray bytes = QByteArray::fromHex(hex);
+        EXPECT_EQ(
+            ::send(m_connection, bytes.constData(), static_cast<std::size_t>(bytes.size()), MSG_NOSIGNAL),
+            bytes.size());
+    }
+
+    void close()
+    {
+        if (m_connection >= 0)
+            ::close(m_connection);
+        m_connection = -1;
+    }
+
+private:
+    sockaddr* genericAddress() { return reinterpret_cast<sockaddr*>(&m_address); }
+
+    sockaddr_in m_address = {};
+    const int m_listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    int m_connection = -1;
+};
+
+class LinkTest : public testing::Test
+{
+protected:
+    LinkExchange ask(Link& link) { return link.exchange(readRegister5, true); }
+
+    simulator::SimulatedController controller;
+};
+
+TEST_F(LinkTest, ExchangesOneRequestAndItsReply)
+{
+    controller.start();
+    controller.memory().setHoldingRegister(1, 5, 0x1234);
+    Link link(loopback, controller.port(), longTimeoutMs);
+    const LinkExchange exchange = ask(link);
+    EXPECT_TRUE(exchange.sent);
+    EXPECT_EQ(exchange.sentFrame, QByteArray::fromHex("000100000006010300050001"));
+    EXPECT_EQ(exchange.reply, register5Is1234);
+    EXPECT_TRUE(link.state().connected);
+    EXPECT_EQ(link.state().connects, 1);
+    link.close();
+    EXPECT_FALSE(link.state().connected);
+}
+
+TEST_F(LinkTest, SilenceLastsTheTimeOut)
+{
+    controller.setSilent(1, true);
+    controller.start();
+    Link link(loopback, controller.port(), shortTimeoutMs);
+    QElapsedTimer clock;
+    clock.start();
+    const LinkExchange exchange = ask(link);
+    EXPECT_GE(clock.elapsed(), shortTimeoutMs);
+    EXPECT_TRUE(exchange.sent);
+    EXPECT_TRUE(exchange.reply.isEmpty());
+    EXPECT_TRUE(link.state().connected) << "silence of one station is no reason to drop the connection";
+    link.close();
+}
+
+TEST_F(LinkTest, ABroadcastIsSentAndNotWaitedFor)
+{
+    controller.start();
+    Link link(loopback, controller.port(), patienceMs);
+    QElapsedTimer clock;
+    clock.start();
+    const LinkExchange exchange = link.exchange(QByteArray::fromHex("000000000006000600050001"), false);
+    EXPECT_TRUE(exchange.sent);
+    EXPECT_TRUE(exchange.reply.isEmpty());
+    EXPECT_LT(clock.elapsed(), patienceMs);
+    link.close();
+}
+
+TEST_F(LinkTest, WithoutConnectionAnExchangeLastsItsTimeOutAndIsNotSent)
+{
+    controller.start();
+    controller.stop();
+    Link link(loopback, controller.port(), shortTimeoutMs);
+    QElapsedTimer clock;
+    clock.start();
+    const LinkExchange exchange = ask(link);
+    EXPECT_GE(clock.elapsed(), shortTimeoutMs);
+    EXPECT_FALSE(exchange.sent);
+    EXPECT_TRUE(exchange.reply.isEmpty());
+    EXPECT_FALSE(link.state().connected);
+    EXPECT_FALSE(link.state().lastError.isEmpty());
+    link.close();
+}
+
+TEST_F(LinkTest, ConnectionThatTheControllerClosesComesBack)
+{
+    controller.start();
+    Link link(loopback, controller.port(), longTimeoutMs);
+    EXPECT_FALSE(ask(link).reply.isEmpty());
+    controller.stop();
+    controller.start();
+    LinkExchange exchange;
+    for (int attempt = 0; attempt < 10 && exchange.reply.isEmpty(); ++attempt)
+        exchange = ask(link);
+    EXPECT_FALSE(exchange.reply.isEmpty());
+    EXPECT_EQ(link.state().connects, 2);
+    link.close();
+}
+
+TEST_F(LinkTest, StopEndsAnExchangeEarly)
+{
+    controller.setSilent(1, true);
+    controller.start();
+    Link link(loopback, controller.port(), 10 * patienceMs);
+    QElapsedTimer clock;
+    clock.start();
+    std::thread stopper([&] {
+        while (controller.requests() == 0)
+            QThread::msleep(1);
+        link.stop();
+    });
+    EXPECT_TRUE(ask(link).reply.isEmpty());
+    EXPECT_LT(clock.elapsed(), patienceMs);
+    stopper.join();
+    link.close();
+}
+
+TEST(LinkStream, PutsTogetherAReplyThatComesInPieces)
+{
+    ScriptedController controller;
+    Link link(loopback, controller.port(), longTimeoutMs);
+    const LinkExchange exchange = ScriptedController::exchange(link, [&] {
+        controller.acceptAndReceive();
+        controller.send("0001 0000 00");
+        QThread::msleep(20);
+        controller.send("05 01 03 02 12");
+        QThread::msleep(20);
+        controller.send("34");
+    });
+    EXPECT_EQ(exchange.reply, register5Is1234);
+    link.close();
+}
+
+TEST(LinkStream, DropsRepliesThatDoNotMatchAndTakesTheOneThatDoes)
+{
+    ScriptedController controller;
+    Link link(loopback, controller.port(), longTimeoutMs);
+    const LinkExchange exchange = ScriptedController::exchange(link, [&] {
+        controller.acceptAndReceive();
+        controller.send("FFFF 0000 0005 01 03 02 9999"
+                        "0001 0000 0005 02 03 02 9999"
+                        "0001 0000 0005 01 03 02 1234");
+    });
+    EXPECT_EQ(exchange.reply, register5Is1234);
+    EXPECT_EQ(exchange.dropped.size(), 2u);
+    EXPECT_EQ(link.state().dropped.late, 1);
+    EXPECT_EQ(link.state().dropped.wrongUnit, 1);
+    link.close();
+}
+
+TEST(LinkStream, ReplyOfTheExchangeBeforeIsNotTakenForThisOne)
+{
+    ScriptedController controller;
+    Link link(loopback, controller.port(), longTimeoutMs);
+    ScriptedController::exchange(link, [&] {
+        controller.acceptAndReceive();
+        controller.send("0001 0000 0005 01 03 02 9999"
+                        "0001 0000 0005 01 03 02 9999");
+    });
+    const LinkExchange exchange = ScriptedController::exchange(link, [&] {
+        controller.receive();
+        controller.send("0002 0000 0005 01 03 02 1234");
+    });
+    EXPECT_EQ(exchange.reply, register5Is1234);
+    EXPECT_EQ(link.state().dropped.doubled, 1);
+    link.close();
+}
+
+TEST(LinkStream, HalfAReplyAtTheTimeOutCostsTheConnection)
+{
+    ScriptedController controller;
+    Link link(loopback, controller.port(), shortTimeoutMs);
+    const LinkExchange exchange = ScriptedController::exchange(link, [&] {
+        controller.acceptAndReceive();
+        controller.send("0001 0000 0005 01 03");
+    });
+    EXPECT_TRUE(exchange.sent);
+    EXPECT_TRUE(exchange.reply.isEmpty());
+    EXPECT_FALSE(link.state().connected);
+    EXPECT_EQ(link.state().untrusted, 1);
+    link.close();
+}
+
+TEST(LinkStream, GarbageCostsTheConnectionAtOnce)
+{
+    ScriptedController controller;
+    Link link(loopback, controller.port(), patienceMs);
+    QElapsedTimer clock;
+    clock.start();
+    const LinkExchange exchange = ScriptedController::exchange(link, [&] {
+        controller.acceptAndReceive();
+        controller.send("48545450 2F312E31 20343030");
+    });
+    EXPECT_TRUE(exchange.reply.isEmpty());
+    EXPECT_LT(clock.elapsed(), patienceMs);
+    EXPECT_FALSE(link.state().connected);
+    EXPECT_EQ(link.state().untrusted, 1);
+    link.close();
+}
+
+TEST(LinkStream, ControllerThatClosesEveryConnectionIsNotStormed)
+{
+    ScriptedController controller;
+    Link link(loopback, controller.port(), shortTimeoutMs);
+    const int connections = 4;
+    QElapsedTimer clock;
+    clock.start();
+    std::thread player([&] {
+        for (int connection = 0; connection < connections; ++connection) {
+            controller.acceptAndReceive();
+            controller.close();
+        }
+    });
+    while (link.state().connects < connections && clock.elapsed() < patienceMs)
+        link.exchange(readRegister5, true);
+    player.join();
+    // Pauses of 0, 100, 200 and 400 ms.
+    EXPECT_GE(clock.elapsed(), 700);
+    link.close();
+}
+
+} // namespace
