@@ -1,0 +1,201 @@
+#include "panel/command_help.h"
+
+#include "panel/area_guide.h"
+
+namespace panel
+{
+
+namespace
+{
+
+enum CommandBit { R = 1, W = 2, V = 4, D = 8 }; // read, write, watch (view), demo
+const int allCommands = R | W | V | D;
+
+struct OptionRow {
+    const char* name;
+    const char* value; ///< null: a switch
+    const char* help;
+    int commands;
+};
+
+// In the order of the help.
+const OptionRow optionRows[] = {
+    {"controller", "HOST[:PORT]",
+     "The controller's name or address, and its TCP port when that is not 502. Needed.", R | W | V},
+    {"station", "N",
+     "The station (Modbus unit) that the variables belong to, 0 to 255; default 1. Station 0 is a broadcast: "
+     "it "
+     "can be written, and no controller confirms it.",
+     R | W | V},
+    {"hex", nullptr, "Print values in hexadecimal.", R | V},
+    {"json", nullptr, "Print a JSON object per line.", R | V},
+    {"once", nullptr, "Refresh every variable once, print the table and end.", V},
+    {"interval", "MS", "Look at the values every so many milliseconds; default 500.", V},
+    {"timeout", "MS", "Wait so many milliseconds for a reply; default 300.", allCommands},
+    {"retries", "N", "Try a request again so many times before giving it up; default 3.", allCommands},
+    {"max-block", "N", "Words in one request at most, 2 to 125, and eight times as many bits; default 100.",
+     allCommands},
+    {"driver", "PATH",
+     "The driver library; default is libplcdriver.so beside this program, one directory up, or where the "
+     "system looks for libraries.",
+     allCommands},
+    {"trace", nullptr, "Print every frame and reply in hex, with its meaning, on standard error.",
+     allCommands},
+};
+
+struct CommandRow {
+    Command command;
+    CommandBit bit;
+    const char* name;
+    const char* usage;
+    const char* summary;
+    const char* description;
+    const char* examples;
+};
+
+const CommandRow commandRows[] = {
+    {Command::Read, R, "read", "read AREA:ADDRESS[xCOUNT]...", "print values",
+     "Reads each variable from the controller and prints its values, a line per variable. COUNT is the "
+     "number\n"
+     "of elements from ADDRESS on.\n",
+     "  plcpanel read 9:100 --controller 192.168.0.10\n"
+     "  plcpanel read 9:100x10 0:17 8:10.3 14:200x2 --controller plc.example:1502 --hex\n"
+     "  plcpanel read 9:100x3 --controller 127.0.0.1:1502 --json\n"},
+    {Command::Write, W, "write", "write AREA:ADDRESS=VALUE[,VALUE...]...",
+     "write values and wait for confirmation",
+     "Writes each variable, one after the other, waits until the controller has confirmed it, and says for "
+     "each\n"
+     "what was confirmed or why not. Several values go to consecutive elements. A VALUE is decimal, "
+     "negative\n"
+     "decimal or 0x-hexadecimal: 0 or 1 for a bit, -32768 to 65535 for a word, -2147483648 to 4294967295 for "
+     "a\n"
+     "double word.\n",
+     "  plcpanel write 9:100=1234 --controller 192.168.0.10\n"
+     "  plcpanel write 9:100=1,2,0x3 8:10.3=1 14:200=-5 --controller 127.0.0.1:1502\n"},
+    {Command::Watch, V, "watch", "watch AREA:ADDRESS[xCOUNT]...", "show values live until Ctrl-C",
+     "Refreshes the variables until Ctrl-C. In a terminal a table is redrawn in place; elsewhere it is "
+     "printed\n"
+     "again when a value, a state or the link changes. A value that is not as the controller answered just "
+     "now\n"
+     "stands in parentheses, and its state says why.\n",
+     "  plcpanel watch 9:100x4 0:17 14:200 --controller 192.168.0.10\n"
+     "  plcpanel watch 9:100 --controller 127.0.0.1:1502 --once\n"
+     "  plcpanel watch 9:100x4 --controller 127.0.0.1:1502 --json >changes.txt\n"},
+    {Command::Demo, D, "demo", "demo", "try everything on a simulated controller",
+     "Starts a simulated controller on this machine, writes and reads every area that allows it, switches a\n"
+     "station off and on, lets the controller fall silent and come back, and compares every value with the\n"
+     "controller's memory. Needs no controller and no network.\n",
+     "  plcpanel demo\n"},
+};
+
+const CommandRow& rowOf(Command command)
+{
+    return commandRows[static_cast<int>(command)];
+}
+
+QString exitStatusText()
+{
+    return QStringLiteral(
+        "Exit status:\n"
+        "  0  everything asked for was done\n"
+        "  1  something failed at the controller or on the link to it\n"
+        "  2  nothing was tried: the command line is wrong, or the driver cannot be loaded\n");
+}
+
+QString variablesText()
+{
+    return QStringLiteral(
+               "Variables are written AREA:ADDRESS, with xCOUNT behind it for several elements:\n") +
+           areaGuide() +
+           QStringLiteral(
+               "An area has 65535 elements (area 8: sixteen bits for each word). Octal digits are 0 to 7: "
+               "0:17 is the\nsixteenth bit of area 0.\n");
+}
+
+/// The parser's own text from the heading of the options on, which wraps their explanations.
+QString optionsText(std::optional<Command> command)
+{
+    QCommandLineParser parser;
+    addOptions(&parser, command);
+    const QString text = parser.helpText();
+    return text.mid(text.indexOf(QLatin1String("Options:")));
+}
+
+QString paragraph(const char* heading, const char* lines)
+{
+    return QLatin1String(heading) + QLatin1String(lines) + QLatin1Char('\n');
+}
+
+QString commandHelp(const CommandRow& row)
+{
+    QString text = QStringLiteral("Usage: plcpanel %1 [OPTIONS]\n\n").arg(QLatin1String(row.usage)) +
+                   paragraph("", row.description);
+    if (row.command != Command::Demo)
+        text += variablesText() + QLatin1Char('\n');
+    return text + optionsText(row.command) + QLatin1Char('\n') + paragraph("Examples:\n", row.examples) +
+           exitStatusText();
+}
+
+QString commandList()
+{
+    QString text = QStringLiteral("Commands (\"plcpanel COMMAND --help\" tells more about each):\n");
+    for (const CommandRow& row : commandRows)
+        text +=
+            QStringLiteral("  %1 %2\n").arg(QLatin1String(row.usage), -40).arg(QLatin1String(row.summary));
+    return text + QLatin1Char('\n');
+}
+
+QString programHelp()
+{
+    QString text =
+        QStringLiteral("Usage: plcpanel COMMAND [VARIABLE...] [OPTIONS]\n\n"
+                       "Reads, writes and watches the memory of a controller over Modbus TCP, through "
+                       "the driver library.\n\n") +
+        commandList() + variablesText() + QLatin1Char('\n') + optionsText(std::nullopt) +
+        QStringLiteral("\nExamples:\n");
+    for (const CommandRow& row : commandRows)
+        text += QLatin1String(row.examples);
+    return text + QLatin1Char('\n') + exitStatusText();
+}
+
+QCommandLineOption optionOf(const OptionRow& row)
+{
+    if (row.value == nullptr)
+        return {QLatin1String(row.name), QLatin1String(row.help)};
+    return {QLatin1String(row.name), QLatin1String(row.help), QLatin1String(row.value)};
+}
+
+} // namespace
+
+QString nameOf(Command command)
+{
+    return QLatin1String(rowOf(command).name);
+}
+
+std::optional<Command> commandNamed(const QString& name)
+{
+    for (const CommandRow& row : commandRows) {
+        if (name == QLatin1String(row.name))
+            return row.command;
+    }
+    return std::nullopt;
+}
+
+void addOptions(QCommandLineParser* parser, std::optional<Command> command)
+{
+    const int wanted = command ? rowOf(*command).bit : allCommands;
+    for (const OptionRow& row : optionRows) {
+        if ((row.commands & wanted) != 0)
+            parser->addOption(optionOf(row));
+    }
+    parser->addOption({{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this text.")});
+    parser->addOption(
+        {{QStringLiteral("v"), QStringLiteral("version")}, QStringLiteral("Show the version.")});
+}
+
+QString helpText(std::optional<Command> command)
+{
+    return command ? commandHelp(rowOf(*command)) : programHelp();
+}
+
+} // namespace panel

@@ -1,0 +1,215 @@
+#include "panel/command_line.h"
+
+#include "panel/command_help.h"
+#include "panel/request_pieces.h"
+
+#include <stdexcept>
+
+namespace panel
+{
+
+namespace
+{
+
+const int defaultPort = 502;
+
+[[noreturn]] void refuse(const QString& message)
+{
+    throw std::invalid_argument(message.toStdString());
+}
+
+/// \return the number that \a option is given; \a otherwise when it is not given
+int numberOf(const QCommandLineParser& parser, const char* option, int least, int most, int otherwise)
+{
+    const QString name = QLatin1String(option);
+    if (!parser.isSet(name))
+        return otherwise;
+    bool isNumber = false;
+    const int number = parser.value(name).toInt(&isNumber);
+    if (!isNumber || number < least || number > most)
+        refuse(QStringLiteral("--%1 %2: give a number from %3 to %4")
+                   .arg(name, parser.value(name))
+                   .arg(least)
+                   .arg(most));
+    return number;
+}
+
+/// Splits "HOST[:PORT]"; an address with colons of its own stands in brackets when a port follows.
+void setController(const QString& text, Settings* settings)
+{
+    const int bracket = text.indexOf(QLatin1Char(']'));
+    const bool manyColons = text.count(QLatin1Char(':')) > 1;
+    const int colon = text.indexOf(QLatin1Char(':'), bracket < 0 ? 0 : bracket);
+    const bool hasPort = colon >= 0 && (bracket >= 0 || !manyColons);
+    settings->host = hasPort ? text.left(colon) : text;
+    settings->host.remove(QLatin1Char('[')).remove(QLatin1Char(']'));
+    settings->port = defaultPort;
+    bool isNumber = true;
+    if (hasPort)
+        settings->port = text.mid(colon + 1).toInt(&isNumber);
+    if (settings->host.isEmpty() || !isNumber || settings->port < 1 || settings->port > 65535)
+        refuse(QStringLiteral(
+                   "--controller %1: give a name or address, and after a colon a port from 1 to 65535, for "
+                   "example 192.168.0.10:502")
+                   .arg(text));
+}
+
+Settings settingsOf(const QCommandLineParser& parser, Command command)
+{
+    Settings settings;
+    settings.timeoutMs = numberOf(parser, "timeout", 1, 60000, settings.timeoutMs);
+    settings.retryLimit = numberOf(parser, "retries", 0, 1000, settings.retryLimit);
+    settings.maxBlockCount = numberOf(parser, "max-block", 2, 125, settings.maxBlockCount);
+    settings.driverPath = parser.value(QStringLiteral("driver"));
+    if (parser.isSet(QStringLiteral("driver")) && settings.driverPath.isEmpty())
+        refuse(QStringLiteral("--driver: give the path of libplcdriver.so"));
+    if (command == Command::Demo)
+        return settings;
+    settings.station = numberOf(parser, "station", 0, 255, settings.station);
+    if (!parser.isSet(QStringLiteral("controller")))
+        refuse(QStringLiteral("--controller is missing; say which controller, for example --controller "
+                              "192.168.0.10:502"));
+    setController(parser.value(QStringLiteral("controller")), &settings);
+    return settings;
+}
+
+Variable variableOf(const QString& text)
+{
+    QString error;
+    const auto variable = parseVariable(text, &error);
+    if (!variable)
+        refuse(error);
+    return *variable;
+}
+
+Variable readableVariable(const QString& text, const Settings& settings)
+{
+    if (text.contains(QLatin1Char('=')))
+        refuse(QStringLiteral("%1: a value is given, but nothing is written here; plcpanel write does that")
+                   .arg(text));
+    const Variable variable = variableOf(text);
+    const QString words = readRefusal(withStation(variable, settings), settings);
+    if (!words.isEmpty())
+        refuse(QStringLiteral("%1: %2").arg(text, words));
+    return variable;
+}
+
+WriteTask writeTaskOf(const QString& text, const Settings& settings)
+{
+    const int sign = text.indexOf(QLatin1Char('='));
+    if (sign < 0)
+        refuse(
+            QStringLiteral("\"%1\" names no value; AREA:ADDRESS=VALUE[,VALUE...] is expected, e.g. 9:100=1,2")
+                .arg(text));
+    WriteTask task;
+    task.variable = variableOf(text.left(sign));
+    QString error;
+    const auto values = parseValues(task.variable.area, text.mid(sign + 1), &error);
+    if (!values)
+        refuse(QStringLiteral("%1: %2").arg(text, error));
+    task.values = *values;
+    // A count may be given; then it must be that of the values.
+    if (!text.left(sign).contains(QLatin1Char('x')))
+        task.variable.count = static_cast<int>(values->size());
+    const QString words = writeRefusal(withStation(task.variable, settings), task.values, settings);
+    if (!words.isEmpty())
+        refuse(QStringLiteral("%1: %2").arg(text, words));
+    return task;
+}
+
+void setVariables(const QStringList& texts, Options* options)
+{
+    if (options->command == Command::Demo && !texts.isEmpty())
+        refuse(QStringLiteral("\"%1\" is one argument too many; the demo chooses its variables itself")
+                   .arg(texts.first()));
+    if (options->command != Command::Demo && texts.isEmpty())
+        refuse(QStringLiteral("no variable is given; %1 is expected, e.g. %2")
+                   .arg(options->command == Command::Write ? QStringLiteral("AREA:ADDRESS=VALUE[,VALUE...]")
+                                                           : QStringLiteral("AREA:ADDRESS[xCOUNT]"),
+                        options->command == Command::Write ? QStringLiteral("9:100=1,2")
+                                                           : QStringLiteral("9:100x2")));
+    for (const QString& text : texts) {
+        if (options->command == Command::Write)
+            options->writes.push_back(writeTaskOf(text, options->settings));
+        else
+            options->variables.push_back(readableVariable(text, options->settings));
+    }
+}
+
+ValueFormat formatOf(const QCommandLineParser& parser)
+{
+    const bool hex = parser.isSet(QStringLiteral("hex"));
+    const bool json = parser.isSet(QStringLiteral("json"));
+    if (hex && json)
+        refuse(QStringLiteral("--hex and --json exclude each other: JSON knows decimal numbers only"));
+    return json ? ValueFormat::Json : hex ? ValueFormat::Hex : ValueFormat::Decimal;
+}
+
+Options optionsOf(const QCommandLineParser& parser, Command command)
+{
+    Options options;
+    options.command = command;
+    options.settings = settingsOf(parser, command);
+    options.trace = parser.isSet(QStringLiteral("trace"));
+    if (command == Command::Read || command == Command::Watch)
+        options.format = formatOf(parser);
+    if (command == Command::Watch) {
+        options.once = parser.isSet(QStringLiteral("once"));
+        options.intervalMs = numberOf(parser, "interval", 10, 3600000, options.intervalMs);
+    }
+    setVariables(parser.positionalArguments().mid(1), &options);
+    return options;
+}
+
+CommandLine show(const QString& text)
+{
+    return {CommandLine::ShowText, {}, text};
+}
+
+CommandLine refusal(const QString& message, const QString& command)
+{
+    const QString help = command.isEmpty() ? QStringLiteral("plcpanel --help")
+                                           : QStringLiteral("plcpanel %1 --help").arg(command);
+    return {CommandLine::Refuse,
+            {},
+            QStringLiteral("%1\n%2 explains commands, variables and options.").arg(message, help)};
+}
+
+CommandLine parseCommand(Command command, const QStringList& arguments)
+{
+    QCommandLineParser parser;
+    addOptions(&parser, command);
+    if (!parser.parse(arguments))
+        return refusal(parser.errorText(), nameOf(command));
+    if (parser.isSet(QStringLiteral("help")))
+        return show(helpText(command));
+    try {
+        return {CommandLine::Run, optionsOf(parser, command), {}};
+    } catch (const std::invalid_argument& error) {
+        return refusal(QString::fromStdString(error.what()), nameOf(command));
+    }
+}
+
+} // namespace
+
+CommandLine parseCommandLine(const QStringList& arguments)
+{
+    QCommandLineParser parser;
+    addOptions(&parser, std::nullopt);
+    if (!parser.parse(arguments))
+        return refusal(parser.errorText(), {});
+    if (parser.isSet(QStringLiteral("version")))
+        return show(QStringLiteral("plcpanel " PLCPANEL_VERSION "\n"));
+    const QStringList words = parser.positionalArguments();
+    if (words.isEmpty() && parser.isSet(QStringLiteral("help")))
+        return show(helpText(std::nullopt));
+    if (words.isEmpty())
+        return refusal(QStringLiteral("no command is given; choose read, write, watch or demo"), {});
+    const auto command = commandNamed(words.first());
+    if (!command)
+        return refusal(
+            QStringLiteral("\"%1\" is no command; choose read, write, watch or demo").arg(words.first()), {});
+    return parseCommand(*command, arguments);
+}
+
+} // namespace panel

@@ -1,0 +1,49 @@
+/// \file
+/// \brief What a person types: commands, options and variables.
+#ifndef PANEL_COMMAND_LINE_H
+#define PANEL_COMMAND_LINE_H
+
+#include "panel/settings.h"
+#include "panel/value_text.h"
+#include "panel/variable.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <vector>
+
+namespace panel
+{
+
+enum class Command { Read, Write, Watch, Demo };
+
+/// One AREA:ADDRESS=VALUE[,VALUE...].
+struct WriteTask {
+    Variable variable; ///< as many elements as values
+    std::vector<quint32> values;
+};
+
+struct Options {
+    Command command = Command::Read;
+    Settings settings;               ///< driverPath is empty when none is given
+    std::vector<Variable> variables; ///< of read and watch, each of which can be read
+    std::vector<WriteTask> writes;   ///< of write, each of which can be written
+    ValueFormat format = ValueFormat::Decimal;
+    bool once = false;
+    bool trace = false;
+    int intervalMs = 500; ///< between two looks at the watched values
+};
+
+struct CommandLine {
+    enum Wish { Run, ShowText, Refuse };
+    Wish wish = Run;
+    Options options;
+    QString text; ///< help or version to show, or what is wrong with the arguments and what to do
+};
+
+/// Reads the arguments, the program's name first. Needs a QCoreApplication.
+CommandLine parseCommandLine(const QStringList& arguments);
+
+} // namespace panel
+
+#endif

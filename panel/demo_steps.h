@@ -1,0 +1,22 @@
+/// \file
+/// \brief What the demo does, in order.
+#ifndef PANEL_DEMO_STEPS_H
+#define PANEL_DEMO_STEPS_H
+
+#include "panel/command_line.h"
+
+namespace panel
+{
+
+class DemoController;
+class DemoReport;
+
+/// One station: every area written and read, then a controller that falls silent and comes back.
+void showAreasAndSilence(const Options& options, DemoController* controller, DemoReport* report);
+
+/// Two stations, of which one is switched off and on.
+void showStations(const Options& options, DemoController* controller, DemoReport* report);
+
+} // namespace panel
+
+#endif

@@ -1,0 +1,19 @@
+/// \file
+/// \brief Where the driver library is when nobody says so.
+#ifndef PANEL_DRIVER_PATH_H
+#define PANEL_DRIVER_PATH_H
+
+#include <QString>
+
+namespace panel
+{
+
+/// Looks for libplcdriver.so in \a programDirectory, one directory up, and where the system looks for
+/// libraries.
+/// \return its absolute path
+/// \throws std::runtime_error when there is none, saying where it was looked for and what to do
+QString findDriver(const QString& programDirectory);
+
+} // namespace panel
+
+#endif

@@ -1,0 +1,81 @@
+#include "panel/read_command.h"
+
+#include "panel/output.h"
+#include "panel/session.h"
+#include "panel/trace.h"
+
+#include <algorithm>
+
+namespace panel
+{
+
+namespace
+{
+
+/// Failures go to standard error, but for JSON, whose reader wants an object for each variable.
+void report(const Options& options, const Variable& variable, const ReadOutcome& outcome, int width)
+{
+    if (options.format == ValueFormat::Json)
+        print(readJson(variable, options.settings.station, outcome) + QLatin1Char('\n'));
+    else if (outcome.done)
+        print(readLine(variable, outcome, options.format, width) + QLatin1Char('\n'));
+    else
+        complain(QStringLiteral("%1: not read: %2")
+                     .arg(variableText(variable), failureText(outcome.reason, outcome.code)));
+}
+
+ReadOutcome notTried()
+{
+    ReadOutcome outcome;
+    outcome.reason = QStringLiteral("not tried, because the controller cannot be reached");
+    return outcome;
+}
+
+} // namespace
+
+ExitStatus runRead(const Options& options)
+{
+    Session session(options.settings, options.trace ? traceToStandardError() : ExchangeObserver());
+    session.runtime().start();
+    const int width = widestName(options.variables);
+    bool allDone = true;
+    bool reachable = true;
+    for (const Variable& variable : options.variables) {
+        const ReadOutcome outcome = reachable ? session.runtime().read(variable).get() : notTried();
+        session.settle();
+        report(options, variable, outcome, width);
+        allDone = allDone && outcome.done;
+        reachable = outcome.done || !session.neverConnected();
+    }
+    if (!reachable)
+        complainOfNoConnection(options.settings);
+    return allDone ? AllGood : ControllerFailed;
+}
+
+QString readLine(const Variable& variable, const ReadOutcome& outcome, ValueFormat format, int width)
+{
+    return variableText(variable).leftJustified(width + 2) +
+           valueTexts(variable.area, outcome.values, format).join(QLatin1Char(' '));
+}
+
+QString readJson(const Variable& variable, int station, const ReadOutcome& outcome)
+{
+    QJsonObject object = jsonOfVariable(variable, station);
+    if (outcome.done) {
+        addValues(&object, outcome.values);
+    } else {
+        object.insert(QStringLiteral("error"), outcome.reason);
+        object.insert(QStringLiteral("code"), outcome.code);
+    }
+    return jsonLine(object);
+}
+
+int widestName(const std::vector<Variable>& variables)
+{
+    int width = 0;
+    for (const Variable& variable : variables)
+        width = std::max(width, variableText(variable).size());
+    return width;
+}
+
+} // namespace panel

@@ -1,0 +1,75 @@
+#include "panel/trace.h"
+
+#include "panel/frame_words.h"
+#include "panel/output.h"
+#include "panel/return_code_words.h"
+
+namespace panel
+{
+
+namespace
+{
+
+const int numberSize = 2;
+
+QString line(const QString& begin, const QByteArray& bytes, const QString& meaning)
+{
+    return begin + hexText(bytes) + QStringLiteral("  ") + meaning + QLatin1Char('\n');
+}
+
+QString frameLine(const ExchangeRecord& record)
+{
+    const QString time = record.sentAt.toString(QStringLiteral("HH:mm:ss.zzz"));
+    if (!record.exchange.sent)
+        return line(time + QStringLiteral(" -- "), record.frame,
+                    requestWords(record.frame) + QStringLiteral(" (not sent: no connection)"));
+    return line(time + QStringLiteral(" -> "), record.exchange.sentFrame, requestWords(record.frame));
+}
+
+QString replyMeaning(const ExchangeRecord& record)
+{
+    if (!record.replyExpected)
+        return QStringLiteral("no reply is expected");
+    return replyWords(record.frame, record.exchange.reply);
+}
+
+/// \return "(3 ms: done)"
+QString judgement(const ExchangeRecord& record)
+{
+    return QStringLiteral(" (%1 ms: %2)").arg(record.durationMs).arg(resultWords(record.result));
+}
+
+QString replyLine(const ExchangeRecord& record)
+{
+    const QString begin = QStringLiteral("             <- ");
+    const QString end = replyMeaning(record) + judgement(record);
+    if (record.exchange.reply.isEmpty())
+        return begin + end + QLatin1Char('\n');
+    return line(begin, replyAsReceived(record.exchange), end);
+}
+
+} // namespace
+
+QString traceText(const ExchangeRecord& record)
+{
+    QString text = frameLine(record);
+    for (const DroppedReply& dropped : record.exchange.dropped)
+        text += line(QStringLiteral("             <- "), dropped.reply,
+                     QStringLiteral("dropped: %1").arg(dropReasonWords(dropped.reason)));
+    return text + replyLine(record);
+}
+
+ExchangeObserver traceToStandardError()
+{
+    return [](const ExchangeRecord& record) { printError(traceText(record)); };
+}
+
+QByteArray replyAsReceived(const LinkExchange& exchange)
+{
+    QByteArray reply = exchange.reply;
+    if (reply.size() >= numberSize && exchange.sentFrame.size() >= numberSize)
+        reply.replace(0, numberSize, exchange.sentFrame.left(numberSize));
+    return reply;
+}
+
+} // namespace panel

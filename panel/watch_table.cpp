@@ -1,0 +1,234 @@
+#include "panel/watch_table.h"
+
+#include "panel/session.h"
+
+#include <algorithm>
+
+namespace panel
+{
+
+namespace
+{
+
+const int gap = 2;              // spaces between columns
+const int widestValueCell = 48; // more values go on in the next line
+const int narrowestValueCell = 8;
+const int ageWidth = 7;
+
+enum Colour { Plain = 0, Bold = 1, Red = 31, Green = 32, Yellow = 33 };
+
+/// The texts of one row; values fill several lines when they are many.
+struct Cells {
+    QString name;
+    QStringList valueLines;
+    QString age;
+    QString state;
+    Colour colour = Plain;
+};
+
+struct Widths {
+    int name = 0;
+    int value = 0;
+};
+
+/// What was never read has no value, though the driver's memory has a zero there.
+bool wasRead(const CyclicValue& value)
+{
+    return value.ageMs >= 0;
+}
+
+/// Joins \a texts with spaces into lines of \a width characters at most, as far as a single one fits.
+QStringList wrapped(const QStringList& texts, int width)
+{
+    QStringList lines;
+    for (const QString& text : texts) {
+        if (!lines.isEmpty() && lines.last().size() + 1 + text.size() <= width)
+            lines.last() += QLatin1Char(' ') + text;
+        else
+            lines << text;
+    }
+    return lines;
+}
+
+QStringList valueLines(const WatchRow& row, ValueFormat format, int width)
+{
+    if (!wasRead(row.value))
+        return {QStringLiteral("-")};
+    QStringList texts = valueTexts(row.variable.area, row.value.values, format);
+    if (row.value.state != ValueState::Fresh && !texts.isEmpty()) {
+        texts.first().prepend(QLatin1Char('('));
+        texts.last().append(QLatin1Char(')'));
+    }
+    return wrapped(texts, width);
+}
+
+Colour colourOf(const CyclicValue& value)
+{
+    if (value.code != 0)
+        return Red;
+    return value.state == ValueState::Fresh ? Plain : Yellow;
+}
+
+int nameWidth(const WatchView& view)
+{
+    int width = 8;
+    for (const WatchRow& row : view.rows)
+        width = std::max(width, variableText(row.variable).size());
+    return width;
+}
+
+/// Room for the values: what a narrow window leaves beside the other columns.
+int valueRoom(const TableStyle& style, int name)
+{
+    if (style.columns == 0)
+        return widestValueCell;
+    const int others = name + ageWidth + 12 + 3 * gap; // 12: a short state
+    return std::max(narrowestValueCell, std::min(widestValueCell, style.columns - others));
+}
+
+Cells cellsOf(const WatchRow& row, const TableStyle& style, int room)
+{
+    Cells cells;
+    cells.name = variableText(row.variable);
+    cells.valueLines = valueLines(row, style.format, room);
+    cells.age = ageText(row.value.ageMs);
+    cells.state = stateText(row.value);
+    cells.colour = colourOf(row.value);
+    return cells;
+}
+
+QString coloured(const QString& text, Colour colour, const TableStyle& style)
+{
+    const QString cut = style.columns > 0 ? text.left(style.columns) : text;
+    if (!style.colours || colour == Plain)
+        return cut;
+    return QStringLiteral("\x1b[%1m%2\x1b[0m").arg(static_cast<int>(colour)).arg(cut);
+}
+
+QString lineOf(const QString& name, const QString& value, const QString& age, const QString& state,
+               const Widths& widths)
+{
+    const QString line = name.leftJustified(widths.name + gap) + value.leftJustified(widths.value + gap) +
+                         age.leftJustified(ageWidth + gap) + state;
+    int end = line.size();
+    while (end > 0 && line.at(end - 1) == QLatin1Char(' '))
+        --end;
+    return line.left(end);
+}
+
+QStringList linesOf(const Cells& cells, const Widths& widths, const TableStyle& style)
+{
+    QStringList lines;
+    for (const QString& value : cells.valueLines) {
+        const bool first = lines.isEmpty();
+        const QString line = first ? lineOf(cells.name, value, cells.age, cells.state, widths)
+                                   : lineOf(QString(), value, QString(), QString(), widths);
+        lines << coloured(line, cells.colour, style);
+    }
+    return lines;
+}
+
+QString firstLine(const WatchView& view, const TableStyle& style)
+{
+    const QString line =
+        QStringLiteral("%1, station %2: %3").arg(view.controller).arg(view.station).arg(linkText(view.link));
+    return coloured(line, view.link.connected ? Green : Red, style);
+}
+
+QStringList headLines(const WatchView& view, const Widths& widths, const TableStyle& style)
+{
+    const QString heading = lineOf(QStringLiteral("VARIABLE"), QStringLiteral("VALUE"), QStringLiteral("AGE"),
+                                   QStringLiteral("STATE"), widths);
+    return {firstLine(view, style), QString(), coloured(heading, Bold, style)};
+}
+
+/// Takes whole rows as long as they fit, and says how many did not.
+QStringList fitting(QStringList lines, const std::vector<QStringList>& rows, const TableStyle& style)
+{
+    std::size_t shown = 0;
+    for (; shown < rows.size(); ++shown) {
+        const int reserve = shown + 1 < rows.size() ? 1 : 0; // for the line that says what is missing
+        if (style.lines > 0 && lines.size() + rows[shown].size() + reserve > style.lines)
+            break;
+        lines += rows[shown];
+    }
+    if (shown < rows.size())
+        lines << coloured(QStringLiteral("(%1 more do not fit into this window)").arg(rows.size() - shown),
+                          Yellow, style);
+    return lines;
+}
+
+} // namespace
+
+QStringList watchTable(const WatchView& view, const TableStyle& style)
+{
+    Widths widths;
+    widths.name = nameWidth(view);
+    widths.value = 5;
+    std::vector<Cells> table;
+    for (const WatchRow& row : view.rows) {
+        table.push_back(cellsOf(row, style, valueRoom(style, widths.name)));
+        for (const QString& line : table.back().valueLines)
+            widths.value = std::max(widths.value, line.size());
+    }
+    std::vector<QStringList> rows;
+    for (const Cells& cells : table)
+        rows.push_back(linesOf(cells, widths, style));
+    return fitting(headLines(view, widths, style), rows, style);
+}
+
+QString linkText(const LinkState& link)
+{
+    if (link.connected) {
+        QString text = QStringLiteral("connected for %1").arg(ageText(link.sinceMs));
+        if (link.connects > 1)
+            text += QStringLiteral(", reconnects: %1").arg(link.connects - 1);
+        if (link.dropped.total() > 0)
+            text += QStringLiteral(", replies dropped: %1").arg(link.dropped.total());
+        return text;
+    }
+    if (link.lastError.isEmpty())
+        return QStringLiteral("connecting");
+    return QStringLiteral("NOT CONNECTED for %1, trying again (%2)")
+        .arg(ageText(link.sinceMs), link.lastError);
+}
+
+QString stateWord(const CyclicValue& value)
+{
+    return valueStateWord(value.code != 0 ? ValueState::Failed : value.state);
+}
+
+QString stateText(const CyclicValue& value)
+{
+    if (value.code == 0)
+        return stateWord(value);
+    return QStringLiteral("%1: %2").arg(stateWord(value), failureText(value.reason, value.code));
+}
+
+QString ageText(qint64 ms)
+{
+    if (ms < 0)
+        return QStringLiteral("-");
+    const qint64 seconds = ms / 1000;
+    if (seconds < 10)
+        return QStringLiteral("%1.%2 s").arg(seconds).arg(ms % 1000 / 100);
+    if (seconds < 120)
+        return QStringLiteral("%1 s").arg(seconds);
+    if (seconds < 120 * 60)
+        return QStringLiteral("%1 min").arg(seconds / 60);
+    return QStringLiteral("%1 h").arg(seconds / 3600);
+}
+
+bool sameNews(const CyclicValue& a, const CyclicValue& b)
+{
+    return a.state == b.state && a.values == b.values && a.code == b.code && a.reason == b.reason;
+}
+
+bool sameNews(const WatchView& a, const WatchView& b)
+{
+    return a.link.connected == b.link.connected && a.link.lastError == b.link.lastError &&
+           std::equal(a.rows.begin(), a.rows.end(), b.rows.begin(), b.rows.end(),
+                      [](const WatchRow& x, const WatchRow& y) { return sameNews(x.value, y.value); });
+}
+
+} // namespace panel

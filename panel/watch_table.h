@@ -1,0 +1,64 @@
+/// \file
+/// \brief The watched values as a table for people.
+#ifndef PANEL_WATCH_TABLE_H
+#define PANEL_WATCH_TABLE_H
+
+#include "panel/cyclic_value.h"
+#include "panel/link.h"
+#include "panel/value_text.h"
+#include "panel/variable.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <vector>
+
+namespace panel
+{
+
+struct WatchRow {
+    Variable variable;
+    CyclicValue value;
+};
+
+/// What a table shows.
+struct WatchView {
+    QString controller; ///< "HOST:PORT"
+    int station = 1;
+    LinkState link;
+    std::vector<WatchRow> rows;
+};
+
+/// Where it is shown.
+struct TableStyle {
+    int columns = 0; ///< characters of a line at most; 0: any number
+    int lines = 0;   ///< lines at most; 0: any number
+    bool colours = false;
+    ValueFormat format = ValueFormat::Decimal;
+};
+
+/// \return the table's lines: the link, a heading, and a row per variable, more when its values need them.
+///         Values that are not as the controller answered just now stand in parentheses.
+QStringList watchTable(const WatchView& view, const TableStyle& style);
+
+/// \return "connected for 12 s", or why there is no connection
+QString linkText(const LinkState& link);
+
+/// \return the state of a value in one word or two; "failed" as well for one that could never be read
+QString stateWord(const CyclicValue& value);
+
+/// \return the state of a value in words, with the reason and the return code of a failure
+QString stateText(const CyclicValue& value);
+
+/// \return an age for people: "0.3 s", "45 s", "12 min", "5 h"; "-" for a negative one
+QString ageText(qint64 ms);
+
+/// \return true when both tell the same apart from the ages
+bool sameNews(const WatchView& a, const WatchView& b);
+
+/// \return true when both have the same values and state
+bool sameNews(const CyclicValue& a, const CyclicValue& b);
+
+} // namespace panel
+
+#endif

@@ -1,0 +1,83 @@
+#include "panel/write_command.h"
+
+#include "panel/output.h"
+#include "panel/session.h"
+#include "panel/trace.h"
+
+#include <algorithm>
+
+namespace panel
+{
+
+namespace
+{
+
+int widestText(const std::vector<WriteTask>& tasks)
+{
+    int width = 0;
+    for (const WriteTask& task : tasks)
+        width = std::max(width, writeText(task).size());
+    return width;
+}
+
+void report(const WriteTask& task, const WriteOutcome& outcome, int width)
+{
+    const QString words = writeOutcomeText(outcome);
+    if (outcome.confirmed)
+        print(writeText(task).leftJustified(width + 2) + words + QLatin1Char('\n'));
+    else
+        complain(QStringLiteral("%1: %2").arg(writeText(task), words));
+}
+
+WriteOutcome notTried()
+{
+    WriteOutcome outcome;
+    outcome.reason = QStringLiteral("not tried, because the controller cannot be reached");
+    return outcome;
+}
+
+} // namespace
+
+ExitStatus runWrite(const Options& options)
+{
+    Session session(options.settings, options.trace ? traceToStandardError() : ExchangeObserver());
+    session.runtime().start();
+    const int width = widestText(options.writes);
+    bool allConfirmed = true;
+    bool reachable = true;
+    for (const WriteTask& task : options.writes) {
+        const WriteOutcome outcome =
+            reachable ? session.runtime().write(task.variable, task.values).get() : notTried();
+        session.settle();
+        report(task, outcome, width);
+        allConfirmed = allConfirmed && outcome.confirmed;
+        reachable = outcome.confirmed || !session.neverConnected();
+    }
+    if (!reachable)
+        complainOfNoConnection(options.settings);
+    return allConfirmed ? AllGood : ControllerFailed;
+}
+
+QString writeText(const WriteTask& task)
+{
+    Variable first = task.variable;
+    first.count = 1;
+    return variableText(first) + QLatin1Char('=') +
+           valueTexts(first.area, task.values, ValueFormat::Decimal).join(QLatin1Char(','));
+}
+
+QString writeOutcomeText(const WriteOutcome& outcome)
+{
+    if (outcome.confirmed && outcome.broadcast)
+        return QStringLiteral("sent to every station (no controller confirms a broadcast)");
+    if (outcome.confirmed)
+        return QStringLiteral("confirmed");
+    QString words = QStringLiteral("not confirmed: ") + failureText(outcome.reason, outcome.code);
+    if (outcome.requests > 1)
+        words += QStringLiteral("; %1 of its %2 requests were confirmed")
+                     .arg(outcome.requestsConfirmed)
+                     .arg(outcome.requests);
+    return words;
+}
+
+} // namespace panel
