@@ -44,18 +44,6 @@ const AreaText& textOf(int area)
     return areaTexts[area];
 }
 
-int bytesOfElement(int area)
-{
-    switch (kindOf(area)) {
-    case ElementKind::Word:
-        return 2;
-    case ElementKind::DoubleWord:
-        return 4;
-    default:
-        return 1;
-    }
-}
-
 /// \return a number of digits only, so that neither signs nor spaces slip through; -1 when it is none
 int parseNumber(const QString& text, int base)
 {
@@ -137,6 +125,18 @@ QString expectedValue(int bits)
 ElementKind kindOf(int area)
 {
     return textOf(area).kind;
+}
+
+int bytesOfElement(int area)
+{
+    switch (kindOf(area)) {
+    case ElementKind::Word:
+        return 2;
+    case ElementKind::DoubleWord:
+        return 4;
+    default:
+        return 1;
+    }
 }
 
 int areaSize(int area)

@@ -26,6 +26,9 @@ struct Variable {
 /// \return the kind of elements in \a area, which must be 0..14
 ElementKind kindOf(int area);
 
+/// \return value bytes of one element of \a area: 1 for bits, 2 for words, 4 for double words
+int bytesOfElement(int area);
+
 /// \return elements of \a area: 65535, for area 8 sixteen times as many
 int areaSize(int area);
 
