@@ -193,6 +193,18 @@ void addOptions(QCommandLineParser* parser, std::optional<Command> command)
         {{QStringLiteral("v"), QStringLiteral("version")}, QStringLiteral("Show the version.")});
 }
 
+QStringList commandsWith(const QString& option)
+{
+    QStringList names;
+    for (const OptionRow& row : optionRows) {
+        for (const CommandRow& command : commandRows) {
+            if (option == QLatin1String(row.name) && (row.commands & command.bit) != 0)
+                names << QLatin1String(command.name);
+        }
+    }
+    return names;
+}
+
 QString helpText(std::optional<Command> command)
 {
     return command ? commandHelp(rowOf(*command)) : programHelp();

@@ -21,6 +21,9 @@ std::optional<Command> commandNamed(const QString& name);
 /// Adds the options that \a command takes; for none those of every command.
 void addOptions(QCommandLineParser* parser, std::optional<Command> command);
 
+/// \return the names of the commands that take \a option
+QStringList commandsWith(const QString& option);
+
 /// \return the help for \a command; for none that of the program. Needs a QCoreApplication.
 QString helpText(std::optional<Command> command);
 

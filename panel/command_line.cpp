@@ -102,6 +102,7 @@ WriteTask writeTaskOf(const QString& text, const Settings& settings)
             QStringLiteral("\"%1\" names no value; AREA:ADDRESS=VALUE[,VALUE...] is expected, e.g. 9:100=1,2")
                 .arg(text));
     WriteTask task;
+    task.text = text;
     task.variable = variableOf(text.left(sign));
     QString error;
     const auto values = parseValues(task.variable.area, text.mid(sign + 1), &error);
@@ -175,12 +176,24 @@ CommandLine refusal(const QString& message, const QString& command)
             QStringLiteral("%1\n%2 explains commands, variables and options.").arg(message, help)};
 }
 
+/// An option that only other commands take is told apart from one that there is not.
+QString parseError(const QCommandLineParser& parser, Command command)
+{
+    for (const QString& name : parser.unknownOptionNames()) {
+        const QStringList others = commandsWith(name);
+        if (!others.isEmpty())
+            return QStringLiteral("--%1 is no option of %2; it belongs to %3")
+                .arg(name, nameOf(command), others.join(QStringLiteral(" and ")));
+    }
+    return parser.errorText();
+}
+
 CommandLine parseCommand(Command command, const QStringList& arguments)
 {
     QCommandLineParser parser;
     addOptions(&parser, command);
     if (!parser.parse(arguments))
-        return refusal(parser.errorText(), nameOf(command));
+        return refusal(parseError(parser, command), nameOf(command));
     if (parser.isSet(QStringLiteral("help")))
         return show(helpText(command));
     try {

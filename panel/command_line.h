@@ -19,6 +19,7 @@ enum class Command { Read, Write, Watch, Demo };
 
 /// One AREA:ADDRESS=VALUE[,VALUE...].
 struct WriteTask {
+    QString text;      ///< as it was typed
     Variable variable; ///< as many elements as values
     std::vector<quint32> values;
 };

@@ -33,10 +33,13 @@ QString replyMeaning(const ExchangeRecord& record)
     return replyWords(record.frame, record.exchange.reply);
 }
 
-/// \return "(3 ms: done)"
+/// \return what the driver made of it, after how long
 QString judgement(const ExchangeRecord& record)
 {
-    return QStringLiteral(" (%1 ms: %2)").arg(record.durationMs).arg(resultWords(record.result));
+    QString words = resultWords(record.result);
+    if (!isSuccess(record.result) && record.result != PLC_RETRYING)
+        words = QStringLiteral("given up with return code %1, %2").arg(record.result).arg(words);
+    return QStringLiteral(" (%1 ms: %2)").arg(record.durationMs).arg(words);
 }
 
 QString replyLine(const ExchangeRecord& record)

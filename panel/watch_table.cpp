@@ -17,7 +17,7 @@ const int ageWidth = 7;
 
 enum Colour { Plain = 0, Bold = 1, Red = 31, Green = 32, Yellow = 33 };
 
-/// The texts of one row; values fill several lines when they are many.
+/// The texts of one row; many values and a long state fill several lines.
 struct Cells {
     QString name;
     QStringList valueLines;
@@ -116,15 +116,44 @@ QString lineOf(const QString& name, const QString& value, const QString& age, co
     return line.left(end);
 }
 
-QStringList linesOf(const Cells& cells, const Widths& widths, const TableStyle& style)
+/// \return the state in lines that fit beside the other columns
+QStringList stateLines(const QString& state, const Widths& widths, const TableStyle& style)
+{
+    const int room = style.columns - (widths.name + widths.value + ageWidth + 3 * gap);
+    return wrapped(state.split(QLatin1Char(' ')), std::max(room, 1));
+}
+
+QStringList linesOf(const Cells& cells, const QStringList& states, const Widths& widths,
+                    const TableStyle& style)
 {
     QStringList lines;
-    for (const QString& value : cells.valueLines) {
-        const bool first = lines.isEmpty();
-        const QString line = first ? lineOf(cells.name, value, cells.age, cells.state, widths)
-                                   : lineOf(QString(), value, QString(), QString(), widths);
+    for (int index = 0; index < std::max(cells.valueLines.size(), states.size()); ++index) {
+        const bool first = index == 0;
+        const QString line = lineOf(first ? cells.name : QString(), cells.valueLines.value(index),
+                                    first ? cells.age : QString(), states.value(index), widths);
         lines << coloured(line, cells.colour, style);
     }
+    return lines;
+}
+
+/// \param wrapStates false to save lines: a state that is too long is cut
+std::vector<QStringList> rowsOf(const std::vector<Cells>& table, const Widths& widths,
+                                const TableStyle& style, bool wrapStates)
+{
+    std::vector<QStringList> rows;
+    for (const Cells& cells : table) {
+        const bool wrap = wrapStates && style.columns > 0;
+        const QStringList states = wrap ? stateLines(cells.state, widths, style) : QStringList{cells.state};
+        rows.push_back(linesOf(cells, states, widths, style));
+    }
+    return rows;
+}
+
+int linesIn(const std::vector<QStringList>& rows)
+{
+    int lines = 0;
+    for (const QStringList& row : rows)
+        lines += row.size();
     return lines;
 }
 
@@ -171,10 +200,11 @@ QStringList watchTable(const WatchView& view, const TableStyle& style)
         for (const QString& line : table.back().valueLines)
             widths.value = std::max(widths.value, line.size());
     }
-    std::vector<QStringList> rows;
-    for (const Cells& cells : table)
-        rows.push_back(linesOf(cells, widths, style));
-    return fitting(headLines(view, widths, style), rows, style);
+    const QStringList head = headLines(view, widths, style);
+    const std::vector<QStringList> rows = rowsOf(table, widths, style, true);
+    if (style.lines == 0 || head.size() + linesIn(rows) <= style.lines)
+        return fitting(head, rows, style);
+    return fitting(head, rowsOf(table, widths, style, false), style);
 }
 
 QString linkText(const LinkState& link)

@@ -16,7 +16,7 @@ int widestText(const std::vector<WriteTask>& tasks)
 {
     int width = 0;
     for (const WriteTask& task : tasks)
-        width = std::max(width, writeText(task).size());
+        width = std::max(width, task.text.size());
     return width;
 }
 
@@ -24,9 +24,9 @@ void report(const WriteTask& task, const WriteOutcome& outcome, int width)
 {
     const QString words = writeOutcomeText(outcome);
     if (outcome.confirmed)
-        print(writeText(task).leftJustified(width + 2) + words + QLatin1Char('\n'));
+        print(task.text.leftJustified(width + 2) + words + QLatin1Char('\n'));
     else
-        complain(QStringLiteral("%1: %2").arg(writeText(task), words));
+        complain(QStringLiteral("%1: %2").arg(task.text, words));
 }
 
 WriteOutcome notTried()
@@ -56,14 +56,6 @@ ExitStatus runWrite(const Options& options)
     if (!reachable)
         complainOfNoConnection(options.settings);
     return allConfirmed ? AllGood : ControllerFailed;
-}
-
-QString writeText(const WriteTask& task)
-{
-    Variable first = task.variable;
-    first.count = 1;
-    return variableText(first) + QLatin1Char('=') +
-           valueTexts(first.area, task.values, ValueFormat::Decimal).join(QLatin1Char(','));
 }
 
 QString writeOutcomeText(const WriteOutcome& outcome)

@@ -15,9 +15,6 @@ namespace panel
 /// \throws std::runtime_error when the driver cannot be loaded
 ExitStatus runWrite(const Options& options);
 
-/// \return "9:100=1,2", as it is typed
-QString writeText(const WriteTask& task);
-
 /// \return how \a outcome ended in words: what was confirmed, or why not
 QString writeOutcomeText(const WriteOutcome& outcome);
 
