@@ -6,6 +6,8 @@
 #include "varlist/address_text.h"
 #include "varlist/block_limit.h"
 
+#include <algorithm>
+
 namespace
 {
 
@@ -202,7 +204,7 @@ try {
     if (start < 0)
         return 0;
     const Area* row = FindArea(area);
-    count = ServableCount(area, count, COUNT_OF_READ);
+    count = ServableCount(area, std::max(count, 0), COUNT_OF_READ);
     QByteArray bytes;
     QMutexLocker lock(&PLC_driver.imageMutex);
     if (row && PLC_driver.comInfo->multiStation == 0)
