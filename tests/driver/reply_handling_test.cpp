@@ -976,18 +976,19 @@ TEST_F(BitRead, WithNoWriteQueuedPatchesTheWordAsItIs)
 {
     PLC_driver.writeList.clear();
 
-    EXPECT_EQ(1, answered());
-    EXPECT_EQ(0x1234, word(2));
+    EXPECT_EQ(1, reply("00 00 00 00 00 05 01 03 02 FF FF"));
+    EXPECT_EQ(0xFFFF, word(2));
     EXPECT_EQ(1, frameCount());
+    EXPECT_EQ("00 00 00 00 00 06 01 06 00 02 FF FF", frame(0));
 }
 
 TEST_F(BitRead, WithAWriteWithoutDataPatchesTheWordAsItIs)
 {
     PLC_driver.writeList.first().data.clear();
 
-    EXPECT_EQ(1, answered());
-    EXPECT_EQ(0x1234, word(2));
-    EXPECT_EQ("00 00 00 00 00 06 01 06 00 02 12 34", poll());
+    EXPECT_EQ(1, reply("00 00 00 00 00 05 01 03 02 FF FF"));
+    EXPECT_EQ(0xFFFF, word(2));
+    EXPECT_EQ("00 00 00 00 00 06 01 06 00 02 FF FF", poll());
 }
 
 TEST_F(BitRead, WithNoSecondFrameStoresTheMergedWord)
