@@ -97,9 +97,16 @@ Cells cellsOf(const WatchRow& row, const TableStyle& style, int room)
     return cells;
 }
 
+QString withoutSpacesBehind(QString text)
+{
+    while (text.endsWith(QLatin1Char(' ')))
+        text.chop(1);
+    return text;
+}
+
 QString coloured(const QString& text, Colour colour, const TableStyle& style)
 {
-    const QString cut = style.columns > 0 ? text.left(style.columns) : text;
+    const QString cut = withoutSpacesBehind(style.columns > 0 ? text.left(style.columns) : text);
     if (!style.colours || colour == Plain)
         return cut;
     return QStringLiteral("\x1b[%1m%2\x1b[0m").arg(static_cast<int>(colour)).arg(cut);
@@ -108,12 +115,8 @@ QString coloured(const QString& text, Colour colour, const TableStyle& style)
 QString lineOf(const QString& name, const QString& value, const QString& age, const QString& state,
                const Widths& widths)
 {
-    const QString line = name.leftJustified(widths.name + gap) + value.leftJustified(widths.value + gap) +
-                         age.leftJustified(ageWidth + gap) + state;
-    int end = line.size();
-    while (end > 0 && line.at(end - 1) == QLatin1Char(' '))
-        --end;
-    return line.left(end);
+    return name.leftJustified(widths.name + gap) + value.leftJustified(widths.value + gap) +
+           age.leftJustified(ageWidth + gap) + state;
 }
 
 /// \return the state in lines that fit beside the other columns

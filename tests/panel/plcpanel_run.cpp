@@ -1,0 +1,84 @@
+#include "panel/plcpanel_run.h"
+
+#include "panel/application.h"
+
+#include <QElapsedTimer>
+
+#include <csignal>
+
+namespace test
+{
+
+namespace
+{
+
+// Long enough for a busy machine; a program that takes so long has failed.
+const int patienceMs = 60000;
+const int lookMs = 20;
+
+QStringList withDriver(const QStringList& arguments)
+{
+    if (arguments.contains(QStringLiteral("--driver")))
+        return arguments;
+    return arguments + QStringList{QStringLiteral("--driver"), QStringLiteral(PLC_DRIVER_LIBRARY)};
+}
+
+void start(QProcess* process, const QStringList& arguments)
+{
+    needApplication();
+    process->start(QStringLiteral(PLCPANEL_PROGRAM), arguments);
+}
+
+RunResult endOf(QProcess* process, const std::string& outBefore)
+{
+    RunResult run;
+    const bool ended = process->waitForFinished(patienceMs) || process->state() == QProcess::NotRunning;
+    if (ended && process->exitStatus() == QProcess::NormalExit)
+        run.status = process->exitCode();
+    run.out = outBefore + process->readAllStandardOutput().toStdString();
+    run.errors = process->readAllStandardError().toStdString();
+    process->kill();
+    process->waitForFinished();
+    return run;
+}
+
+} // namespace
+
+RunResult plcpanel(const QStringList& arguments)
+{
+    QProcess process;
+    start(&process, withDriver(arguments));
+    return endOf(&process, std::string());
+}
+
+Plcpanel::Plcpanel(const QStringList& arguments)
+{
+    start(&m_process, withDriver(arguments));
+}
+
+Plcpanel::~Plcpanel()
+{
+    m_process.kill();
+    m_process.waitForFinished();
+}
+
+bool Plcpanel::eventually(const std::function<bool(const std::string& out)>& condition)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (!condition(m_out)) {
+        if (clock.elapsed() > patienceMs)
+            return false;
+        m_process.waitForReadyRead(lookMs);
+        m_out += m_process.readAllStandardOutput().toStdString();
+    }
+    return true;
+}
+
+RunResult Plcpanel::endBy(int signal)
+{
+    kill(static_cast<pid_t>(m_process.processId()), signal);
+    return endOf(&m_process, m_out);
+}
+
+} // namespace test
