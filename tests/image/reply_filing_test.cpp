@@ -153,6 +153,14 @@ TEST_F(ReplyFilingTest, DoubleWordIsTwoRegistersLowHalfFirst)
     EXPECT_EQ(0x56781234u, DoubleWords()[3]);
 }
 
+TEST_F(ReplyFilingTest, SeveralDoubleWordsFollowEachOther)
+{
+    File(Variable(14, 3, 4), "12 34 56 78 00 01 00 00 FF FF FF FE");
+    EXPECT_EQ(0x56781234u, DoubleWords()[3]);
+    EXPECT_EQ(1u, DoubleWords()[4]);
+    EXPECT_EQ(0xFFFEFFFFu, DoubleWords()[5]);
+}
+
 TEST_F(ReplyFilingTest, BytesBeyondTheLastWholeDoubleWordAreLeft)
 {
     File(Variable(14, 0, 3), "00 01 00 00 FF FF FF");
@@ -563,6 +571,18 @@ TEST_F(MultiStationFilingTest, DoubleWordsGetEntriesOfFourBytesLowByteFirst)
 {
     File(Variable(14, 3, 2), "12 34 56 78 FF FF FF");
     EXPECT_EQ((List{"14:3=34 12 78 56"}), Entries(1));
+}
+
+TEST_F(MultiStationFilingTest, SeveralDoubleWordsGetAnEntryEach)
+{
+    File(Variable(14, 3, 4), "12 34 56 78 00 01 00 00 FF FF FF FE");
+    EXPECT_EQ((List{"14:3=34 12 78 56", "14:4=01 00 00 00", "14:5=FF FF FE FF"}), Entries(1));
+}
+
+TEST_F(MultiStationFilingTest, DoubleWordsBeforeTheAreaAreDroppedWithTheirBytes)
+{
+    File(Variable(14, -1, 4), "00 01 00 00 00 02 00 00 00 03 00 00");
+    EXPECT_EQ((List{"14:0=02 00 00 00", "14:1=03 00 00 00"}), Entries(1));
 }
 
 TEST_F(MultiStationFilingTest, BitsGetEntriesOfOneByte)
