@@ -255,10 +255,10 @@ TEST_F(SimulatedControllerTest, LetsTheSixtyFifthConnectionWaitForItsTurn)
     EXPECT_EQ(late.receiveFrame(), readReply);
 }
 
-// 20000 replies of 259 bytes do not fit into the buffers of the system.
+// 6000 replies of 259 bytes do not fit into the buffers of the system.
 TEST_F(SimulatedControllerTest, SendsEveryReplyToAClientThatReadsLate)
 {
-    constexpr std::size_t count = 20000;
+    constexpr std::size_t count = 6000;
     LoopbackClient client(controller.port());
     std::thread sender([&client] {
         Bytes request = test::fromHex("00 00 00 00 00 06 01 03 00 00 00 7D");
