@@ -55,7 +55,7 @@ DriverLibrary::DriverLibrary(const QString& path)
     // QLibrary searches the system's folders for a bare name; the path of a file means that file.
     : m_library(QFileInfo(path).absoluteFilePath())
 {
-    // Without this a 64-bit panel and a 32-bit driver only say "wrong ELF class".
+    // The system's own words for a driver built for another processor are "wrong ELF class".
     if (!m_library.load())
         fail(QStringLiteral("the driver %1 cannot be loaded: %2; build it, or give the path of a "
                             "libplcdriver.so that was built for the same processor as this program")

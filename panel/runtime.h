@@ -84,10 +84,12 @@ public:
     Pending<ReadOutcome> read(const Variable& variable);
 
     /// \param index as addCyclic() returned it
+    /// \throws std::runtime_error for another one
     CyclicValue value(int index) const;
 
     /// Switches communication with a station (0..255) off or on. Off: its waiting writes and reads fail,
     /// new ones are refused, its cyclic variables keep their old values.
+    /// \throws std::runtime_error for another number, and before start()
     void setStation(int station, bool on);
 
     LinkState linkState() const;
