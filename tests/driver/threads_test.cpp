@@ -120,13 +120,19 @@ private:
     std::atomic<bool> othersDone_{false};
 };
 
+// Every third request is queued directly, without the search for an equal one.
+int Direct(int i)
+{
+    return i % 3 == 0;
+}
+
 // Every key and every element is used once, so no queued write may be replaced by another.
 void QueueWrites(int writer)
 {
     for (int i = 0; i < WRITES_EACH; ++i) {
         const int key = 10000 * (writer + 1) + i;
         RW_VAR var = Keyed(i % 4 == 0 ? Write(8, 16 * key, 1, "01") : Write(10, key, 1, "34 12"), key);
-        AddListWriteVar(&var, 0);
+        AddListWriteVar(&var, Direct(i));
     }
 }
 
@@ -134,9 +140,9 @@ void QueueOnceReads(int reader)
 {
     for (int i = 0; i < READS_EACH; ++i) {
         const int key = 30000 + 10000 * reader + i;
-        RW_VAR var = Keyed(Variable(11, 0, 1), key);
-        var.name2 = QString::number(1000 * reader + i);
-        AddListOnceReadVar(&var, 0);
+        RW_VAR var = Keyed(Variable(11, 1000 * reader + i, 1), key);
+        var.name2 = QString::number(var.address);
+        AddListOnceReadVar(&var, Direct(i));
     }
 }
 
@@ -152,6 +158,22 @@ int WatchRegisters(int rounds)
             torn += out.at(2 * w) != out.at(2 * w + 1);
     }
     return torn;
+}
+
+void RebuildReadList(int rounds)
+{
+    for (int i = 0; i < rounds; ++i) {
+        QList<HOST_VAR> variables;
+        for (int v = 0; v < i % 10; ++v) {
+            HOST_VAR var = HOST_VAR();
+            var.area = 10;
+            var.station = static_cast<unsigned char>(1 + v % 2);
+            var.address = QString::number(100 * v);
+            var.count = 1;
+            variables.append(var);
+        }
+        ReCreatReadVarList(&variables);
+    }
 }
 
 void SwitchStations(int rounds)
@@ -206,7 +228,7 @@ TEST_F(Threads, EveryWriteAndOneShotReadIsAnsweredExactlyOnce)
 }
 
 // The runtime's own road for values: writes by address text that are cut into blocks, in multi-station mode,
-// while another thread changes the driver's memory only and a third reads it.
+// while other threads read values and rebuild the list of cyclic reads.
 TEST_F(Threads, RegistersOfTwoStationsAreWrittenAndReadFromSeveralThreads)
 {
     info.multiStation = 1;
@@ -232,6 +254,7 @@ TEST_F(Threads, RegistersOfTwoStationsAreWrittenAndReadFromSeveralThreads)
                 torn += out.at(2 * w) != out.at(2 * w + 1);
         }
     });
+    run([] { RebuildReadList(200); });
     joinAll();
     communication.join();
 
