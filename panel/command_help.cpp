@@ -33,7 +33,10 @@ const OptionRow optionRows[] = {
     {"interval", "MS", "Look at the values every so many milliseconds; default 500.", V},
     {"timeout", "MS", "Wait so many milliseconds for a reply; default 300.", allCommands},
     {"retries", "N", "Try a request again so many times before giving it up; default 3.", allCommands},
-    {"max-block", "N", "Words in one request at most, 2 to 125, and eight times as many bits; default 100.",
+    {"max-block", "N",
+     "Words in one request at most, 2 to 125, and eight times as many bits; default is what Modbus allows "
+     "for "
+     "the variables.",
      allCommands},
     {"driver", "PATH",
      "The driver library; default is libplcdriver.so beside this program, one directory up, or where the "

@@ -1,7 +1,7 @@
 #include "panel/command_line.h"
 
 #include "panel/command_help.h"
-#include "panel/request_pieces.h"
+#include "panel/refresh_plan.h"
 
 #include <stdexcept>
 
@@ -137,6 +137,17 @@ void setVariables(const QStringList& texts, Options* options)
     }
 }
 
+/// Chooses the longest requests that Modbus allows for the variables, or refuses a choice that breaks a
+/// limit.
+void setBlockCount(const QCommandLineParser& parser, Options* options)
+{
+    if (!parser.isSet(QStringLiteral("max-block")))
+        options->settings.maxBlockCount = blockCountFor(options->variables);
+    const QString words = blockRefusal(options->variables, options->settings.maxBlockCount);
+    if (options->command == Command::Watch && !words.isEmpty())
+        refuse(QStringLiteral("--max-block %1: %2").arg(options->settings.maxBlockCount).arg(words));
+}
+
 ValueFormat formatOf(const QCommandLineParser& parser)
 {
     const bool hex = parser.isSet(QStringLiteral("hex"));
@@ -159,6 +170,7 @@ Options optionsOf(const QCommandLineParser& parser, Command command)
         options.intervalMs = numberOf(parser, "interval", 10, 3600000, options.intervalMs);
     }
     setVariables(parser.positionalArguments().mid(1), &options);
+    setBlockCount(parser, &options);
     return options;
 }
 

@@ -3,6 +3,7 @@
 #include "panel/request_keys.h"
 
 #include <algorithm>
+#include <tuple>
 
 namespace panel
 {
@@ -22,8 +23,40 @@ const int bitsOfByte = 8;
 // empties a further one.
 const int spoiledBits = 2;
 
-// A request finds its part again by its sub-key: entry and part in one number.
-const int partsOfEntry = 0x10000;
+using PartKey = std::tuple<int, int, int>;
+
+PartKey keyOf(const Variable& asked)
+{
+    return std::make_tuple(asked.station, asked.area, asked.element);
+}
+
+/// \return the element behind the last one that a block reads
+int endOfBlock(const RW_VAR& request)
+{
+    return request.address + elementsRead(request.area, request.count);
+}
+
+HOST_VAR hostVariable(const Variable& run)
+{
+    HOST_VAR variable = {};
+    variable.area = static_cast<unsigned char>(run.area);
+    variable.station = static_cast<unsigned char>(run.station);
+    variable.address = addressText(run.area, run.element);
+    variable.name = variableText(run);
+    variable.count = driverReadCount(run.area, run.count);
+    return variable;
+}
+
+RW_VAR pacingRecord()
+{
+    RW_VAR request = {};
+    request.hostKey = pacingKey;
+    request.accessFlag = judgedOnly;
+    request.area = 9;
+    request.station = pacingStation;
+    request.count = 1;
+    return request;
+}
 
 } // namespace
 
@@ -50,11 +83,6 @@ int CyclicValues::add(const Variable& variable)
 {
     Entry entry;
     entry.variable = variable;
-    for (const ReadPiece& piece : readPieces(variable, m_settings.maxBlockCount)) {
-        Part part;
-        part.piece = piece;
-        entry.parts.push_back(part);
-    }
     m_variables.push_back(entry);
     return static_cast<int>(m_variables.size()) - 1;
 }
@@ -64,43 +92,46 @@ bool CyclicValues::contains(int index) const
     return index >= 0 && index < static_cast<int>(m_variables.size());
 }
 
-RW_VAR CyclicValues::record(const Part& part, int key, int subKey) const
+std::vector<Variable> CyclicValues::variables() const
 {
-    const Variable& asked = part.piece.asked;
-    RW_VAR request = {};
-    request.hostKey = key;
-    request.hostSubKey = subKey;
-    request.name2 = addressText(asked.area, asked.element);
-    request.area = asked.area;
-    request.address = asked.element;
-    request.station = asked.station;
-    request.count = driverReadCount(asked.area, wholeBits(asked));
-    return request;
+    std::vector<Variable> variables;
+    for (const Entry& entry : m_variables)
+        variables.push_back(entry.variable);
+    return variables;
 }
 
-RW_VAR CyclicValues::pacingRecord() const
+QString CyclicValues::blockRefusal() const
 {
-    RW_VAR request = {};
-    request.hostKey = pacingKey;
-    request.accessFlag = judgedOnly;
-    request.area = 9;
-    request.station = pacingStation;
-    request.count = 1;
-    return request;
+    return panel::blockRefusal(variables(), m_settings.maxBlockCount);
 }
 
-void CyclicValues::queue(const DriverCalls& calls) const
+void CyclicValues::makeParts(const RefreshPlan& plan)
 {
     for (std::size_t index = 0; index < m_variables.size(); ++index) {
-        const std::vector<Part>& parts = m_variables[index].parts;
-        for (std::size_t part = 0; part < parts.size(); ++part) {
-            const int subKey = static_cast<int>(index) * partsOfEntry + static_cast<int>(part);
-            RW_VAR request = record(parts[part], static_cast<int>(index) + 1, subKey);
-            calls.AddListReadVar(&request);
+        for (const ReadPiece& piece : plan.parts[index]) {
+            Part part;
+            part.piece = piece;
+            m_variables[index].parts.push_back(part);
         }
     }
+    for (Entry& entry : m_variables) {
+        for (Part& part : entry.parts)
+            m_sorted.push_back(&part);
+    }
+    std::sort(m_sorted.begin(), m_sorted.end(),
+              [](const Part* a, const Part* b) { return keyOf(a->piece.asked) < keyOf(b->piece.asked); });
+}
+
+void CyclicValues::queue(const DriverCalls& calls)
+{
     if (m_variables.empty())
         return;
+    const RefreshPlan plan = refreshPlan(variables(), m_settings.maxBlockCount);
+    makeParts(plan);
+    QList<HOST_VAR> list;
+    for (const Variable& run : plan.runs)
+        list.append(hostVariable(run));
+    calls.ReCreatReadVarList(&list);
     RW_VAR pacing = pacingRecord();
     calls.AddListReadVar(&pacing);
 }
@@ -115,34 +146,41 @@ QByteArray CyclicValues::pacingReply()
     return QByteArray(pacingReplySize, '\0');
 }
 
-CyclicValues::Part* CyclicValues::find(const RW_VAR& request)
+/// The parts of all variables that a block reads whole.
+template <class Action>
+void CyclicValues::forPartsIn(const RW_VAR& request, const Action& action)
 {
-    const int index = request.hostKey - 1;
-    const auto part = static_cast<std::size_t>(request.hostSubKey % partsOfEntry);
-    if (!contains(index))
-        return nullptr;
-    Entry& entry = m_variables[static_cast<std::size_t>(index)];
-    return part < entry.parts.size() ? &entry.parts[part] : nullptr;
+    const int end = endOfBlock(request);
+    const PartKey first = std::make_tuple(request.station, request.area, request.address);
+    const PartKey behind = std::make_tuple(request.station, request.area, end);
+    auto part = std::partition_point(m_sorted.begin(), m_sorted.end(), [&first](const Part* candidate) {
+        return keyOf(candidate->piece.asked) < first;
+    });
+    for (; part != m_sorted.end() && keyOf((*part)->piece.asked) < behind; ++part) {
+        const Variable& asked = (*part)->piece.asked;
+        if (asked.element + asked.count <= end)
+            action(**part);
+    }
 }
 
 void CyclicValues::answered(const RW_VAR& request)
 {
-    Part* part = find(request);
-    if (part == nullptr)
-        return;
-    part->read.start();
-    part->doubtful = false;
-    part->code = 0;
-    part->reason.clear();
+    QElapsedTimer now;
+    now.start();
+    forPartsIn(request, [&now](Part& part) {
+        part.read = now;
+        part.doubtful = false;
+        part.code = 0;
+        part.reason.clear();
+    });
 }
 
 void CyclicValues::givenUp(const RW_VAR& request, int code, const QString& why)
 {
-    Part* part = find(request);
-    if (part == nullptr)
-        return;
-    part->code = code;
-    part->reason = why;
+    forPartsIn(request, [code, &why](Part& part) {
+        part.code = code;
+        part.reason = why;
+    });
 }
 
 void CyclicValues::doubt(const Variable& elements)

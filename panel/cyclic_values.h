@@ -5,7 +5,7 @@
 
 #include "panel/cyclic_value.h"
 #include "panel/driver_values.h"
-#include "panel/request_pieces.h"
+#include "panel/refresh_plan.h"
 #include "panel/settings.h"
 
 #include <QElapsedTimer>
@@ -31,9 +31,12 @@ public:
         return m_variables[static_cast<std::size_t>(index)].variable;
     }
 
-    /// Fills the driver's cyclic list, before the communication thread runs: one request per variable, more
-    /// for one that does not fit into a request; and behind them the pacing request, see isPacing().
-    void queue(const DriverCalls& calls) const;
+    /// \return why the block size of the settings does not suit the variables; empty when it does
+    QString blockRefusal() const;
+
+    /// Hands the variables to the driver, which reads neighbouring ones in one block, before the
+    /// communication thread runs; and behind them the pacing request, see isPacing().
+    void queue(const DriverCalls& calls);
 
     /// \return true for the request that marks the end of a pass. It is never sent. It is there because the
     ///         driver lets at most five writes pass before a cyclic read, and with nothing but cyclic reads
@@ -43,7 +46,7 @@ public:
     /// \return the reply by which the pacing request is done; nothing of it is filed
     static QByteArray pacingReply();
 
-    /// After DataCom() took a reply to \a request as good.
+    /// After DataCom() took a reply to \a request, a block that the driver built, as good.
     void answered(const RW_VAR& request);
 
     /// After DataCom() gave \a request up.
@@ -73,15 +76,17 @@ private:
         std::vector<Part> parts;
     };
 
-    RW_VAR record(const Part& part, int key, int subKey) const;
-    RW_VAR pacingRecord() const;
-    Part* find(const RW_VAR& request);
+    std::vector<Variable> variables() const;
+    void makeParts(const RefreshPlan& plan);
+    template <class Action>
+    void forPartsIn(const RW_VAR& request, const Action& action);
     ValueState stateOf(const Part& part) const;
     void judge(const Entry& entry, CyclicValue* value) const;
     bool shows(const Variable& bit) const;
 
     const Settings m_settings;
     std::vector<Entry> m_variables;
+    std::vector<Part*> m_sorted; // by station, area and first element of what is asked
 };
 
 } // namespace panel

@@ -6,9 +6,9 @@
 namespace panel
 {
 
-// RW_VAR::hostKey says what kind of request it is, RW_VAR::hostSubKey which one. The keys of cyclic variables
-// are 1 for the first, and so on, so that the fine part of an error code tells which of the first eleven
-// failed.
+// RW_VAR::hostKey says what kind of request it is, RW_VAR::hostSubKey which one. Cyclic blocks
+// have the key 0, which the driver gives them.
+const int cyclicKey = 0;
 const int writeKey = 0x01000000;
 const int onceReadKey = 0x02000000;
 const int pacingKey = 0x03000000;

@@ -183,6 +183,11 @@ int driverReadCount(int area, int elements)
     return kindOf(area) == ElementKind::DoubleWord ? elements + 1 : elements;
 }
 
+int elementsRead(int area, int count)
+{
+    return kindOf(area) == ElementKind::DoubleWord ? count - 1 : count;
+}
+
 int driverWriteCount(int area, int elements)
 {
     return kindOf(area) == ElementKind::DoubleWord ? 2 * elements : elements;

@@ -38,6 +38,9 @@ std::vector<Variable> writePieces(const Variable& variable, int maxBlockCount);
 /// \return the count by which the driver reads \a elements of \a area: in area 14 it fetches one less
 int driverReadCount(int area, int elements);
 
+/// \return the elements that the driver fetches for a count: the inverse of driverReadCount()
+int elementsRead(int area, int count);
+
 /// \return the count by which the driver queues a write: in area 14 it counts 16-bit words
 int driverWriteCount(int area, int elements);
 

@@ -149,6 +149,9 @@ void Runtime::Private::start()
     const QString words = settingsError(m_settings);
     if (!words.isEmpty())
         fail(words);
+    const QString tooLong = m_cyclic.blockRefusal();
+    if (!tooLong.isEmpty())
+        fail(tooLong);
     if (m_started)
         fail(QStringLiteral("a runtime is started once only; make a new one"));
     if (oneIsRunning.exchange(true))
@@ -381,15 +384,16 @@ void Runtime::Private::answered(const Turn& turn)
         m_writes.answered();
     else if (turn.request.hostKey == onceReadKey)
         m_reads.answered();
-    else
+    else if (turn.request.hostKey == cyclicKey)
         m_cyclic.answered(turn.request);
 }
 
 void Runtime::Private::givenUp(const Turn& turn, int code, const QString& why)
 {
     ++m_statistics.failed;
-    m_cyclic.givenUp(turn.request, code, why);
     const int key = turn.request.hostKey;
+    if (key == cyclicKey)
+        m_cyclic.givenUp(turn.request, code, why);
     m_writes.givenUp(key == writeKey, turn.request.station, code, why);
     m_reads.givenUp(key == onceReadKey, turn.request.station, code, why);
 }

@@ -16,9 +16,10 @@ struct Settings {
     bool multiStation = false; ///< several stations share the link; values are kept per station
     int timeoutMs = 300;       ///< wait for a reply
     int retryLimit = 3;        ///< failures in a row that are retried
-    int maxBlockCount = 100;   ///< words of one request at most, 2..125; bits eight times as many
-    int cyclePauseMs = 100;    ///< pause after a pass over the cyclic variables
-    int staleAfterMs = 2000;   ///< a value that was not refreshed for so long looks stale
+    int maxBlockCount = 63;  ///< words of one request at most, 2..125; bits eight times as many. 63 suits any
+                             ///< mix of areas; more than that would break a limit of Modbus in area 14
+    int cyclePauseMs = 100;  ///< pause after a pass over the cyclic variables
+    int staleAfterMs = 2000; ///< a value that was not refreshed for so long looks stale
 };
 
 /// \return what is wrong with \a settings and what is expected, or an empty text

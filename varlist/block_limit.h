@@ -43,7 +43,7 @@ struct Pieces {
 /// Cuts \a count elements into pieces of at most \a limit; one piece where \a limit is 0 or less.
 Pieces CutIntoPieces(int count, int limit);
 
-/// \return words that \a count bits from bit \a address on span
+/// \return words that \a count bits from bit \a address on span; \a count cut by ServableCount()
 int WordsOfBits(int address, int count);
 
 #endif

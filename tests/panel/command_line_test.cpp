@@ -114,10 +114,25 @@ TEST(CommandLine, DefaultsAreThoseOfTheSettings)
     const Options read = options("read 9:1 --controller a");
     EXPECT_EQ(read.settings.timeoutMs, 300);
     EXPECT_EQ(read.settings.retryLimit, 3);
-    EXPECT_EQ(read.settings.maxBlockCount, 100);
+    EXPECT_EQ(read.settings.maxBlockCount, 125);
     EXPECT_EQ(read.settings.station, 1);
     EXPECT_TRUE(read.settings.driverPath.isEmpty());
     EXPECT_FALSE(read.trace);
+}
+
+TEST(CommandLine, WatchChoosesBlocksThatModbusAllowsForItsVariables)
+{
+    EXPECT_EQ(options("watch 9:1 0:1 --controller a").settings.maxBlockCount, 125);
+    EXPECT_EQ(options("watch 9:1 14:200 --controller a").settings.maxBlockCount, 63);
+    EXPECT_EQ(options("watch 9:1 14:200 --max-block 20 --controller a").settings.maxBlockCount, 20);
+}
+
+TEST(CommandLine, WatchRefusesBlocksThatBreakALimitOfModbus)
+{
+    EXPECT_THAT(
+        refusal("watch 14:200 --max-block 64 --controller a"),
+        HasSubstr("--max-block 64: blocks of 64 words would read more than the 125 registers that Modbus "
+                  "allows at once, because area 14 has two registers an element; at most 63 fit"));
 }
 
 struct Refused {

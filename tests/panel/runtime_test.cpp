@@ -394,7 +394,7 @@ TEST_F(RuntimeTest, ValueThatCannotBeReadAnyMoreSaysWhy)
     ASSERT_TRUE(becomes(index, ValueState::Fresh));
     controller->setSilent(1, true);
     ASSERT_TRUE(becomes(index, ValueState::Failed));
-    EXPECT_EQ(runtime->value(index).code, 42) << "base 40 + 1 + key 1 of the first variable";
+    EXPECT_EQ(runtime->value(index).code, 41) << "no reply; blocks have no key of their own";
     EXPECT_THAT(runtime->value(index).reason.toStdString(), HasSubstr("no reply within 50 ms"));
     controller->setSilent(1, false);
     EXPECT_TRUE(becomes(index, ValueState::Fresh));
@@ -492,6 +492,7 @@ TEST_F(RuntimeTest, StatisticsCountWhatEnded)
     refusing.refused = {{500, 510}};
     useController(refusing);
     settings.retryLimit = 2;
+    settings.maxBlockCount = 100;
     startRuntime();
     write(variable(9, 0, 300), testValues(9, 300));
     write(variable(9, 505), {1});

@@ -1,0 +1,126 @@
+#include "panel/refresh_plan.h"
+
+#include <algorithm>
+#include <map>
+
+namespace panel
+{
+
+namespace
+{
+
+// What one Modbus read may carry.
+const int mostRegisters = 125;
+
+// A block of double words counts one more than it reads, two registers each.
+const int mostWithDoubleWords = mostRegisters / 2 + 1;
+
+// Bits behind a block that the driver overwrites with padding.
+const int paddingBits = 2;
+
+using Group = std::pair<int, int>; // station and area
+using Runs = std::vector<Variable>;
+
+bool isBits(const Variable& variable)
+{
+    return kindOf(variable.area) == ElementKind::Bit;
+}
+
+int endOf(const Variable& variable)
+{
+    return variable.element + variable.count;
+}
+
+/// Runs of bits with more than padding between them, each covering whole variables.
+Runs clusters(Runs bits)
+{
+    std::sort(bits.begin(), bits.end(),
+              [](const Variable& a, const Variable& b) { return a.element < b.element; });
+    Runs clusters;
+    for (const Variable& variable : bits) {
+        if (clusters.empty() || variable.element >= endOf(clusters.back()) + paddingBits)
+            clusters.push_back(variable);
+        Variable& last = clusters.back();
+        last.count = std::max(endOf(last), endOf(variable)) - last.element;
+    }
+    return clusters;
+}
+
+std::map<Group, Runs> runsOfBits(const std::vector<Variable>& variables, int maxBlockCount)
+{
+    std::map<Group, Runs> groups;
+    for (const Variable& variable : variables) {
+        if (isBits(variable))
+            groups[{variable.station, variable.area}].push_back(variable);
+    }
+    for (auto& group : groups) {
+        Runs runs;
+        for (const Variable& cluster : clusters(group.second)) {
+            for (const ReadPiece& piece : readPieces(cluster, maxBlockCount))
+                runs.push_back(piece.asked);
+        }
+        group.second = runs;
+    }
+    return groups;
+}
+
+/// \param runs sorted, apart from each other
+std::vector<ReadPiece> partsInside(const Runs& runs, const Variable& variable)
+{
+    std::vector<ReadPiece> parts;
+    auto run = std::partition_point(runs.begin(), runs.end(), [&variable](const Variable& candidate) {
+        return endOf(candidate) <= variable.element;
+    });
+    for (; run != runs.end() && run->element < endOf(variable); ++run) {
+        Variable part = variable;
+        part.element = std::max(variable.element, run->element);
+        part.count = std::min(endOf(variable), endOf(*run)) - part.element;
+        parts.push_back({part, part});
+    }
+    return parts;
+}
+
+} // namespace
+
+RefreshPlan refreshPlan(const std::vector<Variable>& variables, int maxBlockCount)
+{
+    const std::map<Group, Runs> bits = runsOfBits(variables, maxBlockCount);
+    RefreshPlan plan;
+    for (const auto& group : bits)
+        plan.runs.insert(plan.runs.end(), group.second.begin(), group.second.end());
+    for (const Variable& variable : variables) {
+        if (isBits(variable)) {
+            plan.parts.push_back(partsInside(bits.at({variable.station, variable.area}), variable));
+            continue;
+        }
+        plan.parts.push_back(readPieces(variable, maxBlockCount));
+        for (const ReadPiece& piece : plan.parts.back())
+            plan.runs.push_back(piece.asked);
+    }
+    return plan;
+}
+
+int blockCountFor(const std::vector<Variable>& variables)
+{
+    const bool doubleWords = std::any_of(variables.begin(), variables.end(), [](const Variable& variable) {
+        return kindOf(variable.area) == ElementKind::DoubleWord;
+    });
+    return doubleWords ? mostWithDoubleWords : mostRegisters;
+}
+
+QString blockRefusal(const std::vector<Variable>& variables, int maxBlockCount)
+{
+    const int most = blockCountFor(variables);
+    if (maxBlockCount <= most)
+        return QString();
+    return QStringLiteral(
+               "blocks of %1 words would read more than the %2 registers that Modbus allows at once%3; "
+               "at most %4 fit")
+        .arg(maxBlockCount)
+        .arg(mostRegisters)
+        .arg(most == mostRegisters ? QString()
+                                   : QStringLiteral(", because area 14 has two registers an element"))
+        .arg(most);
+}
+
+} // namespace panel

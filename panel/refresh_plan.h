@@ -1,0 +1,33 @@
+/// \file
+/// \brief What the driver is asked to refresh so that the variables of a list are.
+#ifndef PANEL_REFRESH_PLAN_H
+#define PANEL_REFRESH_PLAN_H
+
+#include "panel/request_pieces.h"
+
+#include <vector>
+
+namespace panel
+{
+
+/// The driver merges runs into blocks, each no longer than its maximum, and never cuts one of these.
+struct RefreshPlan {
+    std::vector<Variable> runs;                ///< to be handed to the driver
+    std::vector<std::vector<ReadPiece>> parts; ///< of each variable; each is read whole by one block
+};
+
+/// \param variables stations filled in, and nothing against any (readRefusal())
+///
+/// Neighbouring bits become one run: the driver files up to two bits of padding behind a block of bits, so no
+/// block may end right before a bit that is shown. Bits in words are refreshed as words.
+RefreshPlan refreshPlan(const std::vector<Variable>& variables, int maxBlockCount);
+
+/// \return the largest maxBlockCount with which every block of \a variables stays within what Modbus allows
+int blockCountFor(const std::vector<Variable>& variables);
+
+/// \return why blocks of \a maxBlockCount words would break a limit of Modbus; empty when they would not
+QString blockRefusal(const std::vector<Variable>& variables, int maxBlockCount);
+
+} // namespace panel
+
+#endif
