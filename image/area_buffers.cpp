@@ -13,14 +13,6 @@ char* AtLeast(QByteArray& out, int bytes)
     return out.data();
 }
 
-// Room for more bytes at the end, for the caller to set.
-char* Extend(QByteArray& out, int bytes)
-{
-    const int size = out.size();
-    out.resize(size + bytes);
-    return out.data() + size;
-}
-
 void PutWord(char* bytes, unsigned int word)
 {
     bytes[0] = static_cast<char>(word & 0xFF);
@@ -44,9 +36,9 @@ void GetBitFromUC(QByteArray& out, bool* area, int start, int count)
 {
     if (count < 1)
         return;
-    char* bytes = Extend(out, count);
+    out.reserve(out.size() + count);
     for (int i = 0; i < count; ++i)
-        bytes[i] = area[start + i] ? 1 : 0;
+        out.append(static_cast<char>(area[start + i] ? 1 : 0));
 }
 
 void GetBitFromUS(QByteArray& out, unsigned short* area, int start, int count)
@@ -74,10 +66,12 @@ void GetDWordFromUS(QByteArray& out, unsigned int* area, int start, int count)
         return;
     }
     const int elements = count < 2 ? 1 : count - 1;
-    char* bytes = Extend(out, 4 * elements);
+    out.reserve(out.size() + 4 * elements);
     for (int k = 0; k < elements; ++k) {
-        PutWord(bytes + 4 * k, area[start + k]);
-        PutWord(bytes + 4 * k + 2, area[start + k] >> 16);
+        char bytes[4];
+        PutWord(bytes, area[start + k]);
+        PutWord(bytes + 2, area[start + k] >> 16);
+        out.append(bytes, 4);
     }
 }
 
