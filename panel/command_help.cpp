@@ -16,34 +16,32 @@ struct OptionRow {
     const char* value; ///< null: a switch
     const char* help;
     int commands;
+    int Settings::*setting; ///< what it sets, whose default the help names; null for others
 };
 
 // In the order of the help.
 const OptionRow optionRows[] = {
     {"controller", "HOST[:PORT]",
-     "The controller's name or address, and its TCP port when that is not 502. Needed.", R | W | V},
+     "The controller's name or address, and its TCP port when that is not 502. Needed.", R | W | V, nullptr},
     {"station", "N",
-     "The station (Modbus unit) that the variables belong to, 0 to 255; default 1. Station 0 is a broadcast: "
-     "it "
-     "can be written, and no controller confirms it.",
-     R | W | V},
-    {"hex", nullptr, "Print values in hexadecimal.", R | V},
-    {"json", nullptr, "Print a JSON object per line.", R | V},
-    {"once", nullptr, "Refresh every variable once, print the table and end.", V},
-    {"interval", "MS", "Look at the values every so many milliseconds; default 500.", V},
-    {"timeout", "MS", "Wait so many milliseconds for a reply; default 300.", allCommands},
-    {"retries", "N", "Try a request again so many times before giving it up; default 3.", allCommands},
-    {"max-block", "N",
-     "Words in one request at most, 2 to 125, and eight times as many bits; default is what Modbus allows "
-     "for "
-     "the variables.",
-     allCommands},
+     "The station (Modbus unit) that the variables belong to, 0 to 255. Station 0 is a broadcast: it can be "
+     "written, and no controller confirms it.",
+     R | W | V, &Settings::station},
+    {"hex", nullptr, "Print values in hexadecimal.", R | V, nullptr},
+    {"json", nullptr, "Print a JSON object per line.", R | V, nullptr},
+    {"once", nullptr, "Refresh every variable once, print the table and end.", V, nullptr},
+    {"interval", "MS", "Look at the values every so many milliseconds. Default 500.", V, nullptr},
+    {"timeout", "MS", "Wait so many milliseconds for a reply.", allCommands, &Settings::timeoutMs},
+    {"retries", "N", "Try a request again so many times before giving it up.", allCommands,
+     &Settings::retryLimit},
+    {"max-block", "N", "Words in one request at most, 2 to 125, and eight times as many bits.", allCommands,
+     &Settings::maxBlockCount},
     {"driver", "PATH",
      "The driver library; default is libplcdriver.so beside this program, one directory up, or where the "
      "system looks for libraries.",
-     allCommands},
+     allCommands, nullptr},
     {"trace", nullptr, "Print every frame and reply in hex, with its meaning, on standard error.",
-     allCommands},
+     allCommands, nullptr},
 };
 
 struct CommandRow {
@@ -163,9 +161,10 @@ QString programHelp()
 
 QCommandLineOption optionOf(const OptionRow& row)
 {
-    if (row.value == nullptr)
-        return {QLatin1String(row.name), QLatin1String(row.help)};
-    return {QLatin1String(row.name), QLatin1String(row.help), QLatin1String(row.value)};
+    QString help = QLatin1String(row.help);
+    if (row.setting != nullptr)
+        help += QStringLiteral(" Default %1.").arg(Settings().*row.setting);
+    return {QLatin1String(row.name), help, QLatin1String(row.value)};
 }
 
 } // namespace

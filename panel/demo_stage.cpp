@@ -237,19 +237,21 @@ void DemoStage::looksOld(int index, ValueState state)
     finish(&step);
 }
 
+bool DemoStage::waitForRequests(int station, int number)
+{
+    const long goal = m_controller->requestsTo(station) + number;
+    return waitUntil([&] { return m_controller->requestsTo(station) >= goal; });
+}
+
 void DemoStage::isNotRead(int index, const Values& values, int other)
 {
     const Variable& variable = m_cyclic[static_cast<std::size_t>(index)];
     const int otherStation = m_cyclic[static_cast<std::size_t>(other)].station;
     DemoStep step = begin(QStringLiteral("watch ") + nameOf(variable));
-    const auto waitForOther = [&](int times) {
-        const long goal = m_controller->requestsTo(otherStation) + times;
-        return waitUntil([&] { return m_controller->requestsTo(otherStation) >= goal; });
-    };
-    waitForOther(2); // whatever was on its way has ended
+    waitForRequests(otherStation, 2); // whatever was on its way has ended
     m_controller->set(variable, values);
     const long before = m_controller->requestsTo(variable.station);
-    const bool otherGoesOn = waitForOther(3);
+    const bool otherGoesOn = waitForRequests(otherStation, 3);
     const long asked = m_controller->requestsTo(variable.station) - before;
     const CyclicValue value = m_session.runtime().value(index);
     step.result =

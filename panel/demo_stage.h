@@ -62,6 +62,7 @@ public:
 private:
     DemoStep begin(const QString& what);
     void finish(DemoStep* step);
+    bool waitForRequests(int station, int number);
     void collect(const ExchangeRecord& record);
     QString nameOf(const Variable& variable) const;
     QString writeName(const Variable& variable, const Values& values) const;

@@ -87,6 +87,31 @@ void showSilence(DemoStage* stage, DemoReport* report)
     stage->write(variableOf("9:100"), {42});
 }
 
+void showSwitchingOff(DemoStage* stage, DemoReport* report)
+{
+    stage->shows(0, {11});
+    stage->shows(1, {22});
+    stage->write(variableOf("9:100", otherStation), {77});
+
+    report->note(QStringLiteral(
+        "Station 1 does not answer for a moment, so writes wait; station 2 is switched off with "
+        "its write still waiting."));
+    stage->writeIsDiscarded(variableOf("9:100", otherStation), {88}, variableOf("9:100"), {99});
+
+    stage->isNotRead(1, {23}, 0);
+    stage->writeFails(variableOf("9:100", otherStation), {88}, QStringLiteral("switched off"));
+    stage->readFails(variableOf("9:100", otherStation), QStringLiteral("switched off"));
+}
+
+void showSwitchingOn(DemoStage* stage)
+{
+    stage->shows(0, {12});
+    stage->switchStation(otherStation, true);
+    stage->shows(1, {24});
+    stage->write(variableOf("9:100", otherStation), {88});
+    stage->read(variableOf("9:100", otherStation), {89});
+}
+
 } // namespace
 
 void showAreasAndSilence(const Options& options, DemoController* controller, DemoReport* report)
@@ -109,23 +134,8 @@ void showStations(const Options& options, DemoController* controller, DemoReport
     const Variable first = variableOf("9:300");
     const Variable second = variableOf("9:300", otherStation);
     DemoStage stage(settings, {first, second}, observerOf(options), controller, report);
-    stage.shows(0, {11});
-    stage.shows(1, {22});
-    stage.write(variableOf("9:100", otherStation), {77});
-
-    report->note(QStringLiteral(
-        "Station 1 does not answer for a moment, so writes wait; station 2 is switched off with "
-        "its write still waiting."));
-    stage.writeIsDiscarded(variableOf("9:100", otherStation), {88}, variableOf("9:100"), {99});
-
-    stage.isNotRead(1, {23}, 0);
-    stage.writeFails(variableOf("9:100", otherStation), {88}, QStringLiteral("switched off"));
-    stage.readFails(variableOf("9:100", otherStation), QStringLiteral("switched off"));
-    stage.shows(0, {12});
-    stage.switchStation(otherStation, true);
-    stage.shows(1, {24});
-    stage.write(variableOf("9:100", otherStation), {88});
-    stage.read(variableOf("9:100", otherStation), {89});
+    showSwitchingOff(&stage, report);
+    showSwitchingOn(&stage);
 }
 
 } // namespace panel

@@ -216,6 +216,13 @@ TEST(CommandLine, TheHelpOfACommandListsItsOwnOptionsOnly)
     EXPECT_THAT(parsed("demo --help").text.toStdString(), testing::Not(HasSubstr("--controller")));
 }
 
+TEST(CommandLine, TheHelpNamesTheDefaults)
+{
+    const std::string help = parsed("--help").text.simplified().toStdString();
+    EXPECT_THAT(help, HasSubstr("Wait so many milliseconds for a reply. Default 300."));
+    EXPECT_THAT(help, HasSubstr("before giving it up. Default 3."));
+}
+
 TEST(CommandLine, TheVersionIsShown)
 {
     const CommandLine line = parsed("--version");
