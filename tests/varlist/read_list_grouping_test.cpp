@@ -202,6 +202,21 @@ TEST_F(Splitting, WithNoLimitNothingIsSplit)
     }
 }
 
+TEST_F(Splitting, WithNoLimitCountsOf0AndBelowAreKept)
+{
+    for (int count : {0, -4, INT_MIN}) {
+        for (int limit : {0, -10, INT_MIN}) {
+            SCOPED_TRACE(testing::Message() << "count " << count << " limit " << limit);
+            RW_VAR var = Variable(9, 5, count);
+            QList<RW_VAR> list;
+
+            WhetherGroup(count, limit, &var, &list);
+
+            EXPECT_THAT(BlockReadsOf(list), ElementsAre(BlockRead{9, 5, count}));
+        }
+    }
+}
+
 // Bubble_Sort
 
 TEST_F(Sorting, ShortListsStay)

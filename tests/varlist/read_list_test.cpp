@@ -128,6 +128,12 @@ TEST_P(ReadListInBothModes, AVariableReachingPastTheBlockGrowsIt)
     EXPECT_THAT(BlockReadsFor({Cyclic(9, "0", 4), Cyclic(9, "2", 5)}), ElementsAre(Read(9, 0, 7)));
 }
 
+TEST_P(ReadListInBothModes, AVariableInsideAGrownBlockAddsNothing)
+{
+    EXPECT_THAT(BlockReadsFor({Cyclic(9, "0", 2), Cyclic(9, "2", 5), Cyclic(9, "3", 1)}),
+                ElementsAre(Read(9, 0, 7)));
+}
+
 TEST_P(ReadListInBothModes, AVariableThatWouldOutgrowTheBlockOpensItsOwnEvenWhenTheyOverlap)
 {
     EXPECT_THAT(BlockReadsFor({Cyclic(9, "0", 8), Cyclic(9, "6", 5)}),
@@ -672,6 +678,16 @@ TEST_P(ReadListInBothModes, WithNoBlockLimitAVariableInsideTheOneBeforeIsStillDr
     }
 }
 
+TEST_F(SingleStationReadList, WithNoBlockLimitCountsOf0AndBelowAreReadsOfTheirOwn)
+{
+    for (int limit : {0, -10, INT_MIN}) {
+        SCOPED_TRACE(limit);
+        info.maxBlockCount = limit;
+        EXPECT_THAT(BlockReadsFor({Cyclic(9, "4", 0), Cyclic(9, "4", 0), Cyclic(9, "5", -2)}),
+                    ElementsAre(BlockRead{9, 4, 0}, BlockRead{9, 4, 0}, BlockRead{9, 5, -2}));
+    }
+}
+
 TEST_P(ReadListInBothModes, WithABlockLimitOf1EveryWordIsARead)
 {
     info.maxBlockCount = 1;
@@ -699,6 +715,12 @@ TEST_P(ReadListInBothModes, AddressesAtTheTopOf32BitsAreMergedWithoutOverflow)
                 ElementsAre(Read(9, 2147483640, 8)));
     EXPECT_THAT(BlockReadsFor({Cyclic(9, "2147483640", 2), Cyclic(9, "2147483647", 4)}),
                 ElementsAre(Read(9, 2147483640, 2), Read(9, 2147483647, 4)));
+}
+
+TEST_P(ReadListInBothModes, AVariableInsideABlockThatEndsAtTheTopOf32BitsAddsNothing)
+{
+    EXPECT_THAT(BlockReadsFor({Cyclic(9, "2147483640", 8), Cyclic(9, "2147483642", 1)}),
+                ElementsAre(Read(9, 2147483640, 8)));
 }
 
 TEST_P(ReadListInBothModes, LaterSettingsHoldForTheNextRebuild)
