@@ -11,20 +11,33 @@ namespace
 
 using namespace panel;
 
-const int constantElement = 1000; // never written, so only one value is right
+// Never written, so only one value is right. Twins of each area differ in their values only: a reply that is
+// taken for the other's has the right length.
+const int constantElement = 1000;
+const int twinElement = 1200;
 const int constants = 20;
 const int writtenElement = 2000;
 
-quint32 constantValue(int area, int index)
+const struct {
+    int area;
+    int element;
+} constantRuns[] = {
+    {2, constantElement}, {2, twinElement},      {9, constantElement},
+    {9, twinElement},     {14, constantElement}, {14, twinElement},
+};
+
+quint32 constantValue(int area, int element)
 {
-    return area < 9 ? static_cast<quint32>(index % 2) : 0x4000u + static_cast<quint32>(area * 100 + index);
+    if (area == 2)
+        return static_cast<quint32>(element < twinElement ? element % 2 : 1 - element % 2);
+    return static_cast<quint32>(0x4000 + area * 1000 + element);
 }
 
-std::vector<quint32> constantValues(int area)
+std::vector<quint32> constantValues(int area, int element)
 {
     std::vector<quint32> values;
     for (int index = 0; index < constants; ++index)
-        values.push_back(constantValue(area, index));
+        values.push_back(constantValue(area, element + index));
     return values;
 }
 
@@ -55,13 +68,12 @@ protected:
         settings.timeoutMs = 30;
         settings.retryLimit = 2;
         settings.multiStation = GetParam().multiStation;
-        for (const int area : {2, 9, 14}) {
-            for (int index = 0; index < constants; ++index)
-                putIntoController(*controller, area, constantElement + index, constantValue(area, index));
-        }
         makeRuntime();
-        for (const int area : {2, 9, 14})
-            m_constants.push_back(runtime->addCyclic(variable(area, constantElement, constants)));
+        for (const auto& run : constantRuns) {
+            for (int element = run.element; element < run.element + constants; ++element)
+                putIntoController(*controller, run.area, element, constantValue(run.area, element));
+            m_constants.push_back(runtime->addCyclic(variable(run.area, run.element, constants)));
+        }
         m_written = runtime->addCyclic(variable(9, writtenElement));
         runtime->start();
     }
@@ -100,11 +112,11 @@ protected:
 
     void lookAtValues()
     {
-        const int areas[] = {2, 9, 14};
         for (std::size_t index = 0; index < m_constants.size(); ++index) {
             const CyclicValue value = runtime->value(m_constants[index]);
+            const auto& run = constantRuns[index];
             if (value.state != ValueState::NeverRead) {
-                EXPECT_EQ(value.values, constantValues(areas[index])) << areas[index];
+                EXPECT_EQ(value.values, constantValues(run.area, run.element)) << run.area;
             }
         }
         const CyclicValue value = runtime->value(m_written);
@@ -113,11 +125,11 @@ protected:
         }
     }
 
-    void readOne(int area)
+    void readOne(int area, int element)
     {
-        const ReadOutcome outcome = read(variable(area, constantElement, constants));
+        const ReadOutcome outcome = read(variable(area, element, constants));
         if (outcome.done) {
-            EXPECT_EQ(outcome.values, constantValues(area)) << area;
+            EXPECT_EQ(outcome.values, constantValues(area, element)) << area;
         } else {
             EXPECT_FALSE(outcome.reason.isEmpty());
         }
@@ -128,8 +140,9 @@ protected:
         for (int turn = 0; turn < turns; ++turn) {
             writeOne(m_nextValue++);
             writeBits(turn);
-            readOne(turn % 2 == 0 ? 9 : 14);
-            readOne(2);
+            readOne(turn % 2 == 0 ? 9 : 14, constantElement);
+            readOne(turn % 2 == 0 ? 9 : 14, twinElement);
+            readOne(2, turn % 2 == 0 ? twinElement : constantElement);
             lookAtValues();
         }
     }
