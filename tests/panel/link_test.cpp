@@ -175,6 +175,25 @@ TEST_F(LinkTest, ConnectionThatTheControllerClosesComesBack)
     link.close();
 }
 
+TEST_F(LinkTest, EachReconnectAfterAGoodReplyIsMadeAtOnce)
+{
+    controller.start();
+    Link link(loopback, controller.port(), longTimeoutMs);
+    QElapsedTimer clock;
+    clock.start();
+    for (int round = 0; round < 8; ++round) {
+        LinkExchange exchange;
+        for (int attempt = 0; attempt < 10 && exchange.reply.isEmpty(); ++attempt)
+            exchange = ask(link);
+        EXPECT_FALSE(exchange.reply.isEmpty());
+        controller.stop();
+        controller.start();
+    }
+    // Pauses that went on growing would add up to more than 11 s.
+    EXPECT_LT(clock.elapsed(), 6000);
+    link.close();
+}
+
 TEST_F(LinkTest, StopEndsAnExchangeEarly)
 {
     controller.setSilent(1, true);

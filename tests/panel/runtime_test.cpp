@@ -446,6 +446,34 @@ TEST_F(RuntimeTest, WrittenValueShowsAtOnceAndDoesNotFlipBack)
     }
 }
 
+TEST_F(RuntimeTest, ConfirmedValueThatTheDriverDidNotTakeOverIsNotShownAsFreshBefore)
+{
+    settings.multiStation = true;
+    settings.timeoutMs = 300;
+    settings.retryLimit = 0;
+    settings.cyclePauseMs = 3600000;
+    settings.staleAfterMs = 3600000;
+    controller->setSilent(2, true);
+    makeRuntime();
+    const int index = runtime->addCyclic(variable(9, 0, 1, 3));
+    std::vector<CyclicValue> shown;
+    runtime->setObserver([&](const ExchangeRecord& record) {
+        if (record.request.station == 3 && record.request.count == 1 && record.frame.at(7) == 6)
+            shown.push_back(runtime->value(index));
+    });
+    runtime->start();
+    ASSERT_TRUE(becomes(index, ValueState::Fresh));
+    // The failure of the first write keeps the driver from taking over the value of the second.
+    const auto failing = runtime->write(variable(9, 0, 1, 2), {1});
+    const auto confirmed = runtime->write(variable(9, 0, 1, 3), {77});
+    ASSERT_TRUE(failing.wait(patienceMs) && confirmed.wait(patienceMs));
+    EXPECT_TRUE(confirmed.get().confirmed) << confirmed.get().reason.toStdString();
+    runtime->stop();
+    ASSERT_EQ(shown.size(), 1u);
+    EXPECT_TRUE(shown[0].state != ValueState::Fresh || shown[0].values == std::vector<quint32>{77})
+        << shown[0].values.at(0);
+}
+
 TEST_F(RuntimeTest, EveryExchangeIsShownToTheObserver)
 {
     makeRuntime();
