@@ -44,6 +44,8 @@ void addOptions(QCommandLineParser& parser)
         {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this text.")},
         {QStringLiteral("port"), QStringLiteral("Listen on this TCP port; 0, the default, picks a free one."),
          QStringLiteral("N"), QStringLiteral("0")},
+        {QStringLiteral("remote"),
+         QStringLiteral("Speak remote frames instead of Modbus TCP; docs/wire.md describes them.")},
         {QStringLiteral("load"), QStringLiteral("Start with the values of this file."),
          QStringLiteral("FILE")},
         {QStringLiteral("dump"), QStringLiteral("At the end print every value that is not 0.")},
@@ -120,6 +122,7 @@ Options optionsOf(const QCommandLineParser& parser)
     checkFaults(settings.faults);
     for (const QString& text : parser.values(QStringLiteral("refuse")))
         settings.refused.push_back(rangeOf(text));
+    settings.remote = parser.isSet(QStringLiteral("remote"));
     options.loadFile = parser.value(QStringLiteral("load"));
     options.dumpFile = parser.value(QStringLiteral("dump-file"));
     options.dump = parser.isSet(QStringLiteral("dump"));

@@ -5,6 +5,7 @@
 #include <poll.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 
@@ -25,8 +26,8 @@ bool isTemporary(int error)
 
 } // namespace
 
-Connection::Connection(FileDescriptor socket, unsigned long number)
-    : socket_(std::move(socket)), number_(number)
+Connection::Connection(FileDescriptor socket, unsigned long number, bool isRemote)
+    : socket_(std::move(socket)), number_(number), isRemote_(isRemote)
 {
     const int on = 1; // replies, and above all single bytes of split ones, leave at once
     setsockopt(socket_.number(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
@@ -47,7 +48,9 @@ short Connection::wanted() const
 
 std::optional<ReplyQueue::Time> Connection::wakeAt() const
 {
-    return unsent_.empty() ? queue_.nextDue() : std::nullopt;
+    const auto due = unsent_.empty() ? queue_.nextDue() : std::nullopt;
+    const auto silence = remoteStream_.silenceAt();
+    return due && silence ? std::min(*due, *silence) : due ? due : silence;
 }
 
 void Connection::receive()
@@ -59,11 +62,24 @@ void Connection::receive()
     std::array<std::uint8_t, 4096> bytes{};
     const ssize_t size = recv(socket_.number(), bytes.data(), bytes.size(), MSG_DONTWAIT);
     if (size > 0)
-        stream_.append(bytes.data(), static_cast<std::size_t>(size));
+        takeIn(bytes.data(), static_cast<std::size_t>(size));
     else if (size == 0)
         inputEnded_ = true;
     else if (!isTemporary(errno))
         close();
+}
+
+void Connection::takeIn(const std::uint8_t* bytes, std::size_t count)
+{
+    if (isRemote_)
+        remoteStream_.append(bytes, count, RemoteStream::Clock::now());
+    else
+        stream_.append(bytes, count);
+}
+
+std::optional<Bytes> Connection::nextRequest()
+{
+    return isRemote_ ? remoteStream_.next(RemoteStream::Clock::now()) : stream_.next();
 }
 
 void Connection::reply(Bytes bytes, const FaultDraw& draw)

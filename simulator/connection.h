@@ -5,6 +5,7 @@
 
 #include "simulator/faults.h"
 #include "simulator/file_descriptor.h"
+#include "simulator/remote_stream.h"
 #include "simulator/reply_queue.h"
 #include "simulator/request_stream.h"
 
@@ -17,8 +18,9 @@ namespace simulator
 class Connection
 {
 public:
-    /// Takes over `socket`, which must be connected and non-blocking. `number` is for the trace.
-    Connection(FileDescriptor socket, unsigned long number);
+    /// Takes over `socket`, which must be connected and non-blocking. `number` is for the trace. `isRemote`:
+    /// its requests are remote frames.
+    Connection(FileDescriptor socket, unsigned long number, bool isRemote);
 
     int socket() const { return socket_.number(); }
     unsigned long number() const { return number_; }
@@ -30,12 +32,15 @@ public:
     /// What poll() reported for the socket.
     void setHappened(short events) { happened_ = events; }
 
-    /// When send() has something to do though no event comes; nothing if not.
+    /// When send() or nextRequest() has something to do though no event comes; nothing if not.
     std::optional<ReplyQueue::Time> wakeAt() const;
 
     /// Takes in what has arrived, if anything happened.
     void receive();
-    std::optional<Bytes> nextRequest() { return stream_.next(); }
+    std::optional<Bytes> nextRequest();
+
+    /// Remote frames that came in with a wrong length or sum and were dropped.
+    unsigned long badFrames() const { return remoteStream_.badFrames(); }
     void reply(Bytes bytes, const FaultDraw& draw);
 
     /// Sends what is due, as far as the system takes it.
@@ -49,11 +54,14 @@ public:
 private:
     bool sendOnce();
     bool mayReceive() const;
+    void takeIn(const std::uint8_t* bytes, std::size_t count);
 
     FileDescriptor socket_;
     const unsigned long number_;
     FaultPlan::Position faults_;
+    const bool isRemote_;
     RequestStream stream_;
+    RemoteStream remoteStream_; // instead of stream_
     ReplyQueue queue_;
     Bytes unsent_; // due, but the system did not take it yet
     short happened_ = 0;

@@ -8,6 +8,7 @@ namespace simulator
 namespace
 {
 
+constexpr std::size_t byteCountOffset = 8;
 constexpr std::size_t extraBytes = 2; // one register more than asked for, or 16 coils
 constexpr std::uint8_t readCoils = 1;
 constexpr std::uint8_t readRegisters = 3;
@@ -26,15 +27,37 @@ Bytes cut(Bytes reply, std::uint32_t detail)
     return reply;
 }
 
-Bytes longer(Bytes reply, std::uint32_t detail)
+bool isReadReply(const Bytes& reply)
 {
-    const std::uint8_t function = reply[functionOffset];
-    if (function == readCoils || function == readRegisters)
-        reply[functionOffset + 1] = static_cast<std::uint8_t>(reply[functionOffset + 1] + extraBytes);
+    return reply[functionOffset] == readCoils || reply[functionOffset] == readRegisters;
+}
+
+Bytes longer(Bytes reply, std::uint32_t detail, bool hasByteCount)
+{
+    if (hasByteCount)
+        reply[byteCountOffset] = static_cast<std::uint8_t>(reply[byteCountOffset] + extraBytes);
     put16(reply, lengthOffset, get16(reply, lengthOffset) + extraBytes);
     reply.resize(reply.size() + extraBytes);
     put16(reply, reply.size() - extraBytes, detail & 0xFFFF);
     return reply;
+}
+
+// Unit and byte count are at the same places in both kinds of frames.
+Bytes spoilBytes(Bytes reply, const FaultDraw& draw, bool hasByteCount)
+{
+    switch (draw.fault) {
+    case Fault::Doubled:
+        return doubled(reply);
+    case Fault::Cut:
+        return cut(std::move(reply), draw.detail);
+    case Fault::Longer:
+        return longer(std::move(reply), draw.detail, hasByteCount);
+    case Fault::WrongUnit:
+        ++reply[unitOffset];
+        return reply;
+    default:
+        return reply;
+    }
 }
 
 Fault choose(const FaultSettings& settings, double position)
@@ -66,7 +89,8 @@ const std::vector<FaultKind>& faultList()
         {Fault::Cut, "cut", &S::cut, "only the first bytes of the reply come"},
         {Fault::Longer, "longer", &S::longer, "the reply holds two bytes more than asked for"},
         {Fault::WrongUnit, "wrong-unit", &S::wrongUnit, "the reply carries another unit identifier"},
-        {Fault::Exception, "exception", &S::exception, "exception 4; the request is not executed"},
+        {Fault::Exception, "exception", &S::exception,
+         "exception 4 (remote: no reply); the request is not executed"},
         {Fault::Close, "close", &S::close, "the connection is closed instead of a reply"},
     };
     return list;
@@ -91,19 +115,13 @@ void checkFaults(const FaultSettings& settings)
 
 Bytes spoil(Bytes reply, const FaultDraw& draw)
 {
-    switch (draw.fault) {
-    case Fault::Doubled:
-        return doubled(reply);
-    case Fault::Cut:
-        return cut(std::move(reply), draw.detail);
-    case Fault::Longer:
-        return longer(std::move(reply), draw.detail);
-    case Fault::WrongUnit:
-        ++reply[unitOffset];
-        return reply;
-    default:
-        return reply;
-    }
+    const bool hasByteCount = isReadReply(reply);
+    return spoilBytes(std::move(reply), draw, hasByteCount);
+}
+
+Bytes spoilRemote(Bytes reply, const FaultDraw& draw, bool toRead)
+{
+    return spoilBytes(std::move(reply), draw, toRead);
 }
 
 FaultPlan::FaultPlan(const FaultSettings& settings) : settings_(settings)

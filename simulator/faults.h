@@ -25,7 +25,8 @@ enum class Fault {
     Cut,       ///< only its first bytes are sent, at least one; the next reply follows as if all had been
     Longer,    ///< two bytes more than asked for; length field and byte count say so too
     WrongUnit, ///< carries the unit identifier that follows the right one
-    Exception, ///< exception 4 (device failure) instead of the reply; a write is NOT executed
+    Exception, ///< exception 4 (device failure) instead of the reply; a write is NOT executed. Remote frames
+               ///< know no exceptions: with them nothing is sent, and nothing is executed either
     Close      ///< the connection is closed instead, with whatever was still to be sent on it
 };
 
@@ -72,6 +73,9 @@ struct FaultDraw {
 /// The reply as it goes out: Doubled, Cut, Longer and WrongUnit change its bytes, the other faults only
 /// how or whether it is sent. `reply` is one whole reply, header included.
 Bytes spoil(Bytes reply, const FaultDraw& draw);
+
+/// The same for a reply to a remote frame. `toRead`: it has a byte count.
+Bytes spoilRemote(Bytes reply, const FaultDraw& draw, bool toRead);
 
 /// Draws a fault for each reply, reproducibly: the n-th connection that receives a request after the
 /// plan was made or restarted gets the n-th random sequence of the seed, and each reply on it one draw.

@@ -92,6 +92,8 @@ bool dump(const Options& options, const ControllerMemory& memory)
 void printSummary(const SimulatedController& controller)
 {
     std::cerr << "plcsim: " << controller.requests() << " requests";
+    if (const unsigned long count = controller.badFrames())
+        std::cerr << ", bad frames " << count;
     for (const FaultKind& kind : faultList())
         if (const unsigned long count = controller.injected(kind.fault))
             std::cerr << ", " << kind.name << ' ' << count;

@@ -116,8 +116,9 @@ std::size_t indexOf(Fault fault)
 } // namespace
 
 SimulatedController::SimulatedController(const Settings& settings)
-    : settings_(settings), server_(memory_, settings.refused), plan_(settings.faults),
-      port_(checkedPort(settings.port))
+    : settings_(settings), server_(memory_, settings.refused),
+      remoteServer_(memory_, settings.refused, [this](int unit) { return server_.answers(unit); }),
+      plan_(settings.faults), port_(checkedPort(settings.port))
 {
 }
 
@@ -174,6 +175,11 @@ unsigned long SimulatedController::requests() const
     return requests_;
 }
 
+unsigned long SimulatedController::badFrames() const
+{
+    return badFrames_;
+}
+
 unsigned long SimulatedController::injected(Fault fault) const
 {
     return injected_[indexOf(fault)];
@@ -216,14 +222,16 @@ void SimulatedController::acceptInto(Connections& connections)
         return;
     FileDescriptor socket(accept4(listener_->number(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
     if (socket.number() >= 0)
-        connections.push_back(std::make_unique<Connection>(std::move(socket), ++accepted_));
+        connections.push_back(std::make_unique<Connection>(std::move(socket), ++accepted_, settings_.remote));
 }
 
 void SimulatedController::serve(Connection& connection)
 {
     connection.receive();
     while (!connection.isOver()) {
+        const unsigned long badBefore = connection.badFrames();
         const auto request = connection.nextRequest();
+        badFrames_ += connection.badFrames() - badBefore;
         if (!request)
             break;
         handle(connection, *request);
@@ -236,15 +244,33 @@ void SimulatedController::handle(Connection& connection, const Bytes& request)
 {
     ++requests_;
     trace({connection.number(), false, Fault::None, request});
-    if (!server_.answers(request[unitOffset])) {
-        server_.answer(request); // a broadcast is executed; there is no reply that a fault could hit
+    const std::size_t unit = request[settings_.remote ? remoteStationOffset : unitOffset];
+    if (!server_.answers(static_cast<int>(unit))) {
+        answer(request); // a broadcast is executed; there is no reply that a fault could hit
         return;
     }
     const FaultDraw draw = plan_.draw(connection.faults());
-    Bytes reply =
-        draw.fault == Fault::Exception ? server_.refuse(request, deviceFailure) : server_.answer(request);
-    if (!reply.empty()) // the unit may have become silent meanwhile
-        deliver(connection, spoil(std::move(reply), draw), draw);
+    if (settings_.remote && draw.fault == Fault::Exception)
+        return deliver(connection, {}, draw); // remote frames know no exceptions
+    Bytes reply = spoiledAnswer(request, draw);
+    if (!reply.empty()) // the unit may have become silent meanwhile, or a remote request cannot be served
+        deliver(connection, std::move(reply), draw);
+}
+
+Bytes SimulatedController::answer(const Bytes& request)
+{
+    return settings_.remote ? remoteServer_.answer(request) : server_.answer(request);
+}
+
+Bytes SimulatedController::spoiledAnswer(const Bytes& request, const FaultDraw& draw)
+{
+    if (draw.fault == Fault::Exception)
+        return server_.refuse(request, deviceFailure);
+    Bytes reply = answer(request);
+    if (reply.empty())
+        return reply;
+    return settings_.remote ? spoilRemote(std::move(reply), draw, request.size() == remoteReadSize)
+                            : spoil(std::move(reply), draw);
 }
 
 void SimulatedController::deliver(Connection& connection, Bytes reply, const FaultDraw& draw)

@@ -12,6 +12,7 @@
 #include "simulator/controller_memory.h"
 #include "simulator/faults.h"
 #include "simulator/frame_bytes.h"
+#include "simulator/remote_server.h"
 #include "simulator/request_server.h"
 
 #include <array>
@@ -40,13 +41,15 @@ struct Settings {
     int port = 0; ///< 0 picks a free one, see SimulatedController::port()
     FaultSettings faults = {};
     std::vector<AddressRange> refused = {};
+    bool remote = false; ///< requests and replies are remote frames (remote_frame.h), not Modbus TCP
     std::function<void(const TraceEntry&)> trace = {}; ///< called on the controller's own thread
 };
 
 /// Listens on 127.0.0.1 and serves up to 64 connections at once (a further one waits for its turn) on one
 /// thread of its own. Requests of a connection are executed in the order of their arrival. A frame of
 /// another protocol or with an impossible length closes its connection. The kinds of request served and
-/// refused are those of RequestServer, the faults those of faults.h.
+/// refused are those of RequestServer, the faults those of faults.h. With remote frames RemoteServer serves
+/// them, RemoteStream finds them, and a bad one is only counted.
 ///
 /// Every function may be called from any thread, except that stop() and the destructor must not be called
 /// from Settings::trace.
@@ -81,6 +84,9 @@ public:
     /// Whole requests received, those to silent units and broadcasts included.
     unsigned long requests() const;
 
+    /// Remote frames with a wrong length or sum, which were neither executed nor answered.
+    unsigned long badFrames() const;
+
     /// How many replies this fault has hit; for Fault::None those sent without one.
     unsigned long injected(Fault fault) const;
 
@@ -92,15 +98,19 @@ private:
     void acceptInto(Connections& connections);
     void serve(Connection& connection);
     void handle(Connection& connection, const Bytes& request);
+    Bytes answer(const Bytes& request);
+    Bytes spoiledAnswer(const Bytes& request, const FaultDraw& draw);
     void deliver(Connection& connection, Bytes reply, const FaultDraw& draw);
     void trace(const TraceEntry& entry) const;
 
     const Settings settings_;
     ControllerMemory memory_;
     RequestServer server_;
+    RemoteServer remoteServer_;
     FaultPlan plan_;
     std::atomic<int> port_;
     std::atomic<unsigned long> requests_{0};
+    std::atomic<unsigned long> badFrames_{0};
     std::array<std::atomic<unsigned long>, faultKinds> injected_{};
 
     std::mutex lifeMutex_; // start() and stop() exclude each other
