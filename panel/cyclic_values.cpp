@@ -146,9 +146,9 @@ QByteArray CyclicValues::pacingReply()
     return QByteArray(pacingReplySize, '\0');
 }
 
-/// The parts of all variables that a block reads whole.
+/// The parts of all variables that a block reads whole, by their first element.
 template <class Action>
-void CyclicValues::forPartsIn(const RW_VAR& request, const Action& action)
+void CyclicValues::forPartsIn(const RW_VAR& request, const Action& action) const
 {
     const int end = endOfBlock(request);
     const PartKey first = std::make_tuple(request.station, request.area, request.address);
@@ -181,6 +181,19 @@ void CyclicValues::givenUp(const RW_VAR& request, int code, const QString& why)
         part.code = code;
         part.reason = why;
     });
+}
+
+int CyclicValues::unusedElements(const RW_VAR& request) const
+{
+    int used = 0;
+    int usedUpTo = request.address;
+    forPartsIn(request, [&used, &usedUpTo](const Part& part) {
+        const Variable& asked = part.piece.asked;
+        const int end = asked.element + asked.count;
+        used += std::max(0, end - std::max(usedUpTo, asked.element));
+        usedUpTo = std::max(usedUpTo, end);
+    });
+    return elementsRead(request.area, request.count) - used;
 }
 
 void CyclicValues::doubt(const Variable& elements)

@@ -52,6 +52,9 @@ public:
     /// After DataCom() gave \a request up.
     void givenUp(const RW_VAR& request, int code, const QString& why);
 
+    /// \return the elements that a block reads and that belong to no variable that it refreshes
+    int unusedElements(const RW_VAR& request) const;
+
     /// The driver may hold a value for \a elements that the controller does not have.
     void doubt(const Variable& elements);
 
@@ -79,7 +82,7 @@ private:
     std::vector<Variable> variables() const;
     void makeParts(const RefreshPlan& plan);
     template <class Action>
-    void forPartsIn(const RW_VAR& request, const Action& action);
+    void forPartsIn(const RW_VAR& request, const Action& action) const;
     ValueState stateOf(const Part& part) const;
     void judge(const Entry& entry, CyclicValue* value) const;
     bool shows(const Variable& bit) const;

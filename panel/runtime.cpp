@@ -92,6 +92,7 @@ private:
     int judge(const Turn& turn, const LinkExchange& exchange);
     void answered(const Turn& turn);
     void givenUp(const Turn& turn, int code, const QString& why);
+    void countCyclic(const RW_VAR& request, bool ended);
     QString failureWords(int code, const LinkExchange& exchange) const;
 
     static OnceReads* s_onceReads; // the driver's callback carries no pointer of its own
@@ -112,6 +113,8 @@ private:
     OnceReads m_reads;
     std::set<int> m_stationsOff;
     Statistics m_statistics;
+    PassCounter m_passes;
+    QElapsedTimer m_polling; // since the communication thread began
 };
 
 OnceReads* Runtime::Private::s_onceReads = nullptr;
@@ -278,6 +281,8 @@ Statistics Runtime::Private::statistics()
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     Statistics statistics = m_statistics;
+    statistics.lastPass = m_passes.last();
+    statistics.passesPerSecond = m_passes.perSecond();
     statistics.writesConfirmed = m_writes.confirmedWrites();
     statistics.writesFailed = m_writes.failedWrites();
     statistics.writesWaiting = m_writes.waiting();
@@ -289,6 +294,7 @@ Statistics Runtime::Private::statistics()
 
 void Runtime::Private::communicate()
 {
+    m_polling.start();
     while (!m_stopping) {
         const Turn turn = takeTurn();
         if (!turn.frameIsDue)
@@ -327,6 +333,7 @@ void Runtime::Private::endPass()
         QByteArray reply = CyclicValues::pacingReply();
         m_calls.DataCom(&reply, reply.size());
         ++m_statistics.passes;
+        m_passes.endPass(m_polling.nsecsElapsed() / 1000);
     }
     waitForWork(m_settings.cyclePauseMs);
 }
@@ -368,6 +375,7 @@ int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange)
     std::lock_guard<std::mutex> lock(m_mutex);
     const int code = m_calls.DataCom(&reply, reply.size())->result;
     ++m_statistics.exchanges;
+    countCyclic(turn.request, code != PLC_RETRYING);
     if (isSuccess(code))
         answered(turn);
     else if (code == PLC_RETRYING)
@@ -391,11 +399,23 @@ void Runtime::Private::answered(const Turn& turn)
 void Runtime::Private::givenUp(const Turn& turn, int code, const QString& why)
 {
     ++m_statistics.failed;
+    ++m_statistics.failuresByCode[code];
     const int key = turn.request.hostKey;
     if (key == cyclicKey)
         m_cyclic.givenUp(turn.request, code, why);
     m_writes.givenUp(key == writeKey, turn.request.station, code, why);
     m_reads.givenUp(key == onceReadKey, turn.request.station, code, why);
+}
+
+/// \param ended false while the request is to be tried again
+void Runtime::Private::countCyclic(const RW_VAR& request, bool ended)
+{
+    if (request.hostKey != cyclicKey)
+        return;
+    m_passes.frame();
+    if (ended)
+        m_passes.request(request.area, elementsRead(request.area, request.count),
+                         m_cyclic.unusedElements(request));
 }
 
 QString Runtime::Private::failureWords(int code, const LinkExchange& exchange) const

@@ -7,6 +7,7 @@
 #include "panel/cyclic_value.h"
 #include "panel/link.h"
 #include "panel/outcome.h"
+#include "panel/pass_counter.h"
 #include "panel/pending.h"
 #include "panel/settings.h"
 #include "panel/variable.h"
@@ -14,6 +15,7 @@
 #include <QDateTime>
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -35,12 +37,15 @@ struct ExchangeRecord {
 using ExchangeObserver = std::function<void(const ExchangeRecord&)>;
 
 struct Statistics {
-    long exchanges = 0;       ///< frames handed to the link
-    long good = 0;            ///< replies that the driver took
-    long retried = 0;         ///< failures that were retried
-    long failed = 0;          ///< requests given up
-    long passes = 0;          ///< passes over the cyclic variables
-    long writesConfirmed = 0; ///< whole writes, as write() took them
+    long exchanges = 0;                 ///< frames handed to the link
+    long good = 0;                      ///< replies that the driver took
+    long retried = 0;                   ///< failures that were retried
+    long failed = 0;                    ///< requests given up
+    std::map<int, long> failuresByCode; ///< the same by the driver's result code
+    long passes = 0;                    ///< passes over the cyclic variables
+    double passesPerSecond = 0;         ///< over the last ten passes, the pauses between them included
+    PassCost lastPass;                  ///< of the last pass that is over
+    long writesConfirmed = 0;           ///< whole writes, as write() took them
     long writesFailed = 0;
     long readsDone = 0; ///< whole one-shot reads
     long readsFailed = 0;
