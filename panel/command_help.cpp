@@ -27,6 +27,9 @@ const OptionRow optionRows[] = {
      "The station (Modbus unit) that the variables belong to, 0 to 255. Station 0 is a broadcast: it can be "
      "written, and no controller confirms it.",
      R | W | V, &Settings::station},
+    {"remote", nullptr,
+     "Speak remote frames instead of Modbus TCP; the controller must do so too, as plcsim --remote does.",
+     R | W | V, nullptr},
     {"hex", nullptr, "Print values in hexadecimal.", R | V, nullptr},
     {"json", nullptr, "Print a JSON object per line.", R | V, nullptr},
     {"once", nullptr, "Refresh every variable once, print the table and end.", V, nullptr},

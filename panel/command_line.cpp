@@ -65,6 +65,7 @@ Settings settingsOf(const QCommandLineParser& parser, Command command)
         refuse(QStringLiteral("--driver: give the path of libplcdriver.so"));
     if (command == Command::Demo)
         return settings;
+    settings.remoteMode = parser.isSet(QStringLiteral("remote"));
     settings.station = numberOf(parser, "station", 0, 255, settings.station);
     if (!parser.isSet(QStringLiteral("controller")))
         refuse(QStringLiteral("--controller is missing; say which controller, for example --controller "

@@ -47,6 +47,17 @@ HOST_VAR hostVariable(const Variable& run)
     return variable;
 }
 
+RW_VAR singleRecord(const Variable& element)
+{
+    RW_VAR request = {};
+    request.hostKey = cyclicKey;
+    request.area = element.area;
+    request.address = element.element;
+    request.station = element.station;
+    request.count = driverReadCount(element.area, element.count);
+    return request;
+}
+
 RW_VAR pacingRecord()
 {
     RW_VAR request = {};
@@ -126,12 +137,17 @@ void CyclicValues::queue(const DriverCalls& calls)
 {
     if (m_variables.empty())
         return;
-    const RefreshPlan plan = refreshPlan(variables(), m_settings.maxBlockCount);
+    const RefreshPlan plan = m_settings.remoteMode ? remoteRefreshPlan(variables(), m_settings.maxBlockCount)
+                                                   : refreshPlan(variables(), m_settings.maxBlockCount);
     makeParts(plan);
     QList<HOST_VAR> list;
     for (const Variable& run : plan.runs)
         list.append(hostVariable(run));
     calls.ReCreatReadVarList(&list);
+    for (const Variable& element : plan.doubleWords) {
+        RW_VAR request = singleRecord(element);
+        calls.AddListReadVar(&request);
+    }
     RW_VAR pacing = pacingRecord();
     calls.AddListReadVar(&pacing);
 }

@@ -32,7 +32,8 @@ void setUserTimeout(const QTcpSocket& socket)
 
 } // namespace
 
-Link::Link(const QString& host, int port, int timeoutMs) : m_host(host), m_port(port), m_timeoutMs(timeoutMs)
+Link::Link(const QString& host, int port, int timeoutMs, FrameFormat format)
+    : m_host(host), m_port(port), m_timeoutMs(timeoutMs), m_format(format)
 {
     m_nextPauseMs = m_pause.next();
     m_sinceLastAttempt.start();
@@ -62,18 +63,20 @@ LinkState Link::state() const
     return state;
 }
 
-LinkExchange Link::exchange(const QByteArray& frame, bool replyExpected)
+LinkExchange Link::exchange(const QByteArray& frame, bool replyExpected, int replySize)
 {
     LinkExchange exchange;
+    exchange.remote = isRemote();
     QElapsedTimer clock;
     clock.start();
     if (!ensureConnected(clock))
         return exchange;
-    const QByteArray numbered = m_matcher.number(frame);
-    if (!send(numbered))
+    m_remoteMatcher.expect(frame, replySize);
+    const QByteArray outgoing = isRemote() ? frame : m_matcher.number(frame);
+    if (!send(outgoing))
         return exchange;
     exchange.sent = true;
-    exchange.sentFrame = numbered;
+    exchange.sentFrame = outgoing;
     if (replyExpected) {
         clock.restart();
         receive(clock, &exchange);
@@ -91,6 +94,8 @@ bool Link::ensureConnected(const QElapsedTimer& clock)
     // Notices that the other side has closed meanwhile; bytes that came are seen by their number later.
     if (connected())
         m_socket->waitForReadyRead(0);
+    if (isRemote())
+        dropIfBytesCame();
     while (!connected()) {
         // Only this thread changes the state, so it may look without the lock.
         if (m_state.connected)
@@ -101,6 +106,12 @@ bool Link::ensureConnected(const QElapsedTimer& clock)
             return false;
     }
     return true;
+}
+
+void Link::dropIfBytesCame()
+{
+    if (connected() && (m_socket->bytesAvailable() > 0 || m_assembler.partial()))
+        dropUntrusted(QStringLiteral("the controller sent something that was not asked for"));
 }
 
 /// \return false when the exchange has lasted its time-out or the link was stopped
@@ -141,7 +152,7 @@ void Link::noteConnected()
     m_stateSince.restart();
 }
 
-void Link::noteGoodReply()
+void Link::reconnectAtOnce()
 {
     m_pause.reset();
     m_nextPauseMs = m_pause.next();
@@ -169,24 +180,43 @@ bool Link::send(const QByteArray& frame)
     return false;
 }
 
-/// Waits for the matching reply until \a clock has reached the time-out.
+void Link::dropUntrusted(const QString& why)
+{
+    drop(why);
+    std::lock_guard<std::mutex> lock(m_stateMutex);
+    ++m_state.untrusted;
+}
+
+/// Waits for the matching reply until \a clock has reached the time-out, and judges the connection.
 void Link::receive(const QElapsedTimer& clock, LinkExchange* exchange)
+{
+    waitForReply(clock, exchange);
+    const bool answered = !exchange->reply.isEmpty();
+    if (!answered && !connected())
+        return;
+    if (m_assembler.outOfStep() || (!answered && m_assembler.partial()))
+        dropUntrusted(QStringLiteral("the stream of replies was out of step"));
+    else if (isRemote() && !answered)
+        dropUntrusted(QStringLiteral("there was no reply in time, and remote frames do not tell a late one"));
+    else if (isRemote() && (m_assembler.partial() || !exchange->dropped.empty()))
+        dropUntrusted(QStringLiteral("the controller sent more than the reply"));
+    // It lasted its time-out, which is pause enough; the station has failed, not the connection.
+    if (isRemote() && !answered && !m_assembler.outOfStep())
+        reconnectAtOnce();
+}
+
+void Link::waitForReply(const QElapsedTimer& clock, LinkExchange* exchange)
 {
     while (exchange->reply.isEmpty() && clock.elapsed() < m_timeoutMs && !m_stopping) {
         const qint64 left = m_timeoutMs - clock.elapsed();
         m_socket->waitForReadyRead(static_cast<int>(std::min<qint64>(left, sliceMs)));
         takeBytes(exchange);
         if (!exchange->reply.isEmpty())
-            noteGoodReply();
+            reconnectAtOnce();
         else if (!connected())
             return drop(QStringLiteral("the controller closed the connection"));
         if (m_assembler.outOfStep())
-            break;
-    }
-    if (m_assembler.outOfStep() || (exchange->reply.isEmpty() && m_assembler.partial())) {
-        drop(QStringLiteral("the stream of replies was out of step"));
-        std::lock_guard<std::mutex> lock(m_stateMutex);
-        ++m_state.untrusted;
+            return;
     }
 }
 
@@ -196,11 +226,16 @@ void Link::takeBytes(LinkExchange* exchange)
     m_assembler.append(m_socket->readAll());
     for (QByteArray reply = m_assembler.next(); !reply.isEmpty(); reply = m_assembler.next()) {
         DropReason reason = DropReason::Late;
-        if (m_matcher.accept(&reply, &reason))
+        if (accept(&reply, &reason))
             exchange->reply = reply;
         else
             noteDropped(exchange, reply, reason);
     }
+}
+
+bool Link::accept(QByteArray* reply, DropReason* reason)
+{
+    return isRemote() ? m_remoteMatcher.accept(*reply, reason) : m_matcher.accept(reply, reason);
 }
 
 void Link::noteDropped(LinkExchange* exchange, const QByteArray& reply, DropReason reason)

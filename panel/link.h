@@ -4,6 +4,7 @@
 #define PANEL_LINK_H
 
 #include "panel/reconnect_pause.h"
+#include "panel/remote_matcher.h"
 #include "panel/reply_assembler.h"
 #include "panel/reply_matcher.h"
 
@@ -24,31 +25,45 @@ struct LinkState {
     bool connected = false;
     qint64 sinceMs = 0; ///< how long it has been so
     int connects = 0;   ///< connections made; every one after the first is a reconnect
-    int untrusted = 0;  ///< connections dropped because the stream was no longer in step
+    int untrusted = 0;  ///< connections dropped because the stream was no longer in step, or because with
+                        ///< remote frames a late reply could still have come
     DropCounts dropped; ///< replies that did not belong to the request
     QString lastError;  ///< why the last connection was lost or could not be made
 };
 
 /// What one exchange brought.
 struct LinkExchange {
+    bool remote = false;               ///< frame and replies are remote frames and carry no number
     bool sent = false;                 ///< the frame went out
     QByteArray sentFrame;              ///< as it went out, with its number; empty when it did not
     QByteArray reply;                  ///< one whole reply with the number put back to 0; empty: none came
     std::vector<DroppedReply> dropped; ///< other replies that came meanwhile
 };
 
+enum class FrameFormat { ModbusTcp, Remote };
+
 /// exchange() and close() belong to one thread, the communication thread.
+///
+/// Modbus TCP frames are numbered, so a reply that comes late is known by its number and dropped. Remote
+/// frames carry no number and cannot be given one: a late reply could not be told from the answer to the next
+/// request. So with remote frames the connection, and whatever may still come on it, is dropped
+///  - when no fitting reply came in time,
+///  - when bytes come behind the fitting reply, or before the next request,
+/// and the next request goes out on a new connection, which is made at once. What is left is a reply that
+/// comes twice with the second copy after the next request went out: where that asks for as many elements of
+/// the same area and station, the copy passes for its answer. Only a number in the frames could prevent that.
 class Link
 {
 public:
-    Link(const QString& host, int port, int timeoutMs);
+    Link(const QString& host, int port, int timeoutMs, FrameFormat format = FrameFormat::ModbusTcp);
     ~Link(); ///< close() must have been called if exchange() was
 
     /// Sends \a frame and waits for its reply, for the time-out at most. While there is no connection it
     /// tries to make one, in growing pauses, and lasts its time-out just the same. Making one may take a
     /// second more.
     /// \param replyExpected false for a broadcast: sent only
-    LinkExchange exchange(const QByteArray& frame, bool replyExpected);
+    /// \param replySize bytes of the reply; with remote frames one of another size does not fit
+    LinkExchange exchange(const QByteArray& frame, bool replyExpected, int replySize = 0);
 
     /// Closes the connection; to be called last on the thread that made the exchanges.
     void close();
@@ -60,26 +75,33 @@ public:
     LinkState state() const;
 
 private:
+    bool isRemote() const { return m_format == FrameFormat::Remote; }
     bool ensureConnected(const QElapsedTimer& clock);
+    void dropIfBytesCame();
     bool tryToConnect();
     void drop(const QString& why);
+    void dropUntrusted(const QString& why);
     bool send(const QByteArray& frame);
     void receive(const QElapsedTimer& clock, LinkExchange* exchange);
+    void waitForReply(const QElapsedTimer& clock, LinkExchange* exchange);
     void takeBytes(LinkExchange* exchange);
+    bool accept(QByteArray* reply, DropReason* reason);
     bool connected() const { return m_socket->state() == QAbstractSocket::ConnectedState; }
     void noteConnected();
-    void noteGoodReply();
+    void reconnectAtOnce();
     void noteDropped(LinkExchange* exchange, const QByteArray& reply, DropReason reason);
     bool pauseWhileUnconnected(const QElapsedTimer& clock);
 
     const QString m_host;
     const int m_port;
     const int m_timeoutMs;
+    const FrameFormat m_format;
     std::atomic<bool> m_stopping{false};
 
     std::unique_ptr<QTcpSocket> m_socket; // made on the thread that uses it
     ReplyAssembler m_assembler;
     ReplyMatcher m_matcher;
+    RemoteMatcher m_remoteMatcher; // instead of m_matcher
     ReconnectPause m_pause;
     QElapsedTimer m_sinceLastAttempt;
     int m_nextPauseMs = 0;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 
 namespace panel
 {
@@ -24,6 +25,11 @@ using Runs = std::vector<Variable>;
 bool isBits(const Variable& variable)
 {
     return kindOf(variable.area) == ElementKind::Bit;
+}
+
+bool isDoubleWords(const Variable& variable)
+{
+    return kindOf(variable.area) == ElementKind::DoubleWord;
 }
 
 int endOf(const Variable& variable)
@@ -80,6 +86,16 @@ std::vector<ReadPiece> partsInside(const Runs& runs, const Variable& variable)
     return parts;
 }
 
+std::vector<ReadPiece> singleElements(const Variable& variable)
+{
+    std::vector<ReadPiece> pieces;
+    Variable single = variable;
+    single.count = 1;
+    for (; single.element < endOf(variable); ++single.element)
+        pieces.push_back({single, single});
+    return pieces;
+}
+
 } // namespace
 
 RefreshPlan refreshPlan(const std::vector<Variable>& variables, int maxBlockCount)
@@ -100,11 +116,26 @@ RefreshPlan refreshPlan(const std::vector<Variable>& variables, int maxBlockCoun
     return plan;
 }
 
+RefreshPlan remoteRefreshPlan(const std::vector<Variable>& variables, int maxBlockCount)
+{
+    RefreshPlan plan = refreshPlan(variables, maxBlockCount);
+    plan.runs.erase(std::remove_if(plan.runs.begin(), plan.runs.end(), isDoubleWords), plan.runs.end());
+    std::set<std::pair<int, int>> known; // station and element
+    for (std::size_t index = 0; index < variables.size(); ++index) {
+        if (!isDoubleWords(variables[index]))
+            continue;
+        plan.parts[index] = singleElements(variables[index]);
+        for (const ReadPiece& piece : plan.parts[index]) {
+            if (known.insert({piece.asked.station, piece.asked.element}).second)
+                plan.doubleWords.push_back(piece.asked);
+        }
+    }
+    return plan;
+}
+
 int blockCountFor(const std::vector<Variable>& variables)
 {
-    const bool doubleWords = std::any_of(variables.begin(), variables.end(), [](const Variable& variable) {
-        return kindOf(variable.area) == ElementKind::DoubleWord;
-    });
+    const bool doubleWords = std::any_of(variables.begin(), variables.end(), isDoubleWords);
     return doubleWords ? mostWithDoubleWords : mostRegisters;
 }
 

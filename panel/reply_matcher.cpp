@@ -22,6 +22,12 @@ QString dropReasonWords(DropReason reason)
         return QStringLiteral("from another station than the one asked");
     case DropReason::WrongFunction:
         return QStringLiteral("to another function than the one asked for");
+    case DropReason::WrongArea:
+        return QStringLiteral("of another area than the one asked for");
+    case DropReason::WrongSize:
+        return QStringLiteral("with another size than what was asked for");
+    case DropReason::WrongElements:
+        return QStringLiteral("for other elements than those written");
     }
     return QString();
 }
@@ -40,6 +46,11 @@ void DropCounts::count(DropReason reason)
         break;
     case DropReason::WrongFunction:
         ++wrongFunction;
+        break;
+    case DropReason::WrongArea:
+    case DropReason::WrongSize:
+    case DropReason::WrongElements:
+        ++wrongPlace;
         break;
     }
 }

@@ -10,10 +10,13 @@ namespace panel
 {
 
 enum class DropReason {
-    Late,         ///< the reply to an earlier request that was given up
-    Doubled,      ///< a second reply to a request that was answered
-    WrongUnit,    ///< from another station than the one asked
-    WrongFunction ///< to another function than the one asked for
+    Late,          ///< the reply to an earlier request that was given up
+    Doubled,       ///< a second reply to a request that was answered
+    WrongUnit,     ///< from another station than the one asked
+    WrongFunction, ///< to another function than the one asked for
+    WrongArea,     ///< remote frames: of another area than the one asked for
+    WrongSize,     ///< remote frames: longer or shorter than what was asked for
+    WrongElements  ///< remote frames: names other elements than those written
 };
 
 /// \return the reason in words
@@ -24,9 +27,10 @@ struct DropCounts {
     int doubled = 0;
     int wrongUnit = 0;
     int wrongFunction = 0;
+    int wrongPlace = 0; ///< wrong area, size or elements of a remote reply
 
     void count(DropReason reason);
-    int total() const { return late + doubled + wrongUnit + wrongFunction; }
+    int total() const { return late + doubled + wrongUnit + wrongFunction + wrongPlace; }
 };
 
 struct DroppedReply {

@@ -153,10 +153,11 @@ QString writeRefusal(const Variable& variable, const std::vector<quint32>& value
     const QString words = refusal(variable, settings);
     if (!words.isEmpty())
         return words;
-    // The driver builds no frame for these two, and such a write would hold back every later one.
+    // The driver builds no frame for these two, and such a write would hold back every later one. (A remote
+    // frame lets the controller change the bit itself.)
     if (variable.area == readOnlyArea)
         return QStringLiteral("area 0 can only be read");
-    if (variable.area == bitInWordArea && variable.station == broadcastStation)
+    if (variable.area == bitInWordArea && variable.station == broadcastStation && !settings.remoteMode)
         return QStringLiteral("a bit in a word cannot be written to station 0: its word would have to be "
                               "read first, and no controller answers a broadcast");
     return valueRefusal(variable, values);

@@ -51,6 +51,7 @@ struct Turn {
     bool frameIsDue = false;
     QByteArray frame;
     bool replyExpected = true;
+    int replySize = 0; // what the driver expects
     RW_VAR request = {};
 };
 
@@ -120,7 +121,9 @@ private:
 OnceReads* Runtime::Private::s_onceReads = nullptr;
 
 Runtime::Private::Private(const Settings& settings)
-    : m_settings(settings), m_link(settings.host, settings.port, settings.timeoutMs), m_cyclic(settings),
+    : m_settings(settings), m_link(settings.host, settings.port, settings.timeoutMs,
+                                   settings.remoteMode ? FrameFormat::Remote : FrameFormat::ModbusTcp),
+      m_cyclic(settings),
       m_writes(m_calls, settings, [this](const Variable& elements) { m_cyclic.doubt(elements); }),
       m_reads(m_calls, settings, [this](const Variable& asked) { return m_cyclic.wholeBits(asked); })
 {
@@ -177,6 +180,9 @@ void Runtime::Private::wire()
     m_info.defaultStation = m_settings.station;
     m_info.retryLimit = m_settings.retryLimit;
     m_info.multiStation = m_settings.multiStation ? 1 : 0;
+    // The station group of every request stays 0, that of this block too: so the driver takes replies to
+    // remote frames for local ones, files them under its lock and reports one-shot reads.
+    m_info.remoteMode = m_settings.remoteMode ? 1 : 0;
     m_info.hostWriteMode = queueWrites;
     m_calls = m_library->calls();
     s_onceReads = &m_reads;
@@ -322,6 +328,7 @@ Turn Runtime::Private::takeTurn()
     turn.frameIsDue = true;
     turn.frame = protocol->frame;
     turn.replyExpected = protocol->replyLength != 0;
+    turn.replySize = protocol->replyLength;
     turn.request = protocol->var;
     return turn;
 }
@@ -353,7 +360,7 @@ void Runtime::Private::exchange(const Turn& turn)
     record.sentAt = QDateTime::currentDateTimeUtc();
     QElapsedTimer clock;
     clock.start();
-    record.exchange = m_link.exchange(turn.frame, turn.replyExpected);
+    record.exchange = m_link.exchange(turn.frame, turn.replyExpected, turn.replySize);
     record.durationMs = static_cast<int>(clock.elapsed());
     if (m_stopping)
         return;

@@ -14,6 +14,7 @@ struct Settings {
     int port = 502;                             ///< its TCP port, 1..65535
     int station = 1;                            ///< station of every variable that names none, 0..255
     bool multiStation = false; ///< several stations share the link; values are kept per station
+    bool remoteMode = false;   ///< remote frames instead of Modbus TCP
     int timeoutMs = 300;       ///< wait for a reply
     int retryLimit = 3;        ///< failures in a row that are retried
     int maxBlockCount = 63;  ///< words of one request at most, 2..125; bits eight times as many. 63 suits any

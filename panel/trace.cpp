@@ -2,6 +2,7 @@
 
 #include "panel/frame_words.h"
 #include "panel/output.h"
+#include "panel/remote_words.h"
 #include "panel/return_code_words.h"
 
 namespace panel
@@ -17,20 +18,26 @@ QString line(const QString& begin, const QByteArray& bytes, const QString& meani
     return begin + hexText(bytes) + QStringLiteral("  ") + meaning + QLatin1Char('\n');
 }
 
+QString meaningOfRequest(const ExchangeRecord& record)
+{
+    return record.exchange.remote ? remoteRequestWords(record.frame) : requestWords(record.frame);
+}
+
 QString frameLine(const ExchangeRecord& record)
 {
     const QString time = record.sentAt.toString(QStringLiteral("HH:mm:ss.zzz"));
     if (!record.exchange.sent)
         return line(time + QStringLiteral(" -- "), record.frame,
-                    requestWords(record.frame) + QStringLiteral(" (not sent: no connection)"));
-    return line(time + QStringLiteral(" -> "), record.exchange.sentFrame, requestWords(record.frame));
+                    meaningOfRequest(record) + QStringLiteral(" (not sent: no connection)"));
+    return line(time + QStringLiteral(" -> "), record.exchange.sentFrame, meaningOfRequest(record));
 }
 
 QString replyMeaning(const ExchangeRecord& record)
 {
     if (!record.replyExpected)
         return QStringLiteral("no reply is expected");
-    return replyWords(record.frame, record.exchange.reply);
+    return record.exchange.remote ? remoteReplyWords(record.frame, record.exchange.reply)
+                                  : replyWords(record.frame, record.exchange.reply);
 }
 
 /// \return what the driver made of it, after how long
@@ -70,7 +77,7 @@ ExchangeObserver traceToStandardError()
 QByteArray replyAsReceived(const LinkExchange& exchange)
 {
     QByteArray reply = exchange.reply;
-    if (reply.size() >= numberSize && exchange.sentFrame.size() >= numberSize)
+    if (!exchange.remote && reply.size() >= numberSize && exchange.sentFrame.size() >= numberSize)
         reply.replace(0, numberSize, exchange.sentFrame.left(numberSize));
     return reply;
 }
