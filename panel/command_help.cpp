@@ -27,12 +27,22 @@ const OptionRow optionRows[] = {
      "The station (Modbus unit) that the variables belong to, 0 to 255. Station 0 is a broadcast: it can be "
      "written, and no controller confirms it.",
      R | W | V, &Settings::station},
+    {"vars", "FILE",
+     "Watch the variables of a list: CSV, its first line name,area,address,station,count,type, then a "
+     "variable "
+     "a line. Types: bit, int16, uint16, int32, uint32, float32, hex, text. An empty station is that of the "
+     "option, an empty count 1; lines that begin with # are comments. Goes with AREA:ADDRESS as well.",
+     V, nullptr},
     {"remote", nullptr,
      "Speak remote frames instead of Modbus TCP; the controller must do so too, as plcsim --remote does.",
      R | W | V, nullptr},
     {"hex", nullptr, "Print values in hexadecimal.", R | V, nullptr},
     {"json", nullptr, "Print a JSON object per line.", R | V, nullptr},
     {"once", nullptr, "Refresh every variable once, print the table and end.", V, nullptr},
+    {"stats", nullptr,
+     "Show below the table what a refresh of all variables costs: requests, frames, what was read for no "
+     "variable, retries and failures.",
+     V, nullptr},
     {"interval", "MS", "Look at the values every so many milliseconds. Default 500.", V, nullptr},
     {"timeout", "MS", "Wait so many milliseconds for a reply.", allCommands, &Settings::timeoutMs},
     {"retries", "N", "Try a request again so many times before giving it up.", allCommands,
@@ -76,7 +86,7 @@ const CommandRow commandRows[] = {
      "double word.\n",
      "  plcpanel write 9:100=1234 --controller 192.168.0.10\n"
      "  plcpanel write 9:100=1,2,0x3 8:10.3=1 14:200=-5 --controller 127.0.0.1:1502\n"},
-    {Command::Watch, V, "watch", "watch AREA:ADDRESS[xCOUNT]...", "show values live until Ctrl-C",
+    {Command::Watch, V, "watch", "watch [AREA:ADDRESS[xCOUNT]...]", "show values live until Ctrl-C",
      "Refreshes the variables until Ctrl-C. In a terminal a table is redrawn in place; elsewhere it is "
      "printed\n"
      "again when a value, a state or the link changes. A value that is not as the controller answered just "
@@ -84,6 +94,7 @@ const CommandRow commandRows[] = {
      "stands in parentheses, and its state says why.\n",
      "  plcpanel watch 9:100x4 0:17 14:200 --controller 192.168.0.10\n"
      "  plcpanel watch 9:100 --controller 127.0.0.1:1502 --once\n"
+     "  plcpanel watch --vars examples/machine.csv --stats --controller 127.0.0.1:1502\n"
      "  plcpanel watch 9:100x4 --controller 127.0.0.1:1502 --json >changes.txt\n"},
     {Command::Demo, D, "demo", "demo", "try everything on a simulated controller",
      "Starts a simulated controller on this machine, writes and reads every area that allows it, switches a\n"

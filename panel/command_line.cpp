@@ -119,17 +119,54 @@ WriteTask writeTaskOf(const QString& text, const Settings& settings)
     return task;
 }
 
+/// A list with one wrong line is not used at all.
+void refuseErrors(const QString& path, const QStringList& errors)
+{
+    if (errors.isEmpty())
+        return;
+    QString text = QStringLiteral("--vars %1: nothing is polled until this is put right:").arg(path);
+    for (const QString& error : errors)
+        text += QStringLiteral("\n%1: %2").arg(path, error);
+    refuse(text);
+}
+
+void setList(const QCommandLineParser& parser, Options* options)
+{
+    const QString option = QStringLiteral("vars");
+    if (options->command != Command::Watch || !parser.isSet(option))
+        return;
+    if (options->format == ValueFormat::Hex)
+        refuse(
+            QStringLiteral("--hex and --vars exclude each other: in a list each variable has its own type, "
+                           "and one of them is hex"));
+    const QString path = parser.value(option);
+    const Settings& settings = options->settings;
+    const VariableList list = readVariableList(path, [&settings](const ListedVariable& variable) {
+        return readRefusal(withStation(variable.elements, settings), settings);
+    });
+    refuseErrors(path, list.errors);
+    if (list.variables.empty())
+        refuse(QStringLiteral("--vars %1: the list holds no variable; a line for each is expected below the "
+                              "first one, e.g. speed,9,100,,1,int16")
+                   .arg(path));
+    options->listed = list.variables;
+}
+
+QString expectedVariables(Command command)
+{
+    if (command == Command::Write)
+        return QStringLiteral("AREA:ADDRESS=VALUE[,VALUE...] is expected, e.g. 9:100=1,2");
+    const QString plain = QStringLiteral("AREA:ADDRESS[xCOUNT] is expected, e.g. 9:100x2");
+    return command == Command::Watch ? plain + QStringLiteral(", or a list of them: --vars FILE") : plain;
+}
+
 void setVariables(const QStringList& texts, Options* options)
 {
     if (options->command == Command::Demo && !texts.isEmpty())
         refuse(QStringLiteral("\"%1\" is one argument too many; the demo chooses its variables itself")
                    .arg(texts.first()));
-    if (options->command != Command::Demo && texts.isEmpty())
-        refuse(QStringLiteral("no variable is given; %1 is expected, e.g. %2")
-                   .arg(options->command == Command::Write ? QStringLiteral("AREA:ADDRESS=VALUE[,VALUE...]")
-                                                           : QStringLiteral("AREA:ADDRESS[xCOUNT]"),
-                        options->command == Command::Write ? QStringLiteral("9:100=1,2")
-                                                           : QStringLiteral("9:100x2")));
+    if (options->command != Command::Demo && texts.isEmpty() && options->listed.empty())
+        refuse(QStringLiteral("no variable is given; %1").arg(expectedVariables(options->command)));
     for (const QString& text : texts) {
         if (options->command == Command::Write)
             options->writes.push_back(writeTaskOf(text, options->settings));
@@ -142,9 +179,12 @@ void setVariables(const QStringList& texts, Options* options)
 /// limit.
 void setBlockCount(const QCommandLineParser& parser, Options* options)
 {
+    std::vector<Variable> variables = options->variables;
+    for (const ListedVariable& listed : options->listed)
+        variables.push_back(listed.elements);
     if (!parser.isSet(QStringLiteral("max-block")))
-        options->settings.maxBlockCount = blockCountFor(options->variables);
-    const QString words = blockRefusal(options->variables, options->settings.maxBlockCount);
+        options->settings.maxBlockCount = blockCountFor(variables);
+    const QString words = blockRefusal(variables, options->settings.maxBlockCount);
     if (options->command == Command::Watch && !words.isEmpty())
         refuse(QStringLiteral("--max-block %1: %2").arg(options->settings.maxBlockCount).arg(words));
 }
@@ -168,8 +208,10 @@ Options optionsOf(const QCommandLineParser& parser, Command command)
         options.format = formatOf(parser);
     if (command == Command::Watch) {
         options.once = parser.isSet(QStringLiteral("once"));
+        options.statistics = parser.isSet(QStringLiteral("stats"));
         options.intervalMs = numberOf(parser, "interval", 10, 3600000, options.intervalMs);
     }
+    setList(parser, &options);
     setVariables(parser.positionalArguments().mid(1), &options);
     setBlockCount(parser, &options);
     return options;

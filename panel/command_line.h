@@ -6,6 +6,7 @@
 #include "panel/settings.h"
 #include "panel/value_text.h"
 #include "panel/variable.h"
+#include "panel/variable_list.h"
 
 #include <QString>
 #include <QStringList>
@@ -26,12 +27,14 @@ struct WriteTask {
 
 struct Options {
     Command command = Command::Read;
-    Settings settings;               ///< driverPath is empty when none is given
-    std::vector<Variable> variables; ///< of read and watch, each of which can be read
-    std::vector<WriteTask> writes;   ///< of write, each of which can be written
+    Settings settings;                  ///< driverPath is empty when none is given
+    std::vector<Variable> variables;    ///< of read and watch, each of which can be read
+    std::vector<WriteTask> writes;      ///< of write, each of which can be written
+    std::vector<ListedVariable> listed; ///< of watch: those of the list, each of which can be read
     ValueFormat format = ValueFormat::Decimal;
     bool once = false;
     bool trace = false;
+    bool statistics = false;
     int intervalMs = 500; ///< between two looks at the watched values
 };
 
@@ -42,7 +45,8 @@ struct CommandLine {
     QString text; ///< help or version to show, or what is wrong with the arguments and what to do
 };
 
-/// Reads the arguments, the program's name first. Needs a QCoreApplication.
+/// Reads the arguments, the program's name first, and the list of variables that they name. Needs a
+/// QCoreApplication.
 CommandLine parseCommandLine(const QStringList& arguments);
 
 } // namespace panel

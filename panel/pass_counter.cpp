@@ -38,6 +38,8 @@ void PassCounter::endPass(qint64 microseconds)
 
 double PassCounter::perSecond() const
 {
+    if (m_ends.size() < 2)
+        return 0.0;
     const qint64 span = m_ends.back() - m_ends.front();
     return span > 0 ? static_cast<double>(m_ends.size() - 1) * 1e6 / static_cast<double>(span) : 0.0;
 }

@@ -30,19 +30,19 @@ public:
     /// A cyclic request of \a area ended. \param unused elements of it that no variable shows
     void request(int area, int elements, int unused);
 
-    /// \param microseconds since the first pass began; later than the time before
+    /// \param microseconds on a clock that only goes forward
     void endPass(qint64 microseconds);
 
     /// \return of the last pass that is over; zeros before the first
     const PassCost& last() const { return m_last; }
 
-    /// \return passes a second over the last ten, the pauses between them included; 0 before the first
+    /// \return passes a second over the last ten, the pauses between them included; 0 before the second
     double perSecond() const;
 
 private:
     PassCost m_running;
     PassCost m_last;
-    std::deque<qint64> m_ends = {0}; // the first begins where one before it would have ended
+    std::deque<qint64> m_ends; // of the last passes
 };
 
 } // namespace panel

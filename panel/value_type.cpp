@@ -134,11 +134,11 @@ int elementsOfType(ValueType type, int area, int count)
     return static_cast<int>(qMin<qint64>(elements, areaSize(area) + 1LL)); // too many stays too many
 }
 
-QString valueText(ValueType type, int area, const std::vector<quint32>& elements)
+QString valueText(ValueType type, int area, const std::vector<quint32>& elements, int characters)
 {
     const QByteArray bytes = bytesOfValues(area, elements);
     if (type == ValueType::Text)
-        return quotedText(bytes);
+        return quotedText(characters < 0 ? bytes : bytes.left(characters));
     const int size = rowOf(type).bytes == 0 ? bytesOfElement(area) : rowOf(type).bytes;
     QStringList values;
     for (int at = 0; at + size <= bytes.size(); at += size)

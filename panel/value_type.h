@@ -29,9 +29,10 @@ QString valueTypesOfArea(int area);
 int elementsOfType(ValueType type, int area, int count);
 
 /// \param elements one per element of \a area, as CyclicValue::values
+/// \param characters of text, the rest of whose last element is not shown; -1: all that the elements hold
 /// \return the values as a person reads them, separated by spaces; text in quotes, without zero bytes at its
 /// end
-QString valueText(ValueType type, int area, const std::vector<quint32>& elements);
+QString valueText(ValueType type, int area, const std::vector<quint32>& elements, int characters = -1);
 
 } // namespace panel
 

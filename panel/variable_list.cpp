@@ -27,6 +27,16 @@ public:
     explicit LineError(const QString& words) : std::runtime_error(words.toStdString()) {}
 };
 
+/// Characters that a terminal would act on become dots.
+QString printable(QString text)
+{
+    for (QChar& character : text) {
+        if (!character.isPrint())
+            character = QLatin1Char('.');
+    }
+    return text;
+}
+
 void addField(void* field, std::size_t size, void* fields)
 {
     const QByteArray bytes(static_cast<const char*>(field), static_cast<int>(size));
@@ -105,6 +115,18 @@ ValueType typeIn(const QStringList& fields, int area)
     return *type;
 }
 
+QString nameIn(const QStringList& fields)
+{
+    const QString& name = fields.at(NameColumn);
+    if (name.isEmpty())
+        throw LineError(QStringLiteral("the name is missing; it is what the value is shown under"));
+    if (printable(name) != name)
+        throw LineError(
+            QStringLiteral("the name has a character that cannot be shown; letters, digits, signs "
+                           "and spaces are expected"));
+    return name;
+}
+
 ListedVariable variableOf(const QStringList& fields)
 {
     if (fields.size() != ColumnCount)
@@ -113,16 +135,14 @@ ListedVariable variableOf(const QStringList& fields)
                             .arg(ColumnCount)
                             .arg(header()));
     ListedVariable variable;
-    variable.name = fields.at(NameColumn);
-    if (variable.name.isEmpty())
-        throw LineError(QStringLiteral("the name is missing; it is what the value is shown under"));
+    variable.name = nameIn(fields);
     Variable& elements = variable.elements;
     elements.area = numberIn(fields, AreaColumn, 0, 14);
     elements.element = elementIn(fields, elements.area);
     elements.station = numberIn(fields, StationColumn, 0, lastStation, -1);
-    const int count = numberIn(fields, CountColumn, 1, areaSize(elements.area), 1);
+    variable.count = numberIn(fields, CountColumn, 1, areaSize(elements.area), 1);
     variable.type = typeIn(fields, elements.area);
-    elements.count = elementsOfType(variable.type, elements.area, count);
+    elements.count = elementsOfType(variable.type, elements.area, variable.count);
     if (elements.count > areaSize(elements.area) - elements.element)
         throw LineError(
             QStringLiteral("%1 elements from %2 on run past the end of area %3; at most %4 are there")
@@ -137,6 +157,8 @@ ListedVariable variableOf(const QStringList& fields)
 class Reader
 {
 public:
+    explicit Reader(const VariableCheck& check) : m_check(check) {}
+
     void read(const QByteArray& line)
     {
         ++m_line;
@@ -172,16 +194,21 @@ private:
             throw LineError(QStringLiteral("the name \"%1\" is taken by line %2; each needs its own")
                                 .arg(variable.name)
                                 .arg(before));
+        const QString words = m_check ? m_check(variable) : QString();
+        if (!words.isEmpty())
+            throw LineError(words);
         m_lineOfName.insert(variable.name, m_line);
         m_list.variables.push_back(variable);
     }
 
     void report(const QString& words, const QByteArray& text)
     {
-        m_list.errors
-            << QStringLiteral("line %1: %2\n    %3").arg(m_line).arg(words, QString::fromUtf8(text));
+        m_list.errors << QStringLiteral("line %1: %2\n    %3")
+                             .arg(m_line)
+                             .arg(words, printable(QString::fromUtf8(text)));
     }
 
+    const VariableCheck m_check;
     VariableList m_list;
     QHash<QString, int> m_lineOfName;
     int m_line = 0;
@@ -190,21 +217,21 @@ private:
 
 } // namespace
 
-VariableList parseVariableList(const QByteArray& csv)
+VariableList parseVariableList(const QByteArray& csv, const VariableCheck& check)
 {
     const QByteArray byteOrderMark("\xEF\xBB\xBF");
     const QByteArray text = csv.startsWith(byteOrderMark) ? csv.mid(byteOrderMark.size()) : csv;
-    Reader reader;
+    Reader reader(check);
     for (const QByteArray& line : text.split('\n'))
         reader.read(line);
     return reader.finish();
 }
 
-VariableList readVariableList(const QString& path)
+VariableList readVariableList(const QString& path, const VariableCheck& check)
 {
     QFile file(path);
     if (file.open(QIODevice::ReadOnly))
-        return parseVariableList(file.readAll());
+        return parseVariableList(file.readAll(), check);
     VariableList list;
     list.errors << QStringLiteral("cannot read it: %1").arg(file.errorString());
     return list;

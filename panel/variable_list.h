@@ -14,6 +14,7 @@
 #include <QByteArray>
 #include <QStringList>
 
+#include <functional>
 #include <vector>
 
 namespace panel
@@ -23,7 +24,8 @@ struct ListedVariable {
     QString name;      ///< unique in its list, never empty
     Variable elements; ///< what the driver is asked for
     ValueType type = ValueType::Uint16;
-    int line = 0; ///< where it stands in the file, from 1 on
+    int count = 1; ///< values, of text characters: what the elements hold for a person
+    int line = 0;  ///< where it stands in the file, from 1 on
 };
 
 struct VariableList {
@@ -32,11 +34,15 @@ struct VariableList {
     QStringList errors;
 };
 
+/// Says what is against a variable that the list itself allows; an empty text when nothing is.
+using VariableCheck = std::function<QString(const ListedVariable& variable)>;
+
 /// Parses a whole file. All wrong lines are reported at once; a list with errors is not to be used.
-VariableList parseVariableList(const QByteArray& csv);
+/// \param check may be empty
+VariableList parseVariableList(const QByteArray& csv, const VariableCheck& check = {});
 
 /// Reads and parses a file. A file that cannot be read is an error of the list.
-VariableList readVariableList(const QString& path);
+VariableList readVariableList(const QString& path, const VariableCheck& check = {});
 
 } // namespace panel
 

@@ -5,9 +5,6 @@
 
 #include "panel/command_line.h"
 #include "panel/exit_status.h"
-#include "panel/watch_table.h"
-
-#include <QDateTime>
 
 namespace panel
 {
@@ -16,9 +13,6 @@ namespace panel
 /// until each was read or has failed, which tells the exit status.
 /// \throws std::runtime_error when the driver cannot be loaded
 ExitStatus runWatch(const Options& options);
-
-/// \return the line of JSON that tells what is known of one variable
-QString watchJson(const WatchRow& row, int station, const QDateTime& time);
 
 } // namespace panel
 

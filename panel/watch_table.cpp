@@ -1,6 +1,7 @@
 #include "panel/watch_table.h"
 
 #include "panel/session.h"
+#include "panel/wrapped_text.h"
 
 #include <algorithm>
 
@@ -13,6 +14,7 @@ namespace
 const int gap = 2;              // spaces between columns
 const int widestValueCell = 48; // more values go on in the next line
 const int narrowestValueCell = 8;
+const int narrowestNameCell = 8;
 const int ageWidth = 7;
 
 enum Colour { Plain = 0, Bold = 1, Red = 31, Green = 32, Yellow = 33 };
@@ -37,24 +39,20 @@ bool wasRead(const CyclicValue& value)
     return value.ageMs >= 0;
 }
 
-/// Joins \a texts with spaces into lines of \a width characters at most, as far as a single one fits.
-QStringList wrapped(const QStringList& texts, int width)
+/// \return the values in pieces that each stay on one line of \a width characters
+QStringList pieces(const WatchRow& row, ValueFormat format, int width)
 {
-    QStringList lines;
-    for (const QString& text : texts) {
-        if (!lines.isEmpty() && lines.last().size() + 1 + text.size() <= width)
-            lines.last() += QLatin1Char(' ') + text;
-        else
-            lines << text;
-    }
-    return lines;
+    if (!row.listed)
+        return valueTexts(row.variable.area, row.value.values, format);
+    const QString text = listedText(row);
+    return row.listed->type == ValueType::Text ? chopped(text, width) : text.split(QLatin1Char(' '));
 }
 
 QStringList valueLines(const WatchRow& row, ValueFormat format, int width)
 {
     if (!wasRead(row.value))
         return {QStringLiteral("-")};
-    QStringList texts = valueTexts(row.variable.area, row.value.values, format);
+    QStringList texts = pieces(row, format, width);
     if (row.value.state != ValueState::Fresh && !texts.isEmpty()) {
         texts.first().prepend(QLatin1Char('('));
         texts.last().append(QLatin1Char(')'));
@@ -69,12 +67,23 @@ Colour colourOf(const CyclicValue& value)
     return value.state == ValueState::Fresh ? Plain : Yellow;
 }
 
-int nameWidth(const WatchView& view)
+QString nameOf(const WatchRow& row)
 {
-    int width = 8;
+    return row.listed ? row.listed->name : variableText(row.variable);
+}
+
+/// A name longer than half a window would leave no room for the value.
+int nameWidth(const WatchView& view, const TableStyle& style)
+{
+    int width = narrowestNameCell;
     for (const WatchRow& row : view.rows)
-        width = std::max(width, variableText(row.variable).size());
-    return width;
+        width = std::max(width, nameOf(row).size());
+    return style.columns == 0 ? width : std::min(width, std::max(narrowestNameCell, style.columns / 2));
+}
+
+QString cutName(const QString& name, int width)
+{
+    return name.size() <= width ? name : name.left(width - 2) + QStringLiteral("..");
 }
 
 /// Room for the values: what a narrow window leaves beside the other columns.
@@ -86,11 +95,11 @@ int valueRoom(const TableStyle& style, int name)
     return std::max(narrowestValueCell, std::min(widestValueCell, style.columns - others));
 }
 
-Cells cellsOf(const WatchRow& row, const TableStyle& style, int room)
+Cells cellsOf(const WatchRow& row, const TableStyle& style, int widest)
 {
     Cells cells;
-    cells.name = variableText(row.variable);
-    cells.valueLines = valueLines(row, style.format, room);
+    cells.name = cutName(nameOf(row), widest);
+    cells.valueLines = valueLines(row, style.format, valueRoom(style, widest));
     cells.age = ageText(row.value.ageMs);
     cells.state = stateText(row.value);
     cells.colour = colourOf(row.value);
@@ -174,8 +183,20 @@ QStringList headLines(const WatchView& view, const Widths& widths, const TableSt
     return {firstLine(view, style), QString(), coloured(heading, Bold, style)};
 }
 
+/// \return what a user must know of the rows from \a shown on, which cannot be seen
+QString hiddenText(const std::vector<WatchRow>& rows, std::size_t shown)
+{
+    const auto first = rows.begin() + static_cast<std::ptrdiff_t>(shown);
+    const auto old = std::count_if(first, rows.end(),
+                                   [](const WatchRow& row) { return row.value.state != ValueState::Fresh; });
+    return QStringLiteral("(%1 more do not fit, %2; --once prints all)")
+        .arg(rows.size() - shown)
+        .arg(old == 0 ? QStringLiteral("all fresh") : QStringLiteral("%1 not fresh").arg(old));
+}
+
 /// Takes whole rows as long as they fit, and says how many did not.
-QStringList fitting(QStringList lines, const std::vector<QStringList>& rows, const TableStyle& style)
+QStringList fitting(QStringList lines, const std::vector<QStringList>& rows, const WatchView& view,
+                    const TableStyle& style)
 {
     std::size_t shown = 0;
     for (; shown < rows.size(); ++shown) {
@@ -185,8 +206,7 @@ QStringList fitting(QStringList lines, const std::vector<QStringList>& rows, con
         lines += rows[shown];
     }
     if (shown < rows.size())
-        lines << coloured(QStringLiteral("(%1 more do not fit into this window)").arg(rows.size() - shown),
-                          Yellow, style);
+        lines << coloured(hiddenText(view.rows, shown), Yellow, style);
     return lines;
 }
 
@@ -195,19 +215,25 @@ QStringList fitting(QStringList lines, const std::vector<QStringList>& rows, con
 QStringList watchTable(const WatchView& view, const TableStyle& style)
 {
     Widths widths;
-    widths.name = nameWidth(view);
+    widths.name = nameWidth(view, style);
     widths.value = 5;
     std::vector<Cells> table;
     for (const WatchRow& row : view.rows) {
-        table.push_back(cellsOf(row, style, valueRoom(style, widths.name)));
+        table.push_back(cellsOf(row, style, widths.name));
         for (const QString& line : table.back().valueLines)
             widths.value = std::max(widths.value, line.size());
     }
     const QStringList head = headLines(view, widths, style);
     const std::vector<QStringList> rows = rowsOf(table, widths, style, true);
     if (style.lines == 0 || head.size() + linesIn(rows) <= style.lines)
-        return fitting(head, rows, style);
-    return fitting(head, rowsOf(table, widths, style, false), style);
+        return fitting(head, rows, view, style);
+    return fitting(head, rowsOf(table, widths, style, false), view, style);
+}
+
+QString listedText(const WatchRow& row)
+{
+    const ListedVariable& listed = *row.listed;
+    return valueText(listed.type, row.variable.area, row.value.values, listed.count);
 }
 
 QString linkText(const LinkState& link)

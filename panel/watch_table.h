@@ -7,10 +7,12 @@
 #include "panel/link.h"
 #include "panel/value_text.h"
 #include "panel/variable.h"
+#include "panel/variable_list.h"
 
 #include <QString>
 #include <QStringList>
 
+#include <optional>
 #include <vector>
 
 namespace panel
@@ -19,6 +21,7 @@ namespace panel
 struct WatchRow {
     Variable variable;
     CyclicValue value;
+    std::optional<ListedVariable> listed; ///< when the variable stands in a list: its name and type
 };
 
 /// What a table shows.
@@ -38,8 +41,12 @@ struct TableStyle {
 };
 
 /// \return the table's lines: the link, a heading, and a row per variable, more when its values need them.
-///         Values that are not as the controller answered just now stand in parentheses.
+///         Values that are not as the controller answered just now stand in parentheses. In a limited width
+///         a long name is cut. Rows that do not fit are counted in the last line.
 QStringList watchTable(const WatchView& view, const TableStyle& style);
+
+/// \return the value of a listed variable as its type has it
+QString listedText(const WatchRow& row);
 
 /// \return "connected for 12 s", or why there is no connection
 QString linkText(const LinkState& link);

@@ -1,0 +1,37 @@
+/// \file
+/// \brief The ways in which plcpanel watch shows values.
+#ifndef PANEL_WATCH_DISPLAY_H
+#define PANEL_WATCH_DISPLAY_H
+
+#include "panel/command_line.h"
+#include "panel/runtime.h"
+#include "panel/watch_table.h"
+
+#include <memory>
+#include <optional>
+
+namespace panel
+{
+
+struct WatchReport {
+    WatchView view;
+    std::optional<Statistics> statistics; ///< when the user wants them
+};
+
+class Display
+{
+public:
+    virtual ~Display() = default;
+    virtual void show(const WatchReport& report) = 0;
+    virtual void end(const WatchReport& report) = 0; ///< the last report, which may have been shown before
+    virtual bool redraws() const { return false; }   ///< whatever it shows is replaced by the next report
+    virtual void resized() {}                        ///< the terminal has another size
+    virtual void continued() {}                      ///< the program was suspended
+};
+
+/// \return lines of JSON; a table that is redrawn in a terminal; tables one below the other elsewhere
+std::unique_ptr<Display> displayFor(const Options& options);
+
+} // namespace panel
+
+#endif

@@ -1,0 +1,75 @@
+#include "panel/watch_json.h"
+
+#include "panel/return_code_words.h"
+
+#include <QJsonArray>
+
+namespace panel
+{
+
+namespace
+{
+
+const QString timeMember = QStringLiteral("time");
+
+void addListed(QJsonObject* object, const WatchRow& row)
+{
+    if (!row.listed)
+        return;
+    object->insert(QStringLiteral("name"), row.listed->name);
+    object->insert(QStringLiteral("type"), valueTypeWord(row.listed->type));
+    if (row.value.ageMs >= 0)
+        object->insert(QStringLiteral("text"), listedText(row));
+}
+
+QJsonObject jsonOfPass(const PassCost& pass)
+{
+    return {{QStringLiteral("requests"), pass.requests},
+            {QStringLiteral("frames"), pass.frames},
+            {QStringLiteral("registers"), static_cast<qint64>(pass.registers)},
+            {QStringLiteral("registersUnused"), static_cast<qint64>(pass.registersUnused)},
+            {QStringLiteral("bits"), static_cast<qint64>(pass.bits)},
+            {QStringLiteral("bitsUnused"), static_cast<qint64>(pass.bitsUnused)}};
+}
+
+QJsonArray jsonOfFailures(const std::map<int, long>& failures)
+{
+    QJsonArray array;
+    for (const auto& failure : failures)
+        array.append(QJsonObject{{QStringLiteral("code"), failure.first},
+                                 {QStringLiteral("words"), resultWords(failure.first)},
+                                 {QStringLiteral("count"), static_cast<qint64>(failure.second)}});
+    return array;
+}
+
+} // namespace
+
+QString watchJson(const WatchRow& row, int station, const QDateTime& time)
+{
+    const int own = row.variable.station;
+    QJsonObject object = jsonOfVariable(row.variable, own < 0 ? station : own);
+    object.insert(timeMember, time.toString(Qt::ISODateWithMs));
+    object.insert(QStringLiteral("state"), stateWord(row.value));
+    addListed(&object, row);
+    if (row.value.ageMs >= 0)
+        addValues(&object, row.value.values);
+    if (row.value.code != 0) {
+        object.insert(QStringLiteral("error"), row.value.reason);
+        object.insert(QStringLiteral("code"), row.value.code);
+    }
+    return jsonLine(object);
+}
+
+QString statisticsJson(const Statistics& statistics, const QDateTime& time)
+{
+    const QJsonObject values = {{QStringLiteral("refreshes"), static_cast<qint64>(statistics.passes)},
+                                {QStringLiteral("refreshesPerSecond"), statistics.passesPerSecond},
+                                {QStringLiteral("lastRefresh"), jsonOfPass(statistics.lastPass)},
+                                {QStringLiteral("frames"), static_cast<qint64>(statistics.exchanges)},
+                                {QStringLiteral("retries"), static_cast<qint64>(statistics.retried)},
+                                {QStringLiteral("failed"), static_cast<qint64>(statistics.failed)},
+                                {QStringLiteral("failures"), jsonOfFailures(statistics.failuresByCode)}};
+    return jsonLine({{QStringLiteral("statistics"), values}, {timeMember, time.toString(Qt::ISODateWithMs)}});
+}
+
+} // namespace panel

@@ -1,0 +1,19 @@
+/// \file
+/// \brief What a refresh of all watched variables costs, for people.
+#ifndef PANEL_WATCH_STATISTICS_H
+#define PANEL_WATCH_STATISTICS_H
+
+#include "panel/runtime.h"
+
+#include <QStringList>
+
+namespace panel
+{
+
+/// \param columns characters of a line at most, as far as single words fit; 0: any number
+/// \return refreshes and what the last one took, what was read for no variable, retries and failures
+QStringList statisticsLines(const Statistics& statistics, int columns);
+
+} // namespace panel
+
+#endif
