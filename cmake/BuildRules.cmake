@@ -26,7 +26,7 @@ if(PLC_WERROR)
 endif()
 
 if(PLC_SANITIZE)
-  add_compile_options("-fsanitize=${PLC_SANITIZE}" -fno-omit-frame-pointer -g)
+  add_compile_options("-fsanitize=${PLC_SANITIZE}" -fno-omit-frame-pointer -g1)
   add_link_options("-fsanitize=${PLC_SANITIZE}")
   if(PLC_SANITIZE MATCHES "undefined")
     add_compile_options(-fno-sanitize-recover=undefined)
