@@ -111,6 +111,14 @@ std::vector<Variable> CyclicValues::variables() const
     return variables;
 }
 
+std::set<int> CyclicValues::stations() const
+{
+    std::set<int> stations;
+    for (const Entry& entry : m_variables)
+        stations.insert(entry.variable.station);
+    return stations;
+}
+
 QString CyclicValues::blockRefusal() const
 {
     return panel::blockRefusal(variables(), m_settings.maxBlockCount);
@@ -197,6 +205,16 @@ void CyclicValues::givenUp(const RW_VAR& request, int code, const QString& why)
         part.code = code;
         part.reason = why;
     });
+}
+
+void CyclicValues::lost(int station, int code, const QString& why)
+{
+    for (Part* part : m_sorted) {
+        if (part->piece.asked.station != station)
+            continue;
+        part->code = code;
+        part->reason = why;
+    }
 }
 
 int CyclicValues::unusedElements(const RW_VAR& request) const

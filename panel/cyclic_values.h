@@ -31,6 +31,9 @@ public:
         return m_variables[static_cast<std::size_t>(index)].variable;
     }
 
+    /// \return the stations of the variables
+    std::set<int> stations() const;
+
     /// \return why the block size of the settings does not suit the variables; empty when it does
     QString blockRefusal() const;
 
@@ -51,6 +54,9 @@ public:
 
     /// After DataCom() gave \a request up.
     void givenUp(const RW_VAR& request, int code, const QString& why);
+
+    /// A station does not answer: what is shown of it has failed, also where it was not tried again.
+    void lost(int station, int code, const QString& why);
 
     /// \return the elements that a block reads and that belong to no variable that it refreshes
     int unusedElements(const RW_VAR& request) const;

@@ -18,6 +18,8 @@ QString endWords(RequestEnd end, const QString& why)
     switch (end) {
     case RequestEnd::Failed:
         return why;
+    case RequestEnd::Purged:
+        return QStringLiteral("given up unread with another request that failed: %1").arg(why);
     case RequestEnd::Discarded:
         return QStringLiteral("its station was switched off before it was read");
     default:
@@ -172,6 +174,18 @@ void OnceReads::conclude(Job* job)
             outcome.values.insert(outcome.values.end(), part.begin(), part.end());
     }
     job->pending.finish(outcome);
+}
+
+void OnceReads::lost(int station, int code, const QString& why)
+{
+    std::deque<int> others;
+    for (const int key : m_backlog) {
+        if (m_requests.at(key).piece.asked.station == station)
+            fail(key, code, endWords(RequestEnd::Purged, why));
+        else
+            others.push_back(key);
+    }
+    m_backlog = others;
 }
 
 void OnceReads::stop()

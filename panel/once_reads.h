@@ -47,6 +47,9 @@ public:
     /// fell with it are queued again.
     void givenUp(bool onceRead, int station, int code, const QString& why);
 
+    /// A station does not answer: fails what waits for it, after givenUp() queued again what the driver had.
+    void lost(int station, int code, const QString& why);
+
     /// Fails everything that waits.
     void stop();
 

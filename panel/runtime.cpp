@@ -4,12 +4,14 @@
 #include "panel/once_reads.h"
 #include "panel/request_keys.h"
 #include "panel/return_code_words.h"
+#include "panel/station_pauses.h"
 #include "panel/write_queue.h"
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <map>
 #include <mutex>
 #include <set>
 #include <stdexcept>
@@ -31,6 +33,10 @@ const int idleMs = 50;
 // writes in a row, and when all it had was for stations that are switched off.
 const int retryPollMs = 1;
 
+// Modbus exceptions of a gateway that could not reach the station.
+const int gatewayPathUnavailable = 10;
+const int gatewayTargetSilent = 11;
+
 [[noreturn]] void fail(const QString& words)
 {
     throw std::runtime_error(words.toStdString());
@@ -44,6 +50,16 @@ Pending<Outcome> refused(const QString& reason)
     Pending<Outcome> pending;
     pending.finish(outcome);
     return pending;
+}
+
+/// A gateway answers in place of a station that it cannot reach.
+TryEnd endOf(const LinkExchange& exchange)
+{
+    if (!exchange.sent)
+        return TryEnd::NotSent;
+    const int exception = exceptionCode(exchange.reply);
+    const bool byGateway = exception == gatewayPathUnavailable || exception == gatewayTargetSilent;
+    return exchange.reply.isEmpty() || byGateway ? TryEnd::NoAnswer : TryEnd::Answered;
 }
 
 /// What the communication thread has to do next.
@@ -74,6 +90,7 @@ public:
     Pending<ReadOutcome> read(const Variable& variable);
     CyclicValue value(int index);
     void setStation(int station, bool on);
+    std::vector<StationReport> stations();
     Statistics statistics();
 
     const Settings m_settings;
@@ -94,6 +111,10 @@ private:
     void answered(const Turn& turn);
     void givenUp(const Turn& turn, int code, const QString& why);
     void countCyclic(const RW_VAR& request, bool ended);
+    void lost(int station, int code, const QString& why);
+    void endPauses();
+    void tellDriver(int station);
+    void wakeStation(int station);
     QString failureWords(int code, const LinkExchange& exchange) const;
 
     static OnceReads* s_onceReads; // the driver's callback carries no pointer of its own
@@ -113,9 +134,12 @@ private:
     WriteQueue m_writes;
     OnceReads m_reads;
     std::set<int> m_stationsOff;
+    StationPauses m_pauses;
+    QElapsedTimer m_clock; // of the pauses
     Statistics m_statistics;
     PassCounter m_passes;
     QElapsedTimer m_polling; // since the communication thread began
+    long m_exchangesBeforePass = 0;
 };
 
 OnceReads* Runtime::Private::s_onceReads = nullptr;
@@ -125,8 +149,10 @@ Runtime::Private::Private(const Settings& settings)
                                    settings.remoteMode ? FrameFormat::Remote : FrameFormat::ModbusTcp),
       m_cyclic(settings),
       m_writes(m_calls, settings, [this](const Variable& elements) { m_cyclic.doubt(elements); }),
-      m_reads(m_calls, settings, [this](const Variable& asked) { return m_cyclic.wholeBits(asked); })
+      m_reads(m_calls, settings, [this](const Variable& asked) { return m_cyclic.wholeBits(asked); }),
+      m_pauses(settings.multiStation ? settings.stationPauseMs : 0, settings.retryLimit + 1)
 {
+    m_clock.start();
 }
 
 Runtime::Private::~Private()
@@ -229,6 +255,7 @@ Pending<WriteOutcome> Runtime::Private::write(const Variable& variable, const st
     if (!m_started || m_stopped)
         return refused<WriteOutcome>(QStringLiteral("the panel is not running"));
     const Pending<WriteOutcome> pending = m_writes.add(resolved, values);
+    wakeStation(resolved.station);
     m_writes.feed(m_stationsOff);
     m_hasWork = true;
     m_workCame.notify_all();
@@ -245,6 +272,7 @@ Pending<ReadOutcome> Runtime::Private::read(const Variable& variable)
     if (!m_started || m_stopped)
         return refused<ReadOutcome>(QStringLiteral("the panel is not running"));
     const Pending<ReadOutcome> pending = m_reads.add(resolved);
+    wakeStation(resolved.station);
     m_reads.feed(m_stationsOff);
     m_hasWork = true;
     m_workCame.notify_all();
@@ -274,13 +302,53 @@ void Runtime::Private::setStation(int station, bool on)
     std::lock_guard<std::mutex> lock(m_mutex);
     if (!m_started)
         fail(QStringLiteral("the panel is not running"));
-    m_calls.EnCommStation(station, on ? 1 : 0);
     if (on)
         m_stationsOff.erase(station);
     else
         m_stationsOff.insert(station);
+    m_pauses.forget(station);
+    tellDriver(station);
     m_hasWork = true;
     m_workCame.notify_all();
+}
+
+/// A station is served when neither the user nor a pause keeps it off.
+void Runtime::Private::tellDriver(int station)
+{
+    const bool off = m_stationsOff.count(station) != 0 || m_pauses.isPausing(station);
+    m_calls.EnCommStation(station, off ? 0 : 1);
+}
+
+/// Somebody wants an answer: without it the driver would throw the request away unsent.
+void Runtime::Private::wakeStation(int station)
+{
+    if (m_pauses.end(station))
+        tellDriver(station);
+}
+
+void Runtime::Private::endPauses()
+{
+    for (const int station : m_pauses.over(m_clock.elapsed()))
+        tellDriver(station);
+}
+
+std::vector<StationReport> Runtime::Private::stations()
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    std::map<int, StationReport> reports;
+    for (const int station : m_cyclic.stations())
+        reports[station].station = station;
+    for (const StationReport& report : m_pauses.reports(m_clock.elapsed()))
+        reports[report.station] = report;
+    for (const int station : m_stationsOff) {
+        reports[station].station = station;
+        reports[station].condition = StationCondition::SwitchedOff;
+        reports[station].nextTryMs = -1;
+    }
+    std::vector<StationReport> sorted;
+    for (const auto& report : reports)
+        sorted.push_back(report.second);
+    return sorted;
 }
 
 Statistics Runtime::Private::statistics()
@@ -317,6 +385,7 @@ Turn Runtime::Private::takeTurn()
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     m_hasWork = false;
+    endPauses();
     m_writes.feed(m_stationsOff);
     m_reads.feed(m_stationsOff);
     const Protocol* protocol = m_calls.ComCommunication();
@@ -335,14 +404,19 @@ Turn Runtime::Private::takeTurn()
 
 void Runtime::Private::endPass()
 {
+    int pauseMs = m_settings.cyclePauseMs;
     {
         std::lock_guard<std::mutex> lock(m_mutex);
         QByteArray reply = CyclicValues::pacingReply();
         m_calls.DataCom(&reply, reply.size());
         ++m_statistics.passes;
         m_passes.endPass(m_polling.nsecsElapsed() / 1000);
+        // With every station off or pausing, nothing else would take time.
+        if (m_statistics.exchanges == m_exchangesBeforePass)
+            pauseMs = std::max(pauseMs, idleMs);
+        m_exchangesBeforePass = m_statistics.exchanges;
     }
-    waitForWork(m_settings.cyclePauseMs);
+    waitForWork(pauseMs);
 }
 
 /// Returns early when something was queued since the last turn, or is still waiting from before it.
@@ -383,6 +457,8 @@ int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange)
     const int code = m_calls.DataCom(&reply, reply.size())->result;
     ++m_statistics.exchanges;
     countCyclic(turn.request, code != PLC_RETRYING);
+    if (turn.replyExpected)
+        m_pauses.tried(turn.request.station, endOf(exchange));
     if (isSuccess(code))
         answered(turn);
     else if (code == PLC_RETRYING)
@@ -412,6 +488,17 @@ void Runtime::Private::givenUp(const Turn& turn, int code, const QString& why)
         m_cyclic.givenUp(turn.request, code, why);
     m_writes.givenUp(key == writeKey, turn.request.station, code, why);
     m_reads.givenUp(key == onceReadKey, turn.request.station, code, why);
+    if (turn.replyExpected && m_pauses.givenUp(turn.request.station, why, m_clock.elapsed()))
+        lost(turn.request.station, code, why);
+}
+
+/// Nothing may wait for a station that pauses: the driver would throw it away without having tried.
+void Runtime::Private::lost(int station, int code, const QString& why)
+{
+    m_writes.lost(station, code, why);
+    m_reads.lost(station, code, why);
+    m_cyclic.lost(station, code, why);
+    tellDriver(station);
 }
 
 /// \param ended false while the request is to be tried again
@@ -484,6 +571,11 @@ CyclicValue Runtime::value(int index) const
 void Runtime::setStation(int station, bool on)
 {
     d->setStation(station, on);
+}
+
+std::vector<StationReport> Runtime::stations() const
+{
+    return d->stations();
 }
 
 LinkState Runtime::linkState() const

@@ -10,6 +10,7 @@
 #include "panel/pass_counter.h"
 #include "panel/pending.h"
 #include "panel/settings.h"
+#include "panel/station_report.h"
 #include "panel/variable.h"
 
 #include <QDateTime>
@@ -56,8 +57,15 @@ struct Statistics {
 /// One runtime at a time in a process, because the driver's state is one per process.
 ///
 /// Every write and every read ends: confirmed or done by the controller's answer, or failed with a reason,
-/// at the latest when the runtime is stopped. write(), read(), value(), setStation() and the reports may
-/// be called from any thread, also at once, between start() and stop().
+/// at the latest when the runtime is stopped.
+///
+/// With several stations, one that leaves a request and its retries unanswered is left alone for a while, see
+/// StationPauses, so that it does not hold up the others: its cyclic values have failed meanwhile, and
+/// whatever waited for it fails with that request. A new write or read is tried at once and so ends the
+/// pause.
+///
+/// write(), read(), value(), setStation() and the reports may be called from any thread, also at once, between
+/// start() and stop().
 class Runtime
 {
 public:
@@ -93,9 +101,13 @@ public:
     CyclicValue value(int index) const;
 
     /// Switches communication with a station (0..255) off or on. Off: its waiting writes and reads fail,
-    /// new ones are refused, its cyclic variables keep their old values.
+    /// new ones are refused, its cyclic variables keep their old values. On: it is tried at once.
     /// \throws std::runtime_error for another number, and before start()
     void setStation(int station, bool on);
+
+    /// \return the cyclic variables' stations and every other one that was asked something or switched, by
+    ///         number
+    std::vector<StationReport> stations() const;
 
     LinkState linkState() const;
     Statistics statistics() const;

@@ -1,5 +1,7 @@
 #include "panel/settings.h"
 
+#include "panel/station_pauses.h"
+
 namespace panel
 {
 
@@ -29,6 +31,7 @@ QString settingsError(const Settings& settings)
         {"words of one request", settings.maxBlockCount, 2, 125},
         {"pause between passes (ms)", settings.cyclePauseMs, 0, 3600000},
         {"age of a stale value (ms)", settings.staleAfterMs, 1, 3600000},
+        {"first pause of a station (ms)", settings.stationPauseMs, 0, StationPauses::longestPauseMs},
     };
     for (const Range& range : ranges) {
         if (range.value < range.least || range.value > range.most)

@@ -21,6 +21,8 @@ struct Settings {
                              ///< mix of areas; more than that would break a limit of Modbus in area 14
     int cyclePauseMs = 100;  ///< pause after a pass over the cyclic variables
     int staleAfterMs = 2000; ///< a value that was not refreshed for so long looks stale
+    int stationPauseMs = 1000; ///< with several stations: how long one that does not answer is left alone at
+                               ///< first, see StationPauses; 0: every pass tries it again
 };
 
 /// \return what is wrong with \a settings and what is expected, or an empty text

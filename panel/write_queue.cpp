@@ -102,6 +102,18 @@ void WriteQueue::givenUp(bool write, int station, int code, const QString& why)
     settle(m_ledger.givenUp(write, station, listSize()), code, why);
 }
 
+void WriteQueue::lost(int station, int code, const QString& why)
+{
+    std::deque<int> others;
+    for (const int key : m_backlog) {
+        if (m_requests.at(key).elements.station == station)
+            end(key, false, code, endWords(RequestEnd::Purged, why));
+        else
+            others.push_back(key);
+    }
+    m_backlog = others;
+}
+
 void WriteQueue::stop()
 {
     m_backlog.clear();

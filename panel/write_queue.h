@@ -42,6 +42,9 @@ public:
     /// After DataCom() gave up a request of \a station. \a write: it was a write.
     void givenUp(bool write, int station, int code, const QString& why);
 
+    /// A station does not answer: fails what waits for room, after givenUp() ended what the driver had.
+    void lost(int station, int code, const QString& why);
+
     /// Fails everything that waits.
     void stop();
 

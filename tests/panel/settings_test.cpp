@@ -45,6 +45,7 @@ TEST(SettingsError, NamesTheNumberAndItsRange)
         {&Settings::maxBlockCount, 2, 125, "words of one request"},
         {&Settings::cyclePauseMs, 0, 3600000, "pause between passes"},
         {&Settings::staleAfterMs, 1, 3600000, "stale value"},
+        {&Settings::stationPauseMs, 0, 30000, "first pause of a station"},
     };
     for (const Row& row : rows) {
         Settings settings = goodSettings();
