@@ -14,6 +14,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <sys/wait.h>
+#include <thread>
 #include <vector>
 
 namespace
@@ -284,6 +285,18 @@ TEST(Plcsim, TracesRequestsAndRepliesInHex)
     EXPECT_EQ(plcsim.endBy(SIGINT), 0);
     EXPECT_EQ(plcsim.restOfErrors,
               "1 <- 00 01 00 00 00 06 01 06 20 00 12 34\n1 -> 00 01 00 00 00 03 01 86 04 (exception)\n");
+}
+
+TEST(Plcsim, AnswersRemoteFramesAndCountsBadOnes)
+{
+    Plcsim plcsim({"--remote"});
+    LoopbackClient client(plcsim.port());
+    client.send("16 00 00 00 01 00 09 00 00 00 64 00 01 00 00 00 00 00 00 00 00 85");
+    EXPECT_EQ(client.receiveFrame(), "00 00 00 00 00 05 01 09 02 00 00");
+    client.send("16 00 00 00 01 00 09 00 00 00 64 00 01 00 00 00 00 00 00 00 00 00");
+    std::this_thread::sleep_for(std::chrono::milliseconds(600)); // three times the silence behind a bad frame
+    EXPECT_EQ(plcsim.endBy(SIGINT), 0);
+    EXPECT_THAT(plcsim.restOfErrors, HasSubstr("1 requests, bad frames 1"));
 }
 
 TEST(Plcsim, ExplainsEveryOption)
