@@ -36,6 +36,15 @@ std::string refusal(const char* words)
     return line.text.toStdString();
 }
 
+TEST(CommandLine, RemoteFramesAreForAllThatNamesAController)
+{
+    EXPECT_TRUE(options("read 9:1 --controller a --remote").settings.remoteMode);
+    EXPECT_TRUE(options("write 9:1=1 --controller a --remote").settings.remoteMode);
+    EXPECT_TRUE(options("watch 9:1 --controller a --remote").settings.remoteMode);
+    EXPECT_FALSE(options("read 9:1 --controller a").settings.remoteMode);
+    EXPECT_THAT(refusal("demo --remote"), HasSubstr("--remote is no option of demo"));
+}
+
 TEST(CommandLine, ReadTakesVariablesAndTheController)
 {
     const Options read = options("read 9:100x10 0:17 --controller plc.example:1502 --station 7");

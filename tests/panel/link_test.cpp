@@ -1,13 +1,10 @@
 #include "panel/link.h"
+#include "scripted_controller.h"
 #include "simulator/simulated_controller.h"
 
 #include <gtest/gtest.h>
 
 #include <QThread>
-
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <functional>
 #include <thread>
@@ -25,73 +22,14 @@ const QString loopback = QStringLiteral("127.0.0.1");
 const QByteArray readRegister5 = QByteArray::fromHex("000000000006010300050001");
 const QByteArray register5Is1234 = QByteArray::fromHex("0000000000050103021234");
 
-/// A controller of which every byte is decided by the test. Plain sockets, so that any thread may play it.
-class ScriptedController
+/// \return what \a link makes of one request while \a play answers it on another thread
+LinkExchange exchangeWhile(Link& link, const std::function<void()>& play)
 {
-public:
-    ScriptedController()
-    {
-        m_address.sin_family = AF_INET;
-        m_address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof m_address;
-        if (bind(m_listener, genericAddress(), size) != 0 || listen(m_listener, 8) != 0 ||
-            getsockname(m_listener, genericAddress(), &size) != 0)
-            ADD_FAILURE() << "no port to listen on";
-    }
-
-    ~ScriptedController()
-    {
-        close();
-        ::close(m_listener);
-    }
-
-    int port() const { return ntohs(m_address.sin_port); }
-
-    /// \return what \a link makes of one request while \a play answers it on another thread
-    static LinkExchange exchange(Link& link, const std::function<void()>& play)
-    {
-        std::thread player(play);
-        const LinkExchange exchange = link.exchange(readRegister5, true);
-        player.join();
-        return exchange;
-    }
-
-    /// Waits for a connection and for a request on it.
-    void acceptAndReceive()
-    {
-        m_connection = accept(m_listener, nullptr, nullptr);
-        ASSERT_GE(m_connection, 0);
-        receive();
-    }
-
-    void receive()
-    {
-        char bytes[12];
-        EXPECT_EQ(recv(m_connection, bytes, sizeof bytes, MSG_WAITALL), ssize_t(sizeof bytes));
-    }
-
-    void send(const char* hex)
-    {
-        const QByteArray bytes = QByteArray::fromHex(hex);
-        EXPECT_EQ(
-            ::send(m_connection, bytes.constData(), static_cast<std::size_t>(bytes.size()), MSG_NOSIGNAL),
-            bytes.size());
-    }
-
-    void close()
-    {
-        if (m_connection >= 0)
-            ::close(m_connection);
-        m_connection = -1;
-    }
-
-private:
-    sockaddr* genericAddress() { return reinterpret_cast<sockaddr*>(&m_address); }
-
-    sockaddr_in m_address = {};
-    const int m_listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    int m_connection = -1;
-};
+    std::thread player(play);
+    const LinkExchange exchange = link.exchange(readRegister5, true);
+    player.join();
+    return exchange;
+}
 
 class LinkTest : public testing::Test
 {
@@ -216,7 +154,7 @@ TEST(LinkStream, PutsTogetherAReplyThatComesInPieces)
 {
     ScriptedController controller;
     Link link(loopback, controller.port(), longTimeoutMs);
-    const LinkExchange exchange = ScriptedController::exchange(link, [&] {
+    const LinkExchange exchange = exchangeWhile(link, [&] {
         controller.acceptAndReceive();
         controller.send("0001 0000 00");
         QThread::msleep(20);
@@ -232,7 +170,7 @@ TEST(LinkStream, DropsRepliesThatDoNotMatchAndTakesTheOneThatDoes)
 {
     ScriptedController controller;
     Link link(loopback, controller.port(), longTimeoutMs);
-    const LinkExchange exchange = ScriptedController::exchange(link, [&] {
+    const LinkExchange exchange = exchangeWhile(link, [&] {
         controller.acceptAndReceive();
         controller.send("FFFF 0000 0005 01 03 02 9999"
                         "0001 0000 0005 02 03 02 9999"
@@ -249,12 +187,12 @@ TEST(LinkStream, ReplyOfTheExchangeBeforeIsNotTakenForThisOne)
 {
     ScriptedController controller;
     Link link(loopback, controller.port(), longTimeoutMs);
-    ScriptedController::exchange(link, [&] {
+    exchangeWhile(link, [&] {
         controller.acceptAndReceive();
         controller.send("0001 0000 0005 01 03 02 9999"
                         "0001 0000 0005 01 03 02 9999");
     });
-    const LinkExchange exchange = ScriptedController::exchange(link, [&] {
+    const LinkExchange exchange = exchangeWhile(link, [&] {
         controller.receive();
         controller.send("0002 0000 0005 01 03 02 1234");
     });
@@ -267,7 +205,7 @@ TEST(LinkStream, HalfAReplyAtTheTimeOutCostsTheConnection)
 {
     ScriptedController controller;
     Link link(loopback, controller.port(), shortTimeoutMs);
-    const LinkExchange exchange = ScriptedController::exchange(link, [&] {
+    const LinkExchange exchange = exchangeWhile(link, [&] {
         controller.acceptAndReceive();
         controller.send("0001 0000 0005 01 03");
     });
@@ -284,7 +222,7 @@ TEST(LinkStream, GarbageCostsTheConnectionAtOnce)
     Link link(loopback, controller.port(), patienceMs);
     QElapsedTimer clock;
     clock.start();
-    const LinkExchange exchange = ScriptedController::exchange(link, [&] {
+    const LinkExchange exchange = exchangeWhile(link, [&] {
         controller.acceptAndReceive();
         controller.send("48545450 2F312E31 20343030");
     });

@@ -98,6 +98,15 @@ protected:
         settings.timeoutMs = 3000;
     }
 
+    /// Both sides speak remote frames.
+    void useRemoteController()
+    {
+        simulator::Settings remote;
+        remote.remote = true;
+        useController(remote);
+        settings.remoteMode = true;
+    }
+
     void makeRuntime() { runtime = std::make_unique<panel::Runtime>(settings); }
 
     void startRuntime()

@@ -41,6 +41,24 @@ std::vector<std::string> shownTexts(const std::vector<ReadPiece>& parts)
 
 using testing::ElementsAre;
 
+TEST(RemoteRefreshPlan, QueuesEachDoubleWordByItself)
+{
+    const RefreshPlan plan =
+        remoteRefreshPlan({variable(9, 10, 2), variable(14, 5, 3), variable(2, 7, 4)}, 63);
+    EXPECT_THAT(texts(plan.runs), ElementsAre("1/2:7+4", "1/9:10+2"));
+    EXPECT_THAT(texts(plan.doubleWords), ElementsAre("1/14:5+1", "1/14:6+1", "1/14:7+1"));
+    EXPECT_THAT(shownTexts(plan.parts[1]), ElementsAre("1/14:5+1", "1/14:6+1", "1/14:7+1"));
+    EXPECT_THAT(shownTexts(plan.parts[0]), ElementsAre("1/9:10+2"));
+}
+
+TEST(RemoteRefreshPlan, QueuesADoubleWordOfSeveralVariablesOnce)
+{
+    const RefreshPlan plan =
+        remoteRefreshPlan({variable(14, 5, 2), variable(14, 6, 2), variable(14, 6, 1, 2)}, 63);
+    EXPECT_THAT(texts(plan.doubleWords), ElementsAre("1/14:5+1", "1/14:6+1", "1/14:7+1", "2/14:6+1"));
+    EXPECT_THAT(shownTexts(plan.parts[1]), ElementsAre("1/14:6+1", "1/14:7+1"));
+}
+
 TEST(RefreshPlan, HandsOverWordsAsTheyAre)
 {
     const RefreshPlan plan = refreshPlan({variable(9, 10, 2), variable(9, 0, 1), variable(14, 5, 3)}, 63);

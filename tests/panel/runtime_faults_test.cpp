@@ -45,6 +45,7 @@ struct Case {
     std::string name;
     double simulator::FaultSettings::*probability;
     bool multiStation;
+    bool remote;
 };
 
 std::vector<Case> everyFault()
@@ -54,8 +55,10 @@ std::vector<Case> everyFault()
         std::string name;
         for (const char* letter = kind.name; *letter != '\0'; ++letter)
             name += *letter == '-' ? '_' : *letter;
-        cases.push_back({name, kind.probability, false});
-        cases.push_back({name + "_several_stations", kind.probability, true});
+        cases.push_back({name, kind.probability, false, false});
+        cases.push_back({name + "_several_stations", kind.probability, true, false});
+        cases.push_back({name + "_remote", kind.probability, false, true});
+        cases.push_back({name + "_remote_several_stations", kind.probability, true, true});
     }
     return cases;
 }
@@ -65,6 +68,8 @@ class RuntimeFaults : public PanelFixture, public testing::WithParamInterface<Ca
 protected:
     RuntimeFaults()
     {
+        if (GetParam().remote)
+            useRemoteController();
         settings.timeoutMs = 30;
         settings.retryLimit = 2;
         settings.multiStation = GetParam().multiStation;

@@ -1,0 +1,82 @@
+/// \file
+/// \brief A controller of which every byte is decided by the test.
+#ifndef TESTS_PANEL_SCRIPTED_CONTROLLER_H
+#define TESTS_PANEL_SCRIPTED_CONTROLLER_H
+
+#include <gtest/gtest.h>
+
+#include <QByteArray>
+
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <vector>
+
+/// Plain sockets, so that any thread may play it.
+class ScriptedController
+{
+public:
+    ScriptedController()
+    {
+        m_address.sin_family = AF_INET;
+        m_address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t size = sizeof m_address;
+        if (bind(m_listener, genericAddress(), size) != 0 || listen(m_listener, 8) != 0 ||
+            getsockname(m_listener, genericAddress(), &size) != 0)
+            ADD_FAILURE() << "no port to listen on";
+    }
+
+    ~ScriptedController()
+    {
+        close();
+        ::close(m_listener);
+    }
+
+    int port() const { return ntohs(m_address.sin_port); }
+
+    /// Waits for a connection and for a request on it.
+    void acceptAndReceive(std::size_t size = 12)
+    {
+        m_connection = accept(m_listener, nullptr, nullptr);
+        ASSERT_GE(m_connection, 0);
+        receive(size);
+    }
+
+    void receive(std::size_t size = 12)
+    {
+        std::vector<char> bytes(size);
+        EXPECT_EQ(recv(m_connection, bytes.data(), size, MSG_WAITALL), static_cast<ssize_t>(size));
+    }
+
+    /// \return true when the other side closes the connection
+    bool isClosedByTheOtherSide()
+    {
+        char byte = 0;
+        return recv(m_connection, &byte, 1, 0) == 0;
+    }
+
+    void send(const char* hex)
+    {
+        const QByteArray bytes = QByteArray::fromHex(hex);
+        EXPECT_EQ(
+            ::send(m_connection, bytes.constData(), static_cast<std::size_t>(bytes.size()), MSG_NOSIGNAL),
+            bytes.size());
+    }
+
+    void close()
+    {
+        if (m_connection >= 0)
+            ::close(m_connection);
+        m_connection = -1;
+    }
+
+private:
+    sockaddr* genericAddress() { return reinterpret_cast<sockaddr*>(&m_address); }
+
+    sockaddr_in m_address = {};
+    const int m_listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    int m_connection = -1;
+};
+
+#endif
