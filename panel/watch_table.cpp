@@ -14,7 +14,8 @@ namespace
 const int gap = 2;              // spaces between columns
 const int widestValueCell = 48; // more values go on in the next line
 const int narrowestValueCell = 8;
-const int narrowestNameCell = 8;
+const int narrowestNameCell = 8; // that of the heading
+const int neverCutName = 12;     // no AREA:ADDRESS is longer without a large count
 const int ageWidth = 7;
 
 enum Colour { Plain = 0, Bold = 1, Red = 31, Green = 32, Yellow = 33 };
@@ -72,13 +73,13 @@ QString nameOf(const WatchRow& row)
     return row.listed ? row.listed->name : variableText(row.variable);
 }
 
-/// A name longer than half a window would leave no room for the value.
+/// A name longer than a third of the window would leave no room for the value.
 int nameWidth(const WatchView& view, const TableStyle& style)
 {
     int width = narrowestNameCell;
     for (const WatchRow& row : view.rows)
         width = std::max(width, nameOf(row).size());
-    return style.columns == 0 ? width : std::min(width, std::max(narrowestNameCell, style.columns / 2));
+    return style.columns == 0 ? width : std::min(width, std::max(neverCutName, style.columns / 3));
 }
 
 QString cutName(const QString& name, int width)

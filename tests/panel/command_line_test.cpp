@@ -6,6 +6,8 @@
 
 #include <gmock/gmock.h>
 
+#include <QTemporaryFile>
+
 namespace
 {
 
@@ -144,6 +146,97 @@ TEST(CommandLine, WatchRefusesBlocksThatBreakALimitOfModbus)
                   "allows at once, because area 14 has two registers an element; at most 63 fit"));
 }
 
+/// A list of variables in a file.
+class ListFile
+{
+public:
+    explicit ListFile(const QByteArray& lines)
+    {
+        EXPECT_TRUE(m_file.open());
+        m_file.write("name,area,address,station,count,type\n" + lines);
+        m_file.close();
+    }
+
+    QByteArray path() const { return m_file.fileName().toLocal8Bit(); }
+
+    /// \return options of watch with this list and \a words
+    Options options(const char* words = "") const { return ::options(line(words)); }
+    std::string refusal(const char* words = "") const { return ::refusal(line(words)); }
+
+private:
+    QByteArray line(const char* words) const { return "watch --controller a --vars " + path() + ' ' + words; }
+
+    QTemporaryFile m_file;
+};
+
+TEST(CommandLine, WatchTakesAList)
+{
+    const Options watch = ListFile("speed,9,100,,,int16\nlamp,0,17,,2,bit\n").options();
+    ASSERT_EQ(watch.listed.size(), 2U);
+    EXPECT_EQ(watch.listed[0].name, QStringLiteral("speed"));
+    EXPECT_EQ(watch.listed[1].elements.element, 15);
+    EXPECT_TRUE(watch.variables.empty());
+    EXPECT_FALSE(watch.statistics);
+}
+
+TEST(CommandLine, WatchTakesAListTogetherWithVariables)
+{
+    const Options watch = ListFile("speed,9,100,,,int16\n").options("9:1 --once --stats");
+    EXPECT_EQ(watch.listed.size(), 1U);
+    EXPECT_EQ(watch.variables.size(), 1U);
+    EXPECT_TRUE(watch.once);
+    EXPECT_TRUE(watch.statistics);
+}
+
+TEST(CommandLine, WatchChoosesBlocksThatModbusAllowsForItsList)
+{
+    const ListFile words("a,9,100,,,int16\n");
+    const ListFile doubleWords("a,9,100,,,int16\nb,14,200,,,int32\n");
+    EXPECT_EQ(words.options().settings.maxBlockCount, 125);
+    EXPECT_EQ(doubleWords.options().settings.maxBlockCount, 63);
+    EXPECT_EQ(doubleWords.options("--max-block 20").settings.maxBlockCount, 20);
+    EXPECT_THAT(doubleWords.refusal("--max-block 64"), HasSubstr("--max-block 64: blocks of 64 words"));
+    EXPECT_EQ(words.options("14:200").settings.maxBlockCount, 63);
+}
+
+TEST(CommandLine, AllWrongLinesOfAListAreToldAtOnce)
+{
+    const ListFile list("a,9,0,,,int17\nb,9,1,,,int16\nc,9,0,3,,int16\nd,9\n");
+    const std::string path = list.path().toStdString();
+    EXPECT_EQ(
+        list.refusal(),
+        "--vars " + path + ": nothing is polled until this is put right:\n" + path +
+            ": line 2: \"int17\" is no type of area 9; it holds int16, uint16, int32, uint32, float32, "
+            "hex, text\n    a,9,0,,,int17\n" +
+            path +
+            ": line 4: station 3 is not served; only station 1 is, unless several stations are switched "
+            "on in the settings\n    c,9,0,3,,int16\n" +
+            path +
+            ": line 5: it has 2 fields; 6 are expected: name,area,address,station,count,type\n    d,9\n"
+            "plcpanel watch --help explains commands, variables and options.");
+}
+
+TEST(CommandLine, AListMayNameTheStationOfTheOption)
+{
+    EXPECT_EQ(ListFile("a,9,0,3,,int16\n").options("--station 3").listed[0].elements.station, 3);
+}
+
+TEST(CommandLine, AListWithoutVariablesIsRefused)
+{
+    EXPECT_THAT(ListFile("# nothing\n").refusal(), HasSubstr("the list holds no variable"));
+}
+
+TEST(CommandLine, AListThatCannotBeReadIsRefused)
+{
+    EXPECT_THAT(refusal("watch --controller a --vars /no/such/file.csv"),
+                HasSubstr("\n/no/such/file.csv: cannot read it: "));
+}
+
+TEST(CommandLine, AListHasTypesInsteadOfHexadecimal)
+{
+    EXPECT_THAT(ListFile("a,9,0,,,hex\n").refusal("--hex"), HasSubstr("--hex and --vars exclude each other"));
+}
+
 struct Refused {
     const char* words;
     const char* said;
@@ -193,6 +286,9 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{"write 9:1x3=4 --controller a", "1 values are given for 3 elements"},
         Refused{"write 9:65534=1,2 --controller a", "do not lie in area 9"},
         Refused{"write 0:1=1 --controller a", "area 0 can only be read"},
+        Refused{"watch --controller a", "or a list of them: --vars FILE"},
+        Refused{"read 9:1 --vars x.csv --controller a", "--vars is no option of read"},
+        Refused{"read 9:1 --stats --controller a", "--stats is no option of read"},
         Refused{"demo 9:1", "\"9:1\" is one argument too many"},
         Refused{"demo --controller a", "--controller is no option of demo"}));
 

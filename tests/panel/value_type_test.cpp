@@ -68,6 +68,12 @@ TEST(ValueText, ShowsTextLowByteFirstWithoutItsPadding)
     EXPECT_EQ(valueText(ValueType::Text, 9, {0x5550, 0x504D, 0x3120, 0x0000}), QStringLiteral("\"PUMP 1\""));
 }
 
+TEST(ValueText, ShowsNoCharacterBehindTheLastOne)
+{
+    EXPECT_EQ(valueText(ValueType::Text, 9, {0x4241, 0x4443}, 3), QStringLiteral("\"ABC\""));
+    EXPECT_EQ(valueText(ValueType::Int16, 9, {1, 2, 3}, 2), QStringLiteral("1 2 3")); // no characters
+}
+
 TEST(ValueText, ShowsControlCharactersAsDots)
 {
     EXPECT_EQ(valueText(ValueType::Text, 9, {0x1B41, 0x0042}), QStringLiteral("\"A.B\""));

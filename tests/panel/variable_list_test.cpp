@@ -71,6 +71,8 @@ TEST(VariableList, CountsValuesNotElements)
     EXPECT_EQ(list.variables[0].elements.count, 4);
     EXPECT_EQ(list.variables[1].elements.count, 2);
     EXPECT_EQ(list.variables[2].elements.count, 3);
+    EXPECT_EQ(list.variables[0].count, 2);
+    EXPECT_EQ(list.variables[2].count, 5);
 }
 
 TEST(VariableList, ReportsAllWrongLinesAtOnceWithNumberAndText)
@@ -115,6 +117,31 @@ TEST(VariableList, RefusesANameTwice)
     const VariableList list = parseVariableList(header + "a,9,0,1,1,int16\na,9,1,1,1,int16\n");
     ASSERT_EQ(list.errors.size(), 1);
     EXPECT_TRUE(list.errors[0].startsWith(QStringLiteral("line 3: the name \"a\" is taken by line 2")));
+}
+
+TEST(VariableList, RefusesANameThatATerminalWouldActOn)
+{
+    EXPECT_TRUE(errorOf("a\x1b[2J,9,0,1,1,int16").contains(QStringLiteral("cannot be shown")));
+}
+
+TEST(VariableList, RepeatsAWrongLineWithoutWhatATerminalWouldActOn)
+{
+    const VariableList list = parseVariableList(header + "a\x1b[2J,9\n");
+    ASSERT_EQ(list.errors.size(), 1);
+    EXPECT_TRUE(list.errors[0].endsWith(QStringLiteral("\n    a.[2J,9")));
+}
+
+TEST(VariableList, TellsWhatElseIsAgainstAVariableAmongTheOtherErrors)
+{
+    const VariableList list =
+        parseVariableList(header + "a,9,0,1,1,int17\nb,9,0,2,1,int16\nc,9\nd,9,1,1,1,int16\n",
+                          [](const ListedVariable& variable) {
+                              return variable.elements.station == 2 ? QStringLiteral("not here") : QString();
+                          });
+    ASSERT_EQ(list.errors.size(), 3);
+    EXPECT_TRUE(list.errors[0].startsWith(QStringLiteral("line 2: ")));
+    EXPECT_EQ(list.errors[1], QStringLiteral("line 3: not here\n    b,9,0,2,1,int16"));
+    EXPECT_TRUE(list.errors[2].startsWith(QStringLiteral("line 4: ")));
 }
 
 TEST(VariableList, RefusesQuotesThatDoNotMatch)

@@ -30,6 +30,22 @@ WatchRow failedRow(const char* variable, const std::vector<quint32>& values, qin
     return failed;
 }
 
+WatchRow listedRow(const char* name, ValueType type, int area, const std::vector<quint32>& values)
+{
+    WatchRow row;
+    row.variable.area = area;
+    row.variable.count = static_cast<int>(values.size());
+    row.value.state = ValueState::Fresh;
+    row.value.values = values;
+    row.value.ageMs = 20;
+    ListedVariable listed;
+    listed.name = QLatin1String(name);
+    listed.type = type;
+    listed.count = 99;
+    row.listed = listed;
+    return row;
+}
+
 WatchView view(const std::vector<WatchRow>& rows)
 {
     WatchView view;
@@ -109,18 +125,65 @@ TEST(WatchTable, CutsReasonsAndThenRowsInALowWindow)
 VARIABLE  VALUE  AGE      STATE
 9:1       (0)    0.0 s    failed: no reply within
 9:2       (0)    0.0 s    failed: no reply within
-(2 more do not fit into this window)
+(2 more do not fit, all fresh; --once prints all)
 )");
+}
+
+TEST(WatchTable, TellsHowManyOfTheRowsThatDoNotFitAreOld)
+{
+    TableStyle style;
+    style.lines = 5;
+    const QStringList lines =
+        watchTable(view({row("9:1", ValueState::Fresh, {1}, 0), row("9:2", ValueState::Stale, {2}, 3000),
+                         row("9:3", ValueState::Fresh, {3}, 0), failedRow("9:4", {4}, 0)}),
+                   style);
+    EXPECT_EQ(lines.last(), QStringLiteral("(3 more do not fit, 2 not fresh; --once prints all)"));
 }
 
 TEST(WatchTable, NoLineIsWiderThanTheWindow)
 {
+    const WatchRow text = listedRow("the name of the recipe", ValueType::Text, 14, {0x44434241, 0x48474645});
+    const WatchView rows = view({failedRow("14:200x3", {70000, 4294967295, 1}, 0), text});
     TableStyle style;
     for (style.columns = 1; style.columns < 120; ++style.columns) {
-        for (const QString& line :
-             watchTable(view({failedRow("14:200x3", {70000, 4294967295, 1}, 0)}), style))
+        for (const QString& line : watchTable(rows, style))
             ASSERT_LE(line.size(), style.columns);
     }
+}
+
+TEST(WatchTable, ShowsListedVariablesByTheirNamesAndTypes)
+{
+    WatchRow stale = listedRow("level", ValueType::Int16, 9, {0xFFFE, 3});
+    stale.value.state = ValueState::Stale;
+    stale.value.ageMs = 3000;
+    EXPECT_EQ(table(view({row("9:100x2", ValueState::Fresh, {1, 2}, 0),
+                          listedRow("oven temperature", ValueType::Float32, 9, {0, 0x3FC0}),
+                          listedRow("label", ValueType::Text, 9, {0x4241, 0x2043, 0x0044}), stale})),
+              R"(
+10.0.0.1:502, station 7: connected for 12 s
+
+VARIABLE          VALUE    AGE      STATE
+9:100x2           1 2      0.0 s    fresh
+oven temperature  1.5      0.0 s    fresh
+label             "ABC D"  0.0 s    fresh
+level             (-2 3)   3.0 s    stale
+)");
+}
+
+TEST(WatchTable, BreaksALongTextAndCutsALongNameInANarrowWindow)
+{
+    TableStyle style;
+    style.columns = 44;
+    EXPECT_EQ(table(view({listedRow("the third recipe of the day", ValueType::Text, 9,
+                                    {0x4241, 0x4443, 0x4645, 0x4847, 0x4A49, 0x4C4B})}),
+                    style),
+              R"(
+10.0.0.1:502, station 7: connected for 12 s
+
+VARIABLE        VALUE     AGE      STATE
+the third re..  "ABCDEFG  0.0 s    fresh
+                HIJKL"
+)");
 }
 
 TEST(WatchTable, ColoursTellOldFromFailed)
