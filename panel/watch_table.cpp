@@ -17,6 +17,9 @@ const int narrowestValueCell = 8;
 const int narrowestNameCell = 8; // that of the heading
 const int neverCutName = 12;     // no AREA:ADDRESS is longer without a large count
 const int ageWidth = 7;
+const int shortState = 12;
+const int usualValue = 16;
+const int besideName = usualValue + ageWidth + shortState + 3 * gap;
 
 enum Colour { Plain = 0, Bold = 1, Red = 31, Green = 32, Yellow = 33 };
 
@@ -73,13 +76,13 @@ QString nameOf(const WatchRow& row)
     return row.listed ? row.listed->name : variableText(row.variable);
 }
 
-/// A name longer than a third of the window would leave no room for the value.
+/// A name takes what a window leaves beside the other columns with a value of usual length.
 int nameWidth(const WatchView& view, const TableStyle& style)
 {
     int width = narrowestNameCell;
     for (const WatchRow& row : view.rows)
         width = std::max(width, nameOf(row).size());
-    return style.columns == 0 ? width : std::min(width, std::max(neverCutName, style.columns / 3));
+    return style.columns == 0 ? width : std::min(width, std::max(neverCutName, style.columns - besideName));
 }
 
 QString cutName(const QString& name, int width)
@@ -92,7 +95,7 @@ int valueRoom(const TableStyle& style, int name)
 {
     if (style.columns == 0)
         return widestValueCell;
-    const int others = name + ageWidth + 12 + 3 * gap; // 12: a short state
+    const int others = name + ageWidth + shortState + 3 * gap;
     return std::max(narrowestValueCell, std::min(widestValueCell, style.columns - others));
 }
 

@@ -180,9 +180,9 @@ TEST(WatchTable, BreaksALongTextAndCutsALongNameInANarrowWindow)
               R"(
 10.0.0.1:502, station 7: connected for 12 s
 
-VARIABLE        VALUE     AGE      STATE
-the third re..  "ABCDEFG  0.0 s    fresh
-                HIJKL"
+VARIABLE      VALUE     AGE      STATE
+the third ..  "ABCDEFG  0.0 s    fresh
+              HIJKL"
 )");
 }
 
