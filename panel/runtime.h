@@ -64,8 +64,8 @@ struct Statistics {
 /// whatever waited for it fails with that request. A new write or read is tried at once and so ends the
 /// pause.
 ///
-/// write(), read(), value(), setStation() and the reports may be called from any thread, also at once, between
-/// start() and stop().
+/// write(), read(), value(), setStation() and the reports may be called from any thread, also at once,
+/// between start() and stop().
 class Runtime
 {
 public:
