@@ -35,7 +35,7 @@ public:
     /// \param triesOfRequest tries that a request has by right, the first included
     StationPauses(int firstPauseMs, int triesOfRequest);
 
-    static const int longestPauseMs = 30000;
+    static constexpr int longestPauseMs = 30000;
 
     /// After each try of a request of \a station.
     void tried(int station, TryEnd end);
