@@ -227,4 +227,29 @@ TEST_F(RuntimeCounts, ConnectionsThatWereClosed)
                                [](const LinkState& state) { return state.connects > 3; }));
 }
 
+TEST_F(RuntimeCounts, RemoteConnectionsThatALateReplyCouldStillComeOn)
+{
+    useRemoteController();
+    EXPECT_TRUE(seenAfterReads(&simulator::FaultSettings::late,
+                               [](const LinkState& state) { return state.untrusted > 2; }));
+}
+
+TEST_F(RuntimeCounts, RemoteRepliesThatCameTwice)
+{
+    useRemoteController();
+    EXPECT_TRUE(seenAfterReads(&simulator::FaultSettings::doubled, [](const LinkState& state) {
+        return state.dropped.doubled > 2 && state.untrusted > 2;
+    }));
+}
+
+TEST_F(RuntimeCounts, RemoteRepliesOfTheWrongStationOrSize)
+{
+    useRemoteController();
+    EXPECT_TRUE(seenAfterReads(&simulator::FaultSettings::wrongUnit,
+                               [](const LinkState& state) { return state.dropped.wrongUnit > 2; }));
+    runtime.reset();
+    EXPECT_TRUE(seenAfterReads(&simulator::FaultSettings::longer,
+                               [](const LinkState& state) { return state.dropped.wrongPlace > 2; }));
+}
+
 } // namespace
