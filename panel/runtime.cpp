@@ -53,8 +53,10 @@ Pending<Outcome> refused(const QString& reason)
 }
 
 /// A gateway answers in place of a station that it cannot reach.
-TryEnd endOf(const LinkExchange& exchange)
+TryEnd endOf(const LinkExchange& exchange, int code)
 {
+    if (isSuccess(code))
+        return TryEnd::Answered;
     if (!exchange.sent)
         return TryEnd::NotSent;
     const int exception = exceptionCode(exchange.reply);
@@ -458,7 +460,7 @@ int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange)
     ++m_statistics.exchanges;
     countCyclic(turn.request, code != PLC_RETRYING);
     if (turn.replyExpected)
-        m_pauses.tried(turn.request.station, endOf(exchange));
+        m_pauses.tried(turn.request.station, endOf(exchange, code));
     if (isSuccess(code))
         answered(turn);
     else if (code == PLC_RETRYING)
