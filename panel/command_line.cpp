@@ -67,6 +67,7 @@ Settings settingsOf(const QCommandLineParser& parser, Command command)
         return settings;
     settings.remoteMode = parser.isSet(QStringLiteral("remote"));
     settings.station = numberOf(parser, "station", 0, 255, settings.station);
+    settings.multiStation = parser.isSet(QStringLiteral("multi-station"));
     if (!parser.isSet(QStringLiteral("controller")))
         refuse(QStringLiteral("--controller is missing; say which controller, for example --controller "
                               "192.168.0.10:502"));

@@ -1,6 +1,7 @@
 #include "panel/read_command.h"
 
 #include "panel/output.h"
+#include "panel/request_pieces.h"
 #include "panel/session.h"
 #include "panel/trace.h"
 
@@ -16,7 +17,8 @@ namespace
 void report(const Options& options, const Variable& variable, const ReadOutcome& outcome, int width)
 {
     if (options.format == ValueFormat::Json)
-        print(readJson(variable, options.settings.station, outcome) + QLatin1Char('\n'));
+        print(readJson(variable, withStation(variable, options.settings).station, outcome) +
+              QLatin1Char('\n'));
     else if (outcome.done)
         print(readLine(variable, outcome, options.format, width) + QLatin1Char('\n'));
     else

@@ -77,7 +77,7 @@ QString stationRefusal(const Variable& variable, const Settings& settings)
         return QStringLiteral("%1 is no station; stations are 0 to 255").arg(variable.station);
     if (!settings.multiStation && variable.station != settings.station)
         return QStringLiteral("station %1 is not served; only station %2 is, unless several stations are "
-                              "switched on in the settings")
+                              "switched on in the settings (--multi-station)")
             .arg(variable.station)
             .arg(settings.station);
     return QString();

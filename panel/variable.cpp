@@ -11,6 +11,7 @@ namespace
 const int areaCount = 15;
 const int elementsOfArea = 65535;
 const int bitsOfWord = 16;
+const int lastStation = 255;
 
 /// How a person writes an element of an area: in which number base, and the number of element 0.
 struct AreaText {
@@ -99,6 +100,23 @@ std::optional<int> takeCount(QString* address, QString* error)
     return count;
 }
 
+/// The station behind the '@' of an address, which is cut off; -1 when there is none.
+std::optional<int> takeStation(QString* address, QString* error)
+{
+    const int sign = address->indexOf(QLatin1Char('@'));
+    if (sign < 0)
+        return -1;
+    const QString text = address->mid(sign + 1);
+    const int station = parseNumber(text, 10);
+    if (station < 0 || station > lastStation)
+        return fail(error,
+                    QStringLiteral("\"%1\" is no station; a number from 0 to %2 is expected after the @")
+                        .arg(text)
+                        .arg(lastStation));
+    address->truncate(sign);
+    return station;
+}
+
 /// Decimal, negative decimal (-1 is all bits set) or 0x hexadecimal; nothing when it does not fit \a bits.
 std::optional<quint32> parseValue(const QString& text, int bits)
 {
@@ -174,7 +192,8 @@ std::optional<Variable> parseVariable(const QString& text, QString* error)
                                .arg(text));
     QString address = text.mid(colon + 1);
     const auto area = parseArea(text.left(colon), error);
-    const auto count = area ? takeCount(&address, error) : std::nullopt;
+    const auto station = area ? takeStation(&address, error) : std::nullopt;
+    const auto count = station ? takeCount(&address, error) : std::nullopt;
     const auto element = count ? parseAddress(*area, address, error) : std::nullopt;
     if (!element)
         return std::nullopt;
@@ -189,14 +208,19 @@ std::optional<Variable> parseVariable(const QString& text, QString* error)
     variable.area = *area;
     variable.element = *element;
     variable.count = *count;
+    variable.station = *station;
     return variable;
 }
 
 QString variableText(const Variable& variable)
 {
-    const QString text =
+    QString text =
         QStringLiteral("%1:%2").arg(variable.area).arg(addressText(variable.area, variable.element));
-    return variable.count == 1 ? text : text + QStringLiteral("x%1").arg(variable.count);
+    if (variable.count != 1)
+        text += QStringLiteral("x%1").arg(variable.count);
+    if (variable.station >= 0)
+        text += QStringLiteral("@%1").arg(variable.station);
+    return text;
 }
 
 std::optional<std::vector<quint32>> parseValues(int area, const QString& text, QString* error)

@@ -210,7 +210,7 @@ TEST(CommandLine, AllWrongLinesOfAListAreToldAtOnce)
             "hex, text\n    a,9,0,,,int17\n" +
             path +
             ": line 4: station 3 is not served; only station 1 is, unless several stations are switched "
-            "on in the settings\n    c,9,0,3,,int16\n" +
+            "on in the settings (--multi-station)\n    c,9,0,3,,int16\n" +
             path +
             ": line 5: it has 2 fields; 6 are expected: name,area,address,station,count,type\n    d,9\n"
             "plcpanel watch --help explains commands, variables and options.");

@@ -85,9 +85,28 @@ TEST(ParseVariable, SaysWhatIsWrongAndWhatIsExpected)
     EXPECT_THAT(errorOf("9:65530x6"), HasSubstr("at most 5 are there"));
 }
 
+TEST(ParseVariable, TakesAStation)
+{
+    QString error;
+    EXPECT_EQ(parseVariable(QStringLiteral("9:100x2@3"), &error)->station, 3);
+    EXPECT_EQ(parseVariable(QStringLiteral("9:100x2@3"), &error)->count, 2);
+    EXPECT_EQ(parseVariable(QStringLiteral("9:100@255"), &error)->station, 255);
+    EXPECT_EQ(parseVariable(QStringLiteral("9:100"), &error)->station, -1);
+}
+
+TEST(ParseVariable, RefusesWhatIsNoStation)
+{
+    EXPECT_THAT(errorOf("9:100@256"), HasSubstr("\"256\" is no station; a number from 0 to 255 is expected"));
+    EXPECT_THAT(errorOf("9:100@"), HasSubstr("is no station"));
+    EXPECT_THAT(errorOf("9:100@-1"), HasSubstr("is no station"));
+    EXPECT_THAT(errorOf("9:100@3@4"), HasSubstr("is no station"));
+    EXPECT_THAT(errorOf("9:100@3x2"), HasSubstr("is no station"));
+}
+
 TEST(VariableText, IsWhatParseVariableTakes)
 {
-    for (const char* text : {"0:17", "1:777x9", "7:8100", "8:10.3x20", "9:100x10", "14:200x2"}) {
+    for (const char* text :
+         {"0:17", "1:777x9", "7:8100", "8:10.3x20", "9:100x10", "14:200x2", "9:100@0", "8:10.3x20@255"}) {
         QString error;
         const auto variable = parseVariable(QLatin1String(text), &error);
         ASSERT_TRUE(variable) << text;
