@@ -1,5 +1,5 @@
 // What one dead station among eight costs the others: how often the living ones are refreshed, and their
-// longest wait, with all alive, with one dead and tried in every pass, and with one dead that gets pauses.
+// oldest value, with all alive, with one dead and tried in every pass, and with one dead that gets pauses.
 //
 //     dead_station_bench [SECONDS]    how long each of the three is measured; 60 by default
 
@@ -29,7 +29,7 @@ const int settleMs = 500;
 const panel::Variable list[] = {{9, 0, 60, -1}, {2, 0, 200, -1}, {14, 0, 20, -1}};
 const int requestsOfStation = 3;
 
-/// Counts good replies of the living stations, and the longest time between two of one station.
+/// Counts good replies of the living stations, and the longest time that a value of theirs grew old.
 class Refreshes
 {
 public:
@@ -39,7 +39,7 @@ public:
         if (record.request.station == deadStation)
             ++m_framesToDead;
         else if (record.result == PLC_DONE && record.request.hostKey == panel::cyclicKey)
-            noteReply(record.request.station);
+            noteReply({record.request.station, record.request.area});
     }
 
     void begin()
@@ -49,8 +49,7 @@ public:
         m_framesToDead = 0;
         m_longestMs = 0;
         m_clock.start();
-        for (int station = 1; station <= stations; ++station)
-            m_last[station] = 0;
+        m_last.clear(); // a block that was never read counts from here on
     }
 
     void print(const char* what)
@@ -65,17 +64,19 @@ public:
     }
 
 private:
-    void noteReply(int station)
+    using Block = std::pair<int, int>; // station and area
+
+    void noteReply(const Block& block)
     {
         const qint64 now = m_clock.elapsed();
-        m_longestMs = std::max(m_longestMs, now - m_last[station]);
-        m_last[station] = now;
+        m_longestMs = std::max(m_longestMs, now - m_last[block]);
+        m_last[block] = now;
         ++m_replies;
     }
 
     std::mutex m_mutex;
     QElapsedTimer m_clock;
-    std::map<int, qint64> m_last; // reply of each station
+    std::map<Block, qint64> m_last; // its last reply
     qint64 m_longestMs = 0;
     long m_replies = 0;
     long m_framesToDead = 0;
@@ -132,8 +133,8 @@ int main(int argc, char* argv[])
         "passes; %d s each\n\n",
         stations, requestsOfStation, replyMs, defaults.timeoutMs, defaults.retryLimit, defaults.cyclePauseMs,
         seconds);
-    std::printf("%-38s %12s %14s %14s\n", "", "refreshes/s", "longest wait", "tries of the");
-    std::printf("%-38s %12s %14s %14s\n", "", "of a living", "of a living/ms", "dead one");
+    std::printf("%-38s %12s %14s %14s\n", "", "refreshes/s", "oldest value", "frames to");
+    std::printf("%-38s %12s %14s %14s\n", "", "of a living", "of a living/ms", "station 4");
     measure("all alive", false, 0, seconds);
     measure("one dead, no pauses", true, 0, seconds);
     measure("one dead, with pauses", true, defaults.stationPauseMs, seconds);

@@ -27,6 +27,11 @@ const OptionRow optionRows[] = {
      "The station (Modbus unit) that the variables belong to, 0 to 255. Station 0 is a broadcast: it can be "
      "written, and no controller confirms it.",
      R | W | V, &Settings::station},
+    {"multi-station", nullptr,
+     "Several stations share the link: a variable names its own, AREA:ADDRESS@STATION, and --station is that "
+     "of the others. A station that does not answer is left alone for a while, so that the others need not "
+     "wait for it.",
+     R | W | V, nullptr},
     {"vars", "FILE",
      "Watch the variables of a list: CSV, its first line name,area,address,station,count,type, then a "
      "variable "
@@ -74,7 +79,8 @@ const CommandRow commandRows[] = {
      "of elements from ADDRESS on.\n",
      "  plcpanel read 9:100 --controller 192.168.0.10\n"
      "  plcpanel read 9:100x10 0:17 8:10.3 14:200x2 --controller plc.example:1502 --hex\n"
-     "  plcpanel read 9:100x3 --controller 127.0.0.1:1502 --json\n"},
+     "  plcpanel read 9:100x3 --controller 127.0.0.1:1502 --json\n"
+     "  plcpanel read 9:100@1 9:100@2 --multi-station --controller 127.0.0.1:1502\n"},
     {Command::Write, W, "write", "write AREA:ADDRESS=VALUE[,VALUE...]...",
      "write values and wait for confirmation",
      "Writes each variable, one after the other, waits until the controller has confirmed it, and says for "
@@ -91,7 +97,11 @@ const CommandRow commandRows[] = {
      "printed\n"
      "again when a value, a state or the link changes. A value that is not as the controller answered just "
      "now\n"
-     "stands in parentheses, and its state says why.\n",
+     "stands in parentheses, and its state says why. Several stations have a line each above the table.\n"
+     "\n"
+     "While it runs, o3 and Enter switch station 3 off, i3 and Enter switch it on, and q ends. Where "
+     "standard\n"
+     "input is no terminal the same is read from it, a line for each.\n",
      "  plcpanel watch 9:100x4 0:17 14:200 --controller 192.168.0.10\n"
      "  plcpanel watch 9:100 --controller 127.0.0.1:1502 --once\n"
      "  plcpanel watch --vars examples/machine.csv --stats --controller 127.0.0.1:1502\n"
@@ -124,7 +134,8 @@ QString variablesText()
            areaGuide() +
            QStringLiteral(
                "An area has 65535 elements (area 8: sixteen bits for each word). Octal digits are 0 to 7: "
-               "0:17 is the\nsixteenth bit of area 0.\n");
+               "0:17 is the\nsixteenth bit of area 0. With --multi-station an @ and the station may follow: "
+               "9:100x4@3.\n");
 }
 
 /// The parser's own text from the heading of the options on, which wraps their explanations.

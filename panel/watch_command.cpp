@@ -1,8 +1,11 @@
 #include "panel/watch_command.h"
 
+#include "panel/keyboard.h"
+#include "panel/output.h"
 #include "panel/session.h"
 #include "panel/trace.h"
 #include "panel/watch_display.h"
+#include "panel/watch_order.h"
 #include "panel/watch_signals.h"
 
 #include <QElapsedTimer>
@@ -40,6 +43,8 @@ WatchView viewOf(const Options& options, const Runtime& runtime)
     view.controller = QStringLiteral("%1:%2").arg(options.settings.host).arg(options.settings.port);
     view.station = options.settings.station;
     view.link = runtime.linkState();
+    if (options.settings.multiStation)
+        view.stations = runtime.stations();
     view.rows = emptyRows(options);
     int index = 0;
     for (WatchRow& row : view.rows)
@@ -83,8 +88,11 @@ FirstPass waitForFirstPass(const Options& options, Session* session, int millise
     while (!triedAll(options, session)) {
         if (milliseconds >= 0 && clock.elapsed() >= milliseconds)
             return FirstPass::NotYet;
-        if (WatchSignals::wait(firstLookMs) == WatchSignals::End)
+        const WatchSignals::Kind kind = WatchSignals::wait(firstLookMs);
+        if (kind == WatchSignals::End)
             return FirstPass::Ended;
+        if (kind == WatchSignals::Suspended)
+            WatchSignals::suspend();
     }
     return FirstPass::Over;
 }
@@ -101,30 +109,107 @@ ExitStatus showOnce(const Options& options, Session* session, Display* display)
                                                                                   : ControllerFailed;
 }
 
-void showUntilSignalled(const Options& options, Session* session, Display* display)
+/// A display that goes on until a signal or the user ends it.
+class LiveWatch
 {
-    if (!display->redraws() && waitForFirstPass(options, session, patienceMs) == FirstPass::Ended)
-        return;
-    for (;;) {
-        display->show(reportOf(options, session->runtime()));
-        switch (WatchSignals::wait(options.intervalMs)) {
-        case WatchSignals::End:
-            return;
-        case WatchSignals::Resized:
-            display->resized();
-            break;
-        case WatchSignals::Continued:
-            display->continued();
-            break;
-        case WatchSignals::None:
-            break;
-        }
+public:
+    LiveWatch(const Options& options, Session* session, Display* display)
+        : m_options(options), m_session(session), m_display(display), m_keyboard(display->redraws())
+    {
     }
-}
+
+    void run()
+    {
+        if (!m_display->redraws() && waitForFirstPass(m_options, m_session, patienceMs) == FirstPass::Ended)
+            return;
+        do {
+            WatchReport report = reportOf(m_options, m_session->runtime());
+            report.prompt = prompt();
+            m_display->show(report);
+        } while (goOn(WatchSignals::wait(m_options.intervalMs, m_keyboard.descriptor())));
+    }
+
+private:
+    /// \return false for the end
+    bool goOn(WatchSignals::Kind kind)
+    {
+        switch (kind) {
+        case WatchSignals::End:
+            return false;
+        case WatchSignals::Resized:
+            m_display->resized();
+            return true;
+        case WatchSignals::Suspended:
+            m_keyboard.release();
+            WatchSignals::suspend();
+            return true;
+        case WatchSignals::Continued:
+            m_keyboard.take();
+            m_display->continued();
+            return true;
+        case WatchSignals::Input:
+            return takeKeys(m_keyboard.read());
+        case WatchSignals::None:
+            return true;
+        }
+        return true;
+    }
+
+    bool takeKeys(const QByteArray& keys)
+    {
+        for (const char key : keys) {
+            m_news.clear();
+            if (m_line.press(key, m_keyboard.hasTerminal()) && !obey(parseWatchOrder(m_line.take())))
+                return false;
+        }
+        return true;
+    }
+
+    bool obey(const WatchOrder& order)
+    {
+        const bool on = order.kind == WatchOrder::SwitchOn;
+        if (order.kind == WatchOrder::Wrong)
+            tell(order.error);
+        if (on || order.kind == WatchOrder::SwitchOff) {
+            m_session->runtime().setStation(order.station, on);
+            m_news = QStringLiteral("station %1 is switched %2")
+                         .arg(order.station)
+                         .arg(on ? QStringLiteral("on") : QStringLiteral("off"));
+        }
+        return order.kind != WatchOrder::End;
+    }
+
+    void tell(const QString& error)
+    {
+        m_news = error;
+        if (!m_display->redraws())
+            complain(error);
+    }
+
+    QString prompt() const
+    {
+        if (!m_line.text().isEmpty())
+            return QStringLiteral("> ") + m_line.text();
+        if (!m_news.isEmpty())
+            return m_news;
+        if (!m_keyboard.hasTerminal())
+            return QStringLiteral("Ctrl-C ends.");
+        return m_options.settings.multiStation
+                   ? QStringLiteral("o3 Enter: station 3 off, i3 Enter: on, q or Ctrl-C ends.")
+                   : QStringLiteral("q or Ctrl-C ends.");
+    }
+
+    const Options& m_options;
+    Session* m_session;
+    Display* m_display;
+    Keyboard m_keyboard;
+    TypedLine m_line;
+    QString m_news; // what the last line brought
+};
 
 ExitStatus showLive(const Options& options, Session* session, Display* display)
 {
-    showUntilSignalled(options, session, display);
+    LiveWatch(options, session, display).run();
     display->end(reportOf(options, session->runtime()));
     return AllGood;
 }

@@ -34,10 +34,7 @@ class LiveTable : public Display
 public:
     explicit LiveTable(ValueFormat format) { m_style.format = format; }
 
-    void show(const WatchReport& report) override
-    {
-        draw(report, QStringList{QString(), QStringLiteral("Ctrl-C ends.")});
-    }
+    void show(const WatchReport& report) override { draw(report, QStringList{QString(), report.prompt}); }
     void end(const WatchReport& report) override { draw(report, {}); }
     bool redraws() const override { return true; }
     void resized() override { print(m_lines.clear()); }

@@ -16,6 +16,7 @@ namespace panel
 struct WatchReport {
     WatchView view;
     std::optional<Statistics> statistics; ///< when the user wants them
+    QString prompt;                       ///< what can be typed, or what is being typed
 };
 
 class Display

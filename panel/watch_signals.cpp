@@ -4,19 +4,65 @@
 #include <ctime>
 #include <initializer_list>
 
+#include <poll.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
+
 namespace panel
 {
 
 namespace
 {
 
-sigset_t watchedSignals()
+sigset_t setOf(std::initializer_list<int> signals)
 {
     sigset_t set;
     sigemptyset(&set);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGWINCH, SIGCONT})
+    for (const int signal : signals)
         sigaddset(&set, signal);
     return set;
+}
+
+sigset_t watchedSignals()
+{
+    return setOf({SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGWINCH, SIGTSTP, SIGCONT});
+}
+
+WatchSignals::Kind kindOf(int signal)
+{
+    switch (signal) {
+    case SIGINT:
+    case SIGTERM:
+    case SIGHUP:
+    case SIGQUIT:
+        return WatchSignals::End;
+    case SIGWINCH:
+        return WatchSignals::Resized;
+    case SIGTSTP:
+        return WatchSignals::Suspended;
+    case SIGCONT:
+        return WatchSignals::Continued;
+    default:
+        return WatchSignals::None;
+    }
+}
+
+/// \return the signal that is there, if any
+WatchSignals::Kind pendingSignal()
+{
+    const sigset_t set = watchedSignals();
+    const timespec noTime = {0, 0};
+    return kindOf(sigtimedwait(&set, nullptr, &noTime));
+}
+
+/// Readable while one of the signals is there. One for the whole program.
+int signalDescriptor()
+{
+    static const int descriptor = [] {
+        const sigset_t set = watchedSignals();
+        return signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK);
+    }();
+    return descriptor;
 }
 
 } // namespace
@@ -27,22 +73,23 @@ void WatchSignals::block()
     pthread_sigmask(SIG_BLOCK, &set, nullptr);
 }
 
-WatchSignals::Kind WatchSignals::wait(int milliseconds)
+WatchSignals::Kind WatchSignals::wait(int milliseconds, int input)
 {
-    const sigset_t set = watchedSignals();
-    const timespec time = {milliseconds / 1000, milliseconds % 1000 * 1000000L};
-    switch (sigtimedwait(&set, nullptr, &time)) {
-    case SIGINT:
-    case SIGTERM:
-    case SIGHUP:
-        return End;
-    case SIGWINCH:
-        return Resized;
-    case SIGCONT:
-        return Continued;
-    default:
+    pollfd descriptors[] = {{signalDescriptor(), POLLIN, 0}, {input, POLLIN, 0}};
+    if (poll(descriptors, 2, milliseconds) <= 0)
         return None;
-    }
+    const Kind kind = pendingSignal();
+    if (kind != None || descriptors[1].revents == 0)
+        return kind;
+    return Input;
+}
+
+void WatchSignals::suspend()
+{
+    const sigset_t set = setOf({SIGTSTP});
+    raise(SIGTSTP);
+    pthread_sigmask(SIG_UNBLOCK, &set, nullptr); // here it stops
+    pthread_sigmask(SIG_BLOCK, &set, nullptr);
 }
 
 } // namespace panel

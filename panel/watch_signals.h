@@ -1,5 +1,5 @@
 /// \file
-/// \brief The signals that a live display answers to, taken one by one instead of by handlers.
+/// \brief What a live display answers to: signals, taken one by one instead of by handlers, and input.
 #ifndef PANEL_WATCH_SIGNALS_H
 #define PANEL_WATCH_SIGNALS_H
 
@@ -10,17 +10,23 @@ class WatchSignals
 {
 public:
     enum Kind {
-        None,     ///< the time is over
-        End,      ///< SIGINT, SIGTERM or SIGHUP
-        Resized,  ///< SIGWINCH
-        Continued ///< SIGCONT
+        None,      ///< the time is over
+        End,       ///< SIGINT, SIGTERM, SIGHUP or SIGQUIT
+        Resized,   ///< SIGWINCH
+        Suspended, ///< SIGTSTP: whoever gets it has to call suspend()
+        Continued, ///< SIGCONT
+        Input      ///< the descriptor can be read, or is at its end
     };
 
     /// Keeps the signals for wait(). To be called before any thread is started, because threads inherit it.
     static void block();
 
-    /// \return the signal that came, at the latest after \a milliseconds
-    static Kind wait(int milliseconds);
+    /// \param input a descriptor to wait for as well; -1 for none
+    /// \return what came, at the latest after \a milliseconds; signals before input
+    static Kind wait(int milliseconds, int input = -1);
+
+    /// Stops the program, as SIGTSTP does by itself, until it is continued.
+    static void suspend();
 };
 
 } // namespace panel

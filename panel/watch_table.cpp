@@ -1,6 +1,7 @@
 #include "panel/watch_table.h"
 
 #include "panel/session.h"
+#include "panel/station_lines.h"
 #include "panel/wrapped_text.h"
 
 #include <algorithm>
@@ -20,6 +21,9 @@ const int ageWidth = 7;
 const int shortState = 12;
 const int usualValue = 16;
 const int besideName = usualValue + ageWidth + shortState + 3 * gap;
+
+// Lines about stations take so much of a window at most.
+const int linesForAStationLine = 3;
 
 enum Colour { Plain = 0, Bold = 1, Red = 31, Green = 32, Yellow = 33 };
 
@@ -173,10 +177,21 @@ int linesIn(const std::vector<QStringList>& rows)
     return lines;
 }
 
+bool hasStationLines(const WatchView& view)
+{
+    return view.stations.size() > 1;
+}
+
+int ownStation(const WatchView& view)
+{
+    return view.stations.size() == 1 ? view.stations.front().station : view.station;
+}
+
 QString firstLine(const WatchView& view, const TableStyle& style)
 {
-    const QString line =
-        QStringLiteral("%1, station %2: %3").arg(view.controller).arg(view.station).arg(linkText(view.link));
+    const QString stations = hasStationLines(view) ? QStringLiteral("%1 stations").arg(view.stations.size())
+                                                   : QStringLiteral("station %1").arg(ownStation(view));
+    const QString line = QStringLiteral("%1, %2: %3").arg(view.controller, stations, linkText(view.link));
     return coloured(line, view.link.connected ? Green : Red, style);
 }
 
@@ -184,7 +199,13 @@ QStringList headLines(const WatchView& view, const Widths& widths, const TableSt
 {
     const QString heading = lineOf(QStringLiteral("VARIABLE"), QStringLiteral("VALUE"), QStringLiteral("AGE"),
                                    QStringLiteral("STATE"), widths);
-    return {firstLine(view, style), QString(), coloured(heading, Bold, style)};
+    QStringList lines = {firstLine(view, style)};
+    if (hasStationLines(view)) {
+        const int most = style.lines == 0 ? 0 : std::max(style.lines / linesForAStationLine, 1);
+        for (const StationLine& line : stationLines(view.stations, most))
+            lines << coloured(line.text, line.good ? Plain : Yellow, style);
+    }
+    return lines + QStringList{QString(), coloured(heading, Bold, style)};
 }
 
 /// \return what a user must know of the rows from \a shown on, which cannot be seen
@@ -290,6 +311,8 @@ bool sameNews(const CyclicValue& a, const CyclicValue& b)
 bool sameNews(const WatchView& a, const WatchView& b)
 {
     return a.link.connected == b.link.connected && a.link.lastError == b.link.lastError &&
+           std::equal(a.stations.begin(), a.stations.end(), b.stations.begin(), b.stations.end(),
+                      [](const StationReport& x, const StationReport& y) { return sameNews(x, y); }) &&
            std::equal(a.rows.begin(), a.rows.end(), b.rows.begin(), b.rows.end(),
                       [](const WatchRow& x, const WatchRow& y) { return sameNews(x.value, y.value); });
 }

@@ -5,6 +5,7 @@
 
 #include "panel/cyclic_value.h"
 #include "panel/link.h"
+#include "panel/station_report.h"
 #include "panel/value_text.h"
 #include "panel/variable.h"
 #include "panel/variable_list.h"
@@ -29,6 +30,7 @@ struct WatchView {
     QString controller; ///< "HOST:PORT"
     int station = 1;
     LinkState link;
+    std::vector<StationReport> stations; ///< when several may be in use
     std::vector<WatchRow> rows;
 };
 
@@ -40,7 +42,8 @@ struct TableStyle {
     ValueFormat format = ValueFormat::Decimal;
 };
 
-/// \return the table's lines: the link, a heading, and a row per variable, more when its values need them.
+/// \return the table's lines: the link, a line for each of several stations, a heading, and a row per
+/// variable, more when its values need them.
 ///         Values that are not as the controller answered just now stand in parentheses. In a limited width
 ///         a long name is cut. Rows that do not fit are counted in the last line.
 QStringList watchTable(const WatchView& view, const TableStyle& style);

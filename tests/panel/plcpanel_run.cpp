@@ -75,6 +75,17 @@ bool Plcpanel::eventually(const std::function<bool(const std::string& out)>& con
     return true;
 }
 
+void Plcpanel::type(const char* text)
+{
+    m_process.write(text);
+    m_process.waitForBytesWritten(patienceMs);
+}
+
+RunResult Plcpanel::end()
+{
+    return endOf(&m_process, m_out);
+}
+
 RunResult Plcpanel::endBy(int signal)
 {
     kill(static_cast<pid_t>(m_process.processId()), signal);

@@ -32,6 +32,12 @@ public:
     /// Waits until its output so far fulfils \a condition. \return false when it never does
     bool eventually(const std::function<bool(const std::string& out)>& condition);
 
+    /// Puts \a text into its standard input.
+    void type(const char* text);
+
+    /// Waits for the end, which it comes to by itself.
+    RunResult end();
+
     /// Sends the signal and waits for the end.
     RunResult endBy(int signal);
 
