@@ -103,6 +103,13 @@ bool CyclicValues::contains(int index) const
     return index >= 0 && index < static_cast<int>(m_variables.size());
 }
 
+void CyclicValues::Part::fail(int resultCode, const QString& why)
+{
+    code = resultCode;
+    // Other threads hold copies. The thread sanitizer sees how a moved one goes away, but not into QtCore.
+    reason = QString(why);
+}
+
 std::vector<Variable> CyclicValues::variables() const
 {
     std::vector<Variable> variables;
@@ -201,19 +208,14 @@ void CyclicValues::answered(const RW_VAR& request)
 
 void CyclicValues::givenUp(const RW_VAR& request, int code, const QString& why)
 {
-    forPartsIn(request, [code, &why](Part& part) {
-        part.code = code;
-        part.reason = why;
-    });
+    forPartsIn(request, [code, &why](Part& part) { part.fail(code, why); });
 }
 
 void CyclicValues::lost(int station, int code, const QString& why)
 {
     for (Part* part : m_sorted) {
-        if (part->piece.asked.station != station)
-            continue;
-        part->code = code;
-        part->reason = why;
+        if (part->piece.asked.station == station)
+            part->fail(code, why);
     }
 }
 

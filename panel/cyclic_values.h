@@ -79,6 +79,8 @@ private:
         bool doubtful = false; // a write to it failed since
         int code = 0;          // of the last attempt when it was given up, else 0
         QString reason;
+
+        void fail(int resultCode, const QString& why);
     };
     struct Entry {
         Variable variable;
