@@ -9,6 +9,7 @@
 
 #include <netinet/in.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <vector>
@@ -25,6 +26,7 @@ public:
         if (bind(m_listener, genericAddress(), size) != 0 || listen(m_listener, 8) != 0 ||
             getsockname(m_listener, genericAddress(), &size) != 0)
             ADD_FAILURE() << "no port to listen on";
+        limitWaiting(m_listener);
     }
 
     ~ScriptedController()
@@ -39,7 +41,8 @@ public:
     void acceptAndReceive(std::size_t size = 12)
     {
         m_connection = accept(m_listener, nullptr, nullptr);
-        ASSERT_GE(m_connection, 0);
+        ASSERT_GE(m_connection, 0) << "nobody connects";
+        limitWaiting(m_connection);
         receive(size);
     }
 
@@ -72,6 +75,13 @@ public:
     }
 
 private:
+    /// Only a test that has failed waits so long.
+    static void limitWaiting(int socket)
+    {
+        const timeval patience = {5, 0};
+        setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+    }
+
     sockaddr* genericAddress() { return reinterpret_cast<sockaddr*>(&m_address); }
 
     sockaddr_in m_address = {};
