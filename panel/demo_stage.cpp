@@ -131,8 +131,10 @@ void DemoStage::finish(DemoStep* step)
 
 QString DemoStage::nameOf(const Variable& variable) const
 {
-    const QString name = variableText(variable);
-    return m_multiStation ? QStringLiteral("%1 of %2").arg(name).arg(variable.station) : name;
+    Variable named = variable;
+    if (!m_multiStation)
+        named.station = -1; // there is but one
+    return variableText(named);
 }
 
 QString DemoStage::writeName(const Variable& variable, const Values& values) const
