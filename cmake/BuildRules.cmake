@@ -34,3 +34,10 @@ if(PLC_SANITIZE)
     add_compile_options(-fno-sanitize-recover=undefined)
   endif()
 endif()
+
+# The panel and the simulator wait for networks and people: building them quickly is worth more than optimizing
+# them.
+set(PLC_TOOL_OPTIMIZATION -O1)
+if(PLC_SANITIZE)
+  set(PLC_TOOL_OPTIMIZATION -O0)
+endif()
