@@ -1,3 +1,5 @@
+#include "driver/host_interface.h"
+
 #include "driver/modbus_rtu_master.h"
 
 void* LB = nullptr;
@@ -29,4 +31,11 @@ void FlashLocalRegister(void* first, void* second, void* third)
 int QueryFinishFlag()
 {
     return 1;
+}
+
+void TellListDone(int hostKey)
+{
+    QList<RW_VAR> empty;
+    if (PLC_driver.listDoneCallback)
+        PLC_driver.listDoneCallback(&empty, hostKey, 1);
 }

@@ -1,5 +1,6 @@
 #include "driver/reply_handling.h"
 
+#include "driver/host_interface.h"
 #include "driver/modbus_rtu_master.h"
 #include "driver/return_codes.h"
 #include "frames/address_map.h"
@@ -149,9 +150,7 @@ void RemoveStation(QList<RW_VAR>& list, int station)
 // Cyclic reads stay.
 void Purge()
 {
-    QList<RW_VAR> empty;
-    if (PLC_driver.listDoneCallback)
-        PLC_driver.listDoneCallback(&empty, PLC_driver.retVar.hostKey, 1);
+    TellListDone(PLC_driver.retVar.hostKey);
     if (PLC_driver.comInfo->multiStation == 0) {
         PLC_driver.onceReadList.clear();
         PLC_driver.writeList.clear();

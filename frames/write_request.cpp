@@ -1,5 +1,6 @@
 #include "frames/write_request.h"
 
+#include "driver/host_interface.h"
 #include "driver/modbus_rtu_master.h"
 #include "frames/frame_bytes.h"
 #include "image/image_write.h"
@@ -67,13 +68,6 @@ QByteArray WriteFrame(const Area& area, RW_VAR& request)
     return QByteArray();
 }
 
-void TellRuntime(int hostKey)
-{
-    QList<RW_VAR> empty;
-    if (PLC_driver.listDoneCallback)
-        PLC_driver.listDoneCallback(&empty, hostKey, 1);
-}
-
 } // namespace
 
 void WriteRegister(RW_VAR* request)
@@ -85,7 +79,7 @@ void WriteRegister(RW_VAR* request)
         WriteBool_WordOfBit(request);
     else
         WriteAnalog(request);
-    TellRuntime(request->hostKey);
+    TellListDone(request->hostKey);
     // After a failed reply the value may never arrive, so the image keeps what it has.
     if (PLC_driver.lastFailed == 0)
         WriteDataToLocal(request);
