@@ -80,6 +80,24 @@ inline void putIntoController(simulator::SimulatedController& controller, int ar
     }
 }
 
+/// \return a value that tells element \a index of an area from its neighbours, and its halves apart
+inline quint32 testValue(int area, int index)
+{
+    if (area <= 8)
+        return index % 3 == 0 ? 1 : 0;
+    const quint32 value = 0x89AB0001u + static_cast<quint32>(index) * 0x10003u;
+    return area == 14 ? value : value & 0xFFFF;
+}
+
+/// \return testValue() of the first \a count elements
+inline std::vector<quint32> testValues(int area, int count)
+{
+    std::vector<quint32> values;
+    for (int index = 0; index < count; ++index)
+        values.push_back(testValue(area, index));
+    return values;
+}
+
 /// Starts a controller; the runtime is started by the test, after it has changed the settings.
 class PanelFixture : public testing::Test
 {

@@ -22,22 +22,6 @@ protected:
     RuntimeRemote() { useRemoteController(); }
 };
 
-quint32 testValue(int area, int index)
-{
-    if (area <= 8)
-        return index % 3 == 0 ? 1 : 0;
-    const quint32 value = 0x89AB0001u + static_cast<quint32>(index) * 0x10003u;
-    return area == 14 ? value : value & 0xFFFF;
-}
-
-std::vector<quint32> testValues(int area, int count)
-{
-    std::vector<quint32> values;
-    for (int index = 0; index < count; ++index)
-        values.push_back(testValue(area, index));
-    return values;
-}
-
 TEST_F(RuntimeRemote, WritesReachTheControllerInEveryAreaThatCanBeWritten)
 {
     startRuntime();
