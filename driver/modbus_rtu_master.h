@@ -29,29 +29,30 @@ struct PendingBit {
     int address;   ///< its bit address
 };
 
+/// All driver state. There is one object, PLC_driver; free functions work on it.
 class Modbus_RTU_Master
 {
 public:
     Modbus_RTU_Master();
 
-    COMINFO* comInfo;             ///< the runtime's settings block; null until SetComInfo()
-    QList<RW_VAR> readList;       ///< cyclic reads; the head is next or in flight
-    QList<RW_VAR> writeList;      ///< pending writes
-    QList<RW_VAR> onceReadList;   ///< pending one-shot reads
-    QList<RW_VAR> spareList;      ///< always empty
-    QList<Protocol> protocolList; ///< frames of the request in flight; the head is unanswered
-    QList<EXTENDVAR> extendList;  ///< values per station (multi-station mode)
-    QMap<int, int> stationMap;    ///< keys: the stations that are switched off
-    OnceReadDoneCallback onceReadDoneCallback;
-    ListDoneCallback listDoneCallback;
-    QMutex listMutex;
-    QMutex imageMutex;
-    QMutex stationMutex;
-    RW_VAR retVar;      ///< what DataCom() returns
-    int requestKind;    ///< a RequestKind
-    int writeRun;       ///< writes built since the last cyclic read
-    int onceReadRun;    ///< one-shot reads built since the last cyclic read
-    int readReplyCount; ///< good local replies in the current pass of the read list
+    COMINFO* comInfo;                          ///< the runtime's settings block; null until SetComInfo()
+    QList<RW_VAR> readList;                    ///< cyclic reads; the head is next or in flight
+    QList<RW_VAR> writeList;                   ///< pending writes
+    QList<RW_VAR> onceReadList;                ///< pending one-shot reads
+    QList<RW_VAR> spareList;                   ///< always empty
+    QList<Protocol> protocolList;              ///< frames of the request in flight; the head is unanswered
+    QList<EXTENDVAR> extendList;               ///< values per station (multi-station mode)
+    QMap<int, int> stationMap;                 ///< keys: the stations that are switched off
+    OnceReadDoneCallback onceReadDoneCallback; ///< the runtime's, or null; runs with listMutex held
+    ListDoneCallback listDoneCallback;         ///< the runtime's, or null; runs with listMutex held
+    QMutex listMutex;                          ///< request lists, scheduler counters, retVar
+    QMutex imageMutex;                         ///< image, extendList
+    QMutex stationMutex;                       ///< stationMap
+    RW_VAR retVar;                             ///< what DataCom() returns
+    int requestKind;                           ///< a RequestKind
+    int writeRun;                              ///< writes built since the last cyclic read
+    int onceReadRun;                           ///< one-shot reads built since the last cyclic read
+    int readReplyCount;                        ///< good local replies in the current pass of the read list
     std::atomic<unsigned char>
         lastFailed;          ///< 1 after a failed reply, 0 after a good one; any thread reads it
     unsigned char spareFlag; ///< always 0

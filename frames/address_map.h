@@ -13,10 +13,13 @@ enum FunctionCode {
     FC_WRITE_MULTIPLE_REGISTERS = 16
 };
 
-/// Area codes that the code names; the others only ever appear as rows.
+/// Area codes that the code names; the others only ever appear as rows. AREA_COUNT is their number.
 enum { AREA_BIT_OF_WORD = 8, AREA_WORD = 9, AREA_DWORD = 14, AREA_COUNT = 15 };
 
+/// One row of the table: everything that distinguishes one area code from another on the line, in address
+/// texts and in the image. What concerns only the grouping of cyclic reads stands in varlist/read_list.cpp.
 struct Area {
+    /// Bit: one coil an element. BitOfWord: one bit of a register. Word: one register. DoubleWord: two.
     enum Kind { Bit, BitOfWord, Word, DoubleWord };
 
     unsigned short base;    ///< Modbus address of element 0

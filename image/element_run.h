@@ -5,8 +5,10 @@
 
 #include "image/area_buffers.h"
 
-/// Bits of a word, and all the bits that area 8 reaches in the words.
+/// Bits of a word.
 const int WORD_BITS = 16;
+
+/// All the bits that area 8 reaches in the words.
 const int AREA_BITS_OF_WORDS = WORD_BITS * AREA_ELEMENTS;
 
 /// The part of a run that lies inside its area.

@@ -9,9 +9,9 @@
 /// entry (area 9, bit address / 16), except replies to area-8 reads, which have entries of their own (area
 /// 8).
 struct EXTENDVAR {
-    int station;
-    int area;
-    int address;
+    int station;      ///< station number
+    int area;         ///< area code under which the value is kept
+    int address;      ///< element, or word address for bits in words
     QByteArray value; ///< little-endian: 1 byte for bits, 2 for words, 4 for double words; 4 zeros when new
 };
 

@@ -16,7 +16,9 @@ void Bubble_Sort(QList<RW_VAR>* list);
 /// Merges a sorted list into block reads of at most \a maxLen elements and appends them to readList. An entry
 /// inside the open block is dropped; a gap is read along when the block stays within \a maxLen. Never splits:
 /// an entry that opens a block keeps its own count. listMutex MUST be held.
-/// \param index size of readList
+/// \param list   sorted by address
+/// \param maxLen elements of a block at most; 0 or less: every entry opens its own block
+/// \param index  size of readList
 /// \return new size of readList
 int WordVarReCreat(QList<RW_VAR>* list, int maxLen, int index);
 
