@@ -8,8 +8,6 @@ namespace panel
 namespace
 {
 
-const int bitsOfWord = 16;
-
 struct AreaRow {
     const char* holds;
     const char* address;

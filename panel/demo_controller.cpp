@@ -9,8 +9,6 @@ namespace panel
 namespace
 {
 
-const int bitsOfWord = 16;
-
 simulator::Settings settingsWith(const std::function<void(const simulator::TraceEntry&)>& trace)
 {
     simulator::Settings settings;

@@ -13,7 +13,6 @@ const int mostCoilsRead = 2000;
 const int mostRegistersRead = 125;
 const int mostRegistersWritten = 123;
 
-const int bitsOfWord = 16;
 const int bitInWordArea = 8;
 const int wordArea = 9;
 const int readOnlyArea = 0;

@@ -10,8 +10,6 @@ namespace
 
 const int areaCount = 15;
 const int elementsOfArea = 65535;
-const int bitsOfWord = 16;
-const int lastStation = 255;
 
 /// How a person writes an element of an area: in which number base, and the number of element 0.
 struct AreaText {

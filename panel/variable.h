@@ -12,6 +12,9 @@
 namespace panel
 {
 
+inline constexpr int bitsOfWord = 16;
+inline constexpr int lastStation = 255;
+
 enum class ElementKind { Bit, BitInWord, Word, DoubleWord };
 
 /// A run of elements of one area. Area codes: 0..7 bits, 8 bits inside the words of area 9, 9..13 words,

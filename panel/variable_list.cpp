@@ -18,8 +18,6 @@ enum Column { NameColumn, AreaColumn, AddressColumn, StationColumn, CountColumn,
 
 const char* const columnNames[ColumnCount] = {"name", "area", "address", "station", "count", "type"};
 
-const int lastStation = 255;
-
 /// What is wrong with a line and what is expected instead.
 class LineError : public std::runtime_error
 {

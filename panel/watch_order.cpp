@@ -6,7 +6,6 @@ namespace panel
 namespace
 {
 
-const int lastStation = 255;
 const int longestLine = 20;
 
 const char backspace = '\b';

@@ -8,7 +8,6 @@ namespace simulator
 namespace
 {
 
-constexpr int wordBits = 16;
 constexpr int areaElements = 65535;
 
 // Row = area code.

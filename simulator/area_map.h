@@ -8,6 +8,8 @@
 namespace simulator
 {
 
+inline constexpr int wordBits = 16;
+
 struct MappedArea {
     enum Kind { Bit, BitOfWord, Word, DoubleWord };
     int base; ///< coil of element 0 of a bit area, register of element 0 of the others

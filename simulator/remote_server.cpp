@@ -11,7 +11,6 @@ namespace
 {
 
 constexpr int broadcast = 0;
-constexpr int wordBits = 16;
 
 using Unit = ControllerMemory::Unit;
 

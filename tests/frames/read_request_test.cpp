@@ -19,7 +19,7 @@ protected:
     }
 };
 
-struct FrameRow {
+struct ReadRow {
     const char* what;
     RW_VAR request;
     const char* frame;
@@ -31,7 +31,7 @@ struct FrameRow {
 
 TEST_F(ReadRequestTest, FrameAndReplyExpectation)
 {
-    const FrameRow rows[] = {
+    const ReadRow rows[] = {
         {"bits", Variable(2, 100, 16, 3), "00 00 00 00 00 06 03 01 00 64 00 10", 11, 2},
         {"bits at the end of the address space", Variable(1, 5, 10), "00 00 00 00 00 06 01 01 FC 05 00 0A",
          11, 2},
@@ -39,7 +39,7 @@ TEST_F(ReadRequestTest, FrameAndReplyExpectation)
         {"double words, one less than the count", Variable(14, 3, 3), "00 00 00 00 00 06 01 03 F7 06 00 04",
          17, 8},
     };
-    for (const FrameRow& row : rows) {
+    for (const ReadRow& row : rows) {
         SCOPED_TRACE(row.what);
         const Protocol built = Build(row.request);
         EXPECT_EQ(row.frame, Hex(built.frame));

@@ -29,7 +29,7 @@ protected:
     static std::string Head(const Protocol& built, int bytes) { return Hex(built.frame.left(bytes)); }
 };
 
-struct FrameRow {
+struct WriteRow {
     const char* what;
     RW_VAR request;
     const char* frame;
@@ -53,7 +53,7 @@ int NoteState(QList<RW_VAR>*, int, int)
 
 TEST_F(WriteRequestTest, Frames)
 {
-    const FrameRow rows[] = {
+    const WriteRow rows[] = {
         {"one word", Write(9, 5, 1, "34 12"), "00 00 00 00 00 06 01 06 00 05 12 34"},
         {"two words", Write(11, 0, 2, "01 00 02 00"), "00 00 00 00 00 0B 01 10 24 00 00 02 04 00 01 00 02"},
         {"words behind the first", Write(11, 7, 2, "01 00 02 00"),
@@ -64,7 +64,7 @@ TEST_F(WriteRequestTest, Frames)
         {"bit on", Write(3, 0, 1, "01"), "00 00 00 00 00 06 01 05 24 00 FF 00"},
         {"bit off", Write(3, 0, 1, "00"), "00 00 00 00 00 06 01 05 24 00 00 00"},
     };
-    for (const FrameRow& row : rows) {
+    for (const WriteRow& row : rows) {
         SCOPED_TRACE(row.what);
         const Protocol built = Build(row.request);
         EXPECT_EQ(row.frame, Hex(built.frame));

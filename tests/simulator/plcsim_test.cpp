@@ -26,7 +26,7 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-const char* const write1 = "00 01 00 00 00 06 01 06 20 00 12 34";
+const char* const write2000 = "00 01 00 00 00 06 01 06 20 00 12 34";
 
 /// A running plcsim whose output is read.
 class Plcsim
@@ -159,7 +159,7 @@ TEST(Plcsim, PrintsWhereItListensAndServesThere)
     const std::string line = plcsim.firstLine();
     ASSERT_THAT(line, StartsWith("listening on 127.0.0.1:"));
     LoopbackClient client(std::atoi(line.substr(line.rfind(':') + 1).c_str()));
-    EXPECT_EQ(client.exchange(write1), write1);
+    EXPECT_EQ(client.exchange(write2000), write2000);
 }
 
 TEST(Plcsim, EndsCleanlyAtCtrlC)
@@ -185,7 +185,7 @@ TEST(Plcsim, LoadsValuesAndDumpsThemWithWhatWasWritten)
     Plcsim plcsim({"--load", file.name, "--dump"});
     LoopbackClient client(plcsim.port());
     EXPECT_EQ(client.exchange("00 01 00 00 00 06 02 03 20 00 00 01"), "00 01 00 00 00 05 02 03 02 00 07");
-    client.exchange(write1);
+    client.exchange(write2000);
     EXPECT_EQ(plcsim.endBy(SIGINT), 0);
     EXPECT_EQ(plcsim.restOfOutput,
               "unit 1 coil 0x0010 1\nunit 1 register 0x2000 4660\nunit 2 register 0x2000 7\n");
@@ -197,7 +197,7 @@ TEST(Plcsim, DumpsToAFileThatItCanLoad)
     Plcsim first({"--load", file.name, "--dump-file", file.name});
     {
         LoopbackClient client(first.port());
-        client.exchange(write1);
+        client.exchange(write2000);
     }
     EXPECT_EQ(first.endBy(SIGINT), 0);
     EXPECT_EQ(first.restOfOutput, "");
@@ -256,7 +256,7 @@ TEST(Plcsim, RefusesAddresses)
 {
     Plcsim plcsim({"--refuse", "0x2000-8200", "--refuse", "5-5"});
     LoopbackClient client(plcsim.port());
-    EXPECT_EQ(client.exchange(write1), "00 01 00 00 00 03 01 86 02");
+    EXPECT_EQ(client.exchange(write2000), "00 01 00 00 00 03 01 86 02");
     EXPECT_EQ(client.exchange("00 01 00 00 00 06 01 03 00 05 00 01"), "00 01 00 00 00 03 01 83 02");
     EXPECT_EQ(client.exchange("00 01 00 00 00 06 01 03 00 06 00 01"), "00 01 00 00 00 05 01 03 02 00 00");
 }
@@ -265,7 +265,7 @@ TEST(Plcsim, InjectsFaultsAndCountsThemAtTheEnd)
 {
     Plcsim plcsim({"--fault", "late=0", "--fault", "wrong-unit=1", "--seed", "0x7", "--late-ms", "10"});
     LoopbackClient client(plcsim.port());
-    EXPECT_EQ(client.exchange(write1), "00 01 00 00 00 06 02 06 20 00 12 34");
+    EXPECT_EQ(client.exchange(write2000), "00 01 00 00 00 06 02 06 20 00 12 34");
     EXPECT_EQ(plcsim.endBy(SIGINT), 0);
     EXPECT_EQ(plcsim.restOfErrors, "plcsim: 1 requests, wrong-unit 1\n");
 }
@@ -274,14 +274,14 @@ TEST(Plcsim, DelaysLateRepliesAsLongAsItIsTold)
 {
     Plcsim plcsim({"--fault", "late=1", "--late-ms", "20"});
     LoopbackClient client(plcsim.port());
-    EXPECT_EQ(client.exchange(write1), write1);
+    EXPECT_EQ(client.exchange(write2000), write2000);
 }
 
 TEST(Plcsim, TracesRequestsAndRepliesInHex)
 {
     Plcsim plcsim({"--trace", "--quiet", "--fault", "exception=1"});
     LoopbackClient client(plcsim.port());
-    client.exchange(write1);
+    client.exchange(write2000);
     EXPECT_EQ(plcsim.endBy(SIGINT), 0);
     EXPECT_EQ(plcsim.restOfErrors,
               "1 <- 00 01 00 00 00 06 01 06 20 00 12 34\n1 -> 00 01 00 00 00 03 01 86 04 (exception)\n");

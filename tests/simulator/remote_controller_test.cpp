@@ -19,7 +19,7 @@ using test::remoteWrite;
 using test::toHex;
 
 const char* const reply700 = "00 00 00 00 00 05 01 09 02 12 34";
-const char* const writeReply = "00 00 00 00 00 06 01 09 02 BC 00 01";
+const char* const remoteWriteReply = "00 00 00 00 00 06 01 09 02 BC 00 01";
 
 simulator::Settings remoteSettings()
 {
@@ -67,7 +67,7 @@ TEST_F(RemoteControllerTest, AnswersReadsAndWrites)
 {
     LoopbackClient client(controller.port());
     EXPECT_EQ(exchange(client, read700), reply700);
-    EXPECT_EQ(exchange(client, write700), writeReply);
+    EXPECT_EQ(exchange(client, write700), remoteWriteReply);
     EXPECT_EQ(controller.memory().holdingRegister(1, 700), 0x5678);
     EXPECT_EQ(controller.requests(), 2u);
     EXPECT_EQ(controller.badFrames(), 0u);
@@ -154,7 +154,7 @@ TEST_F(RemoteControllerTest, SendsALateReplyBehindALaterOne)
     ASSERT_TRUE(eventually([&] { return controller.injected(Fault::Late) == 1; }));
     controller.setFaults({});
     EXPECT_EQ(exchange(client, remoteRead(1, 9, 701, 1)), "00 00 00 00 00 05 01 09 02 00 00");
-    EXPECT_EQ(client.receiveFrame(), writeReply);
+    EXPECT_EQ(client.receiveFrame(), remoteWriteReply);
 }
 
 TEST_F(RemoteControllerTest, SendsAReplyTwice)
@@ -180,7 +180,7 @@ TEST_F(RemoteControllerTest, GluesAReplyToTheNext)
     ASSERT_TRUE(eventually([&] { return controller.injected(Fault::Glued) == 1; }));
     controller.setFaults({});
     client.send(remoteRead(1, 9, 701, 1));
-    EXPECT_EQ(client.receiveFrame(), writeReply);
+    EXPECT_EQ(client.receiveFrame(), remoteWriteReply);
     EXPECT_EQ(client.receiveFrame(), "00 00 00 00 00 05 01 09 02 00 00");
 }
 
