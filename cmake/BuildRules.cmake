@@ -42,6 +42,6 @@ endif()
 # The panel and the simulator wait for networks and people: building them quickly is worth more than optimizing
 # them.
 set(PLC_TOOL_OPTIMIZATION -O1)
-if(PLC_SANITIZE)
+if(PLC_SANITIZE OR CMAKE_BUILD_TYPE STREQUAL "Coverage")
   set(PLC_TOOL_OPTIMIZATION -O0)
 endif()
