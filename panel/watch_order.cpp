@@ -1,5 +1,7 @@
 #include "panel/watch_order.h"
 
+#include "panel/variable.h"
+
 namespace panel
 {
 
