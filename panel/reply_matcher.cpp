@@ -59,6 +59,8 @@ QByteArray ReplyMatcher::number(const QByteArray& frame)
 {
     // A device that does not echo the number answers with 0, which must not look like a match.
     m_number = m_number == highestNumber ? 1 : m_number + 1;
+    if (m_number == m_answered) // it has come round: whoever answered it last is not meant any more
+        m_answered = noNumber;
     m_request = frame;
     if (m_request.size() >= headerToLength)
         putWord(&m_request, numberOffset, m_number);

@@ -73,6 +73,17 @@ TEST(ReplyMatcher, DropsASecondReplyAsDoubled)
     EXPECT_EQ(dropped(matcher, hex("0001 0000 0005 01 03 02 1234")), dropReasonWords(DropReason::Doubled));
 }
 
+TEST(ReplyMatcher, TakesTheReplyToANumberThatComesRoundUnanswered)
+{
+    ReplyMatcher matcher;
+    matcher.number(readRegister);
+    EXPECT_EQ(dropped(matcher, hex("0001 0000 0005 01 03 02 1234")), QString());
+    for (int unanswered = 1; unanswered < 0xFFFF; ++unanswered)
+        matcher.number(readRegister);
+    ASSERT_EQ(matcher.number(readRegister).left(2), hex("0001"));
+    EXPECT_EQ(dropped(matcher, hex("0001 0000 0005 01 03 02 1234")), QString());
+}
+
 TEST(ReplyMatcher, DropsTheReplyOfAnotherUnit)
 {
     ReplyMatcher matcher;
