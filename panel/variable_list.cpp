@@ -203,7 +203,7 @@ private:
     {
         m_list.errors << QStringLiteral("line %1: %2\n    %3")
                              .arg(m_line)
-                             .arg(words, printable(QString::fromUtf8(text)));
+                             .arg(printable(words), printable(QString::fromUtf8(text)));
     }
 
     const VariableCheck m_check;

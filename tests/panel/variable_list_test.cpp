@@ -131,6 +131,11 @@ TEST(VariableList, RepeatsAWrongLineWithoutWhatATerminalWouldActOn)
     EXPECT_TRUE(list.errors[0].endsWith(QStringLiteral("\n    a.[2J,9")));
 }
 
+TEST(VariableList, QuotesAWrongFieldWithoutWhatATerminalWouldActOn)
+{
+    EXPECT_TRUE(errorOf("a,9,\x1b[2J,,,int16").startsWith(QStringLiteral("line 2: \".[2J\" is no address")));
+}
+
 TEST(VariableList, TellsWhatElseIsAgainstAVariableAmongTheOtherErrors)
 {
     const VariableList list =
