@@ -67,10 +67,15 @@ void ResetRuns()
 }
 
 // Cyclic reads of a switched-off station move to the end, through one full turn of the list at most.
-void SkipSwitchedOff(QList<RW_VAR>& list)
+// \return whether there is one that may be sent
+bool SkipSwitchedOff(QList<RW_VAR>& list)
 {
-    for (int n = list.size(); n != 0 && HeadIsSwitchedOff(list); --n)
+    for (int n = list.size(); n != 0; --n) {
+        if (!HeadIsSwitchedOff(list))
+            return true;
         list.move(0, list.size() - 1);
+    }
+    return false;
 }
 
 void TakeCyclicReadTurn()
@@ -82,8 +87,7 @@ void TakeCyclicReadTurn()
         return;
     }
     PLC_driver.requestKind = CYCLIC_READ;
-    SkipSwitchedOff(list);
-    if (HeadIsSwitchedOff(list)) // all of them are: the runs keep their values
+    if (!SkipSwitchedOff(list)) // all of them are off: the runs keep their values
         return;
     BuildRead(&list.first());
     ResetRuns();

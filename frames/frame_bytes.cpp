@@ -14,12 +14,6 @@ void Put32(QByteArray& bytes, int value)
     Put16(bytes, value);
 }
 
-void Set16(QByteArray& bytes, int at, int value)
-{
-    bytes[at] = static_cast<char>((value >> 8) & 0xFF);
-    bytes[at + 1] = static_cast<char>(value & 0xFF);
-}
-
 void PadTo(QByteArray& bytes, int size)
 {
     if (bytes.size() < size)
@@ -28,14 +22,13 @@ void PadTo(QByteArray& bytes, int size)
 
 QByteArray BeginFrame(int station, FunctionCode function, int modbusAddress, int bytesAfterAddress)
 {
-    QByteArray frame;
-    frame.reserve(FRAME_VALUE_OFFSET + bytesAfterAddress);
-    Put16(frame, 0); // transaction: requests are never numbered
-    Put16(frame, 0); // protocol: Modbus
-    Put16(frame, FRAME_VALUE_OFFSET - MBAP_LENGTH_END + bytesAfterAddress);
-    frame.append(static_cast<char>(station & 0xFF));
-    frame.append(static_cast<char>(function));
-    Put16(frame, modbusAddress);
+    // The zeros are the numbers of the transaction, for requests are never numbered, and of the protocol.
+    QByteArray frame(FRAME_VALUE_OFFSET + bytesAfterAddress, '\0');
+    char* bytes = frame.data();
+    Set16(bytes + MBAP_LENGTH_OFFSET, frame.size() - MBAP_LENGTH_END);
+    bytes[UNIT_OFFSET] = static_cast<char>(station & 0xFF);
+    bytes[FUNCTION_OFFSET] = static_cast<char>(function);
+    Set16(bytes + ADDRESS_OFFSET, modbusAddress);
     return frame;
 }
 
@@ -45,19 +38,18 @@ ReplyShape UnlessBroadcast(int station, ReplyShape shape)
     return station == 0 ? none : shape;
 }
 
-void QueueFrame(const RW_VAR& request, const QByteArray& frame, ReplyShape reply)
+RW_VAR& QueueFrame(const RW_VAR& request, QByteArray frame, ReplyShape reply)
 {
-    Protocol protocol;
-    protocol.frame = frame;
+    // Filled in where it stays: each copy of a request would count references of its strings and data.
+    PLC_driver.protocolList.append(Protocol());
+    Protocol& protocol = PLC_driver.protocolList.last();
     protocol.frameLength = frame.size();
+    protocol.frame.swap(frame);
     protocol.replyLength = reply.length;
     protocol.dataOffset = reply.dataOffset;
     protocol.dataLength = reply.dataLength;
     protocol.var = request;
-    protocol.extra0 = 0;
-    protocol.extra1 = 0;
-    protocol.extra2 = 0;
-    PLC_driver.protocolList.append(protocol);
+    return protocol.var;
 }
 
 void ExpectFrames(int frames)

@@ -10,10 +10,14 @@
 #include "frames/address_map.h"
 
 enum {
-    MBAP_LENGTH_END = 6,     ///< the header's length field counts the bytes from here on
+    MBAP_LENGTH_OFFSET = 4,  ///< the header's length field
+    MBAP_LENGTH_END = 6,     ///< and what it counts begins here
+    UNIT_OFFSET = 6,         ///< unit identifier, which ends the header
+    FUNCTION_OFFSET = 7,     ///< function code
+    ADDRESS_OFFSET = 8,      ///< Modbus address of a request
     REPLY_DATA_OFFSET = 9,   ///< header (7), function code, byte count
     WRITE_REPLY_LENGTH = 12, ///< header (7), function code, address, and value or quantity
-    FRAME_VALUE_OFFSET = 10  ///< register value of a single write
+    FRAME_VALUE_OFFSET = 10  ///< what follows the address: quantity, or the value of a single write
 };
 
 /// Appends the low 16 bits of \a value, high byte first.
@@ -22,8 +26,12 @@ void Put16(QByteArray& bytes, int value);
 /// Appends all 32 bits of \a value, high byte first.
 void Put32(QByteArray& bytes, int value);
 
-/// Overwrites two bytes at \a at with the low 16 bits of \a value, high byte first.
-void Set16(QByteArray& bytes, int at, int value);
+/// Puts the low 16 bits of \a value, high byte first, into two bytes that are there.
+inline void Set16(char* bytes, int value)
+{
+    bytes[0] = static_cast<char>((value >> 8) & 0xFF);
+    bytes[1] = static_cast<char>(value & 0xFF);
+}
 
 /// \return the 16-bit value at \a bytes, high byte first
 inline unsigned int Get16(const unsigned char* bytes)
@@ -31,18 +39,17 @@ inline unsigned int Get16(const unsigned char* bytes)
     return (static_cast<unsigned int>(bytes[0]) << 8) | bytes[1];
 }
 
-/// \return byte \a at of \a bytes, 0 beyond its end
+/// \return byte \a at (0 or more) of \a bytes, 0 beyond its end
 inline unsigned char ByteAt(const QByteArray& bytes, int at)
 {
-    return at >= 0 && at < bytes.size() ? static_cast<unsigned char>(bytes.at(at))
-                                        : static_cast<unsigned char>(0);
+    return at < bytes.size() ? static_cast<unsigned char>(bytes.at(at)) : static_cast<unsigned char>(0);
 }
 
 /// Appends zero bytes until \a bytes holds at least \a size of them.
 void PadTo(QByteArray& bytes, int size);
 
-/// Begins a frame: transaction and protocol number 0, the length field, the low byte of \a station, function
-/// code and Modbus address. \a bytesAfterAddress follow.
+/// A frame as far as its Modbus address: transaction and protocol number 0, the length field, the low byte of
+/// \a station, function code and address. The \a bytesAfterAddress that follow are there and 0.
 QByteArray BeginFrame(int station, FunctionCode function, int modbusAddress, int bytesAfterAddress);
 
 /// What the reply to a frame looks like, in bytes.
@@ -56,7 +63,8 @@ struct ReplyShape {
 ReplyShape UnlessBroadcast(int station, ReplyShape shape);
 
 /// Appends a frame for \a request to protocolList.
-void QueueFrame(const RW_VAR& request, const QByteArray& frame, ReplyShape reply);
+/// \return the frame's own copy of the request
+RW_VAR& QueueFrame(const RW_VAR& request, QByteArray frame, ReplyShape reply);
 
 /// Tells reply handling how many replies make up the request just queued.
 void ExpectFrames(int frames);

@@ -2,6 +2,8 @@
 
 #include "frames/frame_bytes.h"
 
+#include <utility>
+
 namespace
 {
 
@@ -46,8 +48,8 @@ void ReadAnalog(RW_VAR* request)
         return;
     const ReadFrame read = ReadFrameOf(*area, request->address & 0xFFFF, request->count & 0xFFFF);
     QByteArray frame = BeginFrame(request->station, area->read, read.modbusAddress, 2);
-    Put16(frame, read.quantity);
+    Set16(frame.data() + FRAME_VALUE_OFFSET, read.quantity);
     const ReplyShape reply = {REPLY_DATA_OFFSET + read.dataBytes, REPLY_DATA_OFFSET, read.dataBytes};
-    QueueFrame(*request, frame, UnlessBroadcast(request->station, reply));
+    QueueFrame(*request, std::move(frame), UnlessBroadcast(request->station, reply));
     ExpectFrames(1);
 }

@@ -72,23 +72,22 @@ void Remote_ReadVar(RW_VAR* request)
     const Area* area = FindArea(request->area);
     if (!area || area->read == FC_NONE)
         return;
-    const QByteArray frame = RemoteFrame(*request, QByteArray());
-    RW_VAR queued = *request;
-    if (area->kind == Area::DoubleWord)
-        queued.count = RegistersOfDoubleWords(request->count);
-    const int dataBytes = DataBytesOf(*area, queued.count);
+    QByteArray frame = RemoteFrame(*request, QByteArray());
+    const bool doubleWords = area->kind == Area::DoubleWord;
+    const int count = doubleWords ? RegistersOfDoubleWords(request->count) : request->count;
+    const int dataBytes = DataBytesOf(*area, count);
     const int replyLength = Wrapped(static_cast<unsigned int>(dataBytes) + REPLY_DATA_OFFSET);
     const ReplyShape reply = {replyLength, REPLY_DATA_OFFSET, dataBytes};
-    QueueFrame(queued, frame, reply);
-    request->count = queued.count;
+    QueueFrame(*request, std::move(frame), reply).count = count;
+    request->count = count;
     ExpectFrames(1);
 }
 
 void Remote_WriteVar(RW_VAR* request)
 {
-    const QByteArray frame = RemoteFrame(*request, request->data);
+    QByteArray frame = RemoteFrame(*request, request->data);
     const ReplyShape reply = {WRITE_REPLY_LENGTH, 0, 0};
-    QueueFrame(*request, frame, UnlessBroadcast(request->station, reply));
+    QueueFrame(*request, std::move(frame), UnlessBroadcast(request->station, reply));
     ExpectFrames(1);
     WriteDataToLocal(request);
 }

@@ -5,31 +5,37 @@
 #include "frames/frame_bytes.h"
 #include "image/image_write.h"
 
+#include <utility>
+
 namespace
 {
 
 // Function codes 5, 6 and 16 are answered with an echo of the frame's first twelve bytes.
 const ReplyShape echo = {WRITE_REPLY_LENGTH, 0, 0};
 
+// Where the frames of several registers have their number of value bytes, and the values.
+const int BYTE_COUNT_OFFSET = FRAME_VALUE_OFFSET + 2;
+const int REGISTERS_OFFSET = BYTE_COUNT_OFFSET + 1;
+
 // Register i of little-endian value bytes, high byte first.
-void PutRegister(QByteArray& frame, const QByteArray& data, int i)
+void SetRegister(char* bytes, const QByteArray& data, int i)
 {
-    frame.append(data.at(2 * i + 1));
-    frame.append(data.at(2 * i));
+    bytes[0] = data.at(2 * i + 1);
+    bytes[1] = data.at(2 * i);
 }
 
 QByteArray CoilFrame(const RW_VAR& request, int modbusAddress)
 {
     const bool on = ByteAt(request.data, 0) == 1;
     QByteArray frame = BeginFrame(request.station, FC_WRITE_SINGLE_COIL, modbusAddress, 2);
-    Put16(frame, on ? 0xFF00 : 0x0000);
+    Set16(frame.data() + FRAME_VALUE_OFFSET, on ? 0xFF00 : 0x0000);
     return frame;
 }
 
 QByteArray RegisterFrame(const RW_VAR& request, int modbusAddress)
 {
     QByteArray frame = BeginFrame(request.station, FC_WRITE_SINGLE_REGISTER, modbusAddress, 2);
-    PutRegister(frame, request.data, 0);
+    SetRegister(frame.data() + FRAME_VALUE_OFFSET, request.data, 0);
     return frame;
 }
 
@@ -37,14 +43,16 @@ QByteArray RegistersFrame(const RW_VAR& request, int modbusAddress, int register
 {
     QByteArray frame =
         BeginFrame(request.station, FC_WRITE_MULTIPLE_REGISTERS, modbusAddress, 3 + 2 * registers);
-    Put16(frame, registers);
-    frame.append(static_cast<char>((2 * registers) & 0xFF)); // wraps above 127 registers, on purpose
+    char* bytes = frame.data();
+    Set16(bytes + FRAME_VALUE_OFFSET, registers);
+    bytes[BYTE_COUNT_OFFSET] = static_cast<char>((2 * registers) & 0xFF); // wraps above 127, on purpose
     for (int i = 0; i < registers; ++i)
-        PutRegister(frame, request.data, i);
+        SetRegister(bytes + REGISTERS_OFFSET + 2 * i, request.data, i);
     return frame;
 }
 
-// Pads the value of the request to what its frame carries, and builds the frame.
+// Pads the value of the request to what its frame carries, and builds the frame. Empty for a bit inside a
+// word, which takes two frames.
 QByteArray WriteFrame(const Area& area, RW_VAR& request)
 {
     const int element = request.address & 0xFFFF;
@@ -63,9 +71,9 @@ QByteArray WriteFrame(const Area& area, RW_VAR& request)
         return RegistersFrame(request, area.base + 2 * element, registers);
     }
     case Area::BitOfWord:
-        break;
+    default:
+        return QByteArray();
     }
-    return QByteArray();
 }
 
 } // namespace
@@ -88,10 +96,12 @@ void WriteRegister(RW_VAR* request)
 void WriteAnalog(RW_VAR* request)
 {
     const Area* area = FindArea(request->area);
-    if (!area || area->writeOne == FC_NONE || area->kind == Area::BitOfWord)
+    if (!area || area->writeOne == FC_NONE)
         return;
-    const QByteArray frame = WriteFrame(*area, *request);
-    QueueFrame(*request, frame, UnlessBroadcast(request->station, echo));
+    QByteArray frame = WriteFrame(*area, *request);
+    if (frame.isEmpty())
+        return;
+    QueueFrame(*request, std::move(frame), UnlessBroadcast(request->station, echo));
     ExpectFrames(1);
 }
 
@@ -101,21 +111,20 @@ void WriteBool_WordOfBit(RW_VAR* request)
         return;
     const int word = (request->address / 16) & 0xFFFF;
 
-    RW_VAR reading = *request;
+    // Both are built before one is queued: the read never goes out without its write.
+    QByteArray readFrame = BeginFrame(request->station, FC_READ_HOLDING_REGISTERS, word, 2);
+    Set16(readFrame.data() + FRAME_VALUE_OFFSET, 1);
+    QByteArray writeFrame = BeginFrame(request->station, FC_WRITE_SINGLE_REGISTER, word, 2);
+
+    const ReplyShape oneRegister = {REPLY_DATA_OFFSET + 2, REPLY_DATA_OFFSET, 2};
+    RW_VAR& reading = QueueFrame(*request, std::move(readFrame), oneRegister);
     reading.accessFlag = 0;
     reading.address = word;
     reading.storeSelector = -1; // marks the read-before-write
-    QByteArray readFrame = BeginFrame(request->station, FC_READ_HOLDING_REGISTERS, word, 2);
-    Put16(readFrame, 1);
 
-    RW_VAR writing = *request;
+    // The reply to the read patches the word into this frame.
+    RW_VAR& writing = QueueFrame(*request, std::move(writeFrame), echo);
     writing.accessFlag = 1;
     writing.storeSelector = 0;
-    QByteArray writeFrame = BeginFrame(request->station, FC_WRITE_SINGLE_REGISTER, word, 2);
-    Put16(writeFrame, 0); // the reply to the read patches the word in
-
-    const ReplyShape oneRegister = {REPLY_DATA_OFFSET + 2, REPLY_DATA_OFFSET, 2};
-    QueueFrame(reading, readFrame, oneRegister);
-    QueueFrame(writing, writeFrame, echo);
     ExpectFrames(2);
 }

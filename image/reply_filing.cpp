@@ -6,6 +6,7 @@
 #include "image/element_run.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace
 {
@@ -48,7 +49,7 @@ void PatchQueuedWrite(unsigned int value)
         return;
     QByteArray& frame = PLC_driver.protocolList[1].frame;
     if (frame.size() >= FRAME_VALUE_OFFSET + 2)
-        Set16(frame, FRAME_VALUE_OFFSET, static_cast<int>(value));
+        Set16(frame.data() + FRAME_VALUE_OFFSET, static_cast<int>(value));
 }
 
 // The read-before-write step: the word with the pending bit in it, which the queued write then carries.
@@ -63,6 +64,23 @@ unsigned int MergePendingBit(unsigned int value)
     return value;
 }
 
+// The bits of half a byte in a cell each, lowest first.
+const bool halfBytes[16][4] = {
+    {false, false, false, false}, {true, false, false, false}, {false, true, false, false},
+    {true, true, false, false},   {false, false, true, false}, {true, false, true, false},
+    {false, true, true, false},   {true, true, true, false},   {false, false, false, true},
+    {true, false, false, true},   {false, true, false, true},  {true, true, false, true},
+    {false, false, true, true},   {true, false, true, true},   {false, true, true, true},
+    {true, true, true, true},
+};
+
+// Puts a byte's eight bits into eight cells.
+void SpreadByte(unsigned char byte, bool* cells)
+{
+    std::memcpy(cells, halfBytes[byte & 0xF], 4);
+    std::memcpy(cells + 4, halfBytes[byte >> 4], 4);
+}
+
 void SaveToImage(QByteArray* reply, const Area& area)
 {
     Image& image = PLC_driver.image;
@@ -74,6 +92,7 @@ void SaveToImage(QByteArray* reply, const Area& area)
     case Area::Word:
         return SaveWordToUS(reply, image.wordArea[area.buffer]);
     case Area::DoubleWord:
+    default:
         return SaveDWordToUS(reply, image.dwordArea);
     }
 }
@@ -145,6 +164,7 @@ void SaveToStation(const DataBytes& data, const Protocol& request, const Area& a
     case Area::Word:
         return SaveStationWords(data, request);
     case Area::DoubleWord:
+    default:
         return SaveStationDoubleWords(data, request);
     }
 }
@@ -169,7 +189,10 @@ void SaveBitToUC(QByteArray* reply, bool* area)
     const DataBytes data = DataOf(reply, request);
     const int bits = BitsToFile(data, request.var.count);
     const ElementRun run = ExistingElements(request.var.address, bits, AREA_ELEMENTS);
-    for (int i = 0; i < run.count; ++i)
+    int i = 0;
+    for (; run.skipped == 0 && i + 8 <= run.count; i += 8)
+        SpreadByte(data.bytes[i / 8], area + run.start + i);
+    for (; i < run.count; ++i)
         area[run.start + i] = data.bit(run.skipped + i) != 0;
 }
 
