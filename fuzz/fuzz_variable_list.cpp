@@ -1,0 +1,160 @@
+// Any bytes as a list of variables; each line also as a variable and as values of the command line.
+
+#include "fuzz/check.h"
+#include "fuzz/fuzz_target.h"
+#include "panel/variable_list.h"
+
+#include <QHash>
+
+namespace
+{
+
+using fuzz::check;
+using panel::ListedVariable;
+using panel::Variable;
+using panel::VariableList;
+
+const char header[] = "name,area,address,station,count,type";
+
+bool isInside(const Variable& elements)
+{
+    return elements.area >= 0 && elements.area < 15 && elements.element >= 0 && elements.count >= 1 &&
+           elements.count <= panel::areaSize(elements.area) - elements.element && elements.station >= -1 &&
+           elements.station <= 255;
+}
+
+bool isPrintable(const QString& text)
+{
+    for (const QChar character : text)
+        if (!character.isPrint())
+            return false;
+    return true;
+}
+
+// What the panel relies on without looking again.
+void checkVariable(const ListedVariable& variable)
+{
+    check(isInside(variable.elements), "a listed variable lies inside its area and has a station");
+    check(!variable.name.isEmpty() && isPrintable(variable.name), "a name can be shown");
+    check(variable.count >= 1 &&
+              variable.elements.count ==
+                  panel::elementsOfType(variable.type, variable.elements.area, variable.count),
+          "the elements are those that the values of the type take");
+}
+
+// Lines are told apart by them, and names are the keys of what is shown.
+void checkOrder(const VariableList& list, int lines)
+{
+    QHash<QString, int> names;
+    int line = 0;
+    for (const ListedVariable& variable : list.variables) {
+        check(variable.line > line && variable.line <= lines, "variables stand in the order of their lines");
+        check(!names.contains(variable.name), "no name is taken twice");
+        names.insert(variable.name, variable.line);
+        line = variable.line;
+    }
+}
+
+// Messages go to a terminal as they are: nothing in them may be a command to it.
+void checkErrors(const VariableList& list, int lines)
+{
+    for (const QString& error : list.errors) {
+        for (const QString& line : error.split(QLatin1Char('\n')))
+            check(isPrintable(line), "a message holds nothing that a terminal would act upon");
+        const bool ofLine = error.startsWith(QLatin1String("line "));
+        check(ofLine || error.startsWith(QLatin1String("the list is empty")), "a message says where");
+        const int line = error.section(QLatin1Char(' '), 1, 1).section(QLatin1Char(':'), 0, 0).toInt();
+        check(!ofLine || (line >= 1 && line <= lines), "the line of a message is in the file");
+    }
+    check(static_cast<int>(list.variables.size()) + list.errors.size() <= lines + 1,
+          "each line is one variable or one error at most");
+}
+
+QString quoted(const QString& text)
+{
+    return QLatin1Char('"') + QString(text).replace(QLatin1Char('"'), QLatin1String("\"\"")) +
+           QLatin1Char('"');
+}
+
+QByteArray lineOf(const ListedVariable& variable)
+{
+    const Variable& elements = variable.elements;
+    const QString station = elements.station < 0 ? QString() : QString::number(elements.station);
+    return QStringList({quoted(variable.name), QString::number(elements.area),
+                        panel::addressText(elements.area, elements.element), station,
+                        QString::number(variable.count), panel::valueTypeWord(variable.type)})
+        .join(QLatin1Char(','))
+        .toUtf8();
+}
+
+bool isSame(const ListedVariable& a, const ListedVariable& b)
+{
+    return a.name == b.name && a.elements.area == b.elements.area &&
+           a.elements.element == b.elements.element && a.elements.count == b.elements.count &&
+           a.elements.station == b.elements.station && a.type == b.type && a.count == b.count;
+}
+
+// A list written anew from what was understood is understood in the same way.
+void checkWayBack(const VariableList& list)
+{
+    QByteArray csv = header;
+    for (const ListedVariable& variable : list.variables)
+        csv += '\n' + lineOf(variable);
+    const VariableList again = panel::parseVariableList(csv);
+    check(again.errors.isEmpty() && again.variables.size() == list.variables.size(),
+          "what was understood can be written as a list without errors");
+    for (std::size_t i = 0; i < list.variables.size(); ++i)
+        check(isSame(list.variables[i], again.variables[i]), "a variable written anew is the same variable");
+}
+
+void checkCommandLine(const QString& text)
+{
+    QString error;
+    const auto variable = panel::parseVariable(text, &error);
+    if (!variable) {
+        check(!error.isEmpty(), "a refused variable comes with a reason");
+        return;
+    }
+    check(isInside(*variable), "a variable of the command line lies inside its area");
+    const auto again = panel::parseVariable(panel::variableText(*variable), &error);
+    check(again && again->area == variable->area && again->element == variable->element &&
+              again->count == variable->count && again->station == variable->station,
+          "the text of a variable names that variable");
+}
+
+void checkValues(int area, const QString& text)
+{
+    QString error;
+    const auto values = panel::parseValues(area, text, &error);
+    if (values)
+        check(panel::valuesOfBytes(area, panel::bytesOfValues(area, *values)) == *values,
+              "values pass through bytes unchanged");
+    else
+        check(!error.isEmpty(), "refused values come with a reason");
+}
+
+void checkList(const QByteArray& csv, int lines)
+{
+    const VariableList list = panel::parseVariableList(csv);
+    for (const ListedVariable& variable : list.variables)
+        checkVariable(variable);
+    checkOrder(list, lines);
+    checkErrors(list, lines);
+    checkWayBack(list);
+}
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const QByteArray csv(reinterpret_cast<const char*>(data), static_cast<int>(size));
+    const QList<QByteArray> lines = csv.split('\n');
+    checkList(csv, lines.size());
+    // Without its header no list has variables: most inputs get one.
+    checkList(QByteArray(header) + '\n' + csv, lines.size() + 1);
+    for (int i = 0; i < lines.size(); ++i) {
+        checkCommandLine(QString::fromUtf8(lines.at(i)));
+        checkValues(i % 15, QString::fromUtf8(lines.at(i)));
+    }
+    return 0;
+}
