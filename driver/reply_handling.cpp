@@ -208,14 +208,11 @@ int DealDataOfLocalArea(QByteArray* reply, int length)
     const Outcome judged = JudgeLength(request.replyLength, length, LOCAL_NO_REPLY, LOCAL_WRONG_LENGTH);
     if (judged != LOCAL_ACCEPTED)
         return GetDriverReturnValue(judged);
-    const int check = CheckGetData(reply, length);
-    if (check == 2)
-        return GetDriverReturnValue(LOCAL_ACCEPTED);
-    if (check != 1)
-        return GetDriverReturnValue(LOCAL_CHECK_FAILED);
-    PrepareFiling(request.var);
-    QMutexLocker lock(&PLC_driver.imageMutex);
-    SaveToLocalDataErea(reply);
+    if (CheckGetData(reply, length) == 1) {
+        PrepareFiling(request.var);
+        QMutexLocker lock(&PLC_driver.imageMutex);
+        SaveToLocalDataErea(reply);
+    }
     return GetDriverReturnValue(LOCAL_ACCEPTED);
 }
 
@@ -225,10 +222,7 @@ int DealDataOfRemoteArea(QByteArray* reply, int length)
     const Outcome judged = JudgeLength(request.replyLength, length, REMOTE_NO_REPLY, REMOTE_WRONG_LENGTH);
     if (judged != LOCAL_ACCEPTED)
         return GetDriverReturnValue(judged);
-    const int check = CheckGetData(reply, length);
-    if (check != 1 && check != 2)
-        return GetDriverReturnValue(REMOTE_CHECK_FAILED);
-    if (request.var.storeSelector != -1)
+    if (request.var.storeSelector != -1) // decides filing here; accessFlag does not
         return GetDriverReturnValue(REMOTE_ACCEPTED);
     PrepareFiling(request.var);
     SaveToLocalDataErea(reply); // without imageMutex, unlike the local path; on purpose

@@ -20,6 +20,7 @@ enum { AREA_BIT_OF_WORD = 8, AREA_WORD = 9, AREA_DWORD = 14, AREA_COUNT = 15 };
 /// texts and in the image. What concerns only the grouping of cyclic reads stands in varlist/read_list.cpp.
 struct Area {
     /// Bit: one coil an element. BitOfWord: one bit of a register. Word: one register. DoubleWord: two.
+    /// Every switch over it names all kinds (-Wswitch-enum); its `default` only says that there is no other.
     enum Kind { Bit, BitOfWord, Word, DoubleWord };
 
     unsigned short base;    ///< Modbus address of element 0

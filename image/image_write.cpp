@@ -61,6 +61,7 @@ void MirrorIntoImage(const RW_VAR& var, const Area& area)
     case Area::Word:
         return MirrorWords(var, image.wordArea[area.buffer]);
     case Area::DoubleWord:
+    default:
         return MirrorDoubleWords(var, image.dwordArea);
     }
 }
@@ -120,6 +121,7 @@ void MirrorIntoStation(const RW_VAR& var, const Area& area)
     case Area::Word:
         return MirrorElementsOfStation(var, 2);
     case Area::DoubleWord:
+    default:
         return MirrorElementsOfStation(var, 4);
     }
 }

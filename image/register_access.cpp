@@ -55,9 +55,9 @@ WriteCut CutOf(const Area& area, int code, int count)
     case Area::Word:
         return {count, limit, 2};
     case Area::DoubleWord:
+    default:
         return {(count + 1) / 2, limit, 4}; // the count is in 16-bit words here
     }
-    return {0, 1, 1};
 }
 
 // Queues the pieces of one write. Once a reply failed, each piece is mirrored at once: the builder, which
@@ -111,6 +111,7 @@ void ReadImage(QByteArray& out, const Area& area, int address, int count)
         GetWordFromUS(out, image.wordArea[area.buffer], run.start, run.count);
         return PadTo(out, 2 * count);
     case Area::DoubleWord:
+    default:
         return ReadDoubleWords(out, address, count);
     }
 }
@@ -164,7 +165,8 @@ void ReadStation(QByteArray& out, const Area& area, int code, int station, int a
         return ReadStationBitsOfWords(out, station, address, count);
     case Area::Word:
         return ReadStationElements(out, station, code, address, count, 2);
-    case Area::DoubleWord: // a count of 1 is the low half of the element itself, unlike in the image
+    case Area::DoubleWord:
+    default: // a count of 1 is the low half of the element itself, unlike in the image
         return count == 1 ? ReadStationElements(out, station, code, address, 1, 2)
                           : ReadStationElements(out, station, code, address, count - 1, 4);
     }

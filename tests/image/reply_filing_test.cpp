@@ -251,6 +251,14 @@ TEST_F(ReplyFilingTest, DataBeginsWhereTheFrameInFlightSays)
     EXPECT_EQ(0x1234, Words(0)[0]);
 }
 
+TEST_F(ReplyFilingTest, DataThatWouldBeginBeforeTheReplyIsNotStored)
+{
+    InFlight(Variable(9, 0, 1), 2);
+    PLC_driver.protocolList.first().dataOffset = -1; // the runtime holds a pointer to this record
+    Arrive("12 34");
+    EXPECT_TRUE(ImageIsAllZero());
+}
+
 TEST_F(ReplyFilingTest, TheFrameStaysInFlight)
 {
     File(Variable(9, 0, 1), "12 34");
