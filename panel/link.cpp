@@ -146,6 +146,7 @@ void Link::noteConnected()
     m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
     setUserTimeout(*m_socket);
     m_assembler.reset();
+    m_owed.reset();
     std::lock_guard<std::mutex> lock(m_stateMutex);
     m_state.connected = true;
     ++m_state.connects;
@@ -194,6 +195,8 @@ void Link::receive(const QElapsedTimer& clock, LinkExchange* exchange)
     const bool answered = !exchange->reply.isEmpty();
     if (!answered && !connected())
         return;
+    if (!answered)
+        m_owed.add(exchange->sentFrame);
     if (m_assembler.outOfStep() || (!answered && m_assembler.partial()))
         dropUntrusted(QStringLiteral("the stream of replies was out of step"));
     else if (isRemote() && !answered)
@@ -231,6 +234,10 @@ void Link::takeBytes(LinkExchange* exchange)
         else
             noteDropped(exchange, reply, reason);
     }
+    if (!exchange->reply.isEmpty() && isMixed(exchange->reply)) {
+        exchange->reply.clear();
+        m_assembler.distrust();
+    }
 }
 
 bool Link::accept(QByteArray* reply, DropReason* reason)
@@ -238,9 +245,18 @@ bool Link::accept(QByteArray* reply, DropReason* reason)
     return isRemote() ? m_remoteMatcher.accept(*reply, reason) : m_matcher.accept(reply, reason);
 }
 
+/// \return true when \a reply may have been put together of two. Its rest is then behind it, or it is inside.
+bool Link::isMixed(const QByteArray& reply) const
+{
+    if (isRemote() || !m_owed.areThere())
+        return false;
+    return m_assembler.outOfStep() || m_assembler.partial() || m_owed.beginInside(reply);
+}
+
 void Link::noteDropped(LinkExchange* exchange, const QByteArray& reply, DropReason reason)
 {
     exchange->dropped.push_back({reply, reason});
+    m_owed.came(reply);
     std::lock_guard<std::mutex> lock(m_stateMutex);
     m_state.dropped.count(reason);
 }

@@ -3,6 +3,7 @@
 #ifndef PANEL_LINK_H
 #define PANEL_LINK_H
 
+#include "panel/owed_replies.h"
 #include "panel/reconnect_pause.h"
 #include "panel/remote_matcher.h"
 #include "panel/reply_assembler.h"
@@ -44,7 +45,8 @@ enum class FrameFormat { ModbusTcp, Remote };
 
 /// exchange() and close() belong to one thread, the communication thread.
 ///
-/// Modbus TCP frames are numbered, so a reply that comes late is known by its number and dropped. Remote
+/// Modbus TCP frames are numbered, so a reply that comes late is known by its number and dropped. A reply
+/// that was cut and filled up with the bytes of a late one costs the connection, see OwedReplies. Remote
 /// frames carry no number and cannot be given one: a late reply could not be told from the answer to the next
 /// request. So with remote frames the connection, and whatever may still come on it, is dropped
 ///  - when no fitting reply came in time,
@@ -86,6 +88,7 @@ private:
     void waitForReply(const QElapsedTimer& clock, LinkExchange* exchange);
     void takeBytes(LinkExchange* exchange);
     bool accept(QByteArray* reply, DropReason* reason);
+    bool isMixed(const QByteArray& reply) const;
     bool connected() const { return m_socket->state() == QAbstractSocket::ConnectedState; }
     void noteConnected();
     void reconnectAtOnce();
@@ -101,6 +104,7 @@ private:
     std::unique_ptr<QTcpSocket> m_socket; // made on the thread that uses it
     ReplyAssembler m_assembler;
     ReplyMatcher m_matcher;
+    OwedReplies m_owed;
     RemoteMatcher m_remoteMatcher; // instead of m_matcher
     ReconnectPause m_pause;
     QElapsedTimer m_sinceLastAttempt;

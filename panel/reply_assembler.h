@@ -19,7 +19,10 @@ public:
     /// \return the next whole reply, header included; empty when there is none (yet)
     QByteArray next();
 
-    /// A protocol identifier other than 0 or a length outside 2..254 was seen.
+    /// Takes the stream for out of step, for reasons of the caller's.
+    void distrust() { m_outOfStep = true; }
+
+    /// A protocol identifier other than 0 or a length outside 2..254 was seen, or distrust() called.
     bool outOfStep() const { return m_outOfStep; }
 
     /// Bytes of a reply that is not whole yet are waiting.

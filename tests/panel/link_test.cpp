@@ -23,10 +23,11 @@ const QByteArray readRegister5 = QByteArray::fromHex("000000000006010300050001")
 const QByteArray register5Is1234 = QByteArray::fromHex("0000000000050103021234");
 
 /// \return what \a link makes of one request while \a play answers it on another thread
-LinkExchange exchangeWhile(Link& link, const std::function<void()>& play)
+LinkExchange exchangeWhile(Link& link, const std::function<void()>& play,
+                           const QByteArray& request = readRegister5)
 {
     std::thread player(play);
-    const LinkExchange exchange = link.exchange(readRegister5, true);
+    const LinkExchange exchange = link.exchange(request, true);
     player.join();
     return exchange;
 }
@@ -214,6 +215,57 @@ TEST(LinkStream, HalfAReplyAtTheTimeOutCostsTheConnection)
     EXPECT_FALSE(link.state().connected);
     EXPECT_EQ(link.state().untrusted, 1);
     link.close();
+}
+
+/// The first request is not answered in time.
+class LinkOwedAReply : public testing::Test
+{
+protected:
+    LinkOwedAReply()
+    {
+        exchangeWhile(link, [&] { controller.acceptAndReceive(); });
+    }
+    ~LinkOwedAReply() override { link.close(); }
+
+    ScriptedController controller;
+    Link link{loopback, controller.port(), shortTimeoutMs};
+};
+
+TEST_F(LinkOwedAReply, DoesNotTakeALateReplyForTheRestOfOneThatWasCut)
+{
+    const LinkExchange exchange = exchangeWhile(link, [&] {
+        controller.receive();
+        controller.send("0002 0000 0005 01 03 02"
+                        "0001 0000 0005 01 03 02 9999");
+    });
+    EXPECT_TRUE(exchange.reply.isEmpty()) << exchange.reply.toHex().constData();
+    EXPECT_FALSE(link.state().connected);
+    EXPECT_EQ(link.state().untrusted, 1);
+}
+
+TEST_F(LinkOwedAReply, DoesNotTakeALateReplyThatJustFillsUpOneThatWasCut)
+{
+    const LinkExchange exchange = exchangeWhile(
+        link,
+        [&] {
+            controller.receive();
+            controller.send("0002 0000 000F 01 03 0C 12"
+                            "0001 0000 0005 01 03 02 9999");
+        },
+        QByteArray::fromHex("000000000006010300050006"));
+    EXPECT_TRUE(exchange.reply.isEmpty()) << exchange.reply.toHex().constData();
+    EXPECT_EQ(link.state().untrusted, 1);
+}
+
+TEST_F(LinkOwedAReply, TakesAReplyThatComesWithTheLateOne)
+{
+    const LinkExchange exchange = exchangeWhile(link, [&] {
+        controller.receive();
+        controller.send("0002 0000 0005 01 03 02 1234"
+                        "0001 0000 0005 01 03 02 9999");
+    });
+    EXPECT_EQ(exchange.reply, register5Is1234);
+    EXPECT_TRUE(link.state().connected);
 }
 
 TEST(LinkStream, GarbageCostsTheConnectionAtOnce)
