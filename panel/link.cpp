@@ -20,6 +20,8 @@ const int sliceMs = 20;
 
 const int connectTimeoutMs = 1000;
 
+const qint64 nanosecondsOfMicrosecond = 1000;
+
 // A controller that was switched off does not close its connection. Sent bytes that nothing acknowledges
 // for so long end it; a station that merely does not answer keeps its gateway's connection.
 const unsigned int unacknowledgedMs = 5000;
@@ -73,6 +75,8 @@ LinkExchange Link::exchange(const QByteArray& frame, bool replyExpected, int rep
         return exchange;
     m_remoteMatcher.expect(frame, replySize);
     const QByteArray outgoing = isRemote() ? frame : m_matcher.number(frame);
+    QElapsedTimer roundTrip;
+    roundTrip.start();
     if (!send(outgoing))
         return exchange;
     exchange.sent = true;
@@ -80,6 +84,8 @@ LinkExchange Link::exchange(const QByteArray& frame, bool replyExpected, int rep
     if (replyExpected) {
         clock.restart();
         receive(clock, &exchange);
+        if (!exchange.reply.isEmpty())
+            exchange.replyMicroseconds = roundTrip.nsecsElapsed() / nanosecondsOfMicrosecond;
     }
     return exchange;
 }

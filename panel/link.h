@@ -38,6 +38,7 @@ struct LinkExchange {
     bool sent = false;                 ///< the frame went out
     QByteArray sentFrame;              ///< as it went out, with its number; empty when it did not
     QByteArray reply;                  ///< one whole reply with the number put back to 0; empty: none came
+    qint64 replyMicroseconds = -1;     ///< from sending to the reply; -1: none came
     std::vector<DroppedReply> dropped; ///< other replies that came meanwhile
 };
 

@@ -111,6 +111,7 @@ private:
     void exchange(const Turn& turn);
     int judge(const Turn& turn, const LinkExchange& exchange);
     void answered(const Turn& turn);
+    void countStation(int station, const LinkExchange& exchange, int code);
     void givenUp(const Turn& turn, int code, const QString& why);
     void countCyclic(const RW_VAR& request, bool ended);
     void lost(int station, int code, const QString& why);
@@ -450,6 +451,7 @@ void Runtime::Private::exchange(const Turn& turn)
 
 int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange)
 {
+    countStation(turn.request.station, exchange, code);
     QByteArray reply = exchange.reply;
     // With nothing to judge the driver would take a broadcast that never went out for done; a reply to it
     // has the wrong length.
@@ -505,6 +507,17 @@ void Runtime::Private::lost(int station, int code, const QString& why)
 
 /// \param ended false while the request is to be tried again
 void Runtime::Private::countCyclic(const RW_VAR& request, bool ended)
+void Runtime::Private::countStation(int station, const LinkExchange& exchange, int code)
+{
+    StationStatistics& statistics = m_statistics.stations[station];
+    if (exchange.replyMicroseconds >= 0)
+        statistics.roundTrips.add(exchange.replyMicroseconds);
+    if (code == PLC_RETRYING)
+        ++statistics.retried;
+    else if (!isSuccess(code))
+        ++statistics.failuresByCode[code];
+}
+
 {
     if (request.hostKey != cyclicKey)
         return;

@@ -9,6 +9,7 @@
 #include "panel/outcome.h"
 #include "panel/pass_counter.h"
 #include "panel/pending.h"
+#include "panel/round_trips.h"
 #include "panel/settings.h"
 #include "panel/station_report.h"
 #include "panel/variable.h"
@@ -37,16 +38,24 @@ struct ExchangeRecord {
 /// Runs on the communication thread with no lock held; must not throw and must not stop the runtime.
 using ExchangeObserver = std::function<void(const ExchangeRecord&)>;
 
-struct Statistics {
-    long exchanges = 0;                 ///< frames handed to the link
-    long good = 0;                      ///< replies that the driver took
+/// What the exchanges with one station came to, of writes and one-shot reads too.
+struct StationStatistics {
+    RoundTrips roundTrips;              ///< of every reply that came, refusals included
     long retried = 0;                   ///< failures that were retried
-    long failed = 0;                    ///< requests given up
-    std::map<int, long> failuresByCode; ///< the same by the driver's result code
-    long passes = 0;                    ///< passes over the cyclic variables
-    double passesPerSecond = 0;         ///< over the last ten passes, the pauses between them included
-    PassCost lastPass;                  ///< of the last pass that is over
-    long writesConfirmed = 0;           ///< whole writes, as write() took them
+    std::map<int, long> failuresByCode; ///< requests given up, by the driver's result code
+};
+
+struct Statistics {
+    long exchanges = 0;                        ///< frames handed to the link
+    long good = 0;                             ///< replies that the driver took
+    long retried = 0;                          ///< failures that were retried
+    long failed = 0;                           ///< requests given up
+    std::map<int, long> failuresByCode;        ///< the same by the driver's result code
+    std::map<int, StationStatistics> stations; ///< of each that a frame was due for
+    long passes = 0;                           ///< passes over the cyclic variables
+    double passesPerSecond = 0;                ///< over the last ten passes, the pauses between them included
+    PassCost lastPass;                         ///< of the last pass that is over
+    long writesConfirmed = 0;                  ///< whole writes, as write() took them
     long writesFailed = 0;
     long readsDone = 0; ///< whole one-shot reads
     long readsFailed = 0;

@@ -42,6 +42,39 @@ QJsonArray jsonOfFailures(const std::map<int, long>& failures)
     return array;
 }
 
+QJsonArray jsonOfBins(const RoundTrips& trips)
+{
+    QJsonArray array;
+    for (std::size_t bin = 0; bin < RoundTrips::bins; ++bin) {
+        QJsonObject object{{QStringLiteral("count"), static_cast<qint64>(trips.inBin(bin))}};
+        if (bin < RoundTrips::limits.size())
+            object.insert(QStringLiteral("belowMs"), RoundTrips::limits[bin]);
+        array.append(object);
+    }
+    return array;
+}
+
+QJsonObject jsonOfRoundTrips(const RoundTrips& trips)
+{
+    return {{QStringLiteral("count"), static_cast<qint64>(trips.count())},
+            {QStringLiteral("shortestMs"), static_cast<double>(trips.shortest()) / 1000},
+            {QStringLiteral("longestMs"), static_cast<double>(trips.longest()) / 1000},
+            {QStringLiteral("meanMs"), trips.mean() / 1000},
+            {QStringLiteral("bins"), jsonOfBins(trips)}};
+}
+
+QJsonArray jsonOfStations(const std::map<int, StationStatistics>& stations)
+{
+    QJsonArray array;
+    for (const auto& station : stations)
+        array.append(
+            QJsonObject{{QStringLiteral("station"), station.first},
+                        {QStringLiteral("roundTrips"), jsonOfRoundTrips(station.second.roundTrips)},
+                        {QStringLiteral("retries"), static_cast<qint64>(station.second.retried)},
+                        {QStringLiteral("failures"), jsonOfFailures(station.second.failuresByCode)}});
+    return array;
+}
+
 } // namespace
 
 QString watchJson(const WatchRow& row, int station, const QDateTime& time)
@@ -68,7 +101,8 @@ QString statisticsJson(const Statistics& statistics, const QDateTime& time)
                                 {QStringLiteral("frames"), static_cast<qint64>(statistics.exchanges)},
                                 {QStringLiteral("retries"), static_cast<qint64>(statistics.retried)},
                                 {QStringLiteral("failed"), static_cast<qint64>(statistics.failed)},
-                                {QStringLiteral("failures"), jsonOfFailures(statistics.failuresByCode)}};
+                                {QStringLiteral("failures"), jsonOfFailures(statistics.failuresByCode)},
+                                {QStringLiteral("stations"), jsonOfStations(statistics.stations)}};
     return jsonLine({{QStringLiteral("statistics"), values}, {timeMember, time.toString(Qt::ISODateWithMs)}});
 }
 

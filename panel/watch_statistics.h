@@ -11,7 +11,8 @@ namespace panel
 {
 
 /// \param columns characters of a line at most, as far as single words fit; 0: any number
-/// \return refreshes and what the last one took, what was read for no variable, retries and failures
+/// \return refreshes and what the last one took, what was read for no variable, retries and
+///         failures, how long replies took; the last two of each station as well, where there are several
 QStringList statisticsLines(const Statistics& statistics, int columns);
 
 } // namespace panel

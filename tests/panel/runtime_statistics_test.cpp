@@ -81,6 +81,22 @@ TEST_F(RuntimeStatistics, KeepsFailuresByTheirReturnCode)
     EXPECT_GE(statistics.failed, 3);
 }
 
+TEST_F(RuntimeStatistics, KeepsRoundTripsRetriesAndFailuresApartByStation)
+{
+    settings.multiStation = true;
+    settings.stationPauseMs = 0;
+    settings.timeoutMs = 50;
+    settings.retryLimit = 1;
+    controller->setSilent(7, true);
+    const std::map<int, panel::StationStatistics> stations =
+        after(3, {variable(9, 100), variable(9, 100, 1, 7)}).stations;
+    ASSERT_EQ(stations.size(), 2u);
+    EXPECT_GE(stations.at(1).roundTrips.count(), 3);
+    EXPECT_GE(stations.at(7).retried, 3);
+    EXPECT_EQ(stations.at(7).roundTrips.count(), 0);
+    EXPECT_GE(stations.at(7).failuresByCode.at(41), 3);
+}
+
 TEST_F(RuntimeStatistics, CountsTheRetriesOfAPassAsFrames)
 {
     simulator::Settings refusing;

@@ -180,7 +180,8 @@ TEST_F(WatchList, StatisticsStandBelowTheTable)
                 testing::ContainsRegex("\n\nREFRESHES  1; the last took ([0-9]+) requests in [0-9]+ frames\n"
                                        "READ       [0-9]+ registers \\([0-9.]+ % of them for no variable\\), "
                                        "[0-9]+ bits \\([0-9.]+ % of them for no variable\\)\n"
-                                       "TROUBLE    0 retries, 0 failures\n$"));
+                                       "TROUBLE    0 retries, 0 failures\n"
+                                       "ANSWERS    [0-9]+ replies in [0-9.]+ to [0-9.]+ ms, "));
 }
 
 TEST_F(WatchList, StatisticsAreTheLastLineOfJson)
