@@ -8,8 +8,8 @@ namespace panel
 namespace
 {
 
-enum CommandBit { R = 1, W = 2, V = 4, D = 8 }; // read, write, watch (view), demo
-const int allCommands = R | W | V | D;
+enum CommandBit { R = 1, W = 2, V = 4, C = 8, D = 16 }; // read, write, watch (view), check, demo
+const int allCommands = R | W | V | C | D;
 
 struct OptionRow {
     const char* name;
@@ -22,31 +22,33 @@ struct OptionRow {
 // In the order of the help.
 const OptionRow optionRows[] = {
     {"controller", "HOST[:PORT]",
-     "The controller's name or address, and its TCP port when that is not 502. Needed.", R | W | V, nullptr},
+     "The controller's name or address, and its TCP port when that is not 502. Needed.", R | W | V | C,
+     nullptr},
     {"station", "N",
      "The station (Modbus unit) that the variables belong to, 0 to 255. Station 0 is a broadcast: it can be "
      "written, and no controller confirms it.",
-     R | W | V, &Settings::station},
+     R | W | V | C, &Settings::station},
     {"multi-station", nullptr,
      "Several stations share the link: a variable names its own, AREA:ADDRESS@STATION, and --station is that "
      "of the others. A station that does not answer is left alone for a while, so that the others need not "
      "wait for it.",
-     R | W | V, nullptr},
+     R | W | V | C, nullptr},
     {"vars", "FILE",
-     "Watch the variables of a list: CSV, its first line name,area,address,station,count,type, then a "
+     "Watch or check the variables of a list: CSV, its first line name,area,address,station,count,type, then "
+     "a "
      "variable "
      "a line. Types: bit, int16, uint16, int32, uint32, float32, hex, text. An empty station is that of the "
      "option, an empty count 1; lines that begin with # are comments. Goes with AREA:ADDRESS as well.",
-     V, nullptr},
+     V | C, nullptr},
     {"remote", nullptr,
      "Speak remote frames instead of Modbus TCP; the controller must do so too, as plcsim --remote does.",
-     R | W | V, nullptr},
+     R | W | V | C, nullptr},
     {"hex", nullptr, "Print values in hexadecimal.", R | V, nullptr},
-    {"json", nullptr, "Print a JSON object per line.", R | V, nullptr},
+    {"json", nullptr, "Print a JSON object per line.", R | V | C, nullptr},
     {"once", nullptr, "Refresh every variable once, print the table and end.", V, nullptr},
     {"stats", nullptr,
      "Show below the table what a refresh of all variables costs: requests, frames, what was read for no "
-     "variable, retries and failures.",
+     "variable, retries and failures, how long replies took; of each station where there are several.",
      V, nullptr},
     {"interval", "MS", "Look at the values every so many milliseconds. Default 500.", V, nullptr},
     {"timeout", "MS", "Wait so many milliseconds for a reply.", allCommands, &Settings::timeoutMs},
@@ -106,6 +108,15 @@ const CommandRow commandRows[] = {
      "  plcpanel watch 9:100 --controller 127.0.0.1:1502 --once\n"
      "  plcpanel watch --vars examples/machine.csv --stats --controller 127.0.0.1:1502\n"
      "  plcpanel watch 9:100x4 --controller 127.0.0.1:1502 --json >changes.txt\n"},
+    {Command::Check, C, "check", "check [AREA:ADDRESS[xCOUNT]...]", "find what the controller refuses",
+     "Before going live: reads each block that the driver makes of the variables once. Where the controller\n"
+     "refuses one, it is halved until the variables at fault are known, or the addresses between variables "
+     "that\n"
+     "the controller does not have. Blocks that would break a limit of Modbus are told as well. A reply "
+     "that\n"
+     "does not come is blamed on no variable.\n",
+     "  plcpanel check --vars examples/machine.csv --controller 192.168.0.10\n"
+     "  plcpanel check 9:100 9:180 --controller 127.0.0.1:1502 --json\n"},
     {Command::Demo, D, "demo", "demo", "try everything on a simulated controller",
      "Starts a simulated controller on this machine, writes and reads every area that allows it, switches a\n"
      "station off and on, lets the controller fall silent and come back, and compares every value with the\n"
@@ -118,13 +129,25 @@ const CommandRow& rowOf(Command command)
     return commandRows[static_cast<int>(command)];
 }
 
-QString exitStatusText()
+QString exitStatusText(std::optional<Command> command)
 {
+    const QString common =
+        QStringLiteral("Exit status:\n"
+                       "  0  everything asked for was done\n"
+                       "  1  something failed at the controller or on the link to it\n"
+                       "  2  nothing was tried: the command line is wrong, or the driver cannot be loaded\n");
+    if (!command)
+        return common + QStringLiteral("  3 and above are told by the help of the command that has them\n");
+    if (*command != Command::Check)
+        return common;
     return QStringLiteral(
         "Exit status:\n"
-        "  0  everything asked for was done\n"
-        "  1  something failed at the controller or on the link to it\n"
-        "  2  nothing was tried: the command line is wrong, or the driver cannot be loaded\n");
+        "  0  every variable can be read, in the blocks that the driver makes of them\n"
+        "  1  nothing was refused, but not everything was answered\n"
+        "  2  nothing was tried: the command line or the list is wrong, or the driver cannot be loaded\n"
+        "  3  the controller refuses variables, or addresses between variables\n"
+        "  4  the controller cannot be reached\n"
+        "  5  nothing was tried: blocks would break a limit of Modbus\n");
 }
 
 QString variablesText()
@@ -159,7 +182,7 @@ QString commandHelp(const CommandRow& row)
     if (row.command != Command::Demo)
         text += variablesText() + QLatin1Char('\n');
     return text + optionsText(row.command) + QLatin1Char('\n') + paragraph("Examples:\n", row.examples) +
-           exitStatusText();
+           exitStatusText(row.command);
 }
 
 QString commandList()
@@ -181,7 +204,7 @@ QString programHelp()
         QStringLiteral("\nExamples:\n");
     for (const CommandRow& row : commandRows)
         text += QLatin1String(row.examples);
-    return text + QLatin1Char('\n') + exitStatusText();
+    return text + QLatin1Char('\n') + exitStatusText(std::nullopt);
 }
 
 QCommandLineOption optionOf(const OptionRow& row)

@@ -131,10 +131,15 @@ void refuseErrors(const QString& path, const QStringList& errors)
     refuse(text);
 }
 
+bool takesList(Command command)
+{
+    return command == Command::Watch || command == Command::Check;
+}
+
 void setList(const QCommandLineParser& parser, Options* options)
 {
     const QString option = QStringLiteral("vars");
-    if (options->command != Command::Watch || !parser.isSet(option))
+    if (!takesList(options->command) || !parser.isSet(option))
         return;
     if (options->format == ValueFormat::Hex)
         refuse(
@@ -158,7 +163,7 @@ QString expectedVariables(Command command)
     if (command == Command::Write)
         return QStringLiteral("AREA:ADDRESS=VALUE[,VALUE...] is expected, e.g. 9:100=1,2");
     const QString plain = QStringLiteral("AREA:ADDRESS[xCOUNT] is expected, e.g. 9:100x2");
-    return command == Command::Watch ? plain + QStringLiteral(", or a list of them: --vars FILE") : plain;
+    return takesList(command) ? plain + QStringLiteral(", or a list of them: --vars FILE") : plain;
 }
 
 void setVariables(const QStringList& texts, Options* options)
@@ -192,7 +197,8 @@ void setBlockCount(const QCommandLineParser& parser, Options* options)
 
 ValueFormat formatOf(const QCommandLineParser& parser)
 {
-    const bool hex = parser.isSet(QStringLiteral("hex"));
+    const QString hexOption = QStringLiteral("hex");
+    const bool hex = parser.optionNames().contains(hexOption) && parser.isSet(hexOption);
     const bool json = parser.isSet(QStringLiteral("json"));
     if (hex && json)
         refuse(QStringLiteral("--hex and --json exclude each other: JSON knows decimal numbers only"));
@@ -205,7 +211,7 @@ Options optionsOf(const QCommandLineParser& parser, Command command)
     options.command = command;
     options.settings = settingsOf(parser, command);
     options.trace = parser.isSet(QStringLiteral("trace"));
-    if (command == Command::Read || command == Command::Watch)
+    if (command != Command::Write && command != Command::Demo)
         options.format = formatOf(parser);
     if (command == Command::Watch) {
         options.once = parser.isSet(QStringLiteral("once"));
@@ -273,11 +279,12 @@ CommandLine parseCommandLine(const QStringList& arguments)
     if (words.isEmpty() && parser.isSet(QStringLiteral("help")))
         return show(helpText(std::nullopt));
     if (words.isEmpty())
-        return refusal(QStringLiteral("no command is given; choose read, write, watch or demo"), {});
+        return refusal(QStringLiteral("no command is given; choose read, write, watch, check or demo"), {});
     const auto command = commandNamed(words.first());
     if (!command)
-        return refusal(
-            QStringLiteral("\"%1\" is no command; choose read, write, watch or demo").arg(words.first()), {});
+        return refusal(QStringLiteral("\"%1\" is no command; choose read, write, watch, check or demo")
+                           .arg(words.first()),
+                       {});
     return parseCommand(*command, arguments);
 }
 

@@ -16,7 +16,7 @@
 namespace panel
 {
 
-enum class Command { Read, Write, Watch, Demo };
+enum class Command { Read, Write, Watch, Check, Demo };
 
 /// One AREA:ADDRESS=VALUE[,VALUE...].
 struct WriteTask {
@@ -28,9 +28,9 @@ struct WriteTask {
 struct Options {
     Command command = Command::Read;
     Settings settings;                  ///< driverPath is empty when none is given
-    std::vector<Variable> variables;    ///< of read and watch, each of which can be read
+    std::vector<Variable> variables;    ///< of read, watch and check, each of which can be read
     std::vector<WriteTask> writes;      ///< of write, each of which can be written
-    std::vector<ListedVariable> listed; ///< of watch: those of the list, each of which can be read
+    std::vector<ListedVariable> listed; ///< of watch and check: those of the list, each of which can be read
     ValueFormat format = ValueFormat::Decimal;
     bool once = false;
     bool trace = false;

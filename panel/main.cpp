@@ -1,5 +1,6 @@
 // plcpanel: the reference runtime as a program.
 
+#include "panel/check_command.h"
 #include "panel/command_line.h"
 #include "panel/demo_command.h"
 #include "panel/driver_path.h"
@@ -29,6 +30,8 @@ ExitStatus run(Options options)
         return runWrite(options);
     case Command::Watch:
         return runWatch(options);
+    case Command::Check:
+        return runCheck(options);
     case Command::Demo:
         return runDemo(options);
     }

@@ -37,7 +37,7 @@ ReadOutcome notTried()
 
 ExitStatus runRead(const Options& options)
 {
-    Session session(options.settings, options.trace ? traceToStandardError() : ExchangeObserver());
+    Session session(options.settings, observerFor(options));
     session.runtime().start();
     const int width = widestName(options.variables);
     bool allDone = true;

@@ -32,11 +32,6 @@ bool isDoubleWords(const Variable& variable)
     return kindOf(variable.area) == ElementKind::DoubleWord;
 }
 
-int endOf(const Variable& variable)
-{
-    return variable.element + variable.count;
-}
-
 /// Runs of bits with more than padding between them, each covering whole variables.
 Runs clusters(Runs bits)
 {

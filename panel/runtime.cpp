@@ -1,6 +1,7 @@
 #include "panel/runtime.h"
 
 #include "panel/cyclic_values.h"
+#include "panel/driver_settings.h"
 #include "panel/once_reads.h"
 #include "panel/request_keys.h"
 #include "panel/return_code_words.h"
@@ -22,9 +23,6 @@ namespace panel
 
 namespace
 {
-
-// SetRegisterData() queues writes for the controller.
-const int queueWrites = 2;
 
 // How long the communication thread sleeps when there is nothing to do and nobody wakes it.
 const int idleMs = 50;
@@ -111,9 +109,9 @@ private:
     void exchange(const Turn& turn);
     int judge(const Turn& turn, const LinkExchange& exchange);
     void answered(const Turn& turn);
-    void countStation(int station, const LinkExchange& exchange, int code);
     void givenUp(const Turn& turn, int code, const QString& why);
     void countCyclic(const RW_VAR& request, bool ended);
+    void countStation(int station, const LinkExchange& exchange, int code);
     void lost(int station, int code, const QString& why);
     void endPauses();
     void tellDriver(int station);
@@ -205,14 +203,7 @@ void Runtime::Private::start()
 
 void Runtime::Private::wire()
 {
-    m_info.maxBlockCount = m_settings.maxBlockCount;
-    m_info.defaultStation = m_settings.station;
-    m_info.retryLimit = m_settings.retryLimit;
-    m_info.multiStation = m_settings.multiStation ? 1 : 0;
-    // The station group of every request stays 0, that of this block too: so the driver takes replies to
-    // remote frames for local ones, files them under its lock and reports one-shot reads.
-    m_info.remoteMode = m_settings.remoteMode ? 1 : 0;
-    m_info.hostWriteMode = queueWrites;
+    m_info = driverSettings(m_settings);
     m_calls = m_library->calls();
     s_onceReads = &m_reads;
     m_calls.SetComInfo(&m_info);
@@ -451,7 +442,6 @@ void Runtime::Private::exchange(const Turn& turn)
 
 int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange)
 {
-    countStation(turn.request.station, exchange, code);
     QByteArray reply = exchange.reply;
     // With nothing to judge the driver would take a broadcast that never went out for done; a reply to it
     // has the wrong length.
@@ -461,6 +451,7 @@ int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange)
     const int code = m_calls.DataCom(&reply, reply.size())->result;
     ++m_statistics.exchanges;
     countCyclic(turn.request, code != PLC_RETRYING);
+    countStation(turn.request.station, exchange, code);
     if (turn.replyExpected)
         m_pauses.tried(turn.request.station, endOf(exchange, code));
     if (isSuccess(code))
@@ -507,6 +498,15 @@ void Runtime::Private::lost(int station, int code, const QString& why)
 
 /// \param ended false while the request is to be tried again
 void Runtime::Private::countCyclic(const RW_VAR& request, bool ended)
+{
+    if (request.hostKey != cyclicKey)
+        return;
+    m_passes.frame();
+    if (ended)
+        m_passes.request(request.area, elementsRead(request.area, request.count),
+                         m_cyclic.unusedElements(request));
+}
+
 void Runtime::Private::countStation(int station, const LinkExchange& exchange, int code)
 {
     StationStatistics& statistics = m_statistics.stations[station];
@@ -516,15 +516,6 @@ void Runtime::Private::countStation(int station, const LinkExchange& exchange, i
         ++statistics.retried;
     else if (!isSuccess(code))
         ++statistics.failuresByCode[code];
-}
-
-{
-    if (request.hostKey != cyclicKey)
-        return;
-    m_passes.frame();
-    if (ended)
-        m_passes.request(request.area, elementsRead(request.area, request.count),
-                         m_cyclic.unusedElements(request));
 }
 
 QString Runtime::Private::failureWords(int code, const LinkExchange& exchange) const

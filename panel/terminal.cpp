@@ -21,15 +21,30 @@ bool wantsColours()
     return isTerminal() && qEnvironmentVariableIsEmpty("NO_COLOR");
 }
 
-TerminalSize terminalSize()
+namespace
+{
+
+TerminalSize sizeOf(int descriptor)
 {
     TerminalSize size;
     winsize window = {};
-    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &window) == 0 && window.ws_col > 0 && window.ws_row > 0) {
+    if (ioctl(descriptor, TIOCGWINSZ, &window) == 0 && window.ws_col > 0 && window.ws_row > 0) {
         size.columns = window.ws_col;
         size.lines = window.ws_row;
     }
     return size;
+}
+
+} // namespace
+
+TerminalSize terminalSize()
+{
+    return sizeOf(STDOUT_FILENO);
+}
+
+int errorTerminalColumns()
+{
+    return sizeOf(STDERR_FILENO).columns;
 }
 
 QString RedrawnLines::draw(const QStringList& lines)

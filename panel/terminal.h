@@ -26,6 +26,9 @@ struct TerminalSize {
 /// \return the size of the terminal as it is now
 TerminalSize terminalSize();
 
+/// \return the characters in a line of the terminal that standard error goes to
+int errorTerminalColumns();
+
 /// Lines that are drawn over the ones drawn before. It leaves the cursor below them and changes no mode of
 /// the terminal, so there is nothing to put back in order, however the program ends.
 class RedrawnLines

@@ -3,6 +3,7 @@
 #ifndef PANEL_TRACE_H
 #define PANEL_TRACE_H
 
+#include "panel/command_line.h"
 #include "panel/runtime.h"
 
 #include <QString>
@@ -16,6 +17,9 @@ QString traceText(const ExchangeRecord& record);
 
 /// \return an observer that prints traceText() on standard error
 ExchangeObserver traceToStandardError();
+
+/// \return that one when the user wants a trace, else none
+ExchangeObserver observerFor(const Options& options);
 
 /// \return the reply as it came over the link, with the number that the frame went out with; empty when
 ///         none came

@@ -26,6 +26,12 @@ struct Variable {
     int station = -1; ///< -1: the station of the settings
 };
 
+/// \return the element behind the last one of \a variable
+inline int endOf(const Variable& variable)
+{
+    return variable.element + variable.count;
+}
+
 /// \return the kind of elements in \a area, which must be 0..14
 ElementKind kindOf(int area);
 

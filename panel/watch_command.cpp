@@ -222,7 +222,7 @@ ExitStatus runWatch(const Options& options)
     Settings settings = options.settings;
     if (options.once)
         settings.staleAfterMs = neverStaleMs;
-    Session session(settings, options.trace ? traceToStandardError() : ExchangeObserver());
+    Session session(settings, observerFor(options));
     for (const WatchRow& row : emptyRows(options))
         session.runtime().addCyclic(row.variable);
     session.runtime().start();

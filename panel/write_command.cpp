@@ -40,7 +40,7 @@ WriteOutcome notTried()
 
 ExitStatus runWrite(const Options& options)
 {
-    Session session(options.settings, options.trace ? traceToStandardError() : ExchangeObserver());
+    Session session(options.settings, observerFor(options));
     session.runtime().start();
     const int width = widestText(options.writes);
     bool allConfirmed = true;

@@ -1,0 +1,257 @@
+#include "panel/check_command.h"
+
+#include "panel/check_report.h"
+#include "panel/driver_blocks.h"
+#include "panel/frame_fields.h"
+#include "panel/output.h"
+#include "panel/progress_line.h"
+#include "panel/refresh_plan.h"
+#include "panel/request_pieces.h"
+#include "panel/return_code_words.h"
+#include "panel/session.h"
+#include "panel/terminal.h"
+#include "panel/trace.h"
+#include "panel/watch_signals.h"
+
+#include <mutex>
+
+namespace panel
+{
+
+namespace
+{
+
+const int lookMs = 10; // between two looks for an answer or a signal
+
+const int quantityField = 10; // of a read request
+const int readCoils = 1;
+const int mostCoils = 2000;
+const int mostRegistersAtOnce = 125;
+
+const int smallestBlockCount = 2;
+
+// Modbus exceptions that are not about the addresses: the controller is at work, or a gateway reaches it not.
+const int acknowledged = 5;
+const int busy = 6;
+const int gatewayCodes[] = {10, 11};
+
+bool isAboutTheRequest(int exception)
+{
+    return exception != acknowledged && exception != busy && exception != gatewayCodes[0] &&
+           exception != gatewayCodes[1];
+}
+
+/// The variables as they are asked for, with what they are called.
+struct CheckedList {
+    std::vector<Variable> variables; // stations filled in
+    QStringList names;
+    std::vector<CheckedPart> parts;
+};
+
+CheckedList checkedList(const Options& options)
+{
+    CheckedList list;
+    for (const Variable& variable : options.variables) {
+        list.variables.push_back(withStation(variable, options.settings));
+        list.names << variableText(variable);
+    }
+    for (const ListedVariable& listed : options.listed) {
+        list.variables.push_back(withStation(listed.elements, options.settings));
+        list.names << QStringLiteral("%1 (%2, line %3)")
+                          .arg(listed.name, variableText(listed.elements))
+                          .arg(listed.line);
+    }
+    const int maxBlockCount = options.settings.maxBlockCount;
+    const RefreshPlan plan = options.settings.remoteMode ? remoteRefreshPlan(list.variables, maxBlockCount)
+                                                         : refreshPlan(list.variables, maxBlockCount);
+    for (std::size_t variable = 0; variable < plan.parts.size(); ++variable) {
+        for (const ReadPiece& piece : plan.parts[variable])
+            list.parts.push_back({variable, piece.asked});
+    }
+    return list;
+}
+
+/// \return the blocks that read more than Modbus allows; remote frames have no such limit
+std::vector<LongBlock> longBlocks(const CheckedList& list, const std::vector<DriverBlock>& blocks)
+{
+    std::vector<LongBlock> tooLong;
+    for (const DriverBlock& block : blocks) {
+        LongBlock each;
+        each.elements = elementsOf(block);
+        each.quantity = wordAt(block.frame, quantityField);
+        each.allowed = byteAt(block.frame, functionOffset) == readCoils ? mostCoils : mostRegistersAtOnce;
+        for (const CheckedPart& part : partsIn(each.elements, list.parts))
+            each.variables.insert(part.variable);
+        if (each.quantity > each.allowed)
+            tooLong.push_back(each);
+    }
+    return tooLong;
+}
+
+/// Reads through the driver, one block at a time, and tells what came of the last try.
+class BlockReader
+{
+public:
+    BlockReader(const Options& options, ProgressLine* progress)
+        : m_options(options), m_progress(progress),
+          m_session(settingsFor(options), [this, trace = observerFor(options)](const ExchangeRecord& record) {
+              if (trace)
+                  trace(record);
+              std::lock_guard<std::mutex> lock(m_mutex);
+              m_last = record;
+          })
+    {
+        m_session.runtime().start();
+    }
+
+    bool neverConnected() const { return m_session.neverConnected(); }
+
+    /// Tries again where no usable answer came: a refusal is one.
+    ReadAnswer read(const Variable& elements)
+    {
+        ReadAnswer answer = tryToRead(elements);
+        for (int retry = 0; retry < m_options.settings.retryLimit && isWorthARetry(answer); ++retry)
+            answer = tryToRead(elements);
+        return answer;
+    }
+
+    void tell(const QString& text) { m_text = text; }
+
+private:
+    static bool isWorthARetry(const ReadAnswer& answer)
+    {
+        return answer.kind == ReadAnswer::Unanswered || answer.kind == ReadAnswer::NotConnected;
+    }
+
+    static Settings settingsFor(const Options& options)
+    {
+        Settings settings = options.settings;
+        settings.retryLimit = 0; // the driver would try refused blocks again as well
+        settings.stationPauseMs = 0;
+        return settings;
+    }
+
+    ReadAnswer tryToRead(const Variable& elements)
+    {
+        const Pending<ReadOutcome> pending = m_session.runtime().read(elements);
+        while (!pending.wait(lookMs)) {
+            m_progress->show(m_text);
+            if (WatchSignals::wait(0) == WatchSignals::End)
+                return {ReadAnswer::Interrupted, QStringLiteral("the check was ended before")};
+        }
+        m_session.settle();
+        const ReadOutcome outcome = pending.get();
+        if (outcome.done)
+            return {};
+        std::lock_guard<std::mutex> lock(m_mutex);
+        return answerOf(m_last, outcome.reason);
+    }
+
+    const Options& m_options;
+    ProgressLine* const m_progress;
+    QString m_text;
+    std::mutex m_mutex;
+    ExchangeRecord m_last;
+    Session m_session;
+};
+
+/// \return true when the controller was reached
+bool checkBlocks(const Options& options, const CheckedList& list, const std::vector<DriverBlock>& blocks,
+                 CheckReport* report)
+{
+    ProgressLine progress;
+    BlockReader reader(options, &progress);
+    ListCheck check([&reader](const Variable& elements) { return reader.read(elements); });
+    std::size_t number = 0;
+    for (const DriverBlock& block : blocks) {
+        reader.tell(QStringLiteral("checking block %1 of %2, %3 reads so far")
+                        .arg(++number)
+                        .arg(blocks.size())
+                        .arg(check.reads()));
+        const Variable elements = elementsOf(block);
+        check.check(elements, partsIn(elements, list.parts));
+    }
+    report->findings = check.findings();
+    report->reads = check.reads();
+    return !reader.neverConnected();
+}
+
+bool repeatsAny(const std::vector<Finding>& findings, const std::vector<DriverBlock>& blocks)
+{
+    for (const Finding& finding : findings) {
+        for (const DriverBlock& block : blocks) {
+            if (repeats(finding, elementsOf(block)))
+                return true;
+        }
+    }
+    return false;
+}
+
+/// \return the largest block size below the present one with which the driver makes no block again that was
+///         refused for its gap or its length
+std::optional<int> remedyFor(const Options& options, const CheckedList& list,
+                             const std::vector<Finding>& findings)
+{
+    BlockPlanner planner(options.settings);
+    for (int count = options.settings.maxBlockCount - 1; count >= smallestBlockCount; --count) {
+        if (!repeatsAny(findings, planner.blocks(list.variables, count)))
+            return count;
+    }
+    return std::nullopt;
+}
+
+ExitStatus statusOf(const CheckReport& report)
+{
+    if (isRefused(report))
+        return VariablesRefused;
+    return isIncomplete(report) ? ControllerFailed : AllGood;
+}
+
+void show(const Options& options, const CheckReport& report)
+{
+    print(options.format == ValueFormat::Json ? checkJson(report) : checkText(report, wantsColours()));
+}
+
+} // namespace
+
+ReadAnswer answerOf(const ExchangeRecord& record, const QString& failure)
+{
+    if (!record.exchange.sent)
+        return {ReadAnswer::NotConnected, failure};
+    const int exception = exceptionCode(record.exchange.reply);
+    if (exception == 0 || !isAboutTheRequest(exception))
+        return {ReadAnswer::Unanswered, failure};
+    return {ReadAnswer::Refused,
+            QStringLiteral("exception %1, %2").arg(exception).arg(exceptionWords(exception))};
+}
+
+ExitStatus runCheck(const Options& options)
+{
+    WatchSignals::block();
+    const CheckedList list = checkedList(options);
+    const int maxBlockCount = options.settings.maxBlockCount;
+    const std::vector<DriverBlock> blocks =
+        BlockPlanner(options.settings).blocks(list.variables, maxBlockCount);
+    CheckReport report;
+    report.names = list.names;
+    report.multiStation = options.settings.multiStation;
+    report.maxBlockCount = maxBlockCount;
+    report.blocks = blocks.size();
+    report.limit = blockRefusal(list.variables, maxBlockCount);
+    if (!report.limit.isEmpty()) {
+        if (!options.settings.remoteMode)
+            report.longBlocks = longBlocks(list, blocks);
+        show(options, report);
+        return LimitBroken;
+    }
+    const bool reached = checkBlocks(options, list, blocks, &report);
+    if (needsRemedy(report))
+        report.remedy = remedyFor(options, list, report.findings);
+    show(options, report);
+    if (reached)
+        return statusOf(report);
+    complainOfNoConnection(options.settings);
+    return ControllerNotReached;
+}
+
+} // namespace panel

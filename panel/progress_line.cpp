@@ -1,0 +1,44 @@
+#include "panel/progress_line.h"
+
+#include "panel/output.h"
+#include "panel/terminal.h"
+
+namespace panel
+{
+
+namespace
+{
+
+const int silentMs = 1000;
+const int betweenTextsMs = 100;
+
+} // namespace
+
+ProgressLine::ProgressLine() : m_wanted(errorsGoToTerminal() && qgetenv("TERM") != "dumb")
+{
+    m_sinceBegin.start();
+}
+
+ProgressLine::~ProgressLine()
+{
+    clear();
+}
+
+void ProgressLine::show(const QString& text)
+{
+    const bool tooSoon = m_isShown && m_sinceShown.elapsed() < betweenTextsMs;
+    if (!m_wanted || tooSoon || m_sinceBegin.elapsed() < silentMs)
+        return;
+    printError(QLatin1Char('\r') + text.left(errorTerminalColumns() - 1) + QStringLiteral("\x1b[K"));
+    m_isShown = true;
+    m_sinceShown.start();
+}
+
+void ProgressLine::clear()
+{
+    if (m_isShown)
+        printError(QStringLiteral("\r\x1b[K"));
+    m_isShown = false;
+}
+
+} // namespace panel
