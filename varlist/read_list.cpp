@@ -9,6 +9,7 @@
 #include <QMultiMap>
 
 #include <algorithm>
+#include <new>
 #include <vector>
 
 namespace
@@ -180,6 +181,14 @@ struct Block {
     }
 };
 
+// AddListReadVar() keeps exceptions to itself, but merging must not go on without the block that it opens.
+void AppendBlock(RW_VAR& var)
+{
+    const int before = PLC_driver.readList.size();
+    if (AddListReadVar(&var) == before)
+        throw std::bad_alloc();
+}
+
 // Where each entry of a list belongs once it is sorted.
 struct Place {
     int address;
@@ -282,7 +291,7 @@ int WordVarReCreat(QList<RW_VAR>* list, int maxLen, int index)
             PLC_driver.readList[size - 1].count = static_cast<int>(grown);
             continue;
         }
-        AddListReadVar(&var);
+        AppendBlock(var);
         ++size;
         block = Block(var);
     }
