@@ -23,7 +23,10 @@
 ///
 /// Failures: no entry point throws and none prints. A null record, list, string or byte array is refused:
 /// nothing changes and the result is the one given for it. A call that runs out of memory gives up with the
-/// same result, DataCom() with PLC_RETRYING.
+/// same result, DataCom() with PLC_RETRYING. It may be made again: nothing of the request is queued, no lock
+/// is held and a record handed over is as it was. Two calls leave something behind: ReCreatReadVarList() an
+/// empty list, and what writes values in multi-station mode, or after a failed reply, the first of them in
+/// the driver's memory.
 #ifndef PLCDRIVER_H
 #define PLCDRIVER_H
 

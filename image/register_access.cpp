@@ -5,6 +5,7 @@
 #include "image/image_write.h"
 #include "varlist/address_text.h"
 #include "varlist/block_limit.h"
+#include "varlist/write_batch.h"
 
 #include <algorithm>
 
@@ -60,22 +61,24 @@ WriteCut CutOf(const Area& area, int code, int count)
     }
 }
 
-// Queues the pieces of one write. Once a reply failed, each piece is mirrored at once: the builder, which
-// mirrors it otherwise, does not do so after a failure.
+// Queues the pieces of one write, all or none. Once a reply failed, each piece is mirrored at once: the
+// builder, which mirrors it otherwise, does not do so after a failure.
 int QueueWrite(RW_VAR var, const Area& area, int start, const QByteArray& value, int count)
 {
     const WriteCut cut = CutOf(area, var.area, count);
     const Pieces pieces = CutIntoPieces(cut.elements, cut.limit);
-    int queued = 0;
+    if (pieces.number == 0)
+        return 0;
+    WriteBatch batch;
     for (int i = 0; i < pieces.number; ++i) {
         var.address = pieces.begin(start, i);
         var.count = pieces.count(i);
         var.data = Slice(value, i * pieces.size * cut.bytesPerElement, var.count * cut.bytesPerElement);
-        queued = AddListWriteVar(&var, 0);
+        batch.add(var);
         if (PLC_driver.lastFailed != 0)
             WriteDataToLocal(&var);
     }
-    return queued;
+    return batch.keep();
 }
 
 // GetRegisterData(): elements that do not exist read as zero bytes, so the output has the size asked for.

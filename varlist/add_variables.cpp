@@ -2,6 +2,7 @@
 #include "frames/address_map.h"
 #include "varlist/address_text.h"
 #include "varlist/block_limit.h"
+#include "varlist/write_batch.h"
 
 namespace
 {
@@ -30,10 +31,9 @@ int ReplaceableWrite(const RW_VAR& var)
 }
 
 // listMutex is held.
-void QueueWrite(const RW_VAR& var)
+void PutWrite(const RW_VAR& var, int replaceable)
 {
     QList<RW_VAR>& list = PLC_driver.writeList;
-    const int replaceable = ReplaceableWrite(var);
     if (replaceable >= 0)
         list[replaceable] = var;
     else if (list.size() < LIST_LIMIT)
@@ -49,14 +49,28 @@ bool IsQueued(const RW_VAR& var)
     return false;
 }
 
-// listMutex is held. The caller's record ends as the last piece.
+void QueueUnlessKnown(const RW_VAR& var)
+{
+    if (!IsQueued(var) && PLC_driver.onceReadList.size() < LIST_LIMIT)
+        PLC_driver.onceReadList.append(var);
+}
+
+// listMutex is held. The record ends as the last piece. When memory runs out no piece stays: a read that is
+// queued in part would be reported as done.
 void QueuePieces(RW_VAR* var, int start, const Pieces& pieces)
 {
-    for (int i = 0; i < pieces.number; ++i) {
-        var->count = pieces.count(i);
-        var->address = pieces.begin(start, i);
-        if (!IsQueued(*var) && PLC_driver.onceReadList.size() < LIST_LIMIT)
-            PLC_driver.onceReadList.append(*var);
+    QList<RW_VAR>& list = PLC_driver.onceReadList;
+    const int before = list.size();
+    try {
+        for (int i = 0; i < pieces.number; ++i) {
+            var->count = pieces.count(i);
+            var->address = pieces.begin(start, i);
+            QueueUnlessKnown(*var);
+        }
+    } catch (...) {
+        while (list.size() > before)
+            list.removeLast();
+        throw;
     }
 }
 
@@ -110,6 +124,31 @@ int SizeOf(const QList<RW_VAR>& list)
 
 } // namespace
 
+WriteBatch::WriteBatch() : lock_(&PLC_driver.listMutex), before_(PLC_driver.writeList.size()), kept_(false) {}
+
+WriteBatch::~WriteBatch()
+{
+    QList<RW_VAR>& list = PLC_driver.writeList;
+    while (!kept_ && list.size() > before_)
+        list.removeLast();
+    for (; !kept_ && !replaced_.isEmpty(); replaced_.removeLast())
+        list[ReplaceableWrite(replaced_.last())] = replaced_.last();
+}
+
+void WriteBatch::add(const RW_VAR& var)
+{
+    const int replaceable = ReplaceableWrite(var);
+    if (replaceable >= 0)
+        replaced_.append(PLC_driver.writeList.at(replaceable));
+    PutWrite(var, replaceable);
+}
+
+int WriteBatch::keep()
+{
+    kept_ = true;
+    return PLC_driver.writeList.size();
+}
+
 int AddListReadVar(RW_VAR* var)
 try {
     if (var)
@@ -126,7 +165,7 @@ try {
     if (direct == 1)
         return AddDirectly(PLC_driver.writeList, *var);
     QMutexLocker lock(&PLC_driver.listMutex);
-    QueueWrite(*var);
+    PutWrite(*var, ReplaceableWrite(*var));
     return PLC_driver.writeList.size();
 } catch (...) {
     return SizeOf(PLC_driver.writeList);
@@ -138,7 +177,12 @@ try {
         return 0;
     if (direct == 1)
         return AddDirectly(PLC_driver.onceReadList, *var);
-    return PLC_driver.comInfo ? AddOnceRead(var) : 0;
+    if (!PLC_driver.comInfo)
+        return 0;
+    RW_VAR queued = *var; // so that the caller still has the whole request when memory runs out
+    const int result = AddOnceRead(&queued);
+    *var = queued;
+    return result;
 } catch (...) {
     return 0;
 }
