@@ -18,10 +18,13 @@ namespace
 
 const char fileName[] = "libplcdriver.so";
 
+/// From the folder of the installed program; its name has the version, without which only development goes.
+const char installedDriver[] = PANEL_INSTALLED_DRIVER;
+
 /// \return the path of the file that the system's loader finds for the bare name; empty when none
-QString systemPath()
+QString systemPath(const QString& name)
 {
-    void* const library = dlopen(fileName, RTLD_LAZY | RTLD_LOCAL);
+    void* const library = dlopen(QFile::encodeName(name).constData(), RTLD_LAZY | RTLD_LOCAL);
     if (library == nullptr)
         return QString();
     link_map* map = nullptr;
@@ -35,21 +38,25 @@ QString systemPath()
 
 QString findDriver(const QString& programDirectory)
 {
+    const QString name = QLatin1String(fileName);
+    const QString installed = QLatin1String(installedDriver);
     const QDir directory(programDirectory);
-    for (const char* place : {"", "../"}) {
-        const QString path = directory.absoluteFilePath(QLatin1String(place) + QLatin1String(fileName));
+    for (const QString& place : {name, QLatin1String("../") + name, installed}) {
+        const QString path = directory.absoluteFilePath(place);
         if (QFileInfo(path).isFile())
             return QDir::cleanPath(path);
     }
-    const QString path = systemPath();
-    if (path.isEmpty())
-        throw std::runtime_error(
-            QStringLiteral(
-                "no driver library: %1 is neither in %2 nor one directory up nor where the system looks for "
-                "libraries; build it, or give its path with --driver PATH")
-                .arg(QLatin1String(fileName), directory.absolutePath())
-                .toStdString());
-    return path;
+    for (const QString& bareName : {name, QFileInfo(installed).fileName()}) {
+        const QString path = systemPath(bareName);
+        if (!path.isEmpty())
+            return path;
+    }
+    throw std::runtime_error(
+        QStringLiteral("no driver library: %1 is neither in %2 nor one directory up nor installed with this "
+                       "program nor where the system looks for libraries; build it, or give its path with "
+                       "--driver PATH")
+            .arg(name, directory.absolutePath())
+            .toStdString());
 }
 
 } // namespace panel

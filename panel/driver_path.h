@@ -8,8 +8,8 @@
 namespace panel
 {
 
-/// Looks for libplcdriver.so in \a programDirectory, one directory up, and where the system looks for
-/// libraries.
+/// Looks for libplcdriver.so in \a programDirectory and one directory up, for the library installed with the
+/// program, and where the system looks for libraries.
 /// \return its absolute path
 /// \throws std::runtime_error when there is none, saying where it was looked for and what to do
 QString findDriver(const QString& programDirectory);

@@ -1,0 +1,58 @@
+# What `cmake --install` puts where. Three components, one for each package: library, development, tools.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+# Runtimes load libplcdriver.so or, where nothing is developed, libplcdriver.so.0; the first number changes with
+# the records and entry points of the header.
+set_target_properties(plcdriver PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+target_include_directories(plcdriver INTERFACE "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
+target_link_libraries(plcdriver INTERFACE Qt5::Core)
+
+# A library is not executable, as Debian wants it.
+set(PLC_DATA_PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
+install(TARGETS plcdriver EXPORT plcdriverTargets
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" PERMISSIONS ${PLC_DATA_PERMISSIONS}
+    COMPONENT library NAMELINK_COMPONENT development)
+
+install(FILES driver/plcdriver.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/plcdriver" COMPONENT development)
+
+set(PLC_CONFIG_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/plcdriver")
+set(PLC_GENERATED_DIR "${CMAKE_CURRENT_BINARY_DIR}/install")
+configure_package_config_file(cmake/plcdriverConfig.cmake.in "${PLC_GENERATED_DIR}/plcdriverConfig.cmake"
+  INSTALL_DESTINATION "${PLC_CONFIG_DIR}")
+# Also tells a 64-bit build that the 32-bit library is none for it. Before 1.0 every minor version may break.
+write_basic_package_version_file("${PLC_GENERATED_DIR}/plcdriverConfigVersion.cmake"
+  COMPATIBILITY SameMinorVersion)
+install(EXPORT plcdriverTargets NAMESPACE plcdriver:: DESTINATION "${PLC_CONFIG_DIR}" COMPONENT development)
+install(FILES
+  "${PLC_GENERATED_DIR}/plcdriverConfig.cmake" "${PLC_GENERATED_DIR}/plcdriverConfigVersion.cmake"
+  DESTINATION "${PLC_CONFIG_DIR}" COMPONENT development)
+
+# The .pc file finds its folders from where it stands, so that an installation can be moved.
+file(RELATIVE_PATH PLC_PREFIX_FROM_PKGCONFIG "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
+string(REGEX REPLACE "/$" "" PLC_PREFIX_FROM_PKGCONFIG "${PLC_PREFIX_FROM_PKGCONFIG}")
+configure_file(cmake/plcdriver.pc.in "${PLC_GENERATED_DIR}/plcdriver.pc" @ONLY)
+install(FILES "${PLC_GENERATED_DIR}/plcdriver.pc"
+  DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)
+
+install(FILES examples/minimal_runtime/main.cpp examples/minimal_runtime/CMakeLists.txt
+  examples/minimal_runtime/README.md
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/libplcdriver-dev/examples/minimal_runtime" COMPONENT development)
+
+if(PLC_BUILD_TOOLS)
+  install(TARGETS plcpanel plcsim RUNTIME COMPONENT tools)
+  # How the installed panel gets to the installed driver, wherever both are moved.
+  file(RELATIVE_PATH libraries_from_programs "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
+  set_source_files_properties("${PROJECT_SOURCE_DIR}/panel/driver_path.cpp" TARGET_DIRECTORY plcpanel_commands
+    PROPERTIES COMPILE_DEFINITIONS
+    "PANEL_INSTALLED_DRIVER=\"${libraries_from_programs}/libplcdriver.so.${PROJECT_VERSION_MAJOR}\"")
+  file(GLOB manuals CONFIGURE_DEPENDS docs/man/*.1)
+  install(FILES ${manuals} DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT tools)
+  # bash looks a completion up by the name of its program.
+  file(GLOB completions CONFIGURE_DEPENDS panel/completion/*.bash)
+  foreach(completion IN LISTS completions)
+    cmake_path(GET completion STEM program)
+    install(FILES "${completion}" DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions"
+      RENAME "${program}" COMPONENT tools)
+  endforeach()
+endif()

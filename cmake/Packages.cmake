@@ -1,0 +1,68 @@
+# What `cpack` makes: Debian packages of the library, of what developing with it takes, and of the tools.
+# scripts/package builds for them; they belong to the 32-bit build, and to one configured for /usr.
+include(GNUInstallDirs)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME plcdriver)
+set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}")
+set(CPACK_PACKAGE_CONTACT "plcdriver maintainers <maintainers@plcdriver.invalid>" CACHE STRING
+  "Who answers for the packages: NAME <ADDRESS>")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_COMPONENTS_ALL library development)
+if(PLC_BUILD_TOOLS)
+  list(APPEND CPACK_COMPONENTS_ALL tools)
+endif()
+
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE amd64)
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE i386)
+endif()
+# dpkg-shlibdeps looks up what packages of that architecture hold; cpack hands its environment on to it.
+file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/install/cpack_environment.cmake"
+  CONTENT "set(ENV{DEB_HOST_ARCH} ${CPACK_DEBIAN_PACKAGE_ARCHITECTURE})\n")
+set(CPACK_PROJECT_CONFIG_FILE "${CMAKE_BINARY_DIR}/install/cpack_environment.cmake")
+set(CPACK_PRE_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/cmake/CompressDocuments.cmake")
+
+set(library_package libplcdriver${PROJECT_VERSION_MAJOR})
+
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME ${library_package})
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_SHLIBDEPS ON)
+set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "controller communication driver for operator panels
+An HMI runtime loads this library to read and write the memory of a programmable
+controller over Modbus TCP. It turns variable requests into frames, groups
+cyclic variables into block reads, judges replies and keeps a local image of the
+memory. It does no input or output of its own.")
+
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libplcdriver-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${library_package} (= ${PROJECT_VERSION}), qtbase5-dev")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "controller communication driver for operator panels - development
+The header, the CMake and pkg-config files, and the smallest runtime as an
+example: for writing an HMI runtime that loads the driver.")
+
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME plcdriver-tools)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${library_package} (= ${PROJECT_VERSION})") # loaded, so not found by itself
+set(CPACK_COMPONENT_TOOLS_DESCRIPTION "panel and simulated controller for the plcdriver library
+plcpanel reads, writes and watches the memory of a controller through the
+driver. plcsim is a simulated controller that misbehaves on demand.")
+
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON) # so that packages of runtimes find what they depend on
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+# cpack refreshes the linker's cache in scripts of its own as well, which cannot be switched off.
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/cmake/debian/triggers")
+
+foreach(package IN ITEMS "library:${library_package}" development:libplcdriver-dev tools:plcdriver-tools)
+  string(REGEX MATCH "^([^:]+):(.+)$" matched "${package}")
+  install(FILES cmake/debian/copyright cmake/debian/changelog
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/${CMAKE_MATCH_2}" COMPONENT ${CMAKE_MATCH_1})
+endforeach()
+
+include(CPack)
