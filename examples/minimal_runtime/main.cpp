@@ -9,7 +9,6 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <thread>
@@ -105,17 +104,17 @@ private:
     }
 
     /// TCP keeps the order of bytes, not their grouping: a reply ends where the length in its header says.
-    /// After half a reply nobody knows where the next one begins, and only a new connection helps.
+    /// Without a whole reply in time the connection is dropped: of what comes later nobody knows whether it
+    /// is a reply's beginning, and a late reply might fill up one that was cut.
     QByteArray receive()
     {
         char bytes[6 + 254]; // the header up to the length, and what may follow
-        const ssize_t came = recv(m_socket, bytes, 6, MSG_WAITALL);
-        if (came < 0 && (errno == EAGAIN || errno == EINTR))
-            return QByteArray();
-        const int length = came == 6 && wordOf(bytes[2], bytes[3]) == 0 ? wordOf(bytes[4], bytes[5]) : 0;
+        if (recv(m_socket, bytes, 6, MSG_WAITALL) != 6)
+            return drop("no reply in time, or closed by the controller");
+        const int length = wordOf(bytes[2], bytes[3]) == 0 ? wordOf(bytes[4], bytes[5]) : 0;
         if (length >= 2 && length <= 254 && recv(m_socket, bytes + 6, size_t(length), MSG_WAITALL) == length)
             return QByteArray(bytes, 6 + length);
-        return drop("closed by the controller, or what came is no whole reply");
+        return drop("what came is no whole reply");
     }
 
     /// Number, station and function must be the frame's. An exception answers too; the driver refuses it.
@@ -176,6 +175,7 @@ void communicate(const Driver& driver, Link& link)
 
 int main(int argc, char* argv[])
 {
+    std::setvbuf(stdout, nullptr, _IOLBF, 0); // each line at once, also into a file
     Driver driver;
     if (argc < 3)
         std::fputs("usage: minimal_runtime HOST PORT [LIBRARY]\n", stderr);
