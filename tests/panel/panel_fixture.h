@@ -1,8 +1,9 @@
 /// \file
-/// \brief A runtime and a simulated controller, and the controller's memory as the areas see it.
+/// \brief A runtime and a simulated controller.
 #ifndef TESTS_PANEL_FIXTURE_H
 #define TESTS_PANEL_FIXTURE_H
 
+#include "controller_values.h"
 #include "panel/runtime.h"
 #include "simulator/simulated_controller.h"
 
@@ -37,47 +38,6 @@ inline panel::Variable variable(int area, int element, int count = 1, int statio
     result.count = count;
     result.station = station;
     return result;
-}
-
-/// \return Modbus address of an element, as the controller's manual has it
-inline int modbusAddress(int area, int element)
-{
-    const int bases[15] = {0xF800, 0xFC00, 0x0000, 0x2400, 0xE000, 0xF000, 0xF400, 0x1F40,
-                           0x0000, 0x0000, 0x3000, 0x2400, 0xF000, 0xF400, 0xF700};
-    const int scaled = area == 8 ? element / 16 : area == 14 ? 2 * element : element;
-    return (bases[area] + scaled) & 0xFFFF;
-}
-
-/// \return what the controller has for an element
-inline quint32 inController(simulator::SimulatedController& controller, int area, int element, int unit = 1)
-{
-    const int address = modbusAddress(area, element);
-    simulator::ControllerMemory& memory = controller.memory();
-    if (area < 8)
-        return memory.coil(unit, address) ? 1 : 0;
-    const quint32 low = memory.holdingRegister(unit, address);
-    if (area == 8)
-        return low >> (element % 16) & 1;
-    return area == 14 ? low | static_cast<quint32>(memory.holdingRegister(unit, address + 1)) << 16 : low;
-}
-
-/// Sets an element of the controller.
-inline void putIntoController(simulator::SimulatedController& controller, int area, int element,
-                              quint32 value, int unit = 1)
-{
-    const int address = modbusAddress(area, element);
-    simulator::ControllerMemory& memory = controller.memory();
-    if (area < 8) {
-        memory.setCoil(unit, address, value != 0);
-    } else if (area == 8) {
-        const quint32 bit = 1u << (element % 16);
-        const quint32 word = memory.holdingRegister(unit, address);
-        memory.setHoldingRegister(unit, address, static_cast<quint16>(value != 0 ? word | bit : word & ~bit));
-    } else {
-        memory.setHoldingRegister(unit, address, static_cast<quint16>(value & 0xFFFF));
-        if (area == 14)
-            memory.setHoldingRegister(unit, address + 1, static_cast<quint16>(value >> 16));
-    }
 }
 
 /// \return a value that tells element \a index of an area from its neighbours, and its halves apart

@@ -1,0 +1,237 @@
+#include "soak/referee.h"
+
+#include "panel/area_guide.h"
+#include "panel/return_code_words.h"
+
+#include <QStringList>
+
+namespace soak
+{
+
+namespace
+{
+
+const std::size_t framesToPrint = 12;
+
+Address addressOf(const panel::Variable& where)
+{
+    return {where.station, panel::liesInCoils(where.area), panel::modbusAddress(where.area, where.element)};
+}
+
+/// \return the value of each element; a double word takes two registers, its low half first
+std::vector<quint32> valuesIn(const WriteFrame& frame, const panel::Variable& where)
+{
+    std::vector<quint32> values;
+    const std::size_t step = panel::kindOf(where.area) == panel::ElementKind::DoubleWord ? 2 : 1;
+    for (std::size_t at = 0; at + step <= frame.content.size(); at += step) {
+        const auto low = static_cast<quint32>(frame.content[at]);
+        values.push_back(step == 1 ? low : low | static_cast<quint32>(frame.content[at + 1]) << 16);
+    }
+    return values;
+}
+
+simulator::Bytes bytesOf(const QByteArray& frame)
+{
+    return simulator::Bytes(frame.begin(), frame.end());
+}
+
+QString hexOf(const simulator::Bytes& bytes)
+{
+    const QByteArray all(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()));
+    return QString::fromLatin1(all.toHex(' '));
+}
+
+QLatin1String nameOf(simulator::Fault fault)
+{
+    for (const simulator::FaultKind& kind : simulator::faultList()) {
+        if (kind.fault == fault)
+            return QLatin1String(kind.name);
+    }
+    return QLatin1String("-");
+}
+
+/// Only these words tell a write that was never sent from one that may have been carried out.
+bool saysUnsent(const panel::WriteOutcome& outcome)
+{
+    return outcome.reason.startsWith(QLatin1String("given up unsent")) ||
+           outcome.reason.startsWith(QLatin1String("replaced by a newer write"));
+}
+
+WriteEnd endOf(const panel::WriteOutcome& outcome)
+{
+    if (outcome.confirmed)
+        return WriteEnd::Confirmed;
+    return saysUnsent(outcome) ? WriteEnd::Unsent : WriteEnd::Failed;
+}
+
+bool isConsistent(const panel::WriteOutcome& outcome)
+{
+    return outcome.confirmed == (outcome.requestsConfirmed == outcome.requests) &&
+           outcome.confirmed == outcome.reason.isEmpty() && outcome.requests > 0;
+}
+
+QString listed(const std::vector<quint32>& values)
+{
+    QStringList words;
+    for (const quint32 value : values)
+        words += QString::number(value, 16);
+    return words.join(QLatin1Char(' '));
+}
+
+} // namespace
+
+Referee::Referee(const std::vector<SoakVariable>& variables, int tries, bool isRemote, Complaints& complaints)
+    : m_isRemote(isRemote), m_complaints(complaints)
+{
+    for (const SoakVariable& variable : variables) {
+        if (variable.isWritten)
+            m_places.emplace(addressOf(variable.where), m_histories.size());
+        m_histories.emplace_back(variable, tries);
+    }
+}
+
+quint32 Referee::issue(std::size_t index)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_histories[index].issue();
+}
+
+void Referee::ended(std::size_t index, quint32 serial, const panel::WriteOutcome& outcome)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (!isConsistent(outcome))
+        complain(index, QStringLiteral("write %1 ended with %2 of %3 requests confirmed and the reason '%4'")
+                            .arg(serial)
+                            .arg(outcome.requestsConfirmed)
+                            .arg(outcome.requests)
+                            .arg(outcome.reason));
+    complain(index, m_histories[index].ended(serial, endOf(outcome)));
+}
+
+void Referee::traced(const simulator::TraceEntry& entry)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    remember(entry);
+    if (!entry.isReply)
+        received(entry.bytes);
+    else if (m_lastReceived != nothing && entry.fault != simulator::Fault::Exception)
+        m_histories[m_lastReceived].carriedOut();
+}
+
+void Referee::remember(const simulator::TraceEntry& entry)
+{
+    m_lastFrames.push_back({entry.connection, entry.isReply, entry.fault, entry.bytes});
+    if (m_lastFrames.size() > framesToPrint)
+        m_lastFrames.pop_front();
+}
+
+/// \return what the controller received and sent last, one frame a line
+QString Referee::lastFrames() const
+{
+    QString text;
+    for (const Frame& frame : m_lastFrames)
+        text += QStringLiteral("    %1 %2 %3 %4\n")
+                    .arg(frame.connection)
+                    .arg(QLatin1String(frame.isReply ? "->" : "<-"))
+                    .arg(nameOf(frame.fault), -10)
+                    .arg(hexOf(frame.bytes));
+    return text;
+}
+
+void Referee::received(const simulator::Bytes& frame)
+{
+    m_lastReceived = nothing;
+    const std::optional<WriteFrame> write = writeOf(frame, m_isRemote);
+    if (!write)
+        return;
+    const std::size_t index = variableAt(write->first);
+    if (index == nothing) {
+        m_complaints.add(QStringLiteral("%1 %2 of unit %3 was written, which nobody asked for")
+                             .arg(QLatin1String(write->first.isCoil ? "coil" : "register"))
+                             .arg(write->first.number)
+                             .arg(write->first.unit));
+        return;
+    }
+    if (!namesItsWrites(m_histories[index].variable()))
+        return;
+    const QString wrong = m_histories[index].received(valuesIn(*write, m_histories[index].variable().where));
+    complain(index, wrong);
+    if (wrong.isEmpty())
+        m_lastReceived = index;
+}
+
+std::size_t Referee::variableAt(const Address& address) const
+{
+    const auto found = m_places.find(address);
+    return found == m_places.end() ? nothing : found->second;
+}
+
+void Referee::exchanged(const panel::ExchangeRecord& record)
+{
+    if (!panel::isSuccess(record.result))
+        return;
+    const std::optional<WriteFrame> write = writeOf(bytesOf(record.frame), m_isRemote);
+    if (!write)
+        return;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::size_t index = variableAt(write->first);
+    if (index != nothing)
+        m_histories[index].replied(valuesIn(*write, m_histories[index].variable().where));
+}
+
+quint32 Referee::lastConfirmed(std::size_t index) const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_histories[index].lastConfirmed();
+}
+
+/// Old values and such that are on their way. With remote frames the panel asks for each double word alone.
+bool Referee::mayBeOld(const History& history, const std::vector<quint32>& values) const
+{
+    const bool inParts =
+        m_isRemote && panel::kindOf(history.variable().where.area) == panel::ElementKind::DoubleWord;
+    return inParts ? history.wereIssuedOneByOne(values) : history.wereIssued(values);
+}
+
+void Referee::shown(std::size_t index, quint32 confirmedBefore, const panel::CyclicValue& value)
+{
+    if (value.state == panel::ValueState::NeverRead)
+        return;
+    const bool isFresh = value.state == panel::ValueState::Fresh;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const History& history = m_histories[index];
+    if (isFresh ? !history.mayHaveHeld(confirmedBefore, value.values) : !mayBeOld(history, value.values))
+        complainOfValues(index, value.values,
+                         QStringLiteral("shown as %1").arg(panel::valueStateWord(value.state)));
+}
+
+void Referee::read(std::size_t index, quint32 confirmedBefore, const std::vector<quint32>& values)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_histories[index].mayHaveHeld(confirmedBefore, values))
+        complainOfValues(index, values, QStringLiteral("read"));
+}
+
+void Referee::inController(std::size_t index, const std::vector<quint32>& values)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_histories[index].mayHold(values))
+        complainOfValues(index, values, QStringLiteral("in the controller"));
+}
+
+void Referee::complain(std::size_t index, const QString& what)
+{
+    if (!what.isEmpty())
+        m_complaints.add(panel::variableText(m_histories[index].variable().where) + QStringLiteral(": ") +
+                         what);
+}
+
+void Referee::complainOfValues(std::size_t index, const std::vector<quint32>& values, const QString& where)
+{
+    const History& history = m_histories[index];
+    const std::vector<quint32> confirmed = valuesOf(history.variable(), history.lastConfirmed());
+    complain(index, QStringLiteral("%1 is %2; %3 was confirmed last and nothing later fits")
+                        .arg(where, listed(values), listed(confirmed)));
+}
+
+} // namespace soak
