@@ -1,79 +1,38 @@
 /// \file
-/// \brief Lets the n-th operator new of a call fail, and counts how often it was called.
+/// \brief Lets the n-th allocation of a call fail, and counts allocations and living blocks.
 ///
-/// Replaces the global operator new: include it in exactly one source file of a test program. Lists keep
-/// requests and per-station values in nodes made by operator new; bytes and texts come from malloc.
+/// The program that links tests/allocation/failing_allocation.cpp has its malloc, calloc and realloc
+/// replaced, and with them operator new and whatever libQt5Core allocates: list slots and nodes, bytes,
+/// texts, map nodes. With a sanitizer, which brings a malloc of its own, operator new alone is replaced: list
+/// nodes.
 #ifndef TESTS_FAILING_ALLOCATION_H
 #define TESTS_FAILING_ALLOCATION_H
 
-#include <cstddef>
-#include <cstdlib>
-#include <new>
+/// Which allocations fail.
+enum class Failing { ONE, ONE_AND_ALL_LATER };
 
-/// While one exists, operator new fails at call number \a failing (from 0 on; -1: never) and all later ones.
+/// Watches the allocations of the thread that made it, one watch at a time. Allocation number \a nth (from 1
+/// on; 0: none) finds no memory.
 class AllocationWatch
 {
 public:
-    explicit AllocationWatch(int failing)
-    {
-        failAt = failing;
-        calls = 0;
-        active = true;
-    }
-    ~AllocationWatch() { active = false; }
+    explicit AllocationWatch(int nth = 0, Failing which = Failing::ONE);
+    ~AllocationWatch();
     AllocationWatch(const AllocationWatch&) = delete;
     AllocationWatch& operator=(const AllocationWatch&) = delete;
 
-    /// Calls of operator new under the last watch.
-    static int count() { return calls; }
+    /// Allocations under the last watch, those that failed included.
+    static int count();
 
-    static void* allocate(std::size_t size)
-    {
-        if (active && calls++ >= failAt && failAt >= 0)
-            throw std::bad_alloc();
-        void* const memory = std::malloc(size == 0 ? 1 : size);
-        if (memory == nullptr)
-            throw std::bad_alloc();
-        return memory;
-    }
+    /// Whether one of them failed.
+    static bool failed();
 
-private:
-    static inline bool active = false;
-    static inline int failAt = -1;
-    static inline int calls = 0;
+    /// Blocks that this thread allocated so far and nobody freed, watched or not. Frees of other threads
+    /// confuse it.
+    static long livingBlocks();
+
+    /// Whether malloc is replaced, not operator new alone.
+    static bool coversMalloc();
 };
-
-void* operator new(std::size_t size)
-{
-    return AllocationWatch::allocate(size);
-}
-void* operator new[](std::size_t size)
-{
-    return AllocationWatch::allocate(size);
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept
-{
-    return std::malloc(size == 0 ? 1 : size);
-}
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
-{
-    return std::malloc(size == 0 ? 1 : size);
-}
-void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-void operator delete[](void* memory) noexcept
-{
-    std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
-void operator delete[](void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
 
 #endif

@@ -1,0 +1,112 @@
+// A whole session of a runtime in which any one allocation fails: with every refused call made again, the
+// controller sees the same frames and the driver ends in the same state as if nothing had failed.
+#include "allocation_sweep.h"
+
+#include "driver_state.h"
+
+namespace
+{
+
+const int TURNS = 40;
+
+HOST_VAR Cyclic(const char* address)
+{
+    HOST_VAR var = HOST_VAR();
+    var.area = 9;
+    var.station = 1;
+    var.address = QString(address);
+    var.count = 2;
+    return var;
+}
+
+class Session : public AllocationSweep
+{
+protected:
+    void SetUp() override
+    {
+        AllocationSweep::SetUp();
+        cyclic_ = {Cyclic("300"), Cyclic("600")};
+        once_ = Keyed(Variable(9, 0, 250), 8, 9);
+        once_.name2 = QString("0");
+        reply_.reserve(1000);
+        frames.reserve(100000);
+        frames.clear();
+    }
+
+    void prepareFor(int multiStation)
+    {
+        SetUp();
+        info.multiStation = multiStation;
+    }
+
+    /// Rebuilds, writes and reads once, then polls and answers.
+    void run()
+    {
+        unlessRefused(
+            [this] { return ReCreatReadVarList(&cyclic_) >= 0 && PLC_driver.readList.size() == 2; });
+        unlessRefused([this] { return SetRegisterData(&name_, 9, &wordText_, 1, &data_, 250, 5, 6) > 0; });
+        unlessRefused([this] { return SetRegisterData(&name_, 8, &bitText_, 1, &data_, 2, 5, 7) > 0; });
+        unlessRefused([this] { return AddListOnceReadVar(&once_, 0) > 0; });
+        for (int turn = 0; turn < TURNS; ++turn)
+            unlessRefused([this] { return cycleOnce(); });
+    }
+
+    /// Every frame that was answered, one after the other.
+    std::string frames;
+
+private:
+    /// Makes a call that may be refused for want of memory, once more at most.
+    template <typename Call>
+    static void unlessRefused(const Call& call)
+    {
+        EXPECT_TRUE(call() || call());
+    }
+
+    bool cycleOnce()
+    {
+        const Protocol* next = ComCommunication();
+        if (!next)
+            return false;
+        const std::size_t sent = frames.size();
+        frames.append(next->frame.constData(), static_cast<std::size_t>(next->frame.size()));
+        reply_.resize(next->replyLength);
+        reply_.fill('\x21');
+        const bool answered = DataCom(&reply_, reply_.size())->result != PLC_RETRYING;
+        if (!answered)
+            frames.resize(sent);
+        return answered;
+    }
+
+    QList<HOST_VAR> cyclic_;
+    RW_VAR once_;
+    QString name_ = QString("level");
+    QString wordText_ = QString("0");
+    QString bitText_ = QString("3.7");
+    QByteArray data_ = QByteArray(500, '\1');
+    QByteArray reply_;
+};
+
+} // namespace
+
+TEST_F(Session, AnyOneFailedAllocationChangesNothingInTheEnd)
+{
+    for (int multiStation : {0, 1}) {
+        prepareFor(multiStation);
+        run();
+        const std::string expectedFrames = frames;
+        const std::string expectedState = DescribeDriver();
+        bool failed = true;
+        int nth = 0;
+        while (failed && !HasFailure()) {
+            prepareFor(multiStation);
+            {
+                AllocationWatch watch(++nth);
+                EXPECT_NO_THROW(run());
+            }
+            failed = AllocationWatch::failed();
+            EXPECT_EQ(expectedFrames, frames) << "when allocation " << nth << " fails";
+            EXPECT_EQ(expectedState, DescribeDriver()) << "when allocation " << nth << " fails";
+        }
+        EXPECT_GT(nth, 30) << "not much failed";
+    }
+}
