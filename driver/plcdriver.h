@@ -302,7 +302,8 @@ PLCDRIVER_API void EnCommStation(int station, int flag);
 /// each, words and double words in blocks of COMINFO::maxBlockCount; with any other mode only the
 /// driver's memory changes.
 ///
-/// Any thread; takes the lock of the lists when it queues, and that of the image.
+/// Any thread; takes the lock of the lists when it queues, and that of the image. Its pieces are queued
+/// together: no poll comes between them.
 /// \param name       carried through in RW_VAR::name
 /// \param area       1..14
 /// \param address    address text, as PLCAddressChangeIntef() takes it
