@@ -20,6 +20,10 @@ const int sliceMs = 20;
 
 const int connectTimeoutMs = 1000;
 
+// More than could be late. A controller that sends more in one exchange would keep the panel busy and fill its
+// memory.
+const std::size_t mostDropped = 128;
+
 const qint64 nanosecondsOfMicrosecond = 1000;
 
 // A controller that was switched off does not close its connection. Sent bytes that nothing acknowledges
@@ -239,6 +243,8 @@ void Link::takeBytes(LinkExchange* exchange)
             exchange->reply = reply;
         else
             noteDropped(exchange, reply, reason);
+        if (exchange->dropped.size() == mostDropped)
+            m_assembler.distrust();
     }
     if (!exchange->reply.isEmpty() && isMixed(exchange->reply)) {
         exchange->reply.clear();

@@ -26,8 +26,8 @@ struct LinkState {
     bool connected = false;
     qint64 sinceMs = 0; ///< how long it has been so
     int connects = 0;   ///< connections made; every one after the first is a reconnect
-    int untrusted = 0;  ///< connections dropped because the stream was no longer in step, or because with
-                        ///< remote frames a late reply could still have come
+    int untrusted = 0;  ///< connections dropped because the stream was no longer in step or full of other
+                        ///< replies, or because with remote frames a late reply could still have come
     DropCounts dropped; ///< replies that did not belong to the request
     QString lastError;  ///< why the last connection was lost or could not be made
 };

@@ -285,6 +285,23 @@ TEST(LinkStream, GarbageCostsTheConnectionAtOnce)
     link.close();
 }
 
+TEST(LinkStream, FloodOfOtherRepliesCostsTheConnectionAtOnce)
+{
+    ScriptedController controller;
+    Link link(loopback, controller.port(), patienceMs);
+    QElapsedTimer clock;
+    clock.start();
+    const LinkExchange exchange = exchangeWhile(link, [&] {
+        controller.acceptAndReceive();
+        controller.send(QByteArray("0009 0000 0003 01 83 0A").repeated(1000).constData());
+    });
+    EXPECT_TRUE(exchange.reply.isEmpty());
+    EXPECT_EQ(exchange.dropped.size(), 128u);
+    EXPECT_LT(clock.elapsed(), patienceMs);
+    EXPECT_EQ(link.state().untrusted, 1);
+    link.close();
+}
+
 TEST(LinkStream, ControllerThatClosesEveryConnectionIsNotStormed)
 {
     ScriptedController controller;
