@@ -99,8 +99,9 @@ bool History::isOneOf(quint32 confirmed, const std::vector<quint32>& values, con
 {
     if (carries(confirmed, values))
         return true;
-    for (quint32 serial = std::max(confirmed + 1, oldest()); serial <= m_issued; ++serial) {
-        if ((arrived(at(serial)) || !namesItsWrites(m_variable)) && carries(serial, values))
+    for (quint32 serial = confirmed + 1; serial <= m_issued; ++serial) {
+        const bool isKnown = serial >= oldest() && namesItsWrites(m_variable);
+        if ((!isKnown || arrived(at(serial))) && carries(serial, values))
             return true;
     }
     return false;

@@ -27,6 +27,9 @@ enum class WriteEnd {
 /// Bits do not name their writes. Of them only what may be held is known, not what has reached the
 /// controller.
 ///
+/// It remembers the last thousand writes. Where none of so many was confirmed, any older one may have
+/// arrived.
+///
 /// Complaints are empty when nothing is wrong. Not thread-safe. Its size does not grow.
 class History
 {
@@ -36,6 +39,7 @@ public:
 
     const SoakVariable& variable() const { return m_variable; }
     quint32 lastConfirmed() const { return m_confirmed; }
+    quint32 lastIssued() const { return m_issued; }
 
     /// \return the number of a new write
     quint32 issue();
@@ -74,7 +78,7 @@ private:
     };
 
     // Fewer than any variable has values of its own, bits apart.
-    static constexpr quint32 remembered = 512;
+    static constexpr quint32 remembered = 1000;
 
     template <class Arrived>
     bool isOneOf(quint32 confirmed, const std::vector<quint32>& values, const Arrived& arrived) const;

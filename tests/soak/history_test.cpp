@@ -144,6 +144,14 @@ TEST_F(HistoryTest, RemembersEnoughAfterManyWrites)
     EXPECT_TRUE(history.wereIssued(valuesOfWrite(4999)));
 }
 
+TEST_F(HistoryTest, WhatItNoLongerRemembersMayHaveArrived)
+{
+    for (int turn = 0; turn < 1500; ++turn)
+        history.issue();
+    EXPECT_TRUE(history.mayHold(valuesOfWrite(500)));
+    EXPECT_FALSE(history.mayHold(valuesOfWrite(501)));
+}
+
 TEST(SoakVariables, NoTwoCarryTheSameValuesAtTheSameTime)
 {
     const std::vector<SoakVariable> variables = soakVariables({1, 2, 3});

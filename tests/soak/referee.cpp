@@ -221,17 +221,22 @@ void Referee::inController(std::size_t index, const std::vector<quint32>& values
 
 void Referee::complain(std::size_t index, const QString& what)
 {
-    if (!what.isEmpty())
-        m_complaints.add(panel::variableText(m_histories[index].variable().where) + QStringLiteral(": ") +
-                         what);
+    if (what.isEmpty())
+        return;
+    const QString place = panel::variableText(m_histories[index].variable().where);
+    m_complaints.add(QStringLiteral("%1: %2").arg(place, what), lastFrames());
 }
 
 void Referee::complainOfValues(std::size_t index, const std::vector<quint32>& values, const QString& where)
 {
     const History& history = m_histories[index];
     const std::vector<quint32> confirmed = valuesOf(history.variable(), history.lastConfirmed());
-    complain(index, QStringLiteral("%1 is %2; %3 was confirmed last and nothing later fits")
-                        .arg(where, listed(values), listed(confirmed)));
+    complain(index,
+             QStringLiteral("%1 is %2; write %3 of %4 was confirmed last, with %5, and nothing later fits")
+                 .arg(where, listed(values))
+                 .arg(history.lastConfirmed())
+                 .arg(history.lastIssued())
+                 .arg(listed(confirmed)));
 }
 
 } // namespace soak
