@@ -91,6 +91,8 @@ void OnceReads::queue(int key, const Request& request)
 
 void OnceReads::polled()
 {
+    if (m_ledger.size() == 0) // as nearly always, and then nothing can have ended
+        return;
     settle(m_ledger.polled(listSize()), 0, QString());
 }
 

@@ -29,8 +29,12 @@ QByteArray ReplyAssembler::next()
     const int size = headerToLength + length;
     if (m_buffer.size() < size)
         return QByteArray();
-    const QByteArray reply = m_buffer.left(size);
-    m_buffer.remove(0, size);
+    QByteArray reply;
+    reply.swap(m_buffer);
+    if (reply.size() > size) {
+        m_buffer = reply.mid(size);
+        reply.truncate(size);
+    }
     return reply;
 }
 

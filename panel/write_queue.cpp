@@ -89,6 +89,8 @@ bool WriteQueue::queue(int key, const Request& request)
 
 void WriteQueue::polled()
 {
+    if (m_ledger.size() == 0) // as nearly always, and then nothing can have ended
+        return;
     settle(m_ledger.polled(listSize()), 0, QString());
 }
 
