@@ -1,11 +1,6 @@
 #include "panel/link.h"
 
-#include <QNetworkProxy>
 #include <QThread>
-
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <sys/socket.h>
 
 #include <algorithm>
 
@@ -20,21 +15,11 @@ const int sliceMs = 20;
 
 const int connectTimeoutMs = 1000;
 
-// More than could be late. A controller that sends more in one exchange would keep the panel busy and fill its
-// memory.
+// More than could be late. A controller that sends more in one exchange would keep the panel busy and fill
+// its memory.
 const std::size_t mostDropped = 128;
 
 const qint64 nanosecondsOfMicrosecond = 1000;
-
-// A controller that was switched off does not close its connection. Sent bytes that nothing acknowledges
-// for so long end it; a station that merely does not answer keeps its gateway's connection.
-const unsigned int unacknowledgedMs = 5000;
-
-void setUserTimeout(const QTcpSocket& socket)
-{
-    setsockopt(static_cast<int>(socket.socketDescriptor()), IPPROTO_TCP, TCP_USER_TIMEOUT, &unacknowledgedMs,
-               sizeof unacknowledgedMs);
-}
 
 } // namespace
 
@@ -50,7 +35,7 @@ Link::~Link() = default;
 
 void Link::close()
 {
-    m_socket.reset();
+    m_socket.close();
     std::lock_guard<std::mutex> lock(m_stateMutex);
     m_state.connected = false;
     m_stateSince.restart();
@@ -86,8 +71,7 @@ LinkExchange Link::exchange(const QByteArray& frame, bool replyExpected, int rep
     exchange.sent = true;
     exchange.sentFrame = outgoing;
     if (replyExpected) {
-        clock.restart();
-        receive(clock, &exchange);
+        receive(roundTrip, &exchange);
         if (!exchange.reply.isEmpty())
             exchange.replyMicroseconds = roundTrip.nsecsElapsed() / nanosecondsOfMicrosecond;
     }
@@ -97,13 +81,9 @@ LinkExchange Link::exchange(const QByteArray& frame, bool replyExpected, int rep
 /// \return false when \a clock ran out, or the link was stopped, before there was a connection
 bool Link::ensureConnected(const QElapsedTimer& clock)
 {
-    if (m_socket == nullptr) {
-        m_socket = std::make_unique<QTcpSocket>();
-        m_socket->setProxy(QNetworkProxy::NoProxy);
-    }
     // Notices that the other side has closed meanwhile; bytes that came are seen by their number later.
     if (connected())
-        m_socket->waitForReadyRead(0);
+        takeBytes(0);
     if (isRemote())
         dropIfBytesCame();
     while (!connected()) {
@@ -120,7 +100,7 @@ bool Link::ensureConnected(const QElapsedTimer& clock)
 
 void Link::dropIfBytesCame()
 {
-    if (connected() && (m_socket->bytesAvailable() > 0 || m_assembler.partial()))
+    if (connected() && m_assembler.partial())
         dropUntrusted(QStringLiteral("the controller sent something that was not asked for"));
 }
 
@@ -139,22 +119,18 @@ bool Link::pauseWhileUnconnected(const QElapsedTimer& clock)
 bool Link::tryToConnect()
 {
     m_nextPauseMs = m_pause.next();
-    m_socket->abort();
-    m_socket->connectToHost(m_host, static_cast<quint16>(m_port));
-    const bool connected = m_socket->waitForConnected(connectTimeoutMs);
+    const bool connected = m_socket.connectTo(m_host, m_port, connectTimeoutMs);
     // The pause counts from the end of the attempt: one that takes long is not followed by the next at once.
     m_sinceLastAttempt.restart();
     if (connected)
         noteConnected();
     else
-        drop(m_socket->errorString());
+        drop(m_socket.errorString());
     return connected;
 }
 
 void Link::noteConnected()
 {
-    m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-    setUserTimeout(*m_socket);
     m_assembler.reset();
     m_owed.reset();
     std::lock_guard<std::mutex> lock(m_stateMutex);
@@ -171,7 +147,7 @@ void Link::reconnectAtOnce()
 
 void Link::drop(const QString& why)
 {
-    m_socket->abort();
+    m_socket.close();
     std::lock_guard<std::mutex> lock(m_stateMutex);
     if (m_state.connected)
         m_stateSince.restart();
@@ -181,14 +157,10 @@ void Link::drop(const QString& why)
 
 bool Link::send(const QByteArray& frame)
 {
-    if (m_socket->write(frame) == frame.size()) {
-        while (m_socket->bytesToWrite() > 0 && m_socket->waitForBytesWritten(m_timeoutMs))
-            ;
-        if (m_socket->bytesToWrite() == 0)
-            return true;
-    }
-    drop(m_socket->errorString());
-    return false;
+    const bool sent = m_socket.send(frame, m_timeoutMs);
+    if (!sent)
+        drop(m_socket.errorString());
+    return sent;
 }
 
 void Link::dropUntrusted(const QString& why)
@@ -220,10 +192,12 @@ void Link::receive(const QElapsedTimer& clock, LinkExchange* exchange)
 
 void Link::waitForReply(const QElapsedTimer& clock, LinkExchange* exchange)
 {
-    while (exchange->reply.isEmpty() && clock.elapsed() < m_timeoutMs && !m_stopping) {
+    while (exchange->reply.isEmpty() && !m_stopping) {
         const qint64 left = m_timeoutMs - clock.elapsed();
-        m_socket->waitForReadyRead(static_cast<int>(std::min<qint64>(left, sliceMs)));
-        takeBytes(exchange);
+        if (left <= 0)
+            return;
+        takeBytes(static_cast<int>(std::min<qint64>(left, sliceMs)));
+        takeReplies(exchange);
         if (!exchange->reply.isEmpty())
             reconnectAtOnce();
         else if (!connected())
@@ -233,10 +207,16 @@ void Link::waitForReply(const QElapsedTimer& clock, LinkExchange* exchange)
     }
 }
 
-/// Moves what has arrived into whole replies and looks for the matching one.
-void Link::takeBytes(LinkExchange* exchange)
+/// Waits for \a milliseconds at most.
+void Link::takeBytes(int milliseconds)
 {
-    m_assembler.append(m_socket->readAll());
+    const QByteArray bytes = m_socket.receive(milliseconds);
+    m_assembler.append(bytes);
+}
+
+/// Takes whole replies out of what has arrived and looks for the matching one.
+void Link::takeReplies(LinkExchange* exchange)
+{
     for (QByteArray reply = m_assembler.next(); !reply.isEmpty(); reply = m_assembler.next()) {
         DropReason reason = DropReason::Late;
         if (accept(&reply, &reason))

@@ -8,11 +8,11 @@
 #include "panel/remote_matcher.h"
 #include "panel/reply_assembler.h"
 #include "panel/reply_matcher.h"
+#include "panel/tcp_socket.h"
 
 #include <QByteArray>
 #include <QElapsedTimer>
 #include <QString>
-#include <QTcpSocket>
 
 #include <atomic>
 #include <memory>
@@ -87,10 +87,11 @@ private:
     bool send(const QByteArray& frame);
     void receive(const QElapsedTimer& clock, LinkExchange* exchange);
     void waitForReply(const QElapsedTimer& clock, LinkExchange* exchange);
-    void takeBytes(LinkExchange* exchange);
+    void takeBytes(int milliseconds);
+    void takeReplies(LinkExchange* exchange);
     bool accept(QByteArray* reply, DropReason* reason);
     bool isMixed(const QByteArray& reply) const;
-    bool connected() const { return m_socket->state() == QAbstractSocket::ConnectedState; }
+    bool connected() const { return m_socket.isOpen(); }
     void noteConnected();
     void reconnectAtOnce();
     void noteDropped(LinkExchange* exchange, const QByteArray& reply, DropReason reason);
@@ -102,7 +103,7 @@ private:
     const FrameFormat m_format;
     std::atomic<bool> m_stopping{false};
 
-    std::unique_ptr<QTcpSocket> m_socket; // made on the thread that uses it
+    TcpSocket m_socket;
     ReplyAssembler m_assembler;
     ReplyMatcher m_matcher;
     OwedReplies m_owed;

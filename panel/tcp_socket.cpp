@@ -103,8 +103,8 @@ bool TcpSocket::connectTo(const QString& host, int port, int timeoutMs)
 
 bool TcpSocket::tryAddress(const addrinfo& address, int timeoutMs)
 {
-    m_descriptor = ::socket(address.ai_family, address.ai_socktype | SOCK_CLOEXEC | SOCK_NONBLOCK,
-                            address.ai_protocol);
+    m_descriptor =
+        ::socket(address.ai_family, address.ai_socktype | SOCK_CLOEXEC | SOCK_NONBLOCK, address.ai_protocol);
     if (m_descriptor < 0)
         return failWith(errno);
     if (::connect(m_descriptor, address.ai_addr, address.ai_addrlen) != 0) {
@@ -154,8 +154,9 @@ bool TcpSocket::send(const QByteArray& bytes, int timeoutMs)
     QElapsedTimer clock;
     clock.start();
     for (int sent = 0; sent < bytes.size();) {
-        const ssize_t now = ::send(m_descriptor, bytes.constData() + sent,
-                                   static_cast<std::size_t>(bytes.size() - sent), MSG_NOSIGNAL | MSG_DONTWAIT);
+        const ssize_t now =
+            ::send(m_descriptor, bytes.constData() + sent, static_cast<std::size_t>(bytes.size() - sent),
+                   MSG_NOSIGNAL | MSG_DONTWAIT);
         if (now > 0)
             sent += static_cast<int>(now);
         else if (!wouldWait(errno))

@@ -6,11 +6,13 @@
 #include <QByteArray>
 #include <QString>
 
+struct addrinfo;
+
 namespace panel
 {
 
-/// Waits in the system's own calls: with a controller on the same machine or switch, a socket class that keeps
-/// buffers and notifiers of its own takes as long for an exchange as the network. Not thread-safe.
+/// Waits in the system's own calls: with a controller on the same machine or switch, a socket class that
+/// keeps buffers and notifiers of its own takes as long for an exchange as the network. Not thread-safe.
 class TcpSocket
 {
 public:
@@ -19,9 +21,8 @@ public:
     TcpSocket(const TcpSocket&) = delete;
     TcpSocket& operator=(const TcpSocket&) = delete;
 
-    /// Closes what is open, and tries every address of \a host for \a timeoutMs in all; looking up its name may
-    /// take longer.
-    /// \return true when there is a connection, else see errorString()
+    /// Closes what is open, and tries every address of \a host for \a timeoutMs in all; looking up its name
+    /// may take longer. \return true when there is a connection, else see errorString()
     bool connectTo(const QString& host, int port, int timeoutMs);
 
     void close();
@@ -39,7 +40,7 @@ public:
     QString errorString() const { return m_error; }
 
 private:
-    bool tryAddress(const struct addrinfo& address, int timeoutMs);
+    bool tryAddress(const addrinfo& address, int timeoutMs);
     bool finishConnecting(int timeoutMs);
     bool isReady(short events, int timeoutMs) const;
     void configure();
