@@ -177,9 +177,8 @@ QByteArray CyclicValues::pacingReply()
     return QByteArray(pacingReplySize, '\0');
 }
 
-/// The parts of all variables that a block reads whole, by their first element.
-template <class Action>
-void CyclicValues::forPartsIn(const RW_VAR& request, const Action& action) const
+/// \return the parts of all variables that a block reads whole, by their first element
+std::vector<CyclicValues::Part*> CyclicValues::partsIn(const RW_VAR& request) const
 {
     const int end = endOfBlock(request);
     const PartKey first = std::make_tuple(request.station, request.area, request.address);
@@ -187,28 +186,58 @@ void CyclicValues::forPartsIn(const RW_VAR& request, const Action& action) const
     auto part = std::partition_point(m_sorted.begin(), m_sorted.end(), [&first](const Part* candidate) {
         return keyOf(candidate->piece.asked) < first;
     });
+    std::vector<Part*> parts;
     for (; part != m_sorted.end() && keyOf((*part)->piece.asked) < behind; ++part) {
         const Variable& asked = (*part)->piece.asked;
         if (asked.element + asked.count <= end)
-            action(**part);
+            parts.push_back(*part);
     }
+    return parts;
+}
+
+/// \param parts by their first elements
+/// \return how many elements from \a begin on lie in any of them
+int CyclicValues::elementsOf(const std::vector<Part*>& parts, int begin)
+{
+    int elements = 0;
+    int countedUpTo = begin;
+    for (const Part* part : parts) {
+        const Variable& asked = part->piece.asked;
+        const int end = asked.element + asked.count;
+        elements += std::max(0, end - std::max(countedUpTo, asked.element));
+        countedUpTo = std::max(countedUpTo, end);
+    }
+    return elements;
+}
+
+const CyclicValues::Block& CyclicValues::blockOf(const RW_VAR& request)
+{
+    const BlockKey key = std::make_tuple(request.station, request.area, request.address, request.count);
+    const auto known = m_blocks.find(key);
+    if (known != m_blocks.end())
+        return known->second;
+    Block& block = m_blocks[key];
+    block.parts = partsIn(request);
+    block.unused = elementsRead(request.area, request.count) - elementsOf(block.parts, request.address);
+    return block;
 }
 
 void CyclicValues::answered(const RW_VAR& request)
 {
     QElapsedTimer now;
     now.start();
-    forPartsIn(request, [&now](Part& part) {
-        part.read = now;
-        part.doubtful = false;
-        part.code = 0;
-        part.reason.clear();
-    });
+    for (Part* part : blockOf(request).parts) {
+        part->read = now;
+        part->doubtful = false;
+        if (part->code != 0)
+            part->fail(0, QString());
+    }
 }
 
 void CyclicValues::givenUp(const RW_VAR& request, int code, const QString& why)
 {
-    forPartsIn(request, [code, &why](Part& part) { part.fail(code, why); });
+    for (Part* part : blockOf(request).parts)
+        part->fail(code, why);
 }
 
 void CyclicValues::lost(int station, int code, const QString& why)
@@ -219,17 +248,9 @@ void CyclicValues::lost(int station, int code, const QString& why)
     }
 }
 
-int CyclicValues::unusedElements(const RW_VAR& request) const
+int CyclicValues::unusedElements(const RW_VAR& request)
 {
-    int used = 0;
-    int usedUpTo = request.address;
-    forPartsIn(request, [&used, &usedUpTo](const Part& part) {
-        const Variable& asked = part.piece.asked;
-        const int end = asked.element + asked.count;
-        used += std::max(0, end - std::max(usedUpTo, asked.element));
-        usedUpTo = std::max(usedUpTo, end);
-    });
-    return elementsRead(request.area, request.count) - used;
+    return blockOf(request).unused;
 }
 
 void CyclicValues::doubt(const Variable& elements)

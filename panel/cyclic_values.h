@@ -10,7 +10,9 @@
 
 #include <QElapsedTimer>
 
+#include <map>
 #include <set>
+#include <tuple>
 #include <vector>
 
 namespace panel
@@ -59,7 +61,7 @@ public:
     void lost(int station, int code, const QString& why);
 
     /// \return the elements that a block reads and that belong to no variable that it refreshes
-    int unusedElements(const RW_VAR& request) const;
+    int unusedElements(const RW_VAR& request);
 
     /// The driver may hold a value for \a elements that the controller does not have.
     void doubt(const Variable& elements);
@@ -87,17 +89,25 @@ private:
         std::vector<Part> parts;
     };
 
+    struct Block {
+        std::vector<Part*> parts; // what it reads whole, by their first elements
+        int unused = 0;           // elements that it reads for none of them
+    };
+    using BlockKey = std::tuple<int, int, int, int>; // station, area, first element and number of elements
+
     std::vector<Variable> variables() const;
     void makeParts(const RefreshPlan& plan);
-    template <class Action>
-    void forPartsIn(const RW_VAR& request, const Action& action) const;
+    std::vector<Part*> partsIn(const RW_VAR& request) const;
+    static int elementsOf(const std::vector<Part*>& parts, int begin);
+    const Block& blockOf(const RW_VAR& request);
     ValueState stateOf(const Part& part) const;
     void judge(const Entry& entry, CyclicValue* value) const;
     bool shows(const Variable& bit) const;
 
     const Settings m_settings;
     std::vector<Entry> m_variables;
-    std::vector<Part*> m_sorted; // by station, area and first element of what is asked
+    std::vector<Part*> m_sorted;        // by station, area and first element of what is asked
+    std::map<BlockKey, Block> m_blocks; // as the driver made them, each looked up once
 };
 
 } // namespace panel
