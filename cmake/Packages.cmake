@@ -34,9 +34,9 @@ set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME ${library_package})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SHLIBDEPS ON)
 set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "controller communication driver for operator panels
-An HMI runtime loads this library to read and write the memory of a programmable
-controller over Modbus TCP. It turns variable requests into frames, groups
-cyclic variables into block reads, judges replies and keeps a local image of the
+An HMI runtime loads this library to read and write the memory of a controller
+over Modbus TCP. It turns variable requests into frames, groups cyclic
+variables into block reads, judges replies and keeps a local image of the
 memory. It does no input or output of its own.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libplcdriver-dev)
