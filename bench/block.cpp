@@ -1,0 +1,48 @@
+#include "bench/block.h"
+
+#include "frames/frame_bytes.h"
+#include "panel/request_pieces.h"
+
+namespace bench
+{
+
+namespace
+{
+
+Block blockOf(const QByteArray& frame)
+{
+    const unsigned char* bytes = reinterpret_cast<const unsigned char*>(frame.constData());
+    return {bytes[FUNCTION_OFFSET] == FC_READ_COILS, static_cast<int>(Get16(bytes + ADDRESS_OFFSET)),
+            static_cast<int>(Get16(bytes + FRAME_VALUE_OFFSET))};
+}
+
+Block blockOf(const panel::Variable& variable)
+{
+    const panel::Variable asked = panel::wordsOf(variable);
+    const int base = static_cast<int>(getPlcAdd(asked.area));
+    const int each = panel::kindOf(asked.area) == panel::ElementKind::DoubleWord ? 2 : 1;
+    return {IsBitArea(asked.area), (base + each * asked.element) & 0xFFFF, each * asked.count};
+}
+
+template <class Source>
+Blocks blocksOfEach(const std::vector<Source>& sources)
+{
+    Blocks blocks;
+    for (const Source& source : sources)
+        blocks.push_back(blockOf(source));
+    return blocks;
+}
+
+} // namespace
+
+Blocks blocksOf(const std::vector<QByteArray>& frames)
+{
+    return blocksOfEach(frames);
+}
+
+Blocks blocksOf(const std::vector<panel::Variable>& variables)
+{
+    return blocksOfEach(variables);
+}
+
+} // namespace bench

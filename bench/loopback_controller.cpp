@@ -1,0 +1,33 @@
+#include "bench/loopback_controller.h"
+
+#include <stdexcept>
+
+namespace bench
+{
+
+namespace
+{
+
+const int startMs = 10000;
+
+} // namespace
+
+LoopbackController::LoopbackController()
+{
+    m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    m_process.start(QStringLiteral(PLCSIM_PROGRAM), {QStringLiteral("--quiet")});
+    if (!m_process.waitForStarted(startMs) || !m_process.waitForReadyRead(startMs))
+        throw std::runtime_error("plcsim does not start: " PLCSIM_PROGRAM);
+    const QByteArray line = m_process.readLine().trimmed(); // "listening on 127.0.0.1:PORT"
+    m_port = line.mid(line.lastIndexOf(':') + 1).toInt();
+    if (m_port == 0)
+        throw std::runtime_error("plcsim says no port, but: " + line.toStdString());
+}
+
+LoopbackController::~LoopbackController()
+{
+    m_process.terminate();
+    m_process.waitForFinished();
+}
+
+} // namespace bench

@@ -1,0 +1,207 @@
+#include "bench/panel_refresh.h"
+
+#include "panel/cyclic_values.h"
+#include "panel/driver_library.h"
+#include "panel/request_keys.h"
+
+#include <QElapsedTimer>
+
+#include <condition_variable>
+#include <ctime>
+#include <mutex>
+#include <stdexcept>
+#include <thread>
+
+namespace bench
+{
+
+namespace
+{
+
+const int warmUpPasses = 3;
+const int longestWaitMs = 20000;
+
+double threadMicroseconds()
+{
+    timespec now;
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) * 1e6 + static_cast<double>(now.tv_nsec) / 1e3;
+}
+
+/// Repeats \a pass for about \a milliseconds. \return processor time of each of its \a requests
+template <class RunPass>
+double microsecondsOf(int requests, int milliseconds, const RunPass& pass)
+{
+    pass();
+    int passes = 0;
+    QElapsedTimer clock;
+    clock.start();
+    const double before = threadMicroseconds();
+    for (; clock.elapsed() < milliseconds; ++passes)
+        pass();
+    return (threadMicroseconds() - before) / passes / requests;
+}
+
+/// Watches the communication thread: skips the first exchanges, then measures until the time is over.
+class Stopwatch
+{
+public:
+    Stopwatch(int requests, int milliseconds) : m_requests(requests), m_milliseconds(milliseconds) {}
+
+    /// On the communication thread, after each exchange.
+    void note(const panel::ExchangeRecord& record)
+    {
+        if (m_over)
+            return;
+        ++m_seen;
+        if (record.result != PLC_DONE)
+            end(true);
+        else if (m_seen == warmUpPasses * m_requests)
+            begin();
+        else if (m_seen > warmUpPasses * m_requests && m_seen % m_requests == 0 &&
+                 m_clock.elapsed() >= m_milliseconds)
+            end(false);
+    }
+
+    LoopCost wait()
+    {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        m_changed.wait_for(lock, std::chrono::milliseconds(longestWaitMs), [this] { return m_done; });
+        if (!m_done || m_failed)
+            throw std::runtime_error("a request of the panel failed");
+        const int requests = m_seen - warmUpPasses * m_requests;
+        return {requests * 1e9 / m_requests / static_cast<double>(m_nanoseconds), m_cpu / requests};
+    }
+
+private:
+    void begin()
+    {
+        m_cpu = threadMicroseconds();
+        m_clock.start();
+    }
+
+    void end(bool failed)
+    {
+        m_nanoseconds = m_clock.isValid() ? m_clock.nsecsElapsed() : 0;
+        m_cpu = threadMicroseconds() - m_cpu;
+        m_over = true;
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_failed = failed;
+        m_done = true;
+        m_changed.notify_all();
+    }
+
+    const int m_requests;
+    const int m_milliseconds;
+    QElapsedTimer m_clock;
+    qint64 m_nanoseconds = 0;
+    double m_cpu = 0;
+    int m_seen = 0;
+    bool m_over = false; // the communication thread's own
+
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_failed = false;
+    bool m_done = false;
+};
+
+void addAll(panel::Runtime& runtime, const Variables& variables)
+{
+    for (const panel::Variable& variable : variables)
+        runtime.addCyclic(variable);
+}
+
+} // namespace
+
+panel::Settings settingsFor(int port)
+{
+    panel::Settings settings;
+    settings.driverPath = QStringLiteral(PLC_DRIVER_LIBRARY);
+    settings.port = port;
+    settings.cyclePauseMs = 0;
+    return settings;
+}
+
+Pass recordPass(int port, const Variables& variables)
+{
+    Pass pass;
+    std::mutex mutex;
+    bool failed = false;
+    panel::Settings settings = settingsFor(port);
+    settings.cyclePauseMs = 1000; // so that there is exactly one pass to record
+    panel::Runtime runtime(settings);
+    addAll(runtime, variables);
+    runtime.setObserver([&](const panel::ExchangeRecord& record) {
+        std::lock_guard<std::mutex> lock(mutex);
+        pass.frames.push_back(record.frame);
+        pass.replies.push_back(record.exchange.reply);
+        failed = failed || record.result != PLC_DONE;
+    });
+    runtime.start();
+    QElapsedTimer clock;
+    clock.start();
+    while (runtime.statistics().passes == 0 && clock.elapsed() < longestWaitMs)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    runtime.stop();
+    pass.cost = runtime.statistics().lastPass;
+    if (failed || pass.frames.empty())
+        throw std::runtime_error("the panel could not read the list");
+    return pass;
+}
+
+LoopCost runLoop(int port, const Variables& variables, int requests, int milliseconds)
+{
+    Stopwatch stopwatch(requests, milliseconds);
+    panel::Runtime runtime(settingsFor(port));
+    addAll(runtime, variables);
+    runtime.setObserver([&stopwatch](const panel::ExchangeRecord& record) { stopwatch.note(record); });
+    runtime.start();
+    const LoopCost cost = stopwatch.wait();
+    runtime.stop();
+    return cost;
+}
+
+double driverMicroseconds(const Variables& variables, const Pass& pass, int milliseconds)
+{
+    const panel::Settings settings = settingsFor(0);
+    const panel::DriverLibrary library(settings.driverPath);
+    const panel::DriverCalls& calls = library.calls();
+    COMINFO info = COMINFO();
+    info.maxBlockCount = settings.maxBlockCount;
+    info.defaultStation = settings.station;
+    calls.SetComInfo(&info);
+    panel::CyclicValues cyclic(settings);
+    for (const panel::Variable& variable : variables)
+        cyclic.add(panel::withStation(variable, settings));
+    cyclic.queue(calls);
+    const auto onePass = [&calls, &pass] {
+        for (std::size_t i = 0; i <= pass.replies.size(); ++i) {
+            const Protocol* protocol = calls.ComCommunication();
+            QByteArray reply = panel::CyclicValues::isPacing(protocol->var)
+                                   ? panel::CyclicValues::pacingReply()
+                                   : pass.replies[i];
+            if (calls.DataCom(&reply, reply.size())->result != PLC_DONE)
+                throw std::runtime_error("the driver does not take a reply");
+        }
+    };
+    const double cost = microsecondsOf(static_cast<int>(pass.frames.size()), milliseconds, onePass);
+    calls.SetComInfo(nullptr);
+    return cost;
+}
+
+double linkMicroseconds(int port, const Pass& pass, int milliseconds)
+{
+    const panel::Settings settings = settingsFor(port);
+    panel::Link link(settings.host, settings.port, settings.timeoutMs);
+    const auto onePass = [&link, &pass] {
+        for (const QByteArray& frame : pass.frames) {
+            if (link.exchange(frame, true).reply.isEmpty())
+                throw std::runtime_error("the link gets no reply");
+        }
+    };
+    const double cost = microsecondsOf(static_cast<int>(pass.frames.size()), milliseconds, onePass);
+    link.close();
+    return cost;
+}
+
+} // namespace bench

@@ -1,0 +1,190 @@
+#!/usr/bin/env python3
+"""Runs the benchmarks of a build and prints one table: each figure beside the reference of the same run.
+
+    bench/table.py BUILD_DIRECTORY [--product] [--rounds N] [--check]
+
+Called by scripts/bench, which builds them first.
+"""
+
+import argparse
+import collections
+import json
+import math
+import pathlib
+import subprocess
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
+LISTS = ("dense", "clustered", "scattered")
+CYCLES = ("read of 125 words", "read of 1000 bits", "write of a word", "write of a bit in a word")
+ORDERS = ("sorted", "reversed", "random")
+SPREADS = ("one area", "all areas", "ten stations")
+
+# ratio = measured / reference. goal: "<= 6", ">= 0.9", "> 1", "= 1" or None
+Row = collections.namedtuple("Row", "name measured reference ratio goal")
+
+
+def say(text):
+    print(f"bench: {text}", file=sys.stderr, flush=True)
+
+
+def run(command):
+    """Returns what a program prints; its messages go through."""
+    done = subprocess.run([str(word) for word in command], stdout=subprocess.PIPE, text=True, check=False)
+    if done.returncode != 0:
+        sys.exit(f"bench: {command[0]} failed with status {done.returncode}")
+    return done.stdout
+
+
+class Figures:
+    """What one program of Google Benchmark measured: the shortest processor time of all repetitions."""
+
+    def __init__(self, program, rounds):
+        say(f"{program.name} ({rounds} repetitions, interleaved)")
+        text = run([program, f"--benchmark_repetitions={rounds}", "--benchmark_min_time=0.05",
+                    "--benchmark_enable_random_interleaving=true", "--benchmark_format=json"])
+        self.times = {}
+        self.allocations = {}
+        for figure in json.loads(text)["benchmarks"]:
+            if figure.get("error_occurred"):
+                sys.exit(f"bench: {figure['name']}: {figure['error_message']}")
+            if figure["run_type"] == "iteration":
+                self._take(figure)
+
+    def _take(self, figure):
+        name = figure["run_name"]
+        time = figure["cpu_time"] * NANOSECONDS[figure["time_unit"]]
+        self.times[name] = min(time, self.times.get(name, time))
+        self.allocations[name] = figure.get("allocations", 0)
+
+    def row(self, name, who, reference, goal, label=None, size=""):
+        measured = self.times[f"{name}/{who}{size}"]
+        against = self.times[f"{name}/{reference}{size}"]
+        return Row(label or f"{name}, to {reference}", time_text(measured), time_text(against),
+                   measured / against, goal)
+
+
+def time_text(nanoseconds):
+    for unit, size in (("ms", 1e6), ("us", 1e3)):
+        if nanoseconds >= size:
+            return f"{nanoseconds / size:.2f} {unit}"
+    return f"{nanoseconds:.0f} ns"
+
+
+def cycle_rows(figures, product):
+    goals = ("<= 6", "<= 0.05", "<= 4") if product else (None, None, None)
+    for name in CYCLES:
+        yield figures.row(name, "driver", "floor", goals[0])
+        yield figures.row(name, "driver", "Qt SerialBus", goals[1])
+        mine = round(figures.allocations[f"{name}/driver"])
+        other = round(figures.allocations[f"{name}/Qt SerialBus"])
+        yield Row(f"{name}, allocations (Qt SerialBus's beside)", str(mine), str(other), mine, goals[2])
+
+
+def rebuild_rows(figures):
+    for size in (1000, 10000, 50000):
+        for spread in SPREADS:
+            for order in ORDERS:
+                name = f"rebuild of {size}, {order}, {spread}"
+                yield figures.row(name, "driver", "plain structs", "<= 4" if size == 50000 else None, name)
+    growth = (50000 * math.log(50000)) / (1000 * math.log(1000))
+    for spread in SPREADS:
+        small, large = (figures.times[f"rebuild of {size}, random, {spread}/driver"] for size in (1000, 50000))
+        yield Row(f"rebuild, growth from 1000 to 50000, {spread}, to n log n", f"{large / small:.0f} x",
+                  f"{growth:.0f} x", large / small / growth, "<= 1")
+
+
+def register_rows(figures):
+    for call in ("GetRegisterData", "SetRegisterData"):
+        for words in (1, 100):
+            yield figures.row(call, "driver", "text and bytes", None, f"{call}, {words} words",
+                              f"/words:{words}")
+    name = "AddListWriteVar, list full"
+    yield figures.row(name, "driver", "plain structs", None, name)
+
+
+def store_rows(figures):
+    for size in (1000, 10000):
+        yield figures.row("filing 100 words", "driver", "plain structs", "<= 1.3",
+                          f"filing 100 words, {size} in the store", f"/store:{size}")
+
+
+def lines_of(text):
+    return [line.split("\t") for line in text.splitlines()]
+
+
+def request_rows(build, folder):
+    say("requests_per_refresh")
+    lists = [ROOT / "examples" / "thousand.csv"]
+    for name in LISTS:
+        path = folder / f"{name}.csv"
+        path.write_text(run([ROOT / "examples" / "make-list", name]))
+        lists.append(path)
+    lines = lines_of(run([build / "bench" / "requests_per_refresh", *lists]))[1:]
+    requests = {(line[0], line[1]): int(line[2]) for line in lines}
+    for name, rule in requests:
+        if rule.startswith("driver"):
+            continue
+        mine = requests[name, "driver under the panel"]
+        best = rule == "best possible"
+        yield Row(f"requests of a refresh, {name}, to {rule}", str(mine), str(requests[name, rule]),
+                  mine / requests[name, rule], "= 1" if best else "<= 1")
+
+
+WHOLE_WAY_GOALS = {
+    "bare socket": ">= 0.9",
+    "libmodbus, each variable by itself": ">= 15",
+    "libmodbus, the same blocks": "> 1",
+    "Qt SerialBus, the same blocks": "> 1",
+}
+
+
+def whole_way(build, rounds):
+    """Returns rows, and lines that stand for themselves."""
+    say(f"whole_way_bench ({rounds} rounds)")
+    lines = lines_of(run([build / "bench" / "whole_way_bench", "--rounds", rounds]))
+    rates = [line for line in lines if line[0] == "refreshes per second"]
+    rows = [Row(f"refreshes per second, to {name}", rates[0][2], rate, float(ratio), WHOLE_WAY_GOALS.get(name))
+            for _, name, rate, ratio in rates[1:]]
+    return rows, [f"{', '.join(line[:-1])}: {line[-1]}" for line in lines if line not in rates]
+
+
+def is_met(row):
+    operator, value = row.goal.split()
+    ratio, value = round(row.ratio, 2), float(value)
+    return {"<=": ratio <= value, ">=": ratio >= value, ">": ratio > value, "=": ratio == value}[operator]
+
+
+def print_table(rows):
+    width = max(len(row.name) for row in rows)
+    print(f"{'':{width}}  {'measured':>10}  {'reference':>10}  {'ratio':>7}  {'goal':>7}  met")
+    for row in rows:
+        met = "" if row.goal is None else "yes" if is_met(row) else "NO"
+        ratio = f"{row.ratio:.3f}" if row.ratio < 0.1 else f"{row.ratio:.2f}"
+        print(f"{row.name:{width}}  {row.measured:>10}  {row.reference:>10}  {ratio:>7}  {row.goal or '':>7}  {met}")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawTextHelpFormatter)
+    parser.add_argument("build", type=pathlib.Path, help="build directory")
+    parser.add_argument("--product", action="store_true", help="the 32-bit build, for which all goals are set")
+    parser.add_argument("--rounds", type=int, default=9, help="repetitions of everything that is timed")
+    parser.add_argument("--check", action="store_true", help="exit with status 1 when a goal is not met")
+    options = parser.parse_args()
+    programs = options.build / "bench"
+    rows = list(cycle_rows(Figures(programs / "cycle_bench", options.rounds), options.product))
+    rows += rebuild_rows(Figures(programs / "rebuild_bench", options.rounds))
+    rows += register_rows(Figures(programs / "register_bench", options.rounds))
+    rows += store_rows(Figures(programs / "station_store_bench", options.rounds))
+    rows += request_rows(options.build, programs)
+    loopback, notes = whole_way(options.build, options.rounds)
+    print_table(rows + loopback)
+    print("\nOver loopback, examples/thousand.csv:")
+    print("\n".join("  " + note for note in notes))
+    failed = [row for row in rows + loopback if row.goal and not is_met(row)]
+    return 1 if options.check and failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
