@@ -1,6 +1,7 @@
 #include "panel/refresh_plan.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <set>
 
@@ -18,6 +19,12 @@ const int mostWithDoubleWords = mostRegisters / 2 + 1;
 
 // Bits behind a block that the driver overwrites with padding.
 const int paddingBits = 2;
+
+// The driver splits long variables of this area at as many bits as a block of words has words, although its
+// blocks are as long as those of the other areas of bits.
+const int splitArea = 7;
+
+const int bitsOfByte = 8;
 
 using Group = std::pair<int, int>; // station and area
 using Runs = std::vector<Variable>;
@@ -47,6 +54,51 @@ Runs clusters(Runs bits)
     return clusters;
 }
 
+/// \return the elements of area 7 that no block splits: a divisor or a multiple of eight
+int wholeInSplitArea(int maxBlockCount)
+{
+    int most = maxBlockCount < bitsOfByte ? 1 : maxBlockCount - maxBlockCount % bitsOfByte;
+    while (most * 2 <= maxBlockCount && most < bitsOfByte)
+        most *= 2;
+    return most;
+}
+
+Variable fromWholeByte(Variable bits)
+{
+    const int before = bits.element % bitsOfByte;
+    bits.element -= before;
+    bits.count += before;
+    return bits;
+}
+
+/// A block of area 7 may end behind any piece of a long run. Where all runs begin and all pieces end at whole
+/// bytes, so does the block, and it has no padding.
+Runs runsOfSplitArea(const Runs& bits, int maxBlockCount)
+{
+    const int most = wholeInSplitArea(maxBlockCount);
+    const Runs whole = clusters(bits);
+    if (std::all_of(whole.begin(), whole.end(), [most](const Variable& run) { return run.count <= most; }))
+        return whole;
+    Runs aligned;
+    std::transform(bits.begin(), bits.end(), std::back_inserter(aligned), fromWholeByte);
+    Runs runs;
+    for (const Variable& cluster : clusters(aligned)) {
+        const Runs pieces = cut(cluster, most);
+        runs.insert(runs.end(), pieces.begin(), pieces.end());
+    }
+    return runs;
+}
+
+Runs runsOfArea(const Runs& bits, int maxBlockCount)
+{
+    Runs runs;
+    for (const Variable& cluster : clusters(bits)) {
+        for (const ReadPiece& piece : readPieces(cluster, maxBlockCount))
+            runs.push_back(piece.asked);
+    }
+    return runs;
+}
+
 std::map<Group, Runs> runsOfBits(const std::vector<Variable>& variables, int maxBlockCount)
 {
     std::map<Group, Runs> groups;
@@ -54,14 +106,9 @@ std::map<Group, Runs> runsOfBits(const std::vector<Variable>& variables, int max
         if (isBits(variable))
             groups[{variable.station, variable.area}].push_back(variable);
     }
-    for (auto& group : groups) {
-        Runs runs;
-        for (const Variable& cluster : clusters(group.second)) {
-            for (const ReadPiece& piece : readPieces(cluster, maxBlockCount))
-                runs.push_back(piece.asked);
-        }
-        group.second = runs;
-    }
+    for (auto& group : groups)
+        group.second = group.first.second == splitArea ? runsOfSplitArea(group.second, maxBlockCount)
+                                                       : runsOfArea(group.second, maxBlockCount);
     return groups;
 }
 

@@ -20,7 +20,8 @@ struct RefreshPlan {
 /// \param variables stations filled in, and nothing against any (readRefusal())
 ///
 /// Neighbouring bits become one run: the driver files up to two bits of padding behind a block of bits, so no
-/// block may end right before a bit that is shown. Bits in words are refreshed as words.
+/// block may end right before a bit that is shown. Long runs of area 7, which the driver would cut anywhere,
+/// begin and end at whole bytes for that. Bits in words are refreshed as words.
 RefreshPlan refreshPlan(const std::vector<Variable>& variables, int maxBlockCount);
 
 /// The same for remote frames. With them the driver writes the number of registers over the count of a cyclic

@@ -43,18 +43,6 @@ int mostElementsWritten(int area, int maxBlockCount)
     }
 }
 
-std::vector<Variable> cut(const Variable& variable, int most)
-{
-    std::vector<Variable> pieces;
-    for (int done = 0; done < variable.count; done += most) {
-        Variable piece = variable;
-        piece.element = variable.element + done;
-        piece.count = std::min(most, variable.count - done);
-        pieces.push_back(piece);
-    }
-    return pieces;
-}
-
 /// The bits of \a bits that lie in \a words.
 Variable bitsInside(const Variable& bits, const Variable& words)
 {
@@ -160,6 +148,18 @@ QString writeRefusal(const Variable& variable, const std::vector<quint32>& value
         return QStringLiteral("a bit in a word cannot be written to station 0: its word would have to be "
                               "read first, and no controller answers a broadcast");
     return valueRefusal(variable, values);
+}
+
+std::vector<Variable> cut(const Variable& variable, int most)
+{
+    std::vector<Variable> pieces;
+    for (int done = 0; done < variable.count; done += most) {
+        Variable piece = variable;
+        piece.element = variable.element + done;
+        piece.count = std::min(most, variable.count - done);
+        pieces.push_back(piece);
+    }
+    return pieces;
 }
 
 std::vector<ReadPiece> readPieces(const Variable& variable, int maxBlockCount)

@@ -29,6 +29,9 @@ QString readRefusal(const Variable& variable, const Settings& settings);
 /// \return why \a values cannot be written to \a variable, its station filled in; empty when they can
 QString writeRefusal(const Variable& variable, const std::vector<quint32>& values, const Settings& settings);
 
+/// \return \a variable in pieces of \a most elements, in order; the last may be shorter
+std::vector<Variable> cut(const Variable& variable, int most);
+
 /// \return the read requests that \a variable needs, in order
 std::vector<ReadPiece> readPieces(const Variable& variable, int maxBlockCount);
 

@@ -103,6 +103,27 @@ TEST(RefreshPlan, CutsLongRunsOfBitsAtWholeBytes)
     EXPECT_THAT(shownTexts(plan.parts[1]), ElementsAre("1/2:18+17", "1/2:35+13"));
 }
 
+TEST(RefreshPlan, CutsLongRunsOfArea7WhereEveryBlockEndsAtAWholeByte)
+{
+    const RefreshPlan plan = refreshPlan({variable(7, 8000, 10), variable(7, 8020, 100)}, 63);
+    EXPECT_THAT(texts(plan.runs), ElementsAre("1/7:8000+10", "1/7:8016+56", "1/7:8072+48"));
+    EXPECT_THAT(shownTexts(plan.parts[1]), ElementsAre("1/7:8020+52", "1/7:8072+48"));
+}
+
+TEST(RefreshPlan, CutsLongRunsOfArea7IntoPartsOfAByteWhereABlockHasFewerWords)
+{
+    EXPECT_THAT(texts(refreshPlan({variable(7, 3, 10)}, 7).runs),
+                ElementsAre("1/7:0+4", "1/7:4+4", "1/7:8+4", "1/7:12+1"));
+    EXPECT_THAT(texts(refreshPlan({variable(7, 8, 3)}, 1).runs),
+                ElementsAre("1/7:8+1", "1/7:9+1", "1/7:10+1"));
+}
+
+TEST(RefreshPlan, LeavesShortRunsOfArea7AsTheyAre)
+{
+    EXPECT_THAT(texts(refreshPlan({variable(7, 3, 10), variable(7, 21, 56)}, 63).runs),
+                ElementsAre("1/7:3+10", "1/7:21+56"));
+}
+
 TEST(RefreshPlan, KeepsStationsAndAreasApart)
 {
     const RefreshPlan plan =

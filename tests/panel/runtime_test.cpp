@@ -364,6 +364,24 @@ TEST_P(NeighbouringBits, KeepTheirOwnValues)
     }
 }
 
+TEST_P(NeighbouringBits, KeepTheirOwnValuesInLongRunsOfArea7)
+{
+    settings.multiStation = GetParam();
+    settings.maxBlockCount = 63;
+    for (int bit = 8000; bit < 8600; ++bit)
+        putIntoController(*controller, 7, bit, 1);
+    makeRuntime();
+    const int before = runtime->addCyclic(variable(7, 8000, 10));
+    const int longRun = runtime->addCyclic(variable(7, 8020, 500));
+    runtime->start();
+    ASSERT_TRUE(becomes(before, ValueState::Fresh));
+    ASSERT_TRUE(becomes(longRun, ValueState::Fresh));
+    for (int turn = 0; turn < 300; ++turn) {
+        ASSERT_THAT(runtime->value(longRun).values, Each(1u));
+        QThread::usleep(500);
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Modes, NeighbouringBits, testing::Bool(), [](const auto& mode) {
     return std::string(mode.param ? "SeveralStations" : "OneStation");
 });
