@@ -59,9 +59,10 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 # cpack refreshes the linker's cache in scripts of its own as well, which cannot be switched off.
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/cmake/debian/triggers")
 
+configure_file(cmake/debian/changelog.in "${CMAKE_BINARY_DIR}/install/changelog" @ONLY)
 foreach(package IN ITEMS "library:${library_package}" development:libplcdriver-dev tools:plcdriver-tools)
   string(REGEX MATCH "^([^:]+):(.+)$" matched "${package}")
-  install(FILES cmake/debian/copyright cmake/debian/changelog
+  install(FILES cmake/debian/copyright "${CMAKE_BINARY_DIR}/install/changelog"
     DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/${CMAKE_MATCH_2}" COMPONENT ${CMAKE_MATCH_1})
 endforeach()
 
