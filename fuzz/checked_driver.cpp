@@ -2,6 +2,7 @@
 
 #include "fuzz/callbacks.h"
 #include "fuzz/check.h"
+#include "fuzz/driver_areas.h"
 #include "fuzz/frame_checks.h"
 #include "fuzz/list_checks.h"
 #include "fuzz/reply_checks.h"
@@ -15,17 +16,13 @@ namespace fuzz
 namespace
 {
 
-const int areaCount = 15;
-const int bitOfWord = 8;
-const int doubleWordArea = 14;
-const int elementsOfArea = 65535;
 const int queueWrites = 2;
 const int slowRead = 2000; // elements whose values are not compared one by one
 
 int most(int area, int atArea14)
 {
-    if (area == bitOfWord)
-        return 16 * elementsOfArea;
+    if (area == bitOfWordArea)
+        return bitsOfWords;
     return area == doubleWordArea ? atArea14 : elementsOfArea;
 }
 
@@ -41,7 +38,6 @@ void loadAnew()
 CheckedDriver::CheckedDriver(const COMINFO& settings, bool careful)
     : m_settings(settings), m_careful(careful), m_pendingCopy(Protocol())
 {
-    loadAnew();
     wire(true);
     registerCallbacks(true, true);
 }
@@ -49,8 +45,7 @@ CheckedDriver::CheckedDriver(const COMINFO& settings, bool careful)
 CheckedDriver::~CheckedDriver()
 {
     m_memory.compare(true);
-    SetComInfo(nullptr);
-    RegistCallBackFuncIntf(nullptr, nullptr);
+    loadAnew(); // here, so that what an input leaves behind is not taken for a leak
 }
 
 // What holds after every entry point.
@@ -176,11 +171,11 @@ void CheckedDriver::addOnceRead(RW_VAR* var, int direct)
         check(result == before + 1, "queueing directly gives the size of the list");
         return;
     }
-    const bool refused = !isWired() || given.area < 0 || given.area >= areaCount ||
-                         PLCAddressChangeIntef(given.area, given.name2) < 0;
+    const bool refused =
+        !isWired() || !isKnownArea(given.area) || PLCAddressChangeIntef(given.area, given.name2) < 0;
     check(result == (refused ? 0 : PLC_driver.onceReadList.size()),
           "a one-shot read gives the size of the list, or 0 when it is refused");
-    checkGrowth(before, PLC_driver.onceReadList.size(), refused ? 0 : elementsOfArea * 16, false);
+    checkGrowth(before, PLC_driver.onceReadList.size(), refused ? 0 : bitsOfWords, false);
     checkPieces(before, m_settings);
 }
 
@@ -252,7 +247,7 @@ void CheckedDriver::mirrorQueued(const RW_VAR& var, int elements)
 {
     const int bytes = var.area == doubleWordArea ? 4 : 2;
     RW_VAR piece = var;
-    if (var.area > bitOfWord) {
+    if (var.area > bitOfWordArea) {
         piece.count = elements;
         piece.data = var.data.leftJustified(elements * bytes, '\0', true);
         return m_memory.mirror(piece);

@@ -11,8 +11,8 @@
 namespace fuzz
 {
 
-/// A freshly loaded driver, wired to settings of its own. Every function calls the entry point that it is
-/// named after and ends the program when the driver broke a promise. One object at a time; one thread.
+/// The driver as if freshly loaded, wired to settings of its own. Every function calls the entry point that
+/// it is named after and ends the program when the driver broke a promise. One object at a time; one thread.
 class CheckedDriver
 {
 public:

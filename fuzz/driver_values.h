@@ -22,6 +22,10 @@ enum RecordParts {
     WithLongData = 64 ///< the length of the data has 16 bits
 };
 
+/// An input that begins with it has the whole image compared after each call. That is slow; it shows which
+/// call it was that stored something where it does not belong, once another input showed that one does.
+constexpr int carefulInput = 0xCA;
+
 /// The words of the settings that a runtime changes.
 constexpr std::array<int COMINFO::*, 12> settingsWords = {
     &COMINFO::maxBlockCount, &COMINFO::defaultStation, &COMINFO::retryLimit,     &COMINFO::multiStation,

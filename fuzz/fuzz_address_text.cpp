@@ -3,6 +3,7 @@
 #include "driver/plcdriver.h"
 #include "fuzz/byte_source.h"
 #include "fuzz/check.h"
+#include "fuzz/driver_areas.h"
 #include "fuzz/fuzz_target.h"
 #include "varlist/address_text.h"
 
@@ -13,8 +14,6 @@ namespace
 
 using fuzz::check;
 
-const int areaCount = 15;
-const int bitOfWord = 8;
 const int noElement = -1;
 
 // Row = area code; written down here once more, so that a slip in the driver's own table shows.
@@ -22,8 +21,9 @@ struct Rule {
     int base;
     int origin;
 };
-const Rule rules[areaCount] = {{8, 0},  {8, 0},  {10, 0}, {10, 0}, {10, 0}, {10, 0}, {10, 0},  {10, 8000},
-                               {10, 0}, {10, 0}, {10, 0}, {10, 0}, {10, 0}, {10, 0}, {10, 200}};
+const Rule rules[fuzz::areaCount] = {{8, 0},  {8, 0},  {10, 0},    {10, 0}, {10, 0},
+                                     {10, 0}, {10, 0}, {10, 8000}, {10, 0}, {10, 0},
+                                     {10, 0}, {10, 0}, {10, 0},    {10, 0}, {10, 200}};
 
 QString textOf(fuzz::ByteSource& source)
 {
@@ -55,7 +55,7 @@ int plainNumber(const QString& text, int base)
 void checkPlainText(int area, const QString& text, int element)
 {
     const Rule& rule = rules[area];
-    if (area == bitOfWord) {
+    if (area == fuzz::bitOfWordArea) {
         const int dot = text.indexOf(QLatin1Char('.'));
         const int word = plainNumber(text.left(dot), 10);
         const int bit = plainNumber(text.mid(dot + 1), 10);
@@ -80,7 +80,7 @@ void checkNegative(int area, const QString& text, int element)
 
 QString textOfElement(int area, int element)
 {
-    if (area == bitOfWord)
+    if (area == fuzz::bitOfWordArea)
         return QStringLiteral("%1.%2").arg(element / 16).arg(element % 16);
     return QString::number(static_cast<qlonglong>(element) + rules[area].origin, rules[area].base);
 }
@@ -104,7 +104,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     const QString text = textOf(source);
     const int element = StringAddressToInt(area, text);
     check(PLCAddressChangeIntef(area, text) == element, "the exported conversion is the driver's own");
-    if (area < 0 || area >= areaCount) {
+    if (!fuzz::isKnownArea(area)) {
         check(element == 0, "an unknown area gives 0");
         return 0;
     }

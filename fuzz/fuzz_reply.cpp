@@ -31,7 +31,7 @@ void queue(CheckedDriver& driver, ByteSource& source, fuzz::CountLimit& counts)
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     ByteSource source(data, size);
-    const bool careful = source.flag();
+    const bool careful = source.byte() == fuzz::carefulInput;
     fuzz::CountLimit counts(source);
     CheckedDriver driver(fuzz::takeSettings(source), careful);
     queue(driver, source, counts);

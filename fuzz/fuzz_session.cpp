@@ -142,7 +142,7 @@ const int stepCount = sizeof steps / sizeof steps[0];
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     ByteSource source(data, size);
-    const bool careful = source.flag();
+    const bool careful = source.byte() == fuzz::carefulInput;
     CountLimit counts(source);
     CheckedDriver driver(fuzz::takeSettings(source), careful);
     for (int step = 0; !source.empty() && step < mostSteps; ++step) {

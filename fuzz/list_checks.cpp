@@ -2,6 +2,7 @@
 
 #include "fuzz/callbacks.h"
 #include "fuzz/check.h"
+#include "fuzz/driver_areas.h"
 #include "fuzz/frame_checks.h"
 #include "fuzz/reply_checks.h"
 
@@ -15,10 +16,6 @@ namespace
 
 const int listLimit = 1024;
 const int longestRun = 5;
-const int areaCount = 15;
-const int bitOfWord = 8;
-const int wordArea = 9;
-const int elementsOfArea = 65535;
 
 bool isOff(int station)
 {
@@ -45,7 +42,7 @@ const QList<RW_VAR>& listInTurn()
 
 long long limitOf(int area, const COMINFO& settings)
 {
-    return (area < bitOfWord ? 8LL : 1LL) * settings.maxBlockCount;
+    return (isBitArea(area) ? 8LL : 1LL) * settings.maxBlockCount;
 }
 
 // Whether a cyclic read holds this element.
@@ -62,9 +59,9 @@ bool isRead(int area, int station, long long element)
 
 int servable(const HOST_VAR& variable)
 {
-    if (variable.area == bitOfWord)
-        return std::min(variable.count, 16 * elementsOfArea);
-    return std::min(variable.count, variable.area == areaCount - 1 ? elementsOfArea + 1 : elementsOfArea);
+    if (variable.area == bitOfWordArea)
+        return std::min(variable.count, bitsOfWords);
+    return std::min(variable.count, variable.area == doubleWordArea ? elementsOfArea + 1 : elementsOfArea);
 }
 
 // A variable that no block reads would keep its old value on the screen for ever. Its first, middle and last
@@ -74,7 +71,7 @@ void checkCovered(const HOST_VAR& variable, int station)
     const int first = PLCAddressChangeIntef(variable.area, variable.address);
     if (variable.area >= areaCount || first < 0)
         return;
-    const bool bits = variable.area == bitOfWord;
+    const bool bits = variable.area == bitOfWordArea;
     const int last = servable(variable) - 1;
     for (const int offset : {0, last / 2, last}) {
         const long long element = static_cast<long long>(first) + offset;
@@ -141,7 +138,7 @@ void TurnExpectation::compareFrames(const COMINFO& settings) const
     check(!listInTurn().isEmpty(), "frames belong to a request that waits for them");
     const RW_VAR& head = listInTurn().at(0);
     const bool remote = settings.remoteMode != 0;
-    const bool twoFrames = !remote && builtWrite() && head.area == bitOfWord;
+    const bool twoFrames = !remote && builtWrite() && head.area == bitOfWordArea;
     check(frames == (twoFrames ? 2 : 1), "only a bit inside a word takes two frames");
     check(!isOff(head.station), "nothing is sent to a switched-off station");
     for (int i = 0; i < frames; ++i) {

@@ -1,6 +1,7 @@
 #include "fuzz/memory_model.h"
 
 #include "fuzz/check.h"
+#include "fuzz/driver_areas.h"
 
 #include <algorithm>
 #include <cstring>
@@ -11,32 +12,19 @@ namespace fuzz
 namespace
 {
 
-const int elements = 65535;
-const int wordBits = 16;
-const int bitArea0 = 0;
-const int bitOfWord = 8;
-const int wordArea = 9;
-const int doubleWordArea = 14;
-const int lastArea = 14;
-
-bool isBit(int area)
-{
-    return area >= 0 && area < bitOfWord;
-}
-
 bool isThere(long long element)
 {
-    return element >= 0 && element < elements;
+    return element >= 0 && element < elementsOfArea;
 }
 
 bool isBitThere(long long bit)
 {
-    return bit >= 0 && bit < static_cast<long long>(wordBits) * elements;
+    return bit >= 0 && bit < bitsOfWords;
 }
 
 int bytesOf(int area)
 {
-    if (isBit(area) || area == bitOfWord)
+    if (isBitArea(area) || area == bitOfWordArea)
         return 1;
     return area == doubleWordArea ? 4 : 2;
 }
@@ -45,7 +33,7 @@ int bytesOf(int area)
 int bufferOf(int area)
 {
     const int buffers[] = {0, 0, 4, 1, 2, 3}; // codes 8 to 13
-    return buffers[area - bitOfWord];
+    return buffers[area - bitOfWordArea];
 }
 
 int byteOf(const QByteArray& bytes, int at)
@@ -119,11 +107,11 @@ void MemoryModel::file(const Protocol& request, const QByteArray* reply, const Q
 {
     const QByteArray data = dataOf(request, reply);
     const int area = request.var.area;
-    if (area < 0 || area > lastArea)
+    if (!isKnownArea(area))
         return;
-    if (isBit(area))
+    if (isBitArea(area))
         fileBits(request, data);
-    else if (area == bitOfWord)
+    else if (area == bitOfWordArea)
         fileRegister(request, data, bit);
     else
         fileElements(request, data, bytesOf(area));
@@ -152,7 +140,7 @@ void MemoryModel::fileRegister(const Protocol& request, const QByteArray& data, 
     unsigned int word = registerAt(data, 0);
     if (request.var.storeSelector == -1 && (bit.queued || !m_multi))
         word = mergedWord(word, bit);
-    const int area = m_multi ? bitOfWord : wordArea;
+    const int area = m_multi ? bitOfWordArea : wordArea;
     store(request.var.station, area, request.var.address, littleEndian(word, 2));
 }
 
@@ -169,9 +157,9 @@ void MemoryModel::fileElements(const Protocol& request, const QByteArray& data, 
 
 void MemoryModel::mirror(const RW_VAR& var)
 {
-    if (var.area <= bitArea0 || var.area > lastArea)
+    if (var.area == 0 || !isKnownArea(var.area))
         return;
-    if (var.area == bitOfWord)
+    if (var.area == bitOfWordArea)
         return mirrorBitsOfWords(var);
     const int bytes = bytesOf(var.area);
     for (int i = 0; i < reached(var, bytes); ++i) {
@@ -189,7 +177,7 @@ void MemoryModel::mirrorBitsOfWords(const RW_VAR& var)
         const long long bit = static_cast<long long>(var.address) + i;
         if (!isBitThere(bit))
             continue;
-        const long long word = bit / wordBits;
+        const long long word = bit / bitsOfWord;
         const int given = byteOf(var.data, i);
         if (m_multi) {
             QByteArray& value = *entry(var.station, wordArea, word);
@@ -216,7 +204,7 @@ void MemoryModel::store(int station, int area, long long element, const QByteArr
 void MemoryModel::storeInImage(int area, long long element, const QByteArray& value)
 {
     const auto at = static_cast<std::size_t>(element);
-    if (isBit(area))
+    if (isBitArea(area))
         m_image->bitArea[area][at] = valueOf(value) != 0;
     else if (area == doubleWordArea)
         m_image->dwordArea[at] = valueOf(value);
@@ -226,11 +214,11 @@ void MemoryModel::storeInImage(int area, long long element, const QByteArray& va
 
 QByteArray MemoryModel::loadFromImage(int area, long long element) const
 {
-    const int bytes = area == bitOfWord ? 2 : bytesOf(area);
+    const int bytes = area == bitOfWordArea ? 2 : bytesOf(area);
     if (!isThere(element))
         return QByteArray(bytes, '\0');
     const auto at = static_cast<std::size_t>(element);
-    if (isBit(area))
+    if (isBitArea(area))
         return littleEndian(m_image->bitArea[area][at], bytes);
     if (area == doubleWordArea)
         return littleEndian(m_image->dwordArea[at], bytes);
@@ -253,17 +241,17 @@ QByteArray MemoryModel::read(int area, int station, int address, int count)
     QByteArray out;
     if (area == doubleWordArea)
         return readDoubleWords(station, address, count);
-    for (int i = 0; area >= 0 && area <= lastArea && i < count; ++i) {
+    for (int i = 0; isKnownArea(area) && i < count; ++i) {
         const long long element = static_cast<long long>(address) + i;
-        if (area != bitOfWord) {
+        if (area != bitOfWordArea) {
             out += load(station, area, element, bytesOf(area));
             continue;
         }
         const unsigned int word =
-            isBitThere(element) ? valueOf(load(station, wordArea, element / wordBits, 2)) : 0;
-        out.append(static_cast<char>(word >> (element % wordBits) & 1));
+            isBitThere(element) ? valueOf(load(station, wordArea, element / bitsOfWord, 2)) : 0;
+        out.append(static_cast<char>(word >> (element % bitsOfWord) & 1));
     }
-    for (int i = 0; isBit(area) && i < out.size(); ++i)
+    for (int i = 0; isBitArea(area) && i < out.size(); ++i)
         out[i] = static_cast<char>(out.at(i) & 1);
     return out;
 }

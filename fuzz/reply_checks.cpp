@@ -1,6 +1,7 @@
 #include "fuzz/reply_checks.h"
 
 #include "fuzz/check.h"
+#include "fuzz/driver_areas.h"
 
 #include <algorithm>
 
@@ -10,7 +11,6 @@ namespace fuzz
 namespace
 {
 
-const int bitOfWord = 8;
 const int valueAt = 10; // of a frame that writes one register
 
 int oneMore(int word)
@@ -127,8 +127,8 @@ void ReplyExpectation::compareSuccess(const QByteArray* reply) const
     // The word that was read, with the bit in it, goes out next.
     const QByteArray data = dataOf(m_request, reply);
     const bool multi = m_settings.multiStation != 0;
-    if (!m_filed || m_request.var.area != bitOfWord || m_request.var.storeSelector != -1 || m_frames < 2 ||
-        data.size() < 2 || (multi && !m_bit.queued))
+    if (!m_filed || m_request.var.area != bitOfWordArea || m_request.var.storeSelector != -1 ||
+        m_frames < 2 || data.size() < 2 || (multi && !m_bit.queued))
         return;
     const unsigned int word = static_cast<unsigned int>(static_cast<unsigned char>(data.at(0)) << 8 |
                                                         static_cast<unsigned char>(data.at(1)));
