@@ -6,7 +6,7 @@
 #include "varlist/address_text.h"
 #include "varlist/block_limit.h"
 
-#include <QMultiMap>
+#include <QMap>
 
 #include <algorithm>
 #include <new>
@@ -98,23 +98,15 @@ void RebuildSingleStation(const QList<HOST_VAR>& variables)
 
 // The pieces of all variables by key, and the keys in order of first appearance.
 struct Chunks {
-    QMultiMap<int, RW_VAR> chunkMap; // the newest entry of a key comes first
+    QMap<int, QList<RW_VAR>> chunkMap; // the newest entry of a key comes first
     QList<int> keyOrder;
 
     void insert(int groupKey, const RW_VAR& var)
     {
-        if (!chunkMap.contains(groupKey))
+        QList<RW_VAR>& entries = chunkMap[groupKey];
+        if (entries.isEmpty())
             keyOrder.append(groupKey);
-        chunkMap.insert(groupKey, var);
-    }
-
-    QList<RW_VAR> entries(int groupKey) const
-    {
-        QList<RW_VAR> list;
-        QMultiMap<int, RW_VAR>::const_iterator entry = chunkMap.find(groupKey);
-        for (; entry != chunkMap.end() && entry.key() == groupKey; ++entry)
-            list.append(entry.value());
-        return list;
+        entries.prepend(var);
     }
 };
 
@@ -141,7 +133,7 @@ int RebuildMultiStation(const QList<HOST_VAR>& variables)
     }
     int size = 0;
     for (int i = 0; i < chunks.keyOrder.size(); ++i) {
-        QList<RW_VAR> list = chunks.entries(chunks.keyOrder.at(i));
+        QList<RW_VAR>& list = chunks.chunkMap[chunks.keyOrder.at(i)];
         Bubble_Sort(&list);
         size = WordVarReCreat(&list, BlockLimit(list.at(0).area), size);
     }
