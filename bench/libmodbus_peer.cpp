@@ -33,6 +33,7 @@ LibModbus::LibModbus(int port, const Blocks& blocks)
     : m_blocks(blocks), m_modbus(modbus_new_tcp("127.0.0.1", port))
 {
     modbus_set_slave(m_modbus.get(), unit);
+    modbus_set_response_timeout(m_modbus.get(), patienceMs / 1000, 0);
     if (modbus_connect(m_modbus.get()) != 0)
         throw std::runtime_error("libmodbus cannot connect");
 }

@@ -5,6 +5,7 @@
 
 #include "panel/runtime.h"
 
+#include <functional>
 #include <vector>
 
 namespace bench
@@ -42,6 +43,9 @@ double driverMicroseconds(const Variables& variables, const Pass& pass, int mill
 
 /// The link: sending and matching the frames of \a pass.
 double linkMicroseconds(int port, const Pass& pass, int milliseconds);
+
+/// For comparison: any way to send \a requests and receive their replies.
+double microsecondsPerRequest(int requests, int milliseconds, const std::function<void()>& sendAll);
 /// @}
 
 } // namespace bench

@@ -17,6 +17,10 @@ typedef struct _modbus modbus_t; // as <modbus.h> has it
 namespace bench
 {
 
+/// All wait for a reply as long as the panel does here: on a busy machine even a simulated controller is
+/// late.
+const int patienceMs = 5000;
+
 /// The floor: frames that are there already go out of a blocking socket, and whole replies come in.
 class BareSocket
 {

@@ -20,6 +20,7 @@ SerialBus::SerialBus(int port, const Blocks& blocks, int atOnce) : m_blocks(bloc
 {
     m_client.setConnectionParameter(QModbusDevice::NetworkAddressParameter, QStringLiteral("127.0.0.1"));
     m_client.setConnectionParameter(QModbusDevice::NetworkPortParameter, port);
+    m_client.setTimeout(patienceMs);
     QObject::connect(&m_client, &QModbusClient::stateChanged, &m_loop, &QEventLoop::quit);
     if (m_client.connectDevice()) {
         while (m_client.state() == QModbusDevice::ConnectingState)

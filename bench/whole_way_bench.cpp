@@ -101,6 +101,7 @@ void run(const QString& path, int rounds)
     Rounds wholeCost;
     Rounds driverCost;
     Rounds linkCost;
+    Rounds bareCost;
     std::vector<Contender> contenders = {
         {"panel",
          [&] {
@@ -120,6 +121,7 @@ void run(const QString& path, int rounds)
             contender.rounds.push_back(contender.turn());
         driverCost.push_back(bench::driverMicroseconds(variables, pass, turnMs / 3));
         linkCost.push_back(bench::linkMicroseconds(port, pass, turnMs));
+        bareCost.push_back(bench::microsecondsPerRequest(requests, turnMs, [&] { bare.refresh(); }));
     }
 
     for (const Contender& contender : contenders)
@@ -129,6 +131,7 @@ void run(const QString& path, int rounds)
     std::printf("processor us per request\twhole loop\t%.2f\n", median(wholeCost));
     std::printf("processor us per request\tdriver\t%.2f\n", median(driverCost));
     std::printf("processor us per request\tlink\t%.2f\n", median(linkCost));
+    std::printf("processor us per request\tbare socket\t%.2f\n", median(bareCost));
 }
 
 } // namespace
