@@ -58,11 +58,10 @@ LinkExchange Link::exchange(const QByteArray& frame, bool replyExpected, int rep
 {
     LinkExchange exchange;
     exchange.remote = isRemote();
-    QElapsedTimer clock;
-    clock.start();
-    if (!ensureConnected(clock))
+    if (!ensureConnected())
         return exchange;
-    m_remoteMatcher.expect(frame, replySize);
+    if (isRemote())
+        m_remoteMatcher.expect(frame, replySize);
     const QByteArray outgoing = isRemote() ? frame : m_matcher.number(frame);
     QElapsedTimer roundTrip;
     roundTrip.start();
@@ -78,14 +77,17 @@ LinkExchange Link::exchange(const QByteArray& frame, bool replyExpected, int rep
     return exchange;
 }
 
-/// \return false when \a clock ran out, or the link was stopped, before there was a connection
-bool Link::ensureConnected(const QElapsedTimer& clock)
+/// \return false when the time-out ran out, or the link was stopped, before there was a connection
+bool Link::ensureConnected()
 {
     // Notices that the other side has closed meanwhile; bytes that came are seen by their number later.
     if (connected())
         takeBytes(0);
     if (isRemote())
         dropIfBytesCame();
+    QElapsedTimer clock;
+    if (!connected())
+        clock.start();
     while (!connected()) {
         // Only this thread changes the state, so it may look without the lock.
         if (m_state.connected)

@@ -79,7 +79,7 @@ public:
 
 private:
     bool isRemote() const { return m_format == FrameFormat::Remote; }
-    bool ensureConnected(const QElapsedTimer& clock);
+    bool ensureConnected();
     void dropIfBytesCame();
     bool tryToConnect();
     void drop(const QString& why);

@@ -322,6 +322,8 @@ void Runtime::Private::wakeStation(int station)
 
 void Runtime::Private::endPauses()
 {
+    if (!m_pauses.anyPausing())
+        return;
     for (const int station : m_pauses.over(m_clock.elapsed()))
         tellDriver(station);
 }

@@ -75,6 +75,12 @@ bool StationPauses::isPausing(int number) const
     return station != m_stations.end() && station->second.pausing;
 }
 
+bool StationPauses::anyPausing() const
+{
+    return std::any_of(m_stations.begin(), m_stations.end(),
+                       [](const auto& station) { return station.second.pausing; });
+}
+
 StationReport StationPauses::reportOf(int number, const Station& station, qint64 now) const
 {
     StationReport report;

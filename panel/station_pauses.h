@@ -54,6 +54,7 @@ public:
     void forget(int station);
 
     bool isPausing(int station) const;
+    bool anyPausing() const;
 
     /// \return every station that was tried, in order, as it looks apart from switches
     std::vector<StationReport> reports(qint64 now) const;

@@ -151,8 +151,6 @@ bool TcpSocket::isReady(short events, int timeoutMs) const
 
 bool TcpSocket::send(const QByteArray& bytes, int timeoutMs)
 {
-    QElapsedTimer clock;
-    clock.start();
     for (int sent = 0; sent < bytes.size();) {
         const ssize_t now =
             ::send(m_descriptor, bytes.constData() + sent, static_cast<std::size_t>(bytes.size() - sent),
@@ -161,7 +159,7 @@ bool TcpSocket::send(const QByteArray& bytes, int timeoutMs)
             sent += static_cast<int>(now);
         else if (!wouldWait(errno))
             return failWith(errno);
-        else if (!isReady(POLLOUT, left(clock, timeoutMs)))
+        else if (!isReady(POLLOUT, timeoutMs))
             return failWith(ETIMEDOUT);
     }
     return true;

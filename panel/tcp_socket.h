@@ -28,6 +28,7 @@ public:
     void close();
     bool isOpen() const { return m_descriptor >= 0; }
 
+    /// \param timeoutMs how long the connection may take nothing at a time
     /// \return true when all of \a bytes are on their way; else the socket is closed
     bool send(const QByteArray& bytes, int timeoutMs);
 
