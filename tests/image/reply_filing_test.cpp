@@ -184,6 +184,16 @@ TEST_F(ReplyFilingTest, BitsComeLowestFirst)
     EXPECT_EQ(3, CountOnes(2));
 }
 
+TEST_F(ReplyFilingTest, EveryByteReachesItsEightCells)
+{
+    for (int byte = 0; byte <= 0xFF; ++byte) {
+        SCOPED_TRACE(byte);
+        File(Variable(2, 8, 16), (QByteArray(1, '\0') + static_cast<char>(byte)).toHex().constData());
+        for (int bit = 0; bit < 8; ++bit)
+            EXPECT_EQ(((byte >> bit) & 1) != 0, Bits(2)[16 + bit]) << "bit " << bit;
+    }
+}
+
 TEST_F(ReplyFilingTest, BitsThatAreOffClearTheirCells)
 {
     Bits(2)[0] = Bits(2)[1] = true;
