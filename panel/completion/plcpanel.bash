@@ -1,0 +1,82 @@
+# Completion of plcpanel in bash: commands, options, and the files that options take.
+#
+#   source plcpanel.bash
+
+_plcpanel_options() {
+  local all="--help --version"
+  local tries="--timeout --retries --max-block --driver"
+  local logs="--trace --capture"
+  local station="--station --multi-station --remote"
+  case $1 in
+  read) echo "--controller $station --hex --json $tries $logs $all" ;;
+  write) echo "--controller $station $tries $logs $all" ;;
+  watch) echo "--controller $station --vars --hex --json --once --stats --interval $tries $logs $all" ;;
+  check) echo "--controller $station --vars --json $tries $logs $all" ;;
+  replay) echo "$station --vars --port --hex --json $tries $all" ;;
+  demo) echo "$tries $logs $all" ;;
+  *) echo "$all" ;;
+  esac
+}
+
+# Whether an option is followed by a value.
+_plcpanel_takes_value() {
+  case $1 in
+  --controller | --station | --vars | --port | --interval | --timeout | --retries | --max-block | --driver | --capture)
+    return 0
+    ;;
+  esac
+  return 1
+}
+
+# The words that are no options: the command, and what it is about.
+_plcpanel_words() {
+  local index
+  for ((index = 1; index < COMP_CWORD; index++)); do
+    if _plcpanel_takes_value "${COMP_WORDS[index]}"; then
+      ((index++))
+      # HOST:PORT is three words for bash.
+      while [[ ${COMP_WORDS[index + 1]} == : ]]; do
+        ((index += 2))
+      done
+    elif [[ ${COMP_WORDS[index]} != -* ]]; then
+      echo "${COMP_WORDS[index]}"
+    fi
+  done
+}
+
+# Completes to folders, and to files with one of these endings.
+_plcpanel_files() {
+  local ending
+  compopt -o filenames 2>/dev/null
+  mapfile -t COMPREPLY < <(
+    compgen -d -- "$current"
+    for ending in "$@"; do
+      compgen -f -X "!*.$ending" -- "$current"
+    done
+  )
+}
+
+_plcpanel() {
+  local current=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} words
+  COMPREPLY=()
+  case $before in
+  --vars) _plcpanel_files csv && return ;;
+  --capture) _plcpanel_files pcap jsonl && return ;;
+  --driver) _plcpanel_files so 'so.*' && return ;;
+  --controller)
+    mapfile -t COMPREPLY < <(compgen -A hostname -- "$current")
+    return
+    ;;
+  esac
+  _plcpanel_takes_value "$before" && return
+  mapfile -t words < <(_plcpanel_words)
+  if [[ $current == -* ]]; then
+    mapfile -t COMPREPLY < <(compgen -W "$(_plcpanel_options "${words[0]}")" -- "$current")
+  elif [[ ${#words[@]} == 0 ]]; then
+    mapfile -t COMPREPLY < <(compgen -W "read write watch check replay demo" -- "$current")
+  elif [[ ${words[0]} == replay && ${#words[@]} == 1 ]]; then
+    _plcpanel_files pcap jsonl
+  fi
+}
+
+complete -F _plcpanel plcpanel
