@@ -3,6 +3,7 @@
 #include "panel/check_report.h"
 #include "panel/driver_blocks.h"
 #include "panel/frame_fields.h"
+#include "panel/listeners.h"
 #include "panel/output.h"
 #include "panel/progress_line.h"
 #include "panel/refresh_plan.h"
@@ -10,7 +11,6 @@
 #include "panel/return_code_words.h"
 #include "panel/session.h"
 #include "panel/terminal.h"
-#include "panel/trace.h"
 #include "panel/watch_signals.h"
 
 #include <mutex>
@@ -21,7 +21,7 @@ namespace panel
 namespace
 {
 
-const int lookMs = 10; // between two looks for an answer or a signal
+const int betweenLooksMs = 10; // between two looks for an answer or a signal
 
 const int quantityField = 10; // of a read request
 const int readCoils = 1;
@@ -93,13 +93,7 @@ class BlockReader
 {
 public:
     BlockReader(const Options& options, ProgressLine* progress)
-        : m_options(options), m_progress(progress),
-          m_session(settingsFor(options), [this, trace = observerFor(options)](const ExchangeRecord& record) {
-              if (trace)
-                  trace(record);
-              std::lock_guard<std::mutex> lock(m_mutex);
-              m_last = record;
-          })
+        : m_options(options), m_progress(progress), m_session(settingsFor(options), listenersOf(options))
     {
         m_session.runtime().start();
     }
@@ -131,10 +125,23 @@ private:
         return settings;
     }
 
+    /// The last exchange is of interest besides what the user wants to see.
+    Listeners listenersOf(const Options& options)
+    {
+        Listeners listeners = listenersFor(options);
+        listeners.exchanges = [this, trace = listeners.exchanges](const ExchangeRecord& record) {
+            if (trace)
+                trace(record);
+            std::lock_guard<std::mutex> lock(m_mutex);
+            m_last = record;
+        };
+        return listeners;
+    }
+
     ReadAnswer tryToRead(const Variable& elements)
     {
         const Pending<ReadOutcome> pending = m_session.runtime().read(elements);
-        while (!pending.wait(lookMs)) {
+        while (!pending.wait(betweenLooksMs)) {
             m_progress->show(m_text);
             if (WatchSignals::wait(0) == WatchSignals::End)
                 return {ReadAnswer::Interrupted, QStringLiteral("the check was ended before")};

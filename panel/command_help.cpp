@@ -8,8 +8,16 @@ namespace panel
 namespace
 {
 
-enum CommandBit { R = 1, W = 2, V = 4, C = 8, D = 16 }; // read, write, watch (view), check, demo
-const int allCommands = R | W | V | C | D;
+enum CommandBit {
+    R = 1,
+    W = 2,
+    V = 4,
+    C = 8,
+    P = 16,
+    D = 32
+}; // read, write, watch (view), check, replay (play), demo
+const int allCommands = R | W | V | C | P | D;
+const int allWithLink = allCommands & ~P;
 
 struct OptionRow {
     const char* name;
@@ -27,24 +35,25 @@ const OptionRow optionRows[] = {
     {"station", "N",
      "The station (Modbus unit) that the variables belong to, 0 to 255. Station 0 is a broadcast: it can be "
      "written, and no controller confirms it.",
-     R | W | V | C, &Settings::station},
+     R | W | V | C | P, &Settings::station},
     {"multi-station", nullptr,
      "Several stations share the link: a variable names its own, AREA:ADDRESS@STATION, and --station is that "
      "of the others. A station that does not answer is left alone for a while, so that the others need not "
      "wait for it.",
-     R | W | V | C, nullptr},
+     R | W | V | C | P, nullptr},
     {"vars", "FILE",
      "Watch or check the variables of a list: CSV, its first line name,area,address,station,count,type, then "
      "a "
      "variable "
      "a line. Types: bit, int16, uint16, int32, uint32, float32, hex, text. An empty station is that of the "
      "option, an empty count 1; lines that begin with # are comments. Goes with AREA:ADDRESS as well.",
-     V | C, nullptr},
+     V | C | P, nullptr},
     {"remote", nullptr,
      "Speak remote frames instead of Modbus TCP; the controller must do so too, as plcsim --remote does.",
-     R | W | V | C, nullptr},
-    {"hex", nullptr, "Print values in hexadecimal.", R | V, nullptr},
-    {"json", nullptr, "Print a JSON object per line.", R | V | C, nullptr},
+     R | W | V | C | P, nullptr},
+    {"port", "N", "The controller's TCP port in the packets of a .pcap file.", P, &Settings::port},
+    {"hex", nullptr, "Print values in hexadecimal.", R | V | P, nullptr},
+    {"json", nullptr, "Print a JSON object per line.", R | V | C | P, nullptr},
     {"once", nullptr, "Refresh every variable once, print the table and end.", V, nullptr},
     {"stats", nullptr,
      "Show below the table what a refresh of all variables costs: requests, frames, what was read for no "
@@ -61,7 +70,12 @@ const OptionRow optionRows[] = {
      "system looks for libraries.",
      allCommands, nullptr},
     {"trace", nullptr, "Print every frame and reply in hex, with its meaning, on standard error.",
-     allCommands, nullptr},
+     allWithLink, nullptr},
+    {"capture", "FILE",
+     "Write everything that goes over the link to this file, with times. FILE.pcap is for programs that show "
+     "network traffic, FILE.jsonl for people and scripts: a JSON object a line. A file that is there is "
+     "replaced. plcpanel replay plays both.",
+     allWithLink, nullptr},
 };
 
 struct CommandRow {
@@ -117,6 +131,18 @@ const CommandRow commandRows[] = {
      "does not come is blamed on no variable.\n",
      "  plcpanel check --vars examples/machine.csv --controller 192.168.0.10\n"
      "  plcpanel check 9:100 9:180 --controller 127.0.0.1:1502 --json\n"},
+    {Command::Replay, P, "replay", "replay FILE [AREA:ADDRESS[xCOUNT]...]", "show the values of a capture",
+     "Plays a file that --capture wrote into the driver, without a controller, and shows the values that "
+     "its\n"
+     "variables have then; with --json a line for each change. Give the variables that were watched (--vars "
+     "and\n"
+     "--max-block too, as then), or none for those that the captured requests read. A .pcap file of other\n"
+     "programs will do: Ethernet, raw IP, Linux cooked or loopback packets. From such a file the settings "
+     "cannot\n"
+     "be seen: --station, --multi-station, --timeout, --retries and --remote are to be those of the panel.\n",
+     "  plcpanel replay report.jsonl\n"
+     "  plcpanel replay report.jsonl --vars examples/machine.csv --json\n"
+     "  plcpanel replay traffic.pcap 9:100x4 --port 1502\n"},
     {Command::Demo, D, "demo", "demo", "try everything on a simulated controller",
      "Starts a simulated controller on this machine, writes and reads every area that allows it, switches a\n"
      "station off and on, lets the controller fall silent and come back, and compares every value with the\n"
@@ -138,6 +164,12 @@ QString exitStatusText(std::optional<Command> command)
                        "  2  nothing was tried: the command line is wrong, or the driver cannot be loaded\n");
     if (!command)
         return common + QStringLiteral("  3 and above are told by the help of the command that has them\n");
+    if (*command == Command::Replay)
+        return QStringLiteral(
+            "Exit status:\n"
+            "  0  every variable has a value that was answered last\n"
+            "  1  some were not read, or failed last\n"
+            "  2  nothing is shown: the command line or the file is wrong, or the driver cannot be loaded\n");
     if (*command != Command::Check)
         return common;
     return QStringLiteral(

@@ -1,5 +1,7 @@
 #include "panel/command_line.h"
 
+#include "panel/capture.h"
+#include "panel/capture_reader.h"
 #include "panel/command_help.h"
 #include "panel/refresh_plan.h"
 
@@ -54,9 +56,24 @@ void setController(const QString& text, Settings* settings)
                    .arg(text));
 }
 
+QString replayedFile(const QCommandLineParser& parser)
+{
+    const QStringList words = parser.positionalArguments();
+    if (words.size() < 2)
+        refuse(QStringLiteral(
+            "no capture is given; plcpanel replay FILE [AREA:ADDRESS[xCOUNT]...] is expected"));
+    return words.at(1);
+}
+
+/// A capture may say what it was made with; what the user says goes before.
+Settings replayedSettings(const QCommandLineParser& parser)
+{
+    return capturedSettings(replayedFile(parser)).value_or(Settings());
+}
+
 Settings settingsOf(const QCommandLineParser& parser, Command command)
 {
-    Settings settings;
+    Settings settings = command == Command::Replay ? replayedSettings(parser) : Settings();
     settings.timeoutMs = numberOf(parser, "timeout", 1, 60000, settings.timeoutMs);
     settings.retryLimit = numberOf(parser, "retries", 0, 1000, settings.retryLimit);
     settings.maxBlockCount = numberOf(parser, "max-block", 2, 125, settings.maxBlockCount);
@@ -65,9 +82,13 @@ Settings settingsOf(const QCommandLineParser& parser, Command command)
         refuse(QStringLiteral("--driver: give the path of libplcdriver.so"));
     if (command == Command::Demo)
         return settings;
-    settings.remoteMode = parser.isSet(QStringLiteral("remote"));
+    settings.remoteMode = settings.remoteMode || parser.isSet(QStringLiteral("remote"));
     settings.station = numberOf(parser, "station", 0, 255, settings.station);
-    settings.multiStation = parser.isSet(QStringLiteral("multi-station"));
+    settings.multiStation = settings.multiStation || parser.isSet(QStringLiteral("multi-station"));
+    if (command == Command::Replay) {
+        settings.port = numberOf(parser, "port", 1, 65535, settings.port);
+        return settings;
+    }
     if (!parser.isSet(QStringLiteral("controller")))
         refuse(QStringLiteral("--controller is missing; say which controller, for example --controller "
                               "192.168.0.10:502"));
@@ -133,7 +154,7 @@ void refuseErrors(const QString& path, const QStringList& errors)
 
 bool takesList(Command command)
 {
-    return command == Command::Watch || command == Command::Check;
+    return command == Command::Watch || command == Command::Check || command == Command::Replay;
 }
 
 void setList(const QCommandLineParser& parser, Options* options)
@@ -171,7 +192,8 @@ void setVariables(const QStringList& texts, Options* options)
     if (options->command == Command::Demo && !texts.isEmpty())
         refuse(QStringLiteral("\"%1\" is one argument too many; the demo chooses its variables itself")
                    .arg(texts.first()));
-    if (options->command != Command::Demo && texts.isEmpty() && options->listed.empty())
+    const bool choosesItself = options->command == Command::Demo || options->command == Command::Replay;
+    if (!choosesItself && texts.isEmpty() && options->listed.empty())
         refuse(QStringLiteral("no variable is given; %1").arg(expectedVariables(options->command)));
     for (const QString& text : texts) {
         if (options->command == Command::Write)
@@ -181,6 +203,12 @@ void setVariables(const QStringList& texts, Options* options)
     }
 }
 
+/// A capture may say in which blocks its variables were read.
+bool isCaptured(const Options& options)
+{
+    return options.command == Command::Replay && capturedSettings(options.captureFile).has_value();
+}
+
 /// Chooses the longest requests that Modbus allows for the variables, or refuses a choice that breaks a
 /// limit.
 void setBlockCount(const QCommandLineParser& parser, Options* options)
@@ -188,10 +216,11 @@ void setBlockCount(const QCommandLineParser& parser, Options* options)
     std::vector<Variable> variables = options->variables;
     for (const ListedVariable& listed : options->listed)
         variables.push_back(listed.elements);
-    if (!parser.isSet(QStringLiteral("max-block")))
+    if (!parser.isSet(QStringLiteral("max-block")) && !isCaptured(*options))
         options->settings.maxBlockCount = blockCountFor(variables);
     const QString words = blockRefusal(variables, options->settings.maxBlockCount);
-    if (options->command == Command::Watch && !words.isEmpty())
+    const bool makesBlocks = options->command == Command::Watch || options->command == Command::Replay;
+    if (makesBlocks && !words.isEmpty())
         refuse(QStringLiteral("--max-block %1: %2").arg(options->settings.maxBlockCount).arg(words));
 }
 
@@ -205,12 +234,27 @@ ValueFormat formatOf(const QCommandLineParser& parser)
     return json ? ValueFormat::Json : hex ? ValueFormat::Hex : ValueFormat::Decimal;
 }
 
+/// What is told of the link besides the values.
+void setLogs(const QCommandLineParser& parser, Options* options)
+{
+    options->trace = parser.isSet(QStringLiteral("trace"));
+    if (!parser.isSet(QStringLiteral("capture")))
+        return;
+    options->captureTo = parser.value(QStringLiteral("capture"));
+    const QString words = captureRefusal(options->captureTo);
+    if (!words.isEmpty())
+        refuse(QStringLiteral("--capture %1: %2").arg(options->captureTo, words));
+}
+
 Options optionsOf(const QCommandLineParser& parser, Command command)
 {
     Options options;
     options.command = command;
     options.settings = settingsOf(parser, command);
-    options.trace = parser.isSet(QStringLiteral("trace"));
+    if (command == Command::Replay)
+        options.captureFile = replayedFile(parser);
+    else
+        setLogs(parser, &options);
     if (command != Command::Write && command != Command::Demo)
         options.format = formatOf(parser);
     if (command == Command::Watch) {
@@ -219,7 +263,7 @@ Options optionsOf(const QCommandLineParser& parser, Command command)
         options.intervalMs = numberOf(parser, "interval", 10, 3600000, options.intervalMs);
     }
     setList(parser, &options);
-    setVariables(parser.positionalArguments().mid(1), &options);
+    setVariables(parser.positionalArguments().mid(command == Command::Replay ? 2 : 1), &options);
     setBlockCount(parser, &options);
     return options;
 }
@@ -279,12 +323,14 @@ CommandLine parseCommandLine(const QStringList& arguments)
     if (words.isEmpty() && parser.isSet(QStringLiteral("help")))
         return show(helpText(std::nullopt));
     if (words.isEmpty())
-        return refusal(QStringLiteral("no command is given; choose read, write, watch, check or demo"), {});
+        return refusal(
+            QStringLiteral("no command is given; choose read, write, watch, check, replay or demo"), {});
     const auto command = commandNamed(words.first());
     if (!command)
-        return refusal(QStringLiteral("\"%1\" is no command; choose read, write, watch, check or demo")
-                           .arg(words.first()),
-                       {});
+        return refusal(
+            QStringLiteral("\"%1\" is no command; choose read, write, watch, check, replay or demo")
+                .arg(words.first()),
+            {});
     return parseCommand(*command, arguments);
 }
 

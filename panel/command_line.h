@@ -16,7 +16,7 @@
 namespace panel
 {
 
-enum class Command { Read, Write, Watch, Check, Demo };
+enum class Command { Read, Write, Watch, Check, Replay, Demo };
 
 /// One AREA:ADDRESS=VALUE[,VALUE...].
 struct WriteTask {
@@ -32,6 +32,8 @@ struct Options {
     std::vector<WriteTask> writes;      ///< of write, each of which can be written
     std::vector<ListedVariable> listed; ///< of watch and check: those of the list, each of which can be read
     ValueFormat format = ValueFormat::Decimal;
+    QString captureTo;   ///< where the link's bytes go; empty: nowhere
+    QString captureFile; ///< of replay: what is played
     bool once = false;
     bool trace = false;
     bool statistics = false;

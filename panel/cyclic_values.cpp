@@ -148,18 +148,28 @@ void CyclicValues::makeParts(const RefreshPlan& plan)
               [](const Part* a, const Part* b) { return keyOf(a->piece.asked) < keyOf(b->piece.asked); });
 }
 
+RefreshPlan CyclicValues::plan() const
+{
+    return m_settings.remoteMode ? remoteRefreshPlan(variables(), m_settings.maxBlockCount)
+                                 : refreshPlan(variables(), m_settings.maxBlockCount);
+}
+
+void CyclicValues::expect()
+{
+    makeParts(plan());
+}
+
 void CyclicValues::queue(const DriverCalls& calls)
 {
     if (m_variables.empty())
         return;
-    const RefreshPlan plan = m_settings.remoteMode ? remoteRefreshPlan(variables(), m_settings.maxBlockCount)
-                                                   : refreshPlan(variables(), m_settings.maxBlockCount);
-    makeParts(plan);
+    const RefreshPlan refresh = plan();
+    makeParts(refresh);
     QList<HOST_VAR> list;
-    for (const Variable& run : plan.runs)
+    for (const Variable& run : refresh.runs)
         list.append(hostVariable(run));
     calls.ReCreatReadVarList(&list);
-    for (const Variable& element : plan.doubleWords) {
+    for (const Variable& element : refresh.doubleWords) {
         RW_VAR request = singleRecord(element);
         calls.AddListReadVar(&request);
     }

@@ -39,6 +39,9 @@ public:
     /// \return why the block size of the settings does not suit the variables; empty when it does
     QString blockRefusal() const;
 
+    /// Instead of queue(): what is answered is filed for the variables, but nothing is asked for.
+    void expect();
+
     /// Hands the variables to the driver, which reads neighbouring ones in one block, before the
     /// communication thread runs; and behind them the pacing request, see isPacing().
     void queue(const DriverCalls& calls);
@@ -96,6 +99,7 @@ private:
     using BlockKey = std::tuple<int, int, int, int>; // station, area, first element and number of elements
 
     std::vector<Variable> variables() const;
+    RefreshPlan plan() const;
     void makeParts(const RefreshPlan& plan);
     std::vector<Part*> partsIn(const RW_VAR& request) const;
     static int elementsOf(const std::vector<Part*>& parts, int begin);

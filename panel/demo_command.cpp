@@ -3,6 +3,7 @@
 #include "panel/demo_controller.h"
 #include "panel/demo_report.h"
 #include "panel/demo_steps.h"
+#include "panel/listeners.h"
 #include "panel/output.h"
 #include "panel/terminal.h"
 
@@ -24,8 +25,9 @@ ExitStatus runDemo(const Options& options)
               .arg(own.settings.port)
               .arg(own.settings.driverPath));
     DemoReport report(wantsColours());
-    showAreasAndSilence(own, &controller, &report);
-    showStations(own, &controller, &report);
+    const Listeners listeners = listenersFor(own);
+    showAreasAndSilence(own, listeners, &controller, &report);
+    showStations(own, listeners, &controller, &report);
     print(report.summary(controller.requests(), clock.elapsed()));
     return report.wrong() == 0 ? AllGood : ControllerFailed;
 }

@@ -87,17 +87,23 @@ Values opposite(int area, const Values& values)
 } // namespace
 
 DemoStage::DemoStage(const Settings& settings, const std::vector<Variable>& cyclic,
-                     const ExchangeObserver& observer, DemoController* controller, DemoReport* report)
+                     const Listeners& listeners, DemoController* controller, DemoReport* report)
     : m_multiStation(settings.multiStation), m_cyclic(cyclic), m_controller(controller), m_report(report),
-      m_session(settings, [this, observer](const ExchangeRecord& record) {
-          if (observer)
-              observer(record);
-          collect(record);
-      })
+      m_session(settings, withOwn(listeners))
 {
     for (const Variable& variable : m_cyclic)
         m_session.runtime().addCyclic(variable);
     m_session.runtime().start();
+}
+
+Listeners DemoStage::withOwn(Listeners listeners)
+{
+    listeners.exchanges = [this, others = listeners.exchanges](const ExchangeRecord& record) {
+        if (others)
+            others(record);
+        collect(record);
+    };
+    return listeners;
 }
 
 /// Cyclic reads go on all the time and would hide the frames of the step.

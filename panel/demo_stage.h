@@ -21,8 +21,8 @@ class DemoStage
 {
 public:
     /// \param cyclic variables that are refreshed, each with its station
-    /// \param observer sees every exchange as well; may be empty
-    DemoStage(const Settings& settings, const std::vector<Variable>& cyclic, const ExchangeObserver& observer,
+    /// \param listeners are told as well
+    DemoStage(const Settings& settings, const std::vector<Variable>& cyclic, const Listeners& listeners,
               DemoController* controller, DemoReport* report);
 
     /// Writes; the controller must have confirmed it, hold the values, and hold what it held elsewhere in the
@@ -60,6 +60,7 @@ public:
     void setSilent(int station, bool silent);
 
 private:
+    Listeners withOwn(Listeners listeners);
     DemoStep begin(const QString& what);
     void finish(DemoStep* step);
     bool waitForRequests(int station, int number);

@@ -1,7 +1,6 @@
 #include "panel/demo_steps.h"
 
 #include "panel/demo_stage.h"
-#include "panel/trace.h"
 
 #include <stdexcept>
 
@@ -52,11 +51,6 @@ Variable variableOf(const char* text, int station = mainStation)
         throw std::logic_error(error.toStdString());
     variable->station = station;
     return *variable;
-}
-
-ExchangeObserver observerOf(const Options& options)
-{
-    return options.trace ? traceToStandardError() : ExchangeObserver();
 }
 
 void showAreas(DemoStage* stage, DemoController* controller, DemoReport* report)
@@ -114,16 +108,18 @@ void showSwitchingOn(DemoStage* stage)
 
 } // namespace
 
-void showAreasAndSilence(const Options& options, DemoController* controller, DemoReport* report)
+void showAreasAndSilence(const Options& options, const Listeners& listeners, DemoController* controller,
+                         DemoReport* report)
 {
     Settings settings = options.settings;
     settings.station = mainStation;
-    DemoStage stage(settings, {variableOf("9:300")}, observerOf(options), controller, report);
+    DemoStage stage(settings, {variableOf("9:300")}, listeners, controller, report);
     showAreas(&stage, controller, report);
     showSilence(&stage, report);
 }
 
-void showStations(const Options& options, DemoController* controller, DemoReport* report)
+void showStations(const Options& options, const Listeners& listeners, DemoController* controller,
+                  DemoReport* report)
 {
     report->chapter(
         QStringLiteral("Two stations on one link, of which 2 is switched off and on. 9:300 of both is "
@@ -133,7 +129,7 @@ void showStations(const Options& options, DemoController* controller, DemoReport
     settings.retryLimit = patientRetries;
     const Variable first = variableOf("9:300");
     const Variable second = variableOf("9:300", otherStation);
-    DemoStage stage(settings, {first, second}, observerOf(options), controller, report);
+    DemoStage stage(settings, {first, second}, listeners, controller, report);
     showSwitchingOff(&stage, report);
     showSwitchingOn(&stage);
 }

@@ -8,14 +8,17 @@
 namespace panel
 {
 
+struct Listeners;
 class DemoController;
 class DemoReport;
 
 /// One station: every area written and read, then a controller that falls silent and comes back.
-void showAreasAndSilence(const Options& options, DemoController* controller, DemoReport* report);
+void showAreasAndSilence(const Options& options, const Listeners& listeners, DemoController* controller,
+                         DemoReport* report);
 
 /// Two stations, of which one is switched off and on.
-void showStations(const Options& options, DemoController* controller, DemoReport* report);
+void showStations(const Options& options, const Listeners& listeners, DemoController* controller,
+                  DemoReport* report);
 
 } // namespace panel
 

@@ -1,5 +1,7 @@
 #include "panel/link.h"
 
+#include "panel/failure_words.h"
+
 #include <QThread>
 
 #include <algorithm>
@@ -36,6 +38,8 @@ Link::~Link() = default;
 void Link::close()
 {
     m_socket.close();
+    if (m_tap && m_state.connected)
+        m_tap->closed(QStringLiteral("the panel was stopped"));
     std::lock_guard<std::mutex> lock(m_stateMutex);
     m_state.connected = false;
     m_stateSince.restart();
@@ -55,6 +59,14 @@ LinkState Link::state() const
 }
 
 LinkExchange Link::exchange(const QByteArray& frame, bool replyExpected, int replySize)
+{
+    const LinkExchange exchange = tryToExchange(frame, replyExpected, replySize);
+    if (!exchange.sent && m_tap && !m_stopping)
+        m_tap->notSent(frame, noConnectionWords(m_host, m_port, state().lastError));
+    return exchange;
+}
+
+LinkExchange Link::tryToExchange(const QByteArray& frame, bool replyExpected, int replySize)
 {
     LinkExchange exchange;
     exchange.remote = isRemote();
@@ -135,6 +147,8 @@ void Link::noteConnected()
 {
     m_assembler.reset();
     m_owed.reset();
+    if (m_tap)
+        m_tap->opened(m_socket.ownEnd(), m_socket.otherEnd());
     std::lock_guard<std::mutex> lock(m_stateMutex);
     m_state.connected = true;
     ++m_state.connects;
@@ -150,6 +164,8 @@ void Link::reconnectAtOnce()
 void Link::drop(const QString& why)
 {
     m_socket.close();
+    if (m_tap)
+        m_tap->closed(why);
     std::lock_guard<std::mutex> lock(m_stateMutex);
     if (m_state.connected)
         m_stateSince.restart();
@@ -160,6 +176,8 @@ void Link::drop(const QString& why)
 bool Link::send(const QByteArray& frame)
 {
     const bool sent = m_socket.send(frame, m_timeoutMs);
+    if (sent && m_tap)
+        m_tap->sent(frame);
     if (!sent)
         drop(m_socket.errorString());
     return sent;
@@ -181,6 +199,8 @@ void Link::receive(const QElapsedTimer& clock, LinkExchange* exchange)
         return;
     if (!answered)
         m_owed.add(exchange->sentFrame);
+    if (!answered && m_tap && !m_stopping)
+        m_tap->timedOut();
     if (m_assembler.outOfStep() || (!answered && m_assembler.partial()))
         dropUntrusted(QStringLiteral("the stream of replies was out of step"));
     else if (isRemote() && !answered)
@@ -213,6 +233,8 @@ void Link::waitForReply(const QElapsedTimer& clock, LinkExchange* exchange)
 void Link::takeBytes(int milliseconds)
 {
     const QByteArray bytes = m_socket.receive(milliseconds);
+    if (m_tap && !bytes.isEmpty())
+        m_tap->received(bytes);
     m_assembler.append(bytes);
 }
 

@@ -3,6 +3,7 @@
 #ifndef PANEL_LINK_H
 #define PANEL_LINK_H
 
+#include "panel/link_tap.h"
 #include "panel/owed_replies.h"
 #include "panel/reconnect_pause.h"
 #include "panel/remote_matcher.h"
@@ -61,6 +62,9 @@ public:
     Link(const QString& host, int port, int timeoutMs, FrameFormat format = FrameFormat::ModbusTcp);
     ~Link(); ///< close() must have been called if exchange() was
 
+    /// Before the first exchange.
+    void setTap(const std::shared_ptr<LinkTap>& tap) { m_tap = tap; }
+
     /// Sends \a frame and waits for its reply, for the time-out at most. While there is no connection it
     /// tries to make one, in growing pauses, and lasts its time-out just the same. Making one may take a
     /// second more.
@@ -79,6 +83,7 @@ public:
 
 private:
     bool isRemote() const { return m_format == FrameFormat::Remote; }
+    LinkExchange tryToExchange(const QByteArray& frame, bool replyExpected, int replySize);
     bool ensureConnected();
     void dropIfBytesCame();
     bool tryToConnect();
@@ -102,6 +107,7 @@ private:
     const int m_timeoutMs;
     const FrameFormat m_format;
     std::atomic<bool> m_stopping{false};
+    std::shared_ptr<LinkTap> m_tap; // may be null
 
     TcpSocket m_socket;
     ReplyAssembler m_assembler;

@@ -30,6 +30,9 @@ public:
     /// A frame, with its number, is on its way.
     virtual void sent(const QByteArray& frame) = 0;
 
+    /// A frame, without a number, stays here because there is no connection.
+    virtual void notSent(const QByteArray& frame, const QString& why) = 0;
+
     /// Bytes as they arrived: parts of replies, or several.
     virtual void received(const QByteArray& bytes) = 0;
 

@@ -7,6 +7,7 @@
 #include "panel/exit_status.h"
 #include "panel/output.h"
 #include "panel/read_command.h"
+#include "panel/replay_command.h"
 #include "panel/watch_command.h"
 #include "panel/write_command.h"
 
@@ -32,6 +33,8 @@ ExitStatus run(Options options)
         return runWatch(options);
     case Command::Check:
         return runCheck(options);
+    case Command::Replay:
+        return runReplay(options);
     case Command::Demo:
         return runDemo(options);
     }

@@ -1,9 +1,10 @@
 #include "panel/read_command.h"
 
+#include "panel/listeners.h"
 #include "panel/output.h"
 #include "panel/request_pieces.h"
 #include "panel/session.h"
-#include "panel/trace.h"
+#include "panel/waiting.h"
 
 #include <algorithm>
 
@@ -37,14 +38,15 @@ ReadOutcome notTried()
 
 ExitStatus runRead(const Options& options)
 {
-    Session session(options.settings, observerFor(options));
+    Session session(options.settings, listenersFor(options));
     session.runtime().start();
     const int width = widestName(options.variables);
     bool allDone = true;
     bool reachable = true;
     for (const Variable& variable : options.variables) {
-        const ReadOutcome outcome = reachable ? session.runtime().read(variable).get() : notTried();
-        session.settle();
+        const QString what = QStringLiteral("reading ") + variableText(variable);
+        const ReadOutcome outcome =
+            reachable ? waitFor(&session, session.runtime().read(variable), what) : notTried();
         report(options, variable, outcome, width);
         allDone = allDone && outcome.done;
         reachable = outcome.done || !session.neverConnected();

@@ -58,13 +58,19 @@ void DropCounts::count(DropReason reason)
 QByteArray ReplyMatcher::number(const QByteArray& frame)
 {
     // A device that does not echo the number answers with 0, which must not look like a match.
-    m_number = m_number == highestNumber ? 1 : m_number + 1;
-    if (m_number == m_answered) // it has come round: whoever answered it last is not meant any more
-        m_answered = noNumber;
+    QByteArray numbered = frame;
+    if (numbered.size() >= headerToLength)
+        putWord(&numbered, numberOffset, m_number == highestNumber ? 1 : m_number + 1);
+    expect(numbered);
+    return numbered;
+}
+
+void ReplyMatcher::expect(const QByteArray& frame)
+{
     m_request = frame;
-    if (m_request.size() >= headerToLength)
-        putWord(&m_request, numberOffset, m_number);
-    return m_request;
+    m_number = wordAt(frame, numberOffset);
+    if (m_answered == m_number) // numbers come again
+        m_answered = noNumber;
 }
 
 bool ReplyMatcher::accept(QByteArray* reply, DropReason* reason)

@@ -47,6 +47,9 @@ public:
     /// \return \a frame with the next number, never 0, in its header
     QByteArray number(const QByteArray& frame);
 
+    /// \param frame the next request, with the number that it has
+    void expect(const QByteArray& frame);
+
     /// \param reply a whole reply; when it matches, its number is put back to 0
     /// \param reason receives why it does not match
     /// \return true once for each numbered request at most

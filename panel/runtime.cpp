@@ -2,6 +2,7 @@
 
 #include "panel/cyclic_values.h"
 #include "panel/driver_settings.h"
+#include "panel/failure_words.h"
 #include "panel/once_reads.h"
 #include "panel/request_keys.h"
 #include "panel/return_code_words.h"
@@ -116,7 +117,7 @@ private:
     void endPauses();
     void tellDriver(int station);
     void wakeStation(int station);
-    QString failureWords(int code, const LinkExchange& exchange) const;
+    QString whyGivenUp(int code, const LinkExchange& exchange) const;
 
     static OnceReads* s_onceReads; // the driver's callback carries no pointer of its own
 
@@ -461,7 +462,7 @@ int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange)
     else if (code == PLC_RETRYING)
         ++m_statistics.retried;
     else
-        givenUp(turn, code, failureWords(code, exchange));
+        givenUp(turn, code, whyGivenUp(code, exchange));
     return code;
 }
 
@@ -520,21 +521,11 @@ void Runtime::Private::countStation(int station, const LinkExchange& exchange, i
         ++statistics.failuresByCode[code];
 }
 
-QString Runtime::Private::failureWords(int code, const LinkExchange& exchange) const
+QString Runtime::Private::whyGivenUp(int code, const LinkExchange& exchange) const
 {
     if (!exchange.sent)
-        return QStringLiteral("no connection to %1:%2 (%3)")
-            .arg(m_settings.host)
-            .arg(m_settings.port)
-            .arg(m_link.state().lastError);
-    if (exchange.reply.isEmpty())
-        return QStringLiteral("%1 within %2 ms").arg(resultWords(code)).arg(m_settings.timeoutMs);
-    const int exception = exceptionCode(exchange.reply);
-    if (exception != 0)
-        return QStringLiteral("the controller refused it: exception %1, %2")
-            .arg(exception)
-            .arg(exceptionWords(exception));
-    return resultWords(code);
+        return noConnectionWords(m_settings.host, m_settings.port, m_link.state().lastError);
+    return failureWords(code, exchange.reply, m_settings.timeoutMs);
 }
 
 Runtime::Runtime(const Settings& settings) : d(new Private(settings)) {}
@@ -549,6 +540,11 @@ int Runtime::addCyclic(const Variable& variable)
 void Runtime::setObserver(const ExchangeObserver& observer)
 {
     d->m_observer = observer;
+}
+
+void Runtime::setTap(const std::shared_ptr<LinkTap>& tap)
+{
+    d->m_link.setTap(tap);
 }
 
 void Runtime::start()

@@ -91,6 +91,9 @@ public:
     /// Before start().
     void setObserver(const ExchangeObserver& observer);
 
+    /// Before start(): \a tap sees every byte of the link. It may be null.
+    void setTap(const std::shared_ptr<LinkTap>& tap);
+
     /// Loads the driver and starts the communication thread. A controller that is not there is no error.
     /// \throws std::runtime_error when a setting is wrong, the driver cannot be loaded or another runtime
     ///         is running; the message says what to do

@@ -17,9 +17,10 @@ const int settleMs = 1000;
 
 } // namespace
 
-Session::Session(const Settings& settings, const ExchangeObserver& observer) : m_runtime(settings)
+Session::Session(const Settings& settings, const Listeners& listeners) : m_runtime(settings)
 {
-    m_runtime.setObserver([this, observer](const ExchangeRecord& record) {
+    m_runtime.setTap(listeners.bytes);
+    m_runtime.setObserver([this, observer = listeners.exchanges](const ExchangeRecord& record) {
         if (observer)
             observer(record);
         ++m_observed;

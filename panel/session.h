@@ -10,13 +10,18 @@
 namespace panel
 {
 
+/// Who sees what goes over the link. Both may be empty; both are called on the communication thread.
+struct Listeners {
+    ExchangeObserver exchanges;
+    std::shared_ptr<LinkTap> bytes;
+};
+
 /// Starts and stops a runtime, and lets a command wait until its observer has caught up: the runtime ends a
 /// write or read before it reports the last exchange of it.
 class Session
 {
 public:
-    /// \param observer may be empty; runs on the communication thread
-    Session(const Settings& settings, const ExchangeObserver& observer);
+    Session(const Settings& settings, const Listeners& listeners);
     ~Session(); ///< stops
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;

@@ -66,6 +66,22 @@ bool wouldWait(int error)
     return error == EAGAIN || error == EWOULDBLOCK || error == EINTR;
 }
 
+using EndLookUp = int (*)(int descriptor, sockaddr* address, socklen_t* size);
+
+LinkEnd endOf(int descriptor, EndLookUp lookUp)
+{
+    sockaddr_storage storage = {};
+    auto* const address = reinterpret_cast<sockaddr*>(&storage);
+    socklen_t size = sizeof storage;
+    char host[NI_MAXHOST] = {};
+    char service[NI_MAXSERV] = {};
+    if (lookUp(descriptor, address, &size) != 0 ||
+        getnameinfo(address, size, host, sizeof host, service, sizeof service,
+                    NI_NUMERICHOST | NI_NUMERICSERV) != 0)
+        return {};
+    return {QString::fromLatin1(host), QString::fromLatin1(service).toInt()};
+}
+
 } // namespace
 
 TcpSocket::~TcpSocket()
@@ -135,6 +151,16 @@ void TcpSocket::configure()
     const int on = 1;
     setsockopt(m_descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     setsockopt(m_descriptor, IPPROTO_TCP, TCP_USER_TIMEOUT, &unacknowledgedMs, sizeof unacknowledgedMs);
+}
+
+LinkEnd TcpSocket::ownEnd() const
+{
+    return endOf(m_descriptor, getsockname);
+}
+
+LinkEnd TcpSocket::otherEnd() const
+{
+    return endOf(m_descriptor, getpeername);
 }
 
 bool TcpSocket::isReady(short events, int timeoutMs) const

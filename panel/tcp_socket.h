@@ -3,6 +3,8 @@
 #ifndef PANEL_TCP_SOCKET_H
 #define PANEL_TCP_SOCKET_H
 
+#include "panel/link_tap.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -36,6 +38,10 @@ public:
     /// \param timeoutMs 0: does not wait
     /// \return what has arrived; when nothing has, waits for \a timeoutMs at most, but may give up earlier
     QByteArray receive(int timeoutMs);
+
+    /// \return address and port of the connection at this side, and at the other
+    LinkEnd ownEnd() const;
+    LinkEnd otherEnd() const;
 
     /// Why there is no connection, in the system's words.
     QString errorString() const { return m_error; }

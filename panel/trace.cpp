@@ -74,11 +74,6 @@ ExchangeObserver traceToStandardError()
     return [](const ExchangeRecord& record) { printError(traceText(record)); };
 }
 
-ExchangeObserver observerFor(const Options& options)
-{
-    return options.trace ? traceToStandardError() : ExchangeObserver();
-}
-
 QByteArray replyAsReceived(const LinkExchange& exchange)
 {
     QByteArray reply = exchange.reply;

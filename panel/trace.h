@@ -3,7 +3,6 @@
 #ifndef PANEL_TRACE_H
 #define PANEL_TRACE_H
 
-#include "panel/command_line.h"
 #include "panel/runtime.h"
 
 #include <QString>
@@ -17,9 +16,6 @@ QString traceText(const ExchangeRecord& record);
 
 /// \return an observer that prints traceText() on standard error
 ExchangeObserver traceToStandardError();
-
-/// \return that one when the user wants a trace, else none
-ExchangeObserver observerFor(const Options& options);
 
 /// \return the reply as it came over the link, with the number that the frame went out with; empty when
 ///         none came

@@ -1,11 +1,13 @@
 #include "panel/watch_command.h"
 
 #include "panel/keyboard.h"
+#include "panel/listeners.h"
 #include "panel/output.h"
 #include "panel/session.h"
-#include "panel/trace.h"
+#include "panel/waiting.h"
 #include "panel/watch_display.h"
 #include "panel/watch_order.h"
+#include "panel/watch_rows.h"
 #include "panel/watch_signals.h"
 
 #include <QElapsedTimer>
@@ -25,17 +27,6 @@ const int patienceMs = 2000;
 
 // What was read once is not expected to be read again.
 const int neverStaleMs = 3600000;
-
-/// What is typed stands above what is listed; the runtime counts them in the same order.
-std::vector<WatchRow> emptyRows(const Options& options)
-{
-    std::vector<WatchRow> rows;
-    for (const Variable& variable : options.variables)
-        rows.push_back({variable, {}, std::nullopt});
-    for (const ListedVariable& listed : options.listed)
-        rows.push_back({listed.elements, {}, listed});
-    return rows;
-}
 
 WatchView viewOf(const Options& options, const Runtime& runtime)
 {
@@ -85,7 +76,10 @@ FirstPass waitForFirstPass(const Options& options, Session* session, int millise
 {
     QElapsedTimer clock;
     clock.start();
+    ProgressLine progress;
     while (!triedAll(options, session)) {
+        if (milliseconds < 0)
+            progress.show(progressText(QStringLiteral("first refresh"), session->runtime()));
         if (milliseconds >= 0 && clock.elapsed() >= milliseconds)
             return FirstPass::NotYet;
         const WatchSignals::Kind kind = WatchSignals::wait(firstLookMs);
@@ -222,8 +216,8 @@ ExitStatus runWatch(const Options& options)
     Settings settings = options.settings;
     if (options.once)
         settings.staleAfterMs = neverStaleMs;
-    Session session(settings, observerFor(options));
-    for (const WatchRow& row : emptyRows(options))
+    Session session(settings, listenersFor(options));
+    for (const WatchRow& row : emptyRows(options)) // the runtime counts them in the same order
         session.runtime().addCyclic(row.variable);
     session.runtime().start();
     const std::unique_ptr<Display> display = displayFor(options);

@@ -189,6 +189,8 @@ int ownStation(const WatchView& view)
 
 QString firstLine(const WatchView& view, const TableStyle& style)
 {
+    if (!view.heading.isEmpty())
+        return coloured(view.heading, Plain, style);
     const QString stations = hasStationLines(view) ? QStringLiteral("%1 stations").arg(view.stations.size())
                                                    : QStringLiteral("station %1").arg(ownStation(view));
     const QString line = QStringLiteral("%1, %2: %3").arg(view.controller, stations, linkText(view.link));

@@ -32,6 +32,7 @@ struct WatchView {
     LinkState link;
     std::vector<StationReport> stations; ///< when several may be in use
     std::vector<WatchRow> rows;
+    QString heading; ///< instead of the line about controller and link, where there is no link
 };
 
 /// Where it is shown.

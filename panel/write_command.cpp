@@ -1,8 +1,9 @@
 #include "panel/write_command.h"
 
+#include "panel/listeners.h"
 #include "panel/output.h"
 #include "panel/session.h"
-#include "panel/trace.h"
+#include "panel/waiting.h"
 
 #include <algorithm>
 
@@ -40,15 +41,15 @@ WriteOutcome notTried()
 
 ExitStatus runWrite(const Options& options)
 {
-    Session session(options.settings, observerFor(options));
+    Session session(options.settings, listenersFor(options));
     session.runtime().start();
     const int width = widestText(options.writes);
     bool allConfirmed = true;
     bool reachable = true;
     for (const WriteTask& task : options.writes) {
-        const WriteOutcome outcome =
-            reachable ? session.runtime().write(task.variable, task.values).get() : notTried();
-        session.settle();
+        const auto write = [&] { return session.runtime().write(task.variable, task.values); };
+        const QString what = QStringLiteral("writing ") + variableText(task.variable);
+        const WriteOutcome outcome = reachable ? waitFor(&session, write(), what) : notTried();
         report(task, outcome, width);
         allConfirmed = allConfirmed && outcome.confirmed;
         reachable = outcome.confirmed || !session.neverConnected();

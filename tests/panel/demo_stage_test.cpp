@@ -38,7 +38,7 @@ protected:
     {
         testing::internal::CaptureStdout();
         {
-            DemoStage stage(settings, {}, ExchangeObserver(), &controller, &report);
+            DemoStage stage(settings, {}, Listeners(), &controller, &report);
             steps(stage);
         }
         return testing::internal::GetCapturedStdout();

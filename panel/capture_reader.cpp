@@ -1,0 +1,57 @@
+#include "panel/capture_reader.h"
+
+#include "panel/json_capture_reader.h"
+#include "panel/pcap_file.h"
+
+#include <QFile>
+
+namespace panel
+{
+
+namespace
+{
+
+const qint64 largestFile = 1024 * 1024 * 1024;
+const char newerFormat[] = "\x0A\x0D\x0D\x0A";
+
+CaptureEnd failed(const QString& error)
+{
+    CaptureEnd end;
+    end.error = error;
+    return end;
+}
+
+} // namespace
+
+CaptureEnd parseCapture(const QByteArray& bytes, const PcapReading& reading, const CaptureSink& sink)
+{
+    if (PcapFile::recognises(bytes))
+        return parsePcapCapture(bytes, reading, sink);
+    if (bytes.startsWith(newerFormat))
+        return failed(QStringLiteral("byte 0: this is pcapng; save it as pcap (in Wireshark: Save As, then "
+                                     "\"tcpdump - pcap\"; or: editcap -F pcap FILE NEW.pcap)"));
+    return parseJsonCapture(bytes, sink);
+}
+
+CaptureEnd readCapture(const QString& path, const PcapReading& reading, const CaptureSink& sink)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return failed(QStringLiteral("cannot read it: %1").arg(file.errorString()));
+    if (file.size() > largestFile)
+        return failed(
+            QStringLiteral("it is larger than a gigabyte; cut it (pcap: editcap -c, lines: split)"));
+    const uchar* const bytes = file.map(0, file.size());
+    if (bytes == nullptr) // what is no file has no size, and an empty one nothing to map
+        return parseCapture(file.read(largestFile), reading, sink);
+    return parseCapture(
+        QByteArray::fromRawData(reinterpret_cast<const char*>(bytes), static_cast<int>(file.size())), reading,
+        sink);
+}
+
+std::optional<Settings> capturedSettings(const QString& path)
+{
+    return readCapture(path, {}, [](const CaptureEntry&) { return false; }).settings;
+}
+
+} // namespace panel
