@@ -1,14 +1,5 @@
-// One communication thread polls and answers, other threads queue, read, write and switch meanwhile. Meant
-// for the thread sanitizer; elsewhere it shows that nothing is lost, doubled or torn.
-#include "cycle.h"
-
-#include <QMutex>
-
-#include <atomic>
-#include <chrono>
-#include <functional>
-#include <map>
-#include <thread>
+// One communication thread polls and answers, other threads queue, read, write and switch meanwhile.
+#include "threads.h"
 
 namespace
 {
@@ -19,106 +10,6 @@ const int READERS = 2;
 const int READS_EACH = 300;
 const int CYCLIC_READS = 8;
 const int OFF_AND_ON = 77; // a station that is switched all the time; only cyclic reads use it
-const auto LONG = std::chrono::seconds(60);
-
-// Counts of one-shot reports by key; the callback runs on the communication thread.
-std::map<int, int>& Reports()
-{
-    static std::map<int, int> reports;
-    return reports;
-}
-
-int CountReport(int, int hostKey, int, int status)
-{
-    Reports()[hostKey] += status == 1 ? 1 : 1000;
-    return 0;
-}
-
-int IgnoreList(QList<RW_VAR>*, int, int)
-{
-    return 0;
-}
-
-// A controller that answers every read with registers that all hold 0x1111, and echoes every write.
-QByteArray AnswerTo(const Protocol& request)
-{
-    if (request.replyLength == 12)
-        return request.frame.left(12);
-    QByteArray reply = request.frame.left(8);
-    reply.append(static_cast<char>(request.dataLength));
-    reply.append(QByteArray(request.dataLength, '\x11'));
-    return reply;
-}
-
-enum Losses { NO_LOSS, EVERY_OTHER_REPLY };
-
-class Threads : public CycleTest
-{
-protected:
-    void SetUp() override
-    {
-        CycleTest::SetUp();
-        Reports().clear();
-        RegistCallBackFuncIntf(CountReport, IgnoreList);
-    }
-
-    void run(const std::function<void()>& work) { threads_.emplace_back(work); }
-
-    // The communication thread's loop: ends when the other threads have and nothing is queued any more.
-    void communicate(Losses losses = NO_LOSS)
-    {
-        int turn = 0;
-        const auto end = std::chrono::steady_clock::now() + LONG;
-        while (std::chrono::steady_clock::now() < end) {
-            const bool last = othersDone_;
-            const Protocol* next = ComCommunication();
-            if (next)
-                answer(*next, losses == EVERY_OTHER_REPLY && ++turn % 2 == 1);
-            if (last && queuesAreEmpty())
-                return;
-        }
-        ADD_FAILURE() << "the queues did not run empty";
-    }
-
-    void joinAll()
-    {
-        for (std::thread& thread : threads_)
-            thread.join();
-        othersDone_ = true;
-    }
-
-    std::map<int, int> writesDone; // by key, the communication thread's own
-    std::map<int, int> readsDone;
-    int failures = 0;
-
-private:
-    void answer(const Protocol& request, bool lost)
-    {
-        QByteArray reply = lost ? QByteArray() : AnswerTo(request);
-        const RW_VAR* result = DataCom(&reply, reply.size());
-        if (result->result != (lost ? 0 : 1))
-            ++failures;
-        else if (!lost && PLC_driver.protocolList.isEmpty())
-            count(*result);
-    }
-
-    void count(const RW_VAR& result)
-    {
-        if (PLC_driver.requestKind == WRITE)
-            ++writesDone[result.hostKey];
-        else if (PLC_driver.requestKind == ONCE_READ)
-            ++readsDone[result.hostKey];
-    }
-
-    static bool queuesAreEmpty()
-    {
-        QMutexLocker lock(&PLC_driver.listMutex);
-        return PLC_driver.writeList.isEmpty() && PLC_driver.onceReadList.isEmpty();
-    }
-
-    std::vector<std::thread> threads_;
-    std::atomic<bool> othersDone_{false};
-};
 
 // Every third request is queued directly, without the search for an equal one.
 int Direct(int i)
@@ -154,8 +45,7 @@ int WatchRegisters(int rounds)
     for (int i = 0; i < rounds; ++i) {
         QByteArray out;
         GetRegisterData(0, 9, &text, 1, &out, 4);
-        for (int w = 0; w < 4; ++w)
-            torn += out.at(2 * w) != out.at(2 * w + 1);
+        torn += TornWords(out);
     }
     return torn;
 }
@@ -185,17 +75,6 @@ void SwitchStations(int rounds)
     EnCommStation(-1, 1);
 }
 
-// \return how many of the keys were not seen exactly once
-int NotOnce(const std::map<int, int>& seen, int firstKey, int count)
-{
-    int wrong = 0;
-    for (int key = firstKey; key < firstKey + count; ++key) {
-        const auto found = seen.find(key);
-        wrong += found == seen.end() || found->second != 1;
-    }
-    return wrong;
-}
-
 } // namespace
 
 TEST_F(Threads, EveryWriteAndOneShotReadIsAnsweredExactlyOnce)
@@ -221,7 +100,7 @@ TEST_F(Threads, EveryWriteAndOneShotReadIsAnsweredExactlyOnce)
         EXPECT_EQ(0, NotOnce(writesDone, 10000 * (writer + 1), WRITES_EACH));
     for (int reader = 0; reader < READERS; ++reader) {
         EXPECT_EQ(0, NotOnce(readsDone, 30000 + 10000 * reader, READS_EACH));
-        EXPECT_EQ(0, NotOnce(Reports(), 30000 + 10000 * reader, READS_EACH));
+        EXPECT_EQ(0, NotOnce(reports(), 30000 + 10000 * reader, READS_EACH));
     }
     EXPECT_EQ(0x1234, PLC_driver.image.wordArea[4][10001]);
     EXPECT_EQ(0x1111, PLC_driver.image.wordArea[1][0]);
@@ -250,8 +129,7 @@ TEST_F(Threads, RegistersOfTwoStationsAreWrittenAndReadFromSeveralThreads)
         for (int i = 0; i < 200; ++i) {
             QByteArray out;
             GetRegisterData(0, 9, &text, 2, &out, 40);
-            for (int w = 0; w < 40; ++w)
-                torn += out.at(2 * w) != out.at(2 * w + 1);
+            torn += TornWords(out);
         }
     });
     run([] { RebuildReadList(200); });
