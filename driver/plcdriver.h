@@ -19,7 +19,11 @@
 /// - "Any thread": at any time between wiring and unloading, also at once.
 ///
 /// Locks: nothing of the driver is held while it waits for the network, for it never does. Entry points that
-/// take the lock of the lists say so; that lock is not recursive and is held while a callback runs.
+/// take the lock of the lists say so; that lock is not recursive and is held while a callback runs. One store
+/// goes without the lock of the image, on purpose: that of a reply of another station group
+/// (RW_VAR::storeSelector -1, or a write of a bit inside a word). In the image a reader may see part of it;
+/// in multi-station mode GetRegisterData() and SetRegisterData() MUST NOT run on another thread while
+/// DataCom() handles such a reply.
 ///
 /// Failures: no entry point throws and none prints. A null record, list, string or byte array is refused:
 /// nothing changes and the result is the one given for it. A call that runs out of memory gives up with the
