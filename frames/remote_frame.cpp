@@ -78,7 +78,8 @@ void Remote_ReadVar(RW_VAR* request)
     const int dataBytes = DataBytesOf(*area, count);
     const int replyLength = Wrapped(static_cast<unsigned int>(dataBytes) + REPLY_DATA_OFFSET);
     const ReplyShape reply = {replyLength, REPLY_DATA_OFFSET, dataBytes};
-    QueueFrame(*request, std::move(frame), reply).count = count;
+    RW_VAR& queued = QueueFrame(*request, std::move(frame), reply);
+    queued.count = count;
     request->count = count;
     ExpectFrames(1);
 }

@@ -45,6 +45,7 @@ int NumberElement(const QString& text, const Area& area)
 } // namespace
 
 // The text comes by value because the exported twin takes it so.
+// cppcheck-suppress passedByValue
 int StringAddressToInt(int area, QString text) // NOLINT(performance-unnecessary-value-param)
 {
     const Area* row = FindArea(area);
