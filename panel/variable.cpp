@@ -68,6 +68,8 @@ int parseBitInWord(const QString& text)
     return word * bitsOfWord + bit;
 }
 
+// What a person typed goes into messages in one arg() with all the rest: a % of its own is then no place for
+// more.
 std::nullopt_t fail(QString* error, const QString& words)
 {
     *error = words;
@@ -109,8 +111,7 @@ std::optional<int> takeStation(QString* address, QString* error)
     if (station < 0 || station > lastStation)
         return fail(error,
                     QStringLiteral("\"%1\" is no station; a number from 0 to %2 is expected after the @")
-                        .arg(text)
-                        .arg(lastStation));
+                        .arg(text, QString::number(lastStation)));
     address->truncate(sign);
     return station;
 }
@@ -174,9 +175,8 @@ std::optional<int> parseAddress(int area, const QString& text, QString* error)
     const int element = bitInWord ? parseBitInWord(text) : parseNumber(text, rule.base) - rule.origin;
     if (element < 0 || element >= areaSize(area)) {
         return fail(error, QStringLiteral("\"%1\" is no address of area %2; %3 is expected, up to %4")
-                               .arg(text)
-                               .arg(area)
-                               .arg(QLatin1String(rule.expected), addressText(area, areaSize(area) - 1)));
+                               .arg(text, QString::number(area), QLatin1String(rule.expected),
+                                    addressText(area, areaSize(area) - 1)));
     }
     return element;
 }
@@ -230,9 +230,7 @@ std::optional<std::vector<quint32>> parseValues(int area, const QString& text, Q
         const auto value = parseValue(part.trimmed(), bits);
         if (!value)
             return fail(error, QStringLiteral("\"%1\" is no value of area %2; %3 is expected")
-                                   .arg(part)
-                                   .arg(area)
-                                   .arg(expectedValue(bits)));
+                                   .arg(part, QString::number(area), expectedValue(bits)));
         values.push_back(*value);
     }
     return values;

@@ -87,9 +87,8 @@ int numberIn(const QStringList& fields, Column column, int least, int most,
     const int number = text.toInt(&ok, 10);
     if (!ok || number < least || number > most)
         throw LineError(QStringLiteral("\"%1\" is no %2; %3 to %4 is expected")
-                            .arg(text, QLatin1String(columnNames[column]))
-                            .arg(least)
-                            .arg(most));
+                            .arg(text, QLatin1String(columnNames[column]), QString::number(least),
+                                 QString::number(most)));
     return number;
 }
 
@@ -107,9 +106,7 @@ ValueType typeIn(const QStringList& fields, int area)
     const std::optional<ValueType> type = parseValueType(fields.at(TypeColumn));
     if (!type || elementsOfType(*type, area, 1) == 0)
         throw LineError(QStringLiteral("\"%1\" is no type of area %2; it holds %3")
-                            .arg(fields.at(TypeColumn))
-                            .arg(area)
-                            .arg(valueTypesOfArea(area)));
+                            .arg(fields.at(TypeColumn), QString::number(area), valueTypesOfArea(area)));
     return *type;
 }
 
@@ -190,8 +187,7 @@ private:
         const int before = m_lineOfName.value(variable.name, 0);
         if (before != 0)
             throw LineError(QStringLiteral("the name \"%1\" is taken by line %2; each needs its own")
-                                .arg(variable.name)
-                                .arg(before));
+                                .arg(variable.name, QString::number(before)));
         const QString words = m_check ? m_check(variable) : QString();
         if (!words.isEmpty())
             throw LineError(words);

@@ -136,6 +136,14 @@ TEST(VariableList, QuotesAWrongFieldWithoutWhatATerminalWouldActOn)
     EXPECT_TRUE(errorOf("a,9,\x1b[2J,,,int16").startsWith(QStringLiteral("line 2: \".[2J\" is no address")));
 }
 
+TEST(VariableList, QuotesPercentSignsAsTheyAre)
+{
+    EXPECT_TRUE(errorOf("a,%3,0,,,int16").startsWith(QStringLiteral("line 2: \"%3\" is no area; 0 to 14")));
+    EXPECT_TRUE(errorOf("a,9,0,,,%2").startsWith(QStringLiteral("line 2: \"%2\" is no type of area 9")));
+    const QString doubled = errorOf("%2,9,0,,,int16\n%2,9,1,,,int16");
+    EXPECT_TRUE(doubled.startsWith(QStringLiteral("line 3: the name \"%2\" is taken by line 2")));
+}
+
 TEST(VariableList, TellsWhatElseIsAgainstAVariableAmongTheOtherErrors)
 {
     const VariableList list =

@@ -85,6 +85,12 @@ TEST(ParseVariable, SaysWhatIsWrongAndWhatIsExpected)
     EXPECT_THAT(errorOf("9:65530x6"), HasSubstr("at most 5 are there"));
 }
 
+TEST(ParseVariable, QuotesPercentSignsAsTheyAre)
+{
+    EXPECT_THAT(errorOf("9:%2"), HasSubstr("\"%2\" is no address of area 9"));
+    EXPECT_THAT(errorOf("9:1@%2"), HasSubstr("\"%2\" is no station"));
+}
+
 TEST(ParseVariable, TakesAStation)
 {
     QString error;
@@ -133,6 +139,13 @@ TEST(ParseValues, RefusesWhatDoesNotFitAndSaysWhatDoes)
     EXPECT_THAT(valueErrorOf(9, "0x-1"), HasSubstr("is no value"));
     EXPECT_THAT(valueErrorOf(14, "4294967296"), HasSubstr("is no value"));
     EXPECT_THAT(valueErrorOf(14, "99999999999999999999"), HasSubstr("is no value"));
+}
+
+TEST(ParseValues, QuotesPercentSignsAsTheyAre)
+{
+    QString error;
+    EXPECT_FALSE(parseValues(9, "%2", &error));
+    EXPECT_THAT(error.toStdString(), HasSubstr("\"%2\" is no value of area 9"));
 }
 
 TEST(BytesOfValues, AreLittleEndianAndOneByteForABit)
