@@ -36,6 +36,7 @@ void DemoController::set(const Variable& variable, const std::vector<quint32>& v
 std::vector<quint32> DemoController::get(const Variable& variable)
 {
     std::vector<quint32> values;
+    values.reserve(static_cast<std::size_t>(variable.count));
     for (int index = 0; index < variable.count; ++index)
         values.push_back(element(variable.station, variable.area, variable.element + index));
     return values;

@@ -343,6 +343,7 @@ std::vector<StationReport> Runtime::Private::stations()
         reports[station].nextTryMs = -1;
     }
     std::vector<StationReport> sorted;
+    sorted.reserve(reports.size());
     for (const auto& report : reports)
         sorted.push_back(report.second);
     return sorted;

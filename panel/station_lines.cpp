@@ -51,6 +51,7 @@ StationLine lineOf(const StationReport& report)
 std::vector<StationLine> stationLines(const std::vector<StationReport>& stations, int most)
 {
     std::vector<StationLine> lines;
+    lines.reserve(stations.size());
     for (const StationReport& report : stations)
         lines.push_back(lineOf(report));
     if (most == 0 || static_cast<int>(lines.size()) <= most)

@@ -300,8 +300,9 @@ QString ageText(qint64 ms)
         return QStringLiteral("%1.%2 s").arg(seconds).arg(ms % 1000 / 100);
     if (seconds < 120)
         return QStringLiteral("%1 s").arg(seconds);
-    if (seconds < 120 * 60)
-        return QStringLiteral("%1 min").arg(seconds / 60);
+    const qint64 minutes = seconds / 60;
+    if (minutes < 120)
+        return QStringLiteral("%1 min").arg(minutes);
     return QStringLiteral("%1 h").arg(seconds / 3600);
 }
 
