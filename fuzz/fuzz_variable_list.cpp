@@ -143,6 +143,20 @@ void checkList(const QByteArray& csv, int lines)
     checkWayBack(list);
 }
 
+// A sign that a message has a meaning for must not have one in what the message quotes.
+void checkPercentSigns(const QByteArray& csv)
+{
+    if (!csv.contains('%') || csv.contains('$'))
+        return;
+    const QStringList errors = panel::parseVariableList(csv).errors;
+    QByteArray other = csv;
+    other.replace('%', '$');
+    const QStringList expected = panel::parseVariableList(other).errors;
+    check(QString(errors.join(QLatin1Char('\n'))).replace(QLatin1Char('%'), QLatin1Char('$')) ==
+              expected.join(QLatin1Char('\n')),
+          "a percent sign is a character like any other");
+}
+
 } // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
@@ -151,7 +165,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     const QList<QByteArray> lines = csv.split('\n');
     checkList(csv, lines.size());
     // Without its header no list has variables: most inputs get one.
-    checkList(QByteArray(header) + '\n' + csv, lines.size() + 1);
+    const QByteArray withHeader = QByteArray(header) + '\n' + csv;
+    checkList(withHeader, lines.size() + 1);
+    checkPercentSigns(withHeader);
     for (int i = 0; i < lines.size(); ++i) {
         checkCommandLine(QString::fromUtf8(lines.at(i)));
         checkValues(i % 15, QString::fromUtf8(lines.at(i)));
