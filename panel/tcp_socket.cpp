@@ -1,20 +1,9 @@
 #include "panel/tcp_socket.h"
 
-#include <QElapsedTimer>
+#include <asio.hpp>
 
-#include <fcntl.h>
-#include <netdb.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <sys/time.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <memory>
+#include <array>
+#include <chrono>
 
 namespace panel
 {
@@ -22,189 +11,186 @@ namespace panel
 namespace
 {
 
-// A whole reply and more.
-const int mostBytesAtOnce = 4096;
+using asio::ip::tcp;
 
-// How long a receive that waits sleeps in the system's own time-out; shorter waits are polled for, because
-// changing that time-out takes a call of its own.
-const int receiveSliceMs = 20;
+// A whole reply and more.
+const std::size_t mostBytesAtOnce = 4096;
 
 // A controller that was switched off does not close its connection. Sent bytes that nothing acknowledges
 // for so long end it; a station that merely does not answer keeps its gateway's connection.
 const unsigned int unacknowledgedMs = 5000;
 
-struct FreeAddresses {
-    void operator()(addrinfo* addresses) const { freeaddrinfo(addresses); }
-};
-using Addresses = std::unique_ptr<addrinfo, FreeAddresses>;
-
-QString systemWords(int error)
+LinkEnd linkEnd(const tcp::endpoint& end)
 {
-    return QString::fromLocal8Bit(std::strerror(error));
+    return {QString::fromStdString(end.address().to_string()), end.port()};
 }
 
-Addresses addressesOf(const QString& host, int port, QString* error)
+QString words(const std::error_code& error)
 {
-    addrinfo hints = {};
-    hints.ai_family = AF_UNSPEC;
-    hints.ai_socktype = SOCK_STREAM;
-    addrinfo* found = nullptr;
-    const int failure =
-        getaddrinfo(host.toLocal8Bit().constData(), QByteArray::number(port).constData(), &hints, &found);
-    if (failure != 0)
-        *error = QString::fromLocal8Bit(gai_strerror(failure));
-    return Addresses(failure == 0 ? found : nullptr);
-}
-
-int left(const QElapsedTimer& clock, int timeoutMs)
-{
-    return static_cast<int>(std::max<qint64>(timeoutMs - clock.elapsed(), 0));
-}
-
-bool wouldWait(int error)
-{
-    return error == EAGAIN || error == EWOULDBLOCK || error == EINTR;
-}
-
-using EndLookUp = int (*)(int descriptor, sockaddr* address, socklen_t* size);
-
-LinkEnd endOf(int descriptor, EndLookUp lookUp)
-{
-    sockaddr_storage storage = {};
-    auto* const address = reinterpret_cast<sockaddr*>(&storage);
-    socklen_t size = sizeof storage;
-    char host[NI_MAXHOST] = {};
-    char service[NI_MAXSERV] = {};
-    if (lookUp(descriptor, address, &size) != 0 ||
-        getnameinfo(address, size, host, sizeof host, service, sizeof service,
-                    NI_NUMERICHOST | NI_NUMERICSERV) != 0)
-        return {};
-    return {QString::fromLatin1(host), QString::fromLatin1(service).toInt()};
+    if (error == asio::error::eof)
+        return QStringLiteral("the other side has closed the connection");
+    return QString::fromLocal8Bit(error.message().c_str());
 }
 
 } // namespace
 
-TcpSocket::~TcpSocket()
-{
-    close();
-}
+/// The socket, and what waits for it.
+struct TcpSocket::Connection {
+    asio::io_context context{1}; // one thread uses it
+    tcp::socket socket{context};
+
+    /// \return true when what was begun came to its end within \a milliseconds
+    bool runFor(int milliseconds)
+    {
+        context.restart();
+        context.run_for(std::chrono::milliseconds(milliseconds));
+        return context.stopped();
+    }
+
+    /// What was begun ends, and its handler is called.
+    void giveUp()
+    {
+        std::error_code ignored;
+        socket.close(ignored);
+        context.run();
+    }
+
+    std::error_code connect(const tcp::resolver::results_type& endpoints, int timeoutMs)
+    {
+        std::error_code result;
+        asio::async_connect(socket, endpoints, [&result](const std::error_code& error, const tcp::endpoint&) {
+            result = error;
+        });
+        if (runFor(timeoutMs))
+            return result;
+        giveUp();
+        return asio::error::timed_out;
+    }
+
+    std::error_code configure()
+    {
+        std::error_code error;
+        socket.non_blocking(true, error);
+        if (!error)
+            socket.set_option(tcp::no_delay(true), error);
+        setsockopt(socket.native_handle(), IPPROTO_TCP, TCP_USER_TIMEOUT, &unacknowledgedMs,
+                   sizeof unacknowledgedMs);
+        return error;
+    }
+
+    std::error_code send(const asio::const_buffer& buffer, int timeoutMs)
+    {
+        std::error_code result;
+        const std::size_t sent = asio::write(socket, buffer, result);
+        if (result != asio::error::would_block)
+            return result;
+        asio::async_write(socket, buffer + sent,
+                          [&result](const std::error_code& error, std::size_t) { result = error; });
+        if (runFor(timeoutMs))
+            return result;
+        giveUp();
+        return asio::error::timed_out;
+    }
+
+    /// \return bytes received; 0 when there are none yet, or when \a error is set
+    std::size_t receive(const asio::mutable_buffer& buffer, int timeoutMs, std::error_code* error)
+    {
+        std::size_t came = socket.read_some(buffer, *error);
+        if (*error == asio::error::would_block && timeoutMs > 0)
+            came = waitAndReceive(buffer, timeoutMs, error);
+        if (*error == asio::error::would_block)
+            error->clear();
+        return came;
+    }
+
+private:
+    std::size_t waitAndReceive(const asio::mutable_buffer& buffer, int timeoutMs, std::error_code* error)
+    {
+        std::size_t came = 0;
+        socket.async_read_some(buffer, [&came, error](const std::error_code& result, std::size_t bytes) {
+            came = bytes;
+            *error = result;
+        });
+        if (runFor(timeoutMs))
+            return came;
+        std::error_code ignored;
+        socket.cancel(ignored);
+        context.run();
+        if (*error == asio::error::operation_aborted)
+            *error = asio::error::would_block;
+        return came;
+    }
+};
+
+TcpSocket::TcpSocket() = default;
+
+TcpSocket::~TcpSocket() = default;
 
 void TcpSocket::close()
 {
-    if (m_descriptor >= 0)
-        ::close(m_descriptor);
-    m_descriptor = -1;
+    m_connection.reset();
+}
+
+bool TcpSocket::isOpen() const
+{
+    return m_connection != nullptr;
 }
 
 /// \return false
-bool TcpSocket::failWith(int error)
+bool TcpSocket::failWith(const std::error_code& error)
 {
-    m_error = systemWords(error);
+    m_error = words(error);
     close();
     return false;
 }
 
 bool TcpSocket::connectTo(const QString& host, int port, int timeoutMs)
-{
-    close();
-    QElapsedTimer clock;
-    clock.start();
-    const Addresses addresses = addressesOf(host, port, &m_error);
-    for (const addrinfo* address = addresses.get(); address != nullptr; address = address->ai_next) {
-        if (tryAddress(*address, left(clock, timeoutMs)))
-            return true;
-    }
-    return false;
-}
-
-bool TcpSocket::tryAddress(const addrinfo& address, int timeoutMs)
-{
-    m_descriptor =
-        ::socket(address.ai_family, address.ai_socktype | SOCK_CLOEXEC | SOCK_NONBLOCK, address.ai_protocol);
-    if (m_descriptor < 0)
-        return failWith(errno);
-    if (::connect(m_descriptor, address.ai_addr, address.ai_addrlen) != 0) {
-        if (errno != EINPROGRESS)
-            return failWith(errno);
-        if (!finishConnecting(timeoutMs))
-            return false;
-    }
-    configure();
-    return true;
-}
-
-bool TcpSocket::finishConnecting(int timeoutMs)
-{
-    if (!isReady(POLLOUT, timeoutMs))
-        return failWith(ETIMEDOUT);
-    int error = 0;
-    socklen_t size = sizeof error;
-    getsockopt(m_descriptor, SOL_SOCKET, SO_ERROR, &error, &size);
-    return error == 0 || failWith(error);
-}
-
-void TcpSocket::configure()
-{
-    fcntl(m_descriptor, F_SETFL, fcntl(m_descriptor, F_GETFL) & ~O_NONBLOCK);
-    const timeval slice = {0, receiveSliceMs * 1000};
-    setsockopt(m_descriptor, SOL_SOCKET, SO_RCVTIMEO, &slice, sizeof slice);
-    const int on = 1;
-    setsockopt(m_descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    setsockopt(m_descriptor, IPPROTO_TCP, TCP_USER_TIMEOUT, &unacknowledgedMs, sizeof unacknowledgedMs);
+try {
+    m_connection = std::make_unique<Connection>();
+    tcp::resolver resolver(m_connection->context);
+    std::error_code error;
+    const auto endpoints = resolver.resolve(host.toLocal8Bit().toStdString(), std::to_string(port),
+                                            tcp::resolver::numeric_service, error);
+    if (!error)
+        error = m_connection->connect(endpoints, timeoutMs);
+    if (!error)
+        error = m_connection->configure();
+    return !error || failWith(error);
+} catch (const std::system_error& failure) { // no descriptors are left
+    return failWith(failure.code());
 }
 
 LinkEnd TcpSocket::ownEnd() const
 {
-    return endOf(m_descriptor, getsockname);
+    std::error_code error;
+    return m_connection ? linkEnd(m_connection->socket.local_endpoint(error)) : LinkEnd();
 }
 
 LinkEnd TcpSocket::otherEnd() const
 {
-    return endOf(m_descriptor, getpeername);
-}
-
-bool TcpSocket::isReady(short events, int timeoutMs) const
-{
-    pollfd descriptor = {m_descriptor, events, 0};
-    QElapsedTimer clock;
-    clock.start();
-    int ready = -1;
-    do {
-        ready = poll(&descriptor, 1, left(clock, timeoutMs));
-    } while (ready < 0 && errno == EINTR);
-    return ready > 0;
+    std::error_code error;
+    return m_connection ? linkEnd(m_connection->socket.remote_endpoint(error)) : LinkEnd();
 }
 
 bool TcpSocket::send(const QByteArray& bytes, int timeoutMs)
 {
-    for (int sent = 0; sent < bytes.size();) {
-        const ssize_t now =
-            ::send(m_descriptor, bytes.constData() + sent, static_cast<std::size_t>(bytes.size() - sent),
-                   MSG_NOSIGNAL | MSG_DONTWAIT);
-        if (now > 0)
-            sent += static_cast<int>(now);
-        else if (!wouldWait(errno))
-            return failWith(errno);
-        else if (!isReady(POLLOUT, timeoutMs))
-            return failWith(ETIMEDOUT);
-    }
-    return true;
+    if (!m_connection)
+        return false;
+    const auto buffer = asio::buffer(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+    const std::error_code error = m_connection->send(buffer, timeoutMs);
+    return !error || failWith(error);
 }
 
 QByteArray TcpSocket::receive(int timeoutMs)
 {
-    if (timeoutMs > 0 && timeoutMs < receiveSliceMs && !isReady(POLLIN, timeoutMs))
+    if (!m_connection)
         return QByteArray();
-    char bytes[mostBytesAtOnce];
-    const int flags = timeoutMs < receiveSliceMs ? MSG_DONTWAIT : 0;
-    const ssize_t came = recv(m_descriptor, bytes, sizeof bytes, flags);
-    if (came > 0)
-        return QByteArray(bytes, static_cast<int>(came));
-    if (came == 0)
-        failWith(ECONNRESET);
-    else if (!wouldWait(errno))
-        failWith(errno);
-    return QByteArray();
+    std::array<char, mostBytesAtOnce> bytes;
+    std::error_code error;
+    const std::size_t came = m_connection->receive(asio::buffer(bytes), timeoutMs, &error);
+    if (error)
+        failWith(error);
+    return QByteArray(bytes.data(), static_cast<int>(came));
 }
 
 } // namespace panel

@@ -8,17 +8,18 @@
 #include <QByteArray>
 #include <QString>
 
-struct addrinfo;
+#include <memory>
+#include <system_error>
 
 namespace panel
 {
 
-/// Waits in the system's own calls: with a controller on the same machine or switch, a socket class that
-/// keeps buffers and notifiers of its own takes as long for an exchange as the network. Not thread-safe.
+/// Needs no event loop, and few system calls for an exchange: with a controller on the same machine or switch,
+/// they would take as long as the network. Not thread-safe.
 class TcpSocket
 {
 public:
-    TcpSocket() = default;
+    TcpSocket();
     ~TcpSocket();
     TcpSocket(const TcpSocket&) = delete;
     TcpSocket& operator=(const TcpSocket&) = delete;
@@ -28,15 +29,14 @@ public:
     bool connectTo(const QString& host, int port, int timeoutMs);
 
     void close();
-    bool isOpen() const { return m_descriptor >= 0; }
+    bool isOpen() const;
 
-    /// \param timeoutMs how long the connection may take nothing at a time
     /// \return true when all of \a bytes are on their way; else the socket is closed
     bool send(const QByteArray& bytes, int timeoutMs);
 
     /// Closes the socket when the other side has, or when what was sent is not acknowledged.
     /// \param timeoutMs 0: does not wait
-    /// \return what has arrived; when nothing has, waits for \a timeoutMs at most, but may give up earlier
+    /// \return what has arrived; when nothing has, waits for \a timeoutMs at most
     QByteArray receive(int timeoutMs);
 
     /// \return address and port of the connection at this side, and at the other
@@ -47,13 +47,11 @@ public:
     QString errorString() const { return m_error; }
 
 private:
-    bool tryAddress(const addrinfo& address, int timeoutMs);
-    bool finishConnecting(int timeoutMs);
-    bool isReady(short events, int timeoutMs) const;
-    void configure();
-    bool failWith(int error);
+    struct Connection;
 
-    int m_descriptor = -1;
+    bool failWith(const std::error_code& error);
+
+    std::unique_ptr<Connection> m_connection;
     QString m_error;
 };
 
