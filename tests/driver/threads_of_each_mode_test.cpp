@@ -9,7 +9,7 @@ const int ROUNDS = 100;
 const int SETS = 5000; // first keys, far enough apart for what a round uses
 const int WRITES = 6000;
 const int ONCES = 7000;
-const int OFF_AND_ON = 77;
+const int SWITCHED_STATION = 77;
 
 struct Mode {
     const char* name;
@@ -98,7 +98,7 @@ void SwitchAndConvert(const void* pointer)
 {
     static const unsigned char bytes[] = {1, 2, 3};
     for (int i = 0; i < ROUNDS; ++i) {
-        EnCommStation(OFF_AND_ON, i % 2);
+        EnCommStation(SWITCHED_STATION, i % 2);
         EXPECT_EQ(163, PLCAddressChangeIntef(8, QString("10.3")));
         EXPECT_EQ(6, CalSUM(bytes, 3));
         EXPECT_EQ(ASCIIToDigital(DigitalToASCII(7)) + CalCRC(bytes, 3) + CalLRC(bytes, 3) + CalXOR(bytes, 3),
@@ -117,14 +117,14 @@ public:
     static int readInOnceReadDone(int portId, int hostKey, int hostSubKey, int status)
     {
         ReadMemory(9, "0", 2);
-        EnCommStation(OFF_AND_ON, 0);
+        EnCommStation(SWITCHED_STATION, 0);
         return countReport(portId, hostKey, hostSubKey, status);
     }
 
     static int readInListDone(QList<RW_VAR>*, int, int)
     {
         ReadMemory(1, "7", 1);
-        EnCommStation(OFF_AND_ON, 1);
+        EnCommStation(SWITCHED_STATION, 1);
         return 0;
     }
 
@@ -140,7 +140,7 @@ protected:
         RegistCallBackFuncIntf(readInOnceReadDone, readInListDone);
         FlashLocalRegister(&info, nullptr, nullptr);
         queueReadOf(1, 100);
-        queueReadOf(OFF_AND_ON, 101);
+        queueReadOf(SWITCHED_STATION, 101);
     }
 
     /// Everything that any thread may call.
