@@ -162,9 +162,10 @@ private:
         Connection& connection = connectionOf(key);
         if (segment.isFirst)
             connection.toController.begin(segment.sequence + 1);
-        connection.requests.append(connection.toController.add(segment.sequence, segment.bytes));
+        const QByteArray bytes = connection.toController.add(segment.sequence, segment.bytes);
         if (connection.toController.hasJumped())
-            connection.requests.reset();
+            connection.requests.reset(); // what came before the gap will not become whole
+        connection.requests.append(bytes);
         for (QByteArray frame = connection.requests.next(); !frame.isEmpty();
              frame = connection.requests.next())
             request(frame);
@@ -181,9 +182,10 @@ private:
         if (segment.bytes.isEmpty() && !isKnown)
             return;
         Connection& connection = connectionOf(key);
-        connection.replies.append(connection.toPanel.add(segment.sequence, segment.bytes));
+        const QByteArray bytes = connection.toPanel.add(segment.sequence, segment.bytes);
         if (connection.toPanel.hasJumped())
-            connection.replies.reset();
+            connection.replies.reset(); // what came before the gap will not become whole
+        connection.replies.append(bytes);
         for (QByteArray frame = connection.replies.next(); !frame.isEmpty();
              frame = connection.replies.next())
             reply(frame);

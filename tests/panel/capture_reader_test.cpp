@@ -140,6 +140,20 @@ TEST(PcapCaptureReader, NamesThePortsThatAreThereWhenTheControllersIsNot)
         "it holds no TCP to or from port 1502 (but from ports 502, 40000); --port names the controller's");
 }
 
+TEST(PcapCaptureReader, GoesOnWithTheFirstFrameBehindAGap)
+{
+    const int frames = 40;
+    QByteArray pcap = captured<PcapCapture>([](LinkTap* tap) {
+        test::connect(tap);
+        for (int sent = 0; sent < frames; ++sent)
+            tap->sent(readTwo);
+    });
+    const int packetSize = 16 + 40 + readTwo.size();
+    pcap.remove(pcap.size() - (frames - 1) * packetSize, packetSize); // that of the second frame
+    const std::vector<std::string> entries = test::read(pcap).entries;
+    EXPECT_EQ(std::count(entries.begin(), entries.end(), request), frames - 1);
+}
+
 TEST(PcapCaptureReader, ReadsRemoteFrames)
 {
     const QByteArray read = QByteArray::fromHex("16000000010009000000640002000000000000000086");
