@@ -175,7 +175,7 @@ public:
             const bool isCut = end < 0;
             const int size = (isCut ? m_text.size() : end) - m_position;
             const QByteArray line = QByteArray::fromRawData(m_text.constData() + m_position, size).trimmed();
-            m_position += size + 1;
+            m_position += isCut ? size : size + 1;
             ++m_number;
             tryLine(line, isCut);
         }

@@ -293,6 +293,17 @@ TEST(JsonCaptureReader, ReadsEventsAndWholeFramesAndSkipsWhatItDoesNotKnow)
     EXPECT_EQ(read.end.settings->station, 3);
 }
 
+TEST(JsonCaptureReader, EndsWhereALastLineWithoutALineEndEnds)
+{
+    const QByteArray json = header + R"({"event":"closed","time":"2026-11-21T14:03:24Z"})";
+    qint64 position = 0;
+    parseCapture(json, {}, [&position](const CaptureEntry& entry) {
+        position = entry.position;
+        return true;
+    });
+    EXPECT_EQ(position, json.size());
+}
+
 TEST(JsonCaptureReader, LeavesACutLastLineOutWithANote)
 {
     const test::Read read = test::read(captured<JsonCapture>(exchange).chopped(9));
