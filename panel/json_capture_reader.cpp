@@ -1,6 +1,7 @@
 #include "panel/json_capture_reader.h"
 
 #include "panel/capture_clock.h"
+#include "panel/printable.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -195,7 +196,8 @@ private:
             if (isCut && m_end.settings)
                 m_end.notes << QStringLiteral("its last line, %1, was cut and is left out").arg(m_number);
             else
-                m_end.error = QStringLiteral("line %1: %2: %3").arg(m_number).arg(words, shown(line));
+                m_end.error =
+                    QStringLiteral("line %1: %2: %3").arg(m_number).arg(printable(words), shown(line));
         }
     }
 
@@ -219,11 +221,7 @@ private:
 
     static QString shown(const QByteArray& line)
     {
-        QString text = QString::fromUtf8(line.left(shownOfLine));
-        for (QChar& character : text) {
-            if (!character.isPrint())
-                character = QLatin1Char('.');
-        }
+        const QString text = printable(QString::fromUtf8(line.left(shownOfLine)));
         return line.size() > shownOfLine ? text + QStringLiteral("...") : text;
     }
 

@@ -1,5 +1,7 @@
 #include "panel/variable_list.h"
 
+#include "panel/printable.h"
+
 #include <QFile>
 #include <QHash>
 
@@ -24,16 +26,6 @@ class LineError : public std::runtime_error
 public:
     explicit LineError(const QString& words) : std::runtime_error(words.toStdString()) {}
 };
-
-/// Characters that a terminal would act on become dots.
-QString printable(QString text)
-{
-    for (QChar& character : text) {
-        if (!character.isPrint())
-            character = QLatin1Char('.');
-    }
-    return text;
-}
 
 void addField(void* field, std::size_t size, void* fields)
 {

@@ -330,6 +330,12 @@ TEST(JsonCaptureReader, TellsTheLineThatIsWrongAndWhatIsExpected)
     EXPECT_THAT(error(frame + "7}"), HasSubstr("\"hex\" is missing or no text"));
 }
 
+TEST(JsonCaptureReader, QuotesNothingThatATerminalWouldActOn)
+{
+    const std::string error = errorOf(header + R"({"time":"\u001b[2J"})" + "\n");
+    EXPECT_THAT(error, StartsWith("line 2: \".[2J\" is no time"));
+}
+
 TEST(JsonCaptureReader, RefusesWhatIsNoCapture)
 {
     EXPECT_EQ(errorOf(""), "it holds no capture: there is no line in it");
