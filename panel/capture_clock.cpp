@@ -45,7 +45,7 @@ QString captureTimeText(qint64 microseconds)
 
 std::optional<qint64> parseCaptureTime(const QString& text)
 {
-    if (!text.endsWith(QLatin1Char('Z')))
+    if (text.size() <= charactersBeforeFraction || !text.endsWith(QLatin1Char('Z')))
         return std::nullopt;
     QDateTime second =
         QDateTime::fromString(text.left(charactersBeforeFraction), QStringLiteral("yyyy-MM-ddTHH:mm:ss"));

@@ -4,6 +4,7 @@
 #include "panel/pcap_file.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 namespace panel
 {
@@ -11,7 +12,7 @@ namespace panel
 namespace
 {
 
-const qint64 largestFile = 1024 * 1024 * 1024;
+const qint64 largestFile = 1024LL * 1024 * 1024;
 const char newerFormat[] = "\x0A\x0D\x0D\x0A";
 
 CaptureEnd failed(const QString& error)
@@ -30,6 +31,10 @@ CaptureEnd parseCapture(const QByteArray& bytes, const PcapReading& reading, con
     if (bytes.startsWith(newerFormat))
         return failed(QStringLiteral("byte 0: this is pcapng; save it as pcap (in Wireshark: Save As, then "
                                      "\"tcpdump - pcap\"; or: editcap -F pcap FILE NEW.pcap)"));
+    if (!bytes.isEmpty() && !bytes.startsWith('{'))
+        return failed(
+            QStringLiteral("byte 0: this is neither a pcap file nor lines of JSON that plcpanel --capture "
+                           "wrote"));
     return parseJsonCapture(bytes, sink);
 }
 
@@ -38,12 +43,14 @@ CaptureEnd readCapture(const QString& path, const PcapReading& reading, const Ca
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return failed(QStringLiteral("cannot read it: %1").arg(file.errorString()));
+    if (file.isSequential() || !QFileInfo(file).isFile()) // it is read more than once
+        return failed(QStringLiteral("cannot read it: it is no file"));
     if (file.size() > largestFile)
         return failed(
             QStringLiteral("it is larger than a gigabyte; cut it (pcap: editcap -c, lines: split)"));
-    const uchar* const bytes = file.map(0, file.size());
-    if (bytes == nullptr) // what is no file has no size, and an empty one nothing to map
-        return parseCapture(file.read(largestFile), reading, sink);
+    const uchar* const bytes = file.size() > 0 ? file.map(0, file.size()) : nullptr;
+    if (bytes == nullptr && file.size() > 0)
+        return failed(QStringLiteral("cannot read it: %1").arg(file.errorString()));
     return parseCapture(
         QByteArray::fromRawData(reinterpret_cast<const char*>(bytes), static_cast<int>(file.size())), reading,
         sink);

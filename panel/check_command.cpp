@@ -58,8 +58,7 @@ CheckedList checkedList(const Options& options)
     for (const ListedVariable& listed : options.listed) {
         list.variables.push_back(withStation(listed.elements, options.settings));
         list.names << QStringLiteral("%1 (%2, line %3)")
-                          .arg(listed.name, variableText(listed.elements))
-                          .arg(listed.line);
+                          .arg(listed.name, variableText(listed.elements), QString::number(listed.line));
     }
     const int maxBlockCount = options.settings.maxBlockCount;
     const RefreshPlan plan = options.settings.remoteMode ? remoteRefreshPlan(list.variables, maxBlockCount)
@@ -158,7 +157,7 @@ private:
     ProgressLine* const m_progress;
     QString m_text;
     std::mutex m_mutex;
-    ExchangeRecord m_last;
+    ExchangeRecord m_last = {};
     Session m_session;
 };
 

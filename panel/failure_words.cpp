@@ -19,7 +19,7 @@ QString failureWords(int code, const QByteArray& reply, int timeoutMs)
 
 QString noConnectionWords(const QString& host, int port, const QString& error)
 {
-    return QStringLiteral("no connection to %1:%2 (%3)").arg(host).arg(port).arg(error);
+    return QStringLiteral("no connection to %1:%2 (%3)").arg(host, QString::number(port), error);
 }
 
 } // namespace panel

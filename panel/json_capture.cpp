@@ -24,7 +24,8 @@ QJsonObject frameObject(const char* direction, const QByteArray& bytes, const QS
 QString endText(const LinkEnd& end)
 {
     const bool hasColons = end.address.contains(QLatin1Char(':'));
-    return (hasColons ? QStringLiteral("[%1]:%2") : QStringLiteral("%1:%2")).arg(end.address).arg(end.port);
+    return (hasColons ? QStringLiteral("[%1]:%2") : QStringLiteral("%1:%2"))
+        .arg(end.address, QString::number(end.port));
 }
 
 QJsonObject headerOf(const Settings& settings)

@@ -27,10 +27,12 @@ ProgressLine::~ProgressLine()
 void ProgressLine::show(const QString& text)
 {
     const bool tooSoon = m_isShown && m_sinceShown.elapsed() < betweenTextsMs;
-    if (!m_wanted || tooSoon || m_sinceBegin.elapsed() < silentMs)
+    const bool isThere = m_isShown && text == m_shown;
+    if (!m_wanted || tooSoon || isThere || m_sinceBegin.elapsed() < silentMs)
         return;
     printError(QLatin1Char('\r') + text.left(errorTerminalColumns() - 1) + QStringLiteral("\x1b[K"));
     m_isShown = true;
+    m_shown = text;
     m_sinceShown.start();
 }
 

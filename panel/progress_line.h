@@ -29,6 +29,7 @@ private:
     QElapsedTimer m_sinceBegin;
     QElapsedTimer m_sinceShown;
     bool m_isShown = false;
+    QString m_shown;
 };
 
 } // namespace panel

@@ -118,11 +118,9 @@ private:
 QString headingOf(const Options& options, const CapturedReads& reads, const ReplayCounts& counts)
 {
     return QStringLiteral("%1, %2 to %3: requests: %4, replies: %5, retries: %6, given up: %7")
-        .arg(options.captureFile, captureTimeText(reads.firstTime()), captureTimeText(reads.lastTime()))
-        .arg(counts.requests)
-        .arg(counts.good)
-        .arg(counts.retried)
-        .arg(counts.failed);
+        .arg(options.captureFile, captureTimeText(reads.firstTime()), captureTimeText(reads.lastTime()),
+             QString::number(counts.requests), QString::number(counts.good), QString::number(counts.retried),
+             QString::number(counts.failed));
 }
 
 void printTable(const Options& options, const CapturedReads& reads, const ReplayedRows& rows)

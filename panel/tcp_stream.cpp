@@ -46,7 +46,9 @@ QByteArray TcpStream::add(quint32 sequence, const QByteArray& bytes)
 /// \return what is new of a piece that does not begin behind the next byte
 QByteArray TcpStream::take(const Piece& piece)
 {
-    const QByteArray fresh = piece.bytes.mid(-distance(m_next, piece.sequence));
+    const quint32 known = m_next - piece.sequence;
+    const bool isOld = known >= static_cast<quint32>(piece.bytes.size());
+    const QByteArray fresh = isOld ? QByteArray() : piece.bytes.mid(static_cast<int>(known));
     m_next += static_cast<quint32>(fresh.size());
     return fresh;
 }

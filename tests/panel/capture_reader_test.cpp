@@ -222,6 +222,14 @@ TEST(TcpStream, PutsSegmentsInOrderAndTakesRepeatedOnesOnce)
     EXPECT_FALSE(stream.hasJumped());
 }
 
+TEST(TcpStream, TakesNothingOfASegmentThatIsFarBehind)
+{
+    TcpStream stream;
+    stream.begin(0x80000000);
+    EXPECT_EQ(stream.add(0, "x"), "");
+    EXPECT_EQ(stream.add(0x80000000, "y"), "y");
+}
+
 TEST(TcpStream, JumpsOverWhatIsMissingForGood)
 {
     TcpStream stream;
@@ -343,7 +351,8 @@ TEST(JsonCaptureReader, RefusesWhatIsNoCapture)
     EXPECT_THAT(errorOf(R"({"capture":"plcpanel","version":2})"), HasSubstr("the capture has version 2"));
     EXPECT_THAT(errorOf(R"({"capture":"plcpanel","version":1,"timeoutMs":0})"),
                 HasSubstr("time-out (ms): 0"));
-    EXPECT_THAT(errorOf(QByteArray(200, '\xE4')), StartsWith("line 1: it is no JSON: "));
+    EXPECT_THAT(errorOf("{" + QByteArray(200, '\xE4')), StartsWith("line 1: it is no JSON: "));
+    EXPECT_THAT(errorOf("hello"), StartsWith("byte 0: this is neither a pcap file nor lines of JSON"));
 }
 
 } // namespace

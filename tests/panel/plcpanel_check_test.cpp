@@ -17,7 +17,7 @@ using testing::Not;
 using testing::StartsWith;
 
 const char* const shortList = "name,area,address,station,count,type\n"
-                              "lamp,9,480,,1,uint16\n"
+                              "lamp %3,9,480,,1,uint16\n"
                               "horn,9,495,,1,uint16\n"
                               "speed,9,600,,20,uint16\n"
                               "flag,0,17,,1,bit\n"
@@ -77,7 +77,7 @@ TEST_F(PlcpanelCheck, TellsARefusedGapWithTheBlockSizeThatAvoidsIt)
         run.out,
         StartsWith("GAP        block 9:480x16: exception 2, illegal data address. Every variable of it is "
                    "given, but not all at once: the block spans addresses that the controller does not "
-                   "have, among 9:481x14, between lamp (9:480, line 2) and horn (9:495, line 3)\n"
+                   "have, among 9:481x14, between lamp %3 (9:480, line 2) and horn (9:495, line 3)\n"
                    "REMEDY     smaller blocks: --max-block 15 "));
     EXPECT_EQ(run.status, 3);
     EXPECT_EQ(check(shortList, {QStringLiteral("--max-block"), QStringLiteral("15")}).status, 0);

@@ -354,6 +354,19 @@ TEST_F(PlcpanelWithController, WatchRedrawsItsTableInATerminalUntilCtrlC)
     EXPECT_THAT(drawn, HasSubstr("Ctrl-C ends."));
 }
 
+TEST_F(PlcpanelWithController, AWaitOfMoreThanASecondSaysInATerminalHowFarItIs)
+{
+    controller.setSilent(1, true);
+    int status = -1;
+    const std::string drawn =
+        drawnInTerminal(line("read 9:100 --timeout 1500 --retries 0") +
+                            QStringList{QStringLiteral("--driver"), QStringLiteral(PLC_DRIVER_LIBRARY)},
+                        0, &status);
+    EXPECT_EQ(status, 1);
+    EXPECT_THAT(drawn, testing::StartsWith(
+                           "\rreading 9:100: 0 requests so far\x1b[K\r\x1b[Kplcpanel: 9:100: not read"));
+}
+
 TEST(Plcpanel, DemoFindsEveryValueRight)
 {
     const RunResult demo = plcpanel({QStringLiteral("demo")});
