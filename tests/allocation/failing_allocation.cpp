@@ -16,18 +16,18 @@ struct Watch {
     long living;
 };
 
-thread_local Watch watch;
+thread_local Watch current;
 
 // Counts an allocation. \return whether it has to fail
 bool Refuse()
 {
-    if (!watch.active)
+    if (!current.active)
         return false;
-    ++watch.calls;
-    const bool later = watch.which == Failing::ONE_AND_ALL_LATER && watch.calls > watch.nth;
-    if (watch.nth == 0 || (watch.calls != watch.nth && !later))
+    ++current.calls;
+    const bool later = current.which == Failing::ONE_AND_ALL_LATER && current.calls > current.nth;
+    if (current.nth == 0 || (current.calls != current.nth && !later))
         return false;
-    watch.failed = true;
+    current.failed = true;
     errno = ENOMEM;
     return true;
 }
@@ -35,7 +35,7 @@ bool Refuse()
 void* Counted(void* block)
 {
     if (block)
-        ++watch.living;
+        ++current.living;
     return block;
 }
 
@@ -43,31 +43,31 @@ void* Counted(void* block)
 
 AllocationWatch::AllocationWatch(int nth, Failing which)
 {
-    watch.nth = nth;
-    watch.which = which;
-    watch.calls = 0;
-    watch.failed = false;
-    watch.active = true;
+    current.nth = nth;
+    current.which = which;
+    current.calls = 0;
+    current.failed = false;
+    current.active = true;
 }
 
 AllocationWatch::~AllocationWatch()
 {
-    watch.active = false;
+    current.active = false;
 }
 
 int AllocationWatch::count()
 {
-    return watch.calls;
+    return current.calls;
 }
 
 bool AllocationWatch::failed()
 {
-    return watch.failed;
+    return current.failed;
 }
 
 long AllocationWatch::livingBlocks()
 {
-    return watch.living;
+    return current.living;
 }
 
 #ifdef PLC_SANITIZED
@@ -93,7 +93,7 @@ void* operator new[](std::size_t size)
 void operator delete(void* block) noexcept
 {
     if (block)
-        --watch.living;
+        --current.living;
     std::free(block);
 }
 
@@ -147,7 +147,7 @@ REPLACES_LIBC void* realloc(void* block, std::size_t size) noexcept
 REPLACES_LIBC void free(void* block) noexcept
 {
     if (block)
-        --watch.living;
+        --current.living;
     __libc_free(block);
 }
 }

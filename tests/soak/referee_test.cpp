@@ -7,7 +7,7 @@ namespace
 
 using namespace soak;
 
-const int tries = 4;
+const int triesOfAll = 4;
 
 SoakVariable word(int element, quint32 tag)
 {
@@ -58,7 +58,7 @@ protected:
 
     const std::vector<SoakVariable> variables = {word(100, 1), word(200, 2)};
     Complaints complaints;
-    Referee referee{variables, tries, false, complaints};
+    Referee referee{variables, triesOfAll, false, complaints};
 };
 
 TEST_F(RefereeTest, HasNothingAgainstAWriteThatArrivesAndIsConfirmedAndShown)
