@@ -10,7 +10,7 @@ namespace soak
 
 namespace
 {
-const unsigned long lookEveryMs = 100;
+const int lookEveryMs = 100;
 } // namespace
 
 void Watchdog::Watch::begin(const QString& what)
@@ -18,6 +18,7 @@ void Watchdog::Watch::begin(const QString& what)
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_what = what;
     m_since.restart();
+    m_looks = 0;
 }
 
 Watchdog::Watchdog(int limitMs, const std::function<QString()>& more)
@@ -48,12 +49,12 @@ void Watchdog::run()
     }
 }
 
-bool Watchdog::somethingHangs() const
+bool Watchdog::somethingHangs()
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    for (const Watch& watch : m_watches) {
+    for (Watch& watch : m_watches) {
         const std::lock_guard<std::mutex> watchLock(watch.m_mutex);
-        if (watch.m_since.hasExpired(m_limitMs))
+        if (++watch.m_looks > m_limitMs / lookEveryMs)
             return true;
     }
     return false;
