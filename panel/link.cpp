@@ -22,6 +22,10 @@ const int connectTimeoutMs = 1000;
 const std::size_t mostDropped = 128;
 
 const qint64 nanosecondsOfMicrosecond = 1000;
+const qint64 microsecondsOfMs = 1000;
+
+// A connection that answered a request so short a time ago counts as open.
+const qint64 justAnsweredMs = 1;
 
 } // namespace
 
@@ -70,36 +74,49 @@ LinkExchange Link::tryToExchange(const QByteArray& frame, bool replyExpected, in
 {
     LinkExchange exchange;
     exchange.remote = isRemote();
-    if (!ensureConnected())
-        return exchange;
+    QElapsedTimer clock;
+    clock.start();
+    if (!isStillConnected(clock)) {
+        const bool connectedAgain = connectAgain(clock);
+        exchange.durationMs = clock.restart(); // the round trip begins here
+        if (!connectedAgain)
+            return exchange;
+    }
     if (isRemote())
         m_remoteMatcher.expect(frame, replySize);
     const QByteArray outgoing = isRemote() ? frame : m_matcher.number(frame);
-    QElapsedTimer roundTrip;
-    roundTrip.start();
     if (!send(outgoing))
         return exchange;
     exchange.sent = true;
     exchange.sentFrame = outgoing;
     if (replyExpected) {
-        receive(roundTrip, &exchange);
-        if (!exchange.reply.isEmpty())
-            exchange.replyMicroseconds = roundTrip.nsecsElapsed() / nanosecondsOfMicrosecond;
+        receive(clock, &exchange);
+        if (!exchange.reply.isEmpty()) {
+            exchange.replyMicroseconds = clock.nsecsElapsed() / nanosecondsOfMicrosecond;
+            m_lastAnswered = clock;
+        }
     }
+    const bool answered = exchange.replyMicroseconds >= 0;
+    exchange.durationMs += answered ? exchange.replyMicroseconds / microsecondsOfMs : clock.elapsed();
     return exchange;
 }
 
-/// \return false when the time-out ran out, or the link was stopped, before there was a connection
-bool Link::ensureConnected()
+/// Notices that the other side has closed meanwhile; bytes that came are seen by their number later. Right
+/// after an answer the next request finds out as soon as a look would.
+bool Link::isStillConnected(const QElapsedTimer& now)
 {
-    // Notices that the other side has closed meanwhile; bytes that came are seen by their number later.
-    if (connected())
+    const bool justAnswered = m_lastAnswered.isValid() && m_lastAnswered.msecsTo(now) < justAnsweredMs;
+    if (connected() && (isRemote() || !justAnswered))
         takeBytes(0);
     if (isRemote())
         dropIfBytesCame();
-    QElapsedTimer clock;
-    if (!connected())
-        clock.start();
+    return connected();
+}
+
+/// \return false when \a clock ran out, or the link was stopped, before there was a connection
+bool Link::connectAgain(const QElapsedTimer& clock)
+{
+    m_lastAnswered.invalidate();
     while (!connected()) {
         // Only this thread changes the state, so it may look without the lock.
         if (m_state.connected)
@@ -214,15 +231,12 @@ void Link::receive(const QElapsedTimer& clock, LinkExchange* exchange)
 
 void Link::waitForReply(const QElapsedTimer& clock, LinkExchange* exchange)
 {
-    while (exchange->reply.isEmpty() && !m_stopping) {
-        const qint64 left = m_timeoutMs - clock.elapsed();
-        if (left <= 0)
-            return;
+    for (qint64 left = m_timeoutMs; left > 0 && !m_stopping; left = m_timeoutMs - clock.elapsed()) {
         takeBytes(static_cast<int>(std::min<qint64>(left, sliceMs)));
         takeReplies(exchange);
         if (!exchange->reply.isEmpty())
-            reconnectAtOnce();
-        else if (!connected())
+            return reconnectAtOnce();
+        if (!connected())
             return drop(QStringLiteral("the controller closed the connection"));
         if (m_assembler.outOfStep())
             return;

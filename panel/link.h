@@ -40,6 +40,7 @@ struct LinkExchange {
     QByteArray sentFrame;              ///< as it went out, with its number; empty when it did not
     QByteArray reply;                  ///< one whole reply with the number put back to 0; empty: none came
     qint64 replyMicroseconds = -1;     ///< from sending to the reply; -1: none came
+    qint64 durationMs = 0;             ///< of the whole, connecting included
     std::vector<DroppedReply> dropped; ///< other replies that came meanwhile
 };
 
@@ -84,7 +85,8 @@ public:
 private:
     bool isRemote() const { return m_format == FrameFormat::Remote; }
     LinkExchange tryToExchange(const QByteArray& frame, bool replyExpected, int replySize);
-    bool ensureConnected();
+    bool isStillConnected(const QElapsedTimer& now);
+    bool connectAgain(const QElapsedTimer& clock);
     void dropIfBytesCame();
     bool tryToConnect();
     void drop(const QString& why);
@@ -116,6 +118,7 @@ private:
     RemoteMatcher m_remoteMatcher; // instead of m_matcher
     ReconnectPause m_pause;
     QElapsedTimer m_sinceLastAttempt;
+    QElapsedTimer m_lastAnswered; // when the last request to be answered on this connection was sent
     int m_nextPauseMs = 0;
 
     mutable std::mutex m_stateMutex;
