@@ -7,8 +7,10 @@
 
 #include <QElapsedTimer>
 
+#include <algorithm>
 #include <condition_variable>
 #include <ctime>
+#include <limits>
 #include <mutex>
 #include <stdexcept>
 #include <thread>
@@ -45,9 +47,8 @@ public:
             end(true);
         else if (m_seen == warmUpPasses * m_requests)
             begin();
-        else if (m_seen > warmUpPasses * m_requests && m_seen % m_requests == 0 &&
-                 m_clock.elapsed() >= m_milliseconds)
-            end(false);
+        else if (m_seen > warmUpPasses * m_requests && m_seen % m_requests == 0)
+            endRefresh();
     }
 
     LoopCost wait()
@@ -57,7 +58,7 @@ public:
         if (!m_done || m_failed)
             throw std::runtime_error("a request of the panel failed");
         const int requests = m_seen - warmUpPasses * m_requests;
-        return {requests * 1e9 / m_requests / static_cast<double>(m_nanoseconds), m_cpu / requests};
+        return {m_shortest, m_cpu / requests};
     }
 
 private:
@@ -65,11 +66,19 @@ private:
     {
         m_cpu = threadMicroseconds();
         m_clock.start();
+        m_refresh.start();
+    }
+
+    void endRefresh()
+    {
+        m_shortest = std::min(m_shortest, m_refresh.nsecsElapsed());
+        m_refresh.start();
+        if (m_clock.elapsed() >= m_milliseconds)
+            end(false);
     }
 
     void end(bool failed)
     {
-        m_nanoseconds = m_clock.isValid() ? m_clock.nsecsElapsed() : 0;
         m_cpu = threadMicroseconds() - m_cpu;
         m_over = true;
         std::lock_guard<std::mutex> lock(m_mutex);
@@ -81,7 +90,8 @@ private:
     const int m_requests;
     const int m_milliseconds;
     QElapsedTimer m_clock;
-    qint64 m_nanoseconds = 0;
+    QElapsedTimer m_refresh;
+    qint64 m_shortest = std::numeric_limits<qint64>::max();
     double m_cpu = 0;
     int m_seen = 0;
     bool m_over = false; // the communication thread's own

@@ -27,7 +27,7 @@ struct Pass {
 Pass recordPass(int port, const Variables& variables);
 
 struct LoopCost {
-    double refreshesPerSecond;
+    qint64 shortestRefresh;        ///< nanoseconds
     double microsecondsPerRequest; ///< processor time of the communication thread, the system's included
 };
 
