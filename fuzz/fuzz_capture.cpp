@@ -5,6 +5,7 @@
 #include "fuzz/byte_source.h"
 #include "fuzz/check.h"
 #include "fuzz/fuzz_target.h"
+#include "fuzz/shown_text.h"
 #include "panel/capture_reader.h"
 #include "panel/frame_fields.h"
 #include "panel/rebuilt_request.h"
@@ -13,20 +14,13 @@ namespace
 {
 
 using fuzz::check;
+using fuzz::isPrintable;
 using panel::CaptureEnd;
 using panel::CaptureEntry;
 
 const int remoteFrames = 1;
 const int soonEnough = 2; // the sink wants no more after a few entries
 const int fewEntries = 3;
-
-bool isPrintable(const QString& text)
-{
-    for (const QChar character : text)
-        if (!character.isPrint())
-            return false;
-    return true;
-}
 
 // What a replay hands to the driver without another look.
 void checkRebuilt(const std::optional<panel::RebuiltRequest>& rebuilt)

@@ -2,6 +2,7 @@
 
 #include "fuzz/check.h"
 #include "fuzz/fuzz_target.h"
+#include "fuzz/shown_text.h"
 #include "panel/variable_list.h"
 
 #include <QHash>
@@ -10,6 +11,7 @@ namespace
 {
 
 using fuzz::check;
+using fuzz::isPrintable;
 using panel::ListedVariable;
 using panel::Variable;
 using panel::VariableList;
@@ -21,14 +23,6 @@ bool isInside(const Variable& elements)
     return elements.area >= 0 && elements.area < 15 && elements.element >= 0 && elements.count >= 1 &&
            elements.count <= panel::areaSize(elements.area) - elements.element && elements.station >= -1 &&
            elements.station <= 255;
-}
-
-bool isPrintable(const QString& text)
-{
-    for (const QChar character : text)
-        if (!character.isPrint())
-            return false;
-    return true;
 }
 
 // What the panel relies on without looking again.
