@@ -4,6 +4,10 @@
 //
 // A round gives each of them its turn. Of each the shortest refresh of all rounds counts, for the others were
 // disturbed by something else on the machine; of processor times the median. Fields are separated by tabs.
+//
+// Each has a controller of its own, for one that serves several looks at all of them in turn. All share one
+// processor: on two, a refresh lasts as long as it takes to wake an idle processor, which differs twofold from
+// one moment to the next and hides what the programs do.
 
 #include "bench/loopback_controller.h"
 #include "bench/panel_refresh.h"
@@ -13,6 +17,8 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QElapsedTimer>
+
+#include <sched.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -60,6 +66,21 @@ qint64 shortestOf(const std::function<void()>& refresh)
     return shortest;
 }
 
+/// Threads and programs that are started later stay there too.
+void stayOnOneProcessor()
+{
+    cpu_set_t allowed;
+    if (sched_getaffinity(0, sizeof allowed, &allowed) != 0)
+        throw std::runtime_error("the system does not say which processors may be used");
+    int last = CPU_SETSIZE - 1; // the first one often has the machine's interrupts
+    while (!CPU_ISSET(last, &allowed))
+        --last;
+    CPU_ZERO(&allowed);
+    CPU_SET(last, &allowed);
+    if (sched_setaffinity(0, sizeof allowed, &allowed) != 0)
+        throw std::runtime_error("the system does not let a program choose its processor");
+}
+
 struct Contender {
     const char* name;
     std::function<qint64()> turn; // the shortest refresh of it
@@ -90,16 +111,20 @@ void printRate(const Contender& contender, const Contender& panel)
 void run(const QString& path, int rounds)
 {
     const bench::Variables variables = variablesOf(path);
-    const bench::LoopbackController controller;
-    const int port = controller.port();
-    const bench::Pass pass = bench::recordPass(port, variables);
+    const bench::LoopbackController panels;
+    const bench::Pass pass = bench::recordPass(panels.port(), variables);
     const int requests = static_cast<int>(pass.frames.size());
 
-    bench::BareSocket bare(port, pass.frames);
-    bench::LibModbus single(port, bench::blocksOf(variables));
-    bench::LibModbus blocks(port, bench::blocksOf(pass.frames));
-    bench::SerialBus serialBus(port, bench::blocksOf(pass.frames), 1);
-    bench::SerialBus pipelined(port, bench::blocksOf(pass.frames), requests);
+    const bench::LoopbackController bares;
+    const bench::LoopbackController singles;
+    const bench::LoopbackController blockwise;
+    const bench::LoopbackController serialBuses;
+    const bench::LoopbackController pipelines;
+    bench::BareSocket bare(bares.port(), pass.frames);
+    bench::LibModbus single(singles.port(), bench::blocksOf(variables));
+    bench::LibModbus blocks(blockwise.port(), bench::blocksOf(pass.frames));
+    bench::SerialBus serialBus(serialBuses.port(), bench::blocksOf(pass.frames), 1);
+    bench::SerialBus pipelined(pipelines.port(), bench::blocksOf(pass.frames), requests);
     Rounds wholeCost;
     Rounds driverCost;
     Rounds linkCost;
@@ -107,7 +132,7 @@ void run(const QString& path, int rounds)
     std::vector<Contender> contenders = {
         {"panel",
          [&] {
-             const bench::LoopCost cost = bench::runLoop(port, variables, requests, turnMs);
+             const bench::LoopCost cost = bench::runLoop(panels.port(), variables, requests, turnMs);
              wholeCost.push_back(cost.microsecondsPerRequest);
              return cost.shortestRefresh;
          }},
@@ -121,7 +146,7 @@ void run(const QString& path, int rounds)
         for (Contender& contender : contenders)
             contender.shortest = std::min(contender.shortest, contender.turn());
         driverCost.push_back(bench::driverMicroseconds(variables, pass, turnMs / 3));
-        linkCost.push_back(bench::linkMicroseconds(port, pass, turnMs));
+        linkCost.push_back(bench::linkMicroseconds(panels.port(), pass, turnMs));
         bareCost.push_back(bench::microsecondsPerRequest(requests, turnMs, [&] { bare.refresh(); }));
     }
 
@@ -148,6 +173,7 @@ try {
     const int rounds = parser.value(QStringLiteral("rounds")).toInt();
     if (rounds < 1)
         throw std::runtime_error("--rounds: give a number from 1 on");
+    stayOnOneProcessor();
     const QStringList lists = parser.positionalArguments();
     run(lists.isEmpty() ? QStringLiteral(PLC_EXAMPLES_DIR "/thousand.csv") : lists.first(), rounds);
     return 0;

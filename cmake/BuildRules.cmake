@@ -39,8 +39,8 @@ if(PLC_SANITIZE)
   endif()
 endif()
 
-# The panel and the simulator wait for networks and people: building them quickly is worth more than optimizing
-# them.
+# The panel's commands and the simulator wait for networks and people: building them quickly is worth more than
+# optimizing them.
 set(PLC_TOOL_OPTIMIZATION -O1)
 if(PLC_SANITIZE OR CMAKE_BUILD_TYPE STREQUAL "Coverage")
   set(PLC_TOOL_OPTIMIZATION -O0)
