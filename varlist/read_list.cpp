@@ -56,15 +56,16 @@ RW_VAR RequestTemplate()
     return var;
 }
 
-// Fills the template in for one variable; bits inside words become the words that they span.
+// Fills the template in for variable i but its texts, in place of which result says which variable it is; bits
+// inside words become the words that they span.
 // \return false when the address text names no element
-bool Describe(const HOST_VAR& variable, RW_VAR& var)
+bool Describe(const QList<HOST_VAR>& variables, int i, RW_VAR& var)
 {
+    const HOST_VAR& variable = variables.at(i);
     const int element = StringAddressToInt(variable.area, variable.address);
     if (element < 0)
         return false;
-    var.name = variable.name;
-    var.name2 = variable.address;
+    var.result = i;
     var.area = variable.area;
     var.address = element;
     var.count = ServableCount(variable.area, variable.count, COUNT_OF_READ);
@@ -83,7 +84,7 @@ void RebuildSingleStation(const QList<HOST_VAR>& variables)
     var.station = PLC_driver.comInfo->defaultStation;
     for (int i = 0; i < variables.size(); ++i) {
         const HOST_VAR& variable = variables.at(i);
-        if (!FindArea(variable.area) || !Describe(variable, var))
+        if (!FindArea(variable.area) || !Describe(variables, i, var))
             continue;
         const Gathering& gathering = gatherings[variable.area];
         const int limit = gathering.splitByBits ? BitLimit() : WordLimit();
@@ -128,7 +129,7 @@ int RebuildMultiStation(const QList<HOST_VAR>& variables)
     for (int i = 0; i < variables.size(); ++i) {
         const HOST_VAR& variable = variables.at(i);
         var.station = variable.station;
-        if (variable.count > 0 && Describe(variable, var))
+        if (variable.count > 0 && Describe(variables, i, var))
             InsertPieces(chunks, var);
     }
     int size = 0;
@@ -140,6 +141,19 @@ int RebuildMultiStation(const QList<HOST_VAR>& variables)
     return size;
 }
 
+// Only the requests that came out carry texts: counting references for every variable, all over the memory,
+// took longer than sorting.
+void AddTexts(const QList<HOST_VAR>& variables)
+{
+    for (int i = 0; i < PLC_driver.readList.size(); ++i) {
+        RW_VAR& request = PLC_driver.readList[i];
+        const HOST_VAR& variable = variables.at(request.result);
+        request.name = variable.name;
+        request.name2 = variable.address;
+        request.result = 0;
+    }
+}
+
 // listMutex is held. \return what ReCreatReadVarList() returns
 int Rebuild(const QList<HOST_VAR>& variables)
 {
@@ -148,10 +162,13 @@ int Rebuild(const QList<HOST_VAR>& variables)
         return 0;
     PLC_driver.comInfo->cycleDone = 0;
     PLC_driver.readReplyCount = 0;
+    int size = 0;
     if (PLC_driver.comInfo->multiStation != 0)
-        return RebuildMultiStation(variables);
-    RebuildSingleStation(variables);
-    return 0;
+        size = RebuildMultiStation(variables);
+    else
+        RebuildSingleStation(variables);
+    AddTexts(variables);
+    return size;
 }
 
 // The block that merging has open.
