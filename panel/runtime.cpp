@@ -9,6 +9,8 @@
 #include "panel/station_pauses.h"
 #include "panel/write_queue.h"
 
+#include <QDateTime>
+
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -107,7 +109,7 @@ private:
     Turn takeTurn();
     void endPass();
     void waitForWork(int milliseconds);
-    void exchange(const Turn& turn);
+    void exchange(Turn* turn);
     int judge(const Turn& turn, const LinkExchange& exchange);
     void answered(const Turn& turn);
     void givenUp(const Turn& turn, int code, const QString& why);
@@ -368,13 +370,13 @@ void Runtime::Private::communicate()
 {
     m_polling.start();
     while (!m_stopping) {
-        const Turn turn = takeTurn();
+        Turn turn = takeTurn();
         if (!turn.frameIsDue)
             waitForWork(idleMs);
         else if (CyclicValues::isPacing(turn.request))
             endPass();
         else
-            exchange(turn);
+            exchange(&turn);
     }
     m_link.close();
 }
@@ -427,20 +429,22 @@ void Runtime::Private::waitForWork(int milliseconds)
                         [this] { return m_hasWork || m_stopping; });
 }
 
-void Runtime::Private::exchange(const Turn& turn)
+/// Leaves \a turn empty: its frame and request go to the observer.
+void Runtime::Private::exchange(Turn* turn)
 {
     ExchangeRecord record;
-    record.sentAt = QDateTime::currentDateTimeUtc();
-    record.exchange = m_link.exchange(turn.frame, turn.replyExpected, turn.replySize);
-    record.durationMs = static_cast<int>(record.exchange.durationMs);
+    record.sentAtMs = QDateTime::currentMSecsSinceEpoch();
+    record.exchange = m_link.exchange(turn->frame, turn->replyExpected, turn->replySize);
     if (m_stopping)
         return;
-    record.frame = turn.frame;
-    record.request = turn.request;
-    record.replyExpected = turn.replyExpected;
-    record.result = judge(turn, record.exchange);
-    if (m_observer)
-        m_observer(record);
+    record.result = judge(*turn, record.exchange);
+    if (!m_observer)
+        return;
+    record.durationMs = static_cast<int>(record.exchange.durationMs);
+    record.frame = std::move(turn->frame);
+    record.request = std::move(turn->request);
+    record.replyExpected = turn->replyExpected;
+    m_observer(record);
 }
 
 int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange)

@@ -14,8 +14,6 @@
 #include "panel/station_report.h"
 #include "panel/variable.h"
 
-#include <QDateTime>
-
 #include <functional>
 #include <map>
 #include <memory>
@@ -26,7 +24,7 @@ namespace panel
 
 /// One frame, what came back, and what the driver made of it.
 struct ExchangeRecord {
-    QDateTime sentAt;      ///< when the exchange began
+    qint64 sentAtMs = 0;   ///< when the exchange began: milliseconds since 1970, UTC
     int durationMs = 0;    ///< until the reply or the time-out
     QByteArray frame;      ///< as the driver built it, number 0
     LinkExchange exchange; ///< as it went over the link

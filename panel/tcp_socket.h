@@ -47,6 +47,7 @@ public:
     QString errorString() const { return m_error; }
 
 private:
+    class TimeLimit;
     struct Connection;
 
     bool failWith(const std::error_code& error);

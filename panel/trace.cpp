@@ -5,6 +5,8 @@
 #include "panel/remote_words.h"
 #include "panel/return_code_words.h"
 
+#include <QDateTime>
+
 namespace panel
 {
 
@@ -25,7 +27,8 @@ QString meaningOfRequest(const ExchangeRecord& record)
 
 QString frameLine(const ExchangeRecord& record)
 {
-    const QString time = record.sentAt.toString(QStringLiteral("HH:mm:ss.zzz"));
+    const QDateTime sentAt = QDateTime::fromMSecsSinceEpoch(record.sentAtMs, Qt::UTC);
+    const QString time = sentAt.toString(QStringLiteral("HH:mm:ss.zzz"));
     if (!record.exchange.sent)
         return line(time + QStringLiteral(" -- "), record.frame,
                     meaningOfRequest(record) + QStringLiteral(" (not sent: no connection)"));

@@ -5,6 +5,9 @@
 
 #include <QElapsedTimer>
 
+#include <algorithm>
+#include <vector>
+
 namespace
 {
 
@@ -12,6 +15,7 @@ using panel::TcpSocket;
 
 const int patienceMs = 5000;
 const int shortMs = 50;
+const int moreThanBuffersHold = 64 << 20;
 
 const QString loopback = QStringLiteral("127.0.0.1");
 
@@ -61,6 +65,35 @@ TEST_F(TcpSocketTest, AHostMayBeAName)
     EXPECT_TRUE(socket.connectTo(QStringLiteral("localhost"), controller.port(), patienceMs));
 }
 
+TEST_F(TcpSocketTest, AHostThatDoesNotAnswerIsGivenUpInTime)
+{
+    std::vector<TcpSocket> waiting(16); // more than the listener lets wait
+    const auto last = std::find_if(waiting.begin(), waiting.end(), [this](TcpSocket& each) {
+        return !each.connectTo(loopback, controller.port(), shortMs);
+    });
+    ASSERT_NE(last, waiting.end());
+    EXPECT_EQ(last->errorString(), QStringLiteral("Connection timed out"));
+}
+
+TEST_F(TcpSocketTest, ASendThatTheOtherSideDoesNotReadIsGivenUpInTime)
+{
+    connectBoth();
+    EXPECT_FALSE(socket.send(QByteArray(moreThanBuffersHold, '?'), shortMs));
+    EXPECT_FALSE(socket.isOpen());
+    EXPECT_EQ(socket.errorString(), QStringLiteral("Connection timed out"));
+}
+
+TEST_F(TcpSocketTest, ASendToAClosedConnectionFails)
+{
+    connectBoth();
+    controller.send("01");
+    controller.close();
+    while (socket.isOpen() && socket.send("?", patienceMs)) {
+    }
+    EXPECT_FALSE(socket.isOpen());
+    EXPECT_FALSE(socket.send("?", patienceMs));
+}
+
 TEST_F(TcpSocketTest, ReceivesWhatCame)
 {
     connectBoth();
@@ -93,6 +126,17 @@ TEST_F(TcpSocketTest, AShortWaitLastsItsTime)
     clock.start();
     EXPECT_TRUE(socket.receive(10).isEmpty());
     EXPECT_GE(clock.elapsed(), 10);
+}
+
+TEST_F(TcpSocketTest, AShortWaitBehindALongOneIsShort)
+{
+    connectBoth();
+    controller.send("01");
+    receiveSomething(); // would wait for long
+    QElapsedTimer clock;
+    clock.start();
+    EXPECT_TRUE(socket.receive(shortMs).isEmpty());
+    EXPECT_LT(clock.elapsed(), patienceMs);
 }
 
 TEST_F(TcpSocketTest, ClosesWhenTheOtherSideHas)

@@ -2,6 +2,8 @@
 
 #include "panel/trace.h"
 
+#include <QDateTime>
+
 #include <gtest/gtest.h>
 
 namespace
@@ -17,7 +19,7 @@ QByteArray bytes(const char* hex)
 ExchangeRecord readOfOneRegister()
 {
     ExchangeRecord record;
-    record.sentAt = QDateTime(QDate(2024, 5, 6), QTime(7, 8, 9, 10), Qt::UTC);
+    record.sentAtMs = QDateTime(QDate(2024, 5, 6), QTime(7, 8, 9, 10), Qt::UTC).toMSecsSinceEpoch();
     record.durationMs = 3;
     record.frame = bytes("00 00 00 00 00 06 01 03 00 64 00 01");
     record.exchange.sent = true;
