@@ -67,8 +67,8 @@ QList<HOST_VAR> variablesOf(const List& list, Random& random)
     return variables;
 }
 
-/// As many lists as make longestList variables. A panel rebuilds a list once; over and over, the processor would
-/// learn the order of a short one by heart.
+/// As many lists as make longestList variables. A panel rebuilds a list once; over and over, the processor
+/// would learn the order of a short one by heart.
 class Lists
 {
 public:

@@ -6,8 +6,8 @@
 // disturbed by something else on the machine; of processor times the median. Fields are separated by tabs.
 //
 // Each has a controller of its own, for one that serves several looks at all of them in turn. All share one
-// processor: on two, a refresh lasts as long as it takes to wake an idle processor, which differs twofold from
-// one moment to the next and hides what the programs do.
+// processor: on two, a refresh lasts as long as it takes to wake an idle processor, which differs twofold
+// from one moment to the next and hides what the programs do.
 
 #include "bench/loopback_controller.h"
 #include "bench/panel_refresh.h"

@@ -14,8 +14,8 @@
 namespace panel
 {
 
-/// Needs no event loop, and few system calls for an exchange: with a controller on the same machine or switch,
-/// they would take as long as the network. Not thread-safe.
+/// Needs no event loop, and few system calls for an exchange: with a controller on the same machine or
+/// switch, they would take as long as the network. Not thread-safe.
 class TcpSocket
 {
 public:

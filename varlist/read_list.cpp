@@ -56,9 +56,8 @@ RW_VAR RequestTemplate()
     return var;
 }
 
-// Fills the template in for variable i but its texts, in place of which result says which variable it is; bits
-// inside words become the words that they span.
-// \return false when the address text names no element
+// Fills the template in for variable i but its texts, in place of which result says which variable it is;
+// bits inside words become the words that they span. \return false when the address text names no element
 bool Describe(const QList<HOST_VAR>& variables, int i, RW_VAR& var)
 {
     const HOST_VAR& variable = variables.at(i);
