@@ -131,21 +131,22 @@ QString CyclicValues::blockRefusal() const
     return panel::blockRefusal(variables(), m_settings.maxBlockCount);
 }
 
+/// What a block reads lies side by side: it is gone through with every reply.
 void CyclicValues::makeParts(const RefreshPlan& plan)
 {
     for (std::size_t index = 0; index < m_variables.size(); ++index) {
         for (const ReadPiece& piece : plan.parts[index]) {
             Part part;
             part.piece = piece;
-            m_variables[index].parts.push_back(part);
+            part.variable = index;
+            m_parts.push_back(part);
         }
     }
-    for (Entry& entry : m_variables) {
-        for (Part& part : entry.parts)
-            m_sorted.push_back(&part);
-    }
-    std::sort(m_sorted.begin(), m_sorted.end(),
-              [](const Part* a, const Part* b) { return keyOf(a->piece.asked) < keyOf(b->piece.asked); });
+    std::stable_sort(m_parts.begin(), m_parts.end(), [](const Part& a, const Part& b) {
+        return keyOf(a.piece.asked) < keyOf(b.piece.asked);
+    });
+    for (std::size_t index = 0; index < m_parts.size(); ++index)
+        m_variables[m_parts[index].variable].parts.push_back(index);
 }
 
 RefreshPlan CyclicValues::plan() const
@@ -188,19 +189,19 @@ QByteArray CyclicValues::pacingReply()
 }
 
 /// \return the parts of all variables that a block reads whole, by their first element
-std::vector<CyclicValues::Part*> CyclicValues::partsIn(const RW_VAR& request) const
+std::vector<CyclicValues::Part*> CyclicValues::partsIn(const RW_VAR& request)
 {
     const int end = endOfBlock(request);
     const PartKey first = std::make_tuple(request.station, request.area, request.address);
     const PartKey behind = std::make_tuple(request.station, request.area, end);
-    auto part = std::partition_point(m_sorted.begin(), m_sorted.end(), [&first](const Part* candidate) {
-        return keyOf(candidate->piece.asked) < first;
+    auto part = std::partition_point(m_parts.begin(), m_parts.end(), [&first](const Part& candidate) {
+        return keyOf(candidate.piece.asked) < first;
     });
     std::vector<Part*> parts;
-    for (; part != m_sorted.end() && keyOf((*part)->piece.asked) < behind; ++part) {
-        const Variable& asked = (*part)->piece.asked;
+    for (; part != m_parts.end() && keyOf(part->piece.asked) < behind; ++part) {
+        const Variable& asked = part->piece.asked;
         if (asked.element + asked.count <= end)
-            parts.push_back(*part);
+            parts.push_back(&*part);
     }
     return parts;
 }
@@ -222,7 +223,7 @@ int CyclicValues::elementsOf(const std::vector<Part*>& parts, int begin)
 
 const CyclicValues::Block& CyclicValues::blockOf(const RW_VAR& request)
 {
-    const BlockKey key = std::make_tuple(request.station, request.area, request.address, request.count);
+    const BlockKey key = std::make_tuple(request.address, request.count, request.area, request.station);
     const auto known = m_blocks.find(key);
     if (known != m_blocks.end())
         return known->second;
@@ -232,12 +233,10 @@ const CyclicValues::Block& CyclicValues::blockOf(const RW_VAR& request)
     return block;
 }
 
-void CyclicValues::answered(const RW_VAR& request)
+void CyclicValues::answered(const RW_VAR& request, Clock::time_point repliedAt)
 {
-    QElapsedTimer now;
-    now.start();
     for (Part* part : blockOf(request).parts) {
-        part->read = now;
+        part->read = repliedAt;
         part->doubtful = false;
         if (part->code != 0)
             part->fail(0, QString());
@@ -252,9 +251,9 @@ void CyclicValues::givenUp(const RW_VAR& request, int code, const QString& why)
 
 void CyclicValues::lost(int station, int code, const QString& why)
 {
-    for (Part* part : m_sorted) {
-        if (part->piece.asked.station == station)
-            part->fail(code, why);
+    for (Part& part : m_parts) {
+        if (part.piece.asked.station == station)
+            part.fail(code, why);
     }
 }
 
@@ -265,19 +264,17 @@ int CyclicValues::unusedElements(const RW_VAR& request)
 
 void CyclicValues::doubt(const Variable& elements)
 {
-    for (Entry& entry : m_variables) {
-        for (Part& part : entry.parts)
-            part.doubtful = part.doubtful || overlaps(part.piece.shown, elements);
-    }
+    for (Part& part : m_parts)
+        part.doubtful = part.doubtful || overlaps(part.piece.shown, elements);
 }
 
 ValueState CyclicValues::stateOf(const Part& part) const
 {
-    if (!part.read.isValid())
+    if (!part.read)
         return ValueState::NeverRead;
     if (part.code != 0)
         return ValueState::Failed;
-    if (part.read.elapsed() > m_settings.staleAfterMs)
+    if (msSince(*part.read) > m_settings.staleAfterMs)
         return ValueState::Stale;
     return part.doubtful ? ValueState::Unconfirmed : ValueState::Fresh;
 }
@@ -286,10 +283,11 @@ ValueState CyclicValues::stateOf(const Part& part) const
 void CyclicValues::judge(const Entry& entry, CyclicValue* value) const
 {
     value->state = ValueState::Fresh;
-    for (const Part& part : entry.parts) {
+    for (const std::size_t index : entry.parts) {
+        const Part& part = m_parts[index];
         value->state = std::min(value->state, stateOf(part));
-        if (part.read.isValid())
-            value->ageMs = std::max(value->ageMs, part.read.elapsed());
+        if (part.read)
+            value->ageMs = std::max(value->ageMs, msSince(*part.read));
         if (part.code != 0) {
             value->code = part.code;
             value->reason = part.reason;

@@ -3,14 +3,14 @@
 #ifndef PANEL_CYCLIC_VALUES_H
 #define PANEL_CYCLIC_VALUES_H
 
+#include "panel/clock.h"
 #include "panel/cyclic_value.h"
 #include "panel/driver_values.h"
 #include "panel/refresh_plan.h"
 #include "panel/settings.h"
 
-#include <QElapsedTimer>
-
 #include <map>
+#include <optional>
 #include <set>
 #include <tuple>
 #include <vector>
@@ -55,7 +55,7 @@ public:
     static QByteArray pacingReply();
 
     /// After DataCom() took a reply to \a request, a block that the driver built, as good.
-    void answered(const RW_VAR& request);
+    void answered(const RW_VAR& request, Clock::time_point repliedAt);
 
     /// After DataCom() gave \a request up.
     void givenUp(const RW_VAR& request, int code, const QString& why);
@@ -80,28 +80,29 @@ public:
 private:
     struct Part {
         ReadPiece piece;
-        QElapsedTimer read;    // since the last good reply; not valid before it
-        bool doubtful = false; // a write to it failed since
-        int code = 0;          // of the last attempt when it was given up, else 0
+        std::size_t variable = 0;              // which one it belongs to
+        std::optional<Clock::time_point> read; // when the last good reply came
+        bool doubtful = false;                 // a write to it failed since
+        int code = 0;                          // of the last attempt when it was given up, else 0
         QString reason;
 
         void fail(int resultCode, const QString& why);
     };
     struct Entry {
         Variable variable;
-        std::vector<Part> parts;
+        std::vector<std::size_t> parts; // by their first elements
     };
 
     struct Block {
         std::vector<Part*> parts; // what it reads whole, by their first elements
         int unused = 0;           // elements that it reads for none of them
     };
-    using BlockKey = std::tuple<int, int, int, int>; // station, area, first element and number of elements
+    using BlockKey = std::tuple<int, int, int, int>; // first element, number of elements, area and station
 
     std::vector<Variable> variables() const;
     RefreshPlan plan() const;
     void makeParts(const RefreshPlan& plan);
-    std::vector<Part*> partsIn(const RW_VAR& request) const;
+    std::vector<Part*> partsIn(const RW_VAR& request);
     static int elementsOf(const std::vector<Part*>& parts, int begin);
     const Block& blockOf(const RW_VAR& request);
     ValueState stateOf(const Part& part) const;
@@ -110,7 +111,7 @@ private:
 
     const Settings m_settings;
     std::vector<Entry> m_variables;
-    std::vector<Part*> m_sorted;        // by station, area and first element of what is asked
+    std::vector<Part> m_parts;          // by station, area and first element of what is asked
     std::map<BlockKey, Block> m_blocks; // as the driver made them, each looked up once
 };
 

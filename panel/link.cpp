@@ -21,11 +21,10 @@ const int connectTimeoutMs = 1000;
 // its memory.
 const std::size_t mostDropped = 128;
 
-const qint64 nanosecondsOfMicrosecond = 1000;
 const qint64 microsecondsOfMs = 1000;
 
 // A connection that answered a request so short a time ago counts as open.
-const qint64 justAnsweredMs = 1;
+const std::chrono::milliseconds justAnswered(1);
 
 } // namespace
 
@@ -74,13 +73,13 @@ LinkExchange Link::tryToExchange(const QByteArray& frame, bool replyExpected, in
 {
     LinkExchange exchange;
     exchange.remote = isRemote();
-    QElapsedTimer clock;
-    clock.start();
-    if (!isStillConnected(clock)) {
-        const bool connectedAgain = connectAgain(clock);
-        exchange.durationMs = clock.restart(); // the round trip begins here
+    Clock::time_point begin = Clock::now();
+    if (!isStillConnected(begin)) {
+        const bool connectedAgain = connectAgain(begin);
+        exchange.durationMs = msSince(begin);
         if (!connectedAgain)
             return exchange;
+        begin = Clock::now(); // the round trip begins here
     }
     if (isRemote())
         m_remoteMatcher.expect(frame, replySize);
@@ -89,41 +88,43 @@ LinkExchange Link::tryToExchange(const QByteArray& frame, bool replyExpected, in
         return exchange;
     exchange.sent = true;
     exchange.sentFrame = outgoing;
-    if (replyExpected) {
-        receive(clock, &exchange);
-        if (!exchange.reply.isEmpty()) {
-            exchange.replyMicroseconds = clock.nsecsElapsed() / nanosecondsOfMicrosecond;
-            m_lastAnswered = clock;
-        }
+    if (replyExpected)
+        receive(begin, &exchange);
+    if (exchange.reply.isEmpty()) {
+        exchange.durationMs += msSince(begin);
+        return exchange;
     }
-    const bool answered = exchange.replyMicroseconds >= 0;
-    exchange.durationMs += answered ? exchange.replyMicroseconds / microsecondsOfMs : clock.elapsed();
+    m_lastAnswered = begin;
+    exchange.repliedAt = Clock::now();
+    exchange.replyMicroseconds =
+        std::chrono::duration_cast<std::chrono::microseconds>(exchange.repliedAt - begin).count();
+    exchange.durationMs += exchange.replyMicroseconds / microsecondsOfMs;
     return exchange;
 }
 
 /// Notices that the other side has closed meanwhile; bytes that came are seen by their number later. Right
 /// after an answer the next request finds out as soon as a look would.
-bool Link::isStillConnected(const QElapsedTimer& now)
+bool Link::isStillConnected(Clock::time_point now)
 {
-    const bool justAnswered = m_lastAnswered.isValid() && m_lastAnswered.msecsTo(now) < justAnsweredMs;
-    if (connected() && (isRemote() || !justAnswered))
+    if (connected() && (isRemote() || now - m_lastAnswered >= justAnswered))
         takeBytes(0);
     if (isRemote())
         dropIfBytesCame();
     return connected();
 }
 
-/// \return false when \a clock ran out, or the link was stopped, before there was a connection
-bool Link::connectAgain(const QElapsedTimer& clock)
+/// \return false when the time-out from \a begin on was over, or the link was stopped, before there was a
+///         connection
+bool Link::connectAgain(Clock::time_point begin)
 {
-    m_lastAnswered.invalidate();
+    m_lastAnswered = Clock::time_point(); // on another connection
     while (!connected()) {
         // Only this thread changes the state, so it may look without the lock.
         if (m_state.connected)
             drop(QStringLiteral("the controller closed the connection"));
         if (m_sinceLastAttempt.elapsed() >= m_nextPauseMs && tryToConnect())
             return true;
-        if (!pauseWhileUnconnected(clock))
+        if (!pauseWhileUnconnected(begin))
             return false;
     }
     return true;
@@ -136,9 +137,9 @@ void Link::dropIfBytesCame()
 }
 
 /// \return false when the exchange has lasted its time-out or the link was stopped
-bool Link::pauseWhileUnconnected(const QElapsedTimer& clock)
+bool Link::pauseWhileUnconnected(Clock::time_point begin)
 {
-    const qint64 left = m_timeoutMs - clock.elapsed();
+    const qint64 left = m_timeoutMs - msSince(begin);
     if (left <= 0 || m_stopping)
         return false;
     const qint64 untilAttempt = m_nextPauseMs - m_sinceLastAttempt.elapsed();
@@ -207,10 +208,10 @@ void Link::dropUntrusted(const QString& why)
     ++m_state.untrusted;
 }
 
-/// Waits for the matching reply until \a clock has reached the time-out, and judges the connection.
-void Link::receive(const QElapsedTimer& clock, LinkExchange* exchange)
+/// Waits for the matching reply until the time-out from \a begin on is over, and judges the connection.
+void Link::receive(Clock::time_point begin, LinkExchange* exchange)
 {
-    waitForReply(clock, exchange);
+    waitForReply(begin, exchange);
     const bool answered = !exchange->reply.isEmpty();
     if (!answered && !connected())
         return;
@@ -229,9 +230,9 @@ void Link::receive(const QElapsedTimer& clock, LinkExchange* exchange)
         reconnectAtOnce();
 }
 
-void Link::waitForReply(const QElapsedTimer& clock, LinkExchange* exchange)
+void Link::waitForReply(Clock::time_point begin, LinkExchange* exchange)
 {
-    for (qint64 left = m_timeoutMs; left > 0 && !m_stopping; left = m_timeoutMs - clock.elapsed()) {
+    for (qint64 left = m_timeoutMs; left > 0 && !m_stopping; left = m_timeoutMs - msSince(begin)) {
         takeBytes(static_cast<int>(std::min<qint64>(left, sliceMs)));
         takeReplies(exchange);
         if (!exchange->reply.isEmpty())

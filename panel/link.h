@@ -3,6 +3,7 @@
 #ifndef PANEL_LINK_H
 #define PANEL_LINK_H
 
+#include "panel/clock.h"
 #include "panel/link_tap.h"
 #include "panel/owed_replies.h"
 #include "panel/reconnect_pause.h"
@@ -39,6 +40,7 @@ struct LinkExchange {
     bool sent = false;                 ///< the frame went out
     QByteArray sentFrame;              ///< as it went out, with its number; empty when it did not
     QByteArray reply;                  ///< one whole reply with the number put back to 0; empty: none came
+    Clock::time_point repliedAt;       ///< when the reply was there
     qint64 replyMicroseconds = -1;     ///< from sending to the reply; -1: none came
     qint64 durationMs = 0;             ///< of the whole, connecting included
     std::vector<DroppedReply> dropped; ///< other replies that came meanwhile
@@ -85,15 +87,15 @@ public:
 private:
     bool isRemote() const { return m_format == FrameFormat::Remote; }
     LinkExchange tryToExchange(const QByteArray& frame, bool replyExpected, int replySize);
-    bool isStillConnected(const QElapsedTimer& now);
-    bool connectAgain(const QElapsedTimer& clock);
+    bool isStillConnected(Clock::time_point now);
+    bool connectAgain(Clock::time_point begin);
     void dropIfBytesCame();
     bool tryToConnect();
     void drop(const QString& why);
     void dropUntrusted(const QString& why);
     bool send(const QByteArray& frame);
-    void receive(const QElapsedTimer& clock, LinkExchange* exchange);
-    void waitForReply(const QElapsedTimer& clock, LinkExchange* exchange);
+    void receive(Clock::time_point begin, LinkExchange* exchange);
+    void waitForReply(Clock::time_point begin, LinkExchange* exchange);
     void takeBytes(int milliseconds);
     void takeReplies(LinkExchange* exchange);
     bool accept(QByteArray* reply, DropReason* reason);
@@ -102,7 +104,7 @@ private:
     void noteConnected();
     void reconnectAtOnce();
     void noteDropped(LinkExchange* exchange, const QByteArray& reply, DropReason reason);
-    bool pauseWhileUnconnected(const QElapsedTimer& clock);
+    bool pauseWhileUnconnected(Clock::time_point begin);
 
     const QString m_host;
     const int m_port;
@@ -118,7 +120,7 @@ private:
     RemoteMatcher m_remoteMatcher; // instead of m_matcher
     ReconnectPause m_pause;
     QElapsedTimer m_sinceLastAttempt;
-    QElapsedTimer m_lastAnswered; // when the last request to be answered on this connection was sent
+    Clock::time_point m_lastAnswered; // when the last request to be answered was sent
     int m_nextPauseMs = 0;
 
     mutable std::mutex m_stateMutex;

@@ -177,7 +177,7 @@ void Replay::judge(QByteArray reply, const QString& why)
     if (isSuccess(code)) {
         ++m_counts.good;
         if (isRead)
-            m_cyclic.answered(request);
+            m_cyclic.answered(request, Clock::now());
         return;
     }
     ++m_counts.failed;

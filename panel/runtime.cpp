@@ -9,8 +9,6 @@
 #include "panel/station_pauses.h"
 #include "panel/write_queue.h"
 
-#include <QDateTime>
-
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -111,7 +109,7 @@ private:
     void waitForWork(int milliseconds);
     void exchange(Turn* turn);
     int judge(const Turn& turn, const LinkExchange& exchange);
-    void answered(const Turn& turn);
+    void answered(const Turn& turn, Clock::time_point repliedAt);
     void givenUp(const Turn& turn, int code, const QString& why);
     void countCyclic(const RW_VAR& request, bool ended);
     void countStation(int station, const LinkExchange& exchange, int code);
@@ -433,7 +431,6 @@ void Runtime::Private::waitForWork(int milliseconds)
 void Runtime::Private::exchange(Turn* turn)
 {
     ExchangeRecord record;
-    record.sentAtMs = QDateTime::currentMSecsSinceEpoch();
     record.exchange = m_link.exchange(turn->frame, turn->replyExpected, turn->replySize);
     if (m_stopping)
         return;
@@ -462,7 +459,7 @@ int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange)
     if (turn.replyExpected)
         m_pauses.tried(turn.request.station, endOf(exchange, code));
     if (isSuccess(code))
-        answered(turn);
+        answered(turn, exchange.repliedAt);
     else if (code == PLC_RETRYING)
         ++m_statistics.retried;
     else
@@ -470,7 +467,7 @@ int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange)
     return code;
 }
 
-void Runtime::Private::answered(const Turn& turn)
+void Runtime::Private::answered(const Turn& turn, Clock::time_point repliedAt)
 {
     ++m_statistics.good;
     if (turn.request.hostKey == writeKey)
@@ -478,7 +475,7 @@ void Runtime::Private::answered(const Turn& turn)
     else if (turn.request.hostKey == onceReadKey)
         m_reads.answered();
     else if (turn.request.hostKey == cyclicKey)
-        m_cyclic.answered(turn.request);
+        m_cyclic.answered(turn.request, repliedAt);
 }
 
 void Runtime::Private::givenUp(const Turn& turn, int code, const QString& why)

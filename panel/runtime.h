@@ -24,7 +24,6 @@ namespace panel
 
 /// One frame, what came back, and what the driver made of it.
 struct ExchangeRecord {
-    qint64 sentAtMs = 0;   ///< when the exchange began: milliseconds since 1970, UTC
     int durationMs = 0;    ///< until the reply or the time-out
     QByteArray frame;      ///< as the driver built it, number 0
     LinkExchange exchange; ///< as it went over the link

@@ -5,8 +5,6 @@
 #include "panel/remote_words.h"
 #include "panel/return_code_words.h"
 
-#include <QDateTime>
-
 namespace panel
 {
 
@@ -25,10 +23,9 @@ QString meaningOfRequest(const ExchangeRecord& record)
     return record.exchange.remote ? remoteRequestWords(record.frame) : requestWords(record.frame);
 }
 
-QString frameLine(const ExchangeRecord& record)
+QString frameLine(const ExchangeRecord& record, const QDateTime& begunAt)
 {
-    const QDateTime sentAt = QDateTime::fromMSecsSinceEpoch(record.sentAtMs, Qt::UTC);
-    const QString time = sentAt.toString(QStringLiteral("HH:mm:ss.zzz"));
+    const QString time = begunAt.toString(QStringLiteral("HH:mm:ss.zzz"));
     if (!record.exchange.sent)
         return line(time + QStringLiteral(" -- "), record.frame,
                     meaningOfRequest(record) + QStringLiteral(" (not sent: no connection)"));
@@ -63,9 +60,9 @@ QString replyLine(const ExchangeRecord& record)
 
 } // namespace
 
-QString traceText(const ExchangeRecord& record)
+QString traceText(const ExchangeRecord& record, const QDateTime& endedAt)
 {
-    QString text = frameLine(record);
+    QString text = frameLine(record, endedAt.addMSecs(-record.durationMs));
     for (const DroppedReply& dropped : record.exchange.dropped)
         text += line(QStringLiteral("             <- "), dropped.reply,
                      QStringLiteral("dropped: %1").arg(dropReasonWords(dropped.reason)));
@@ -74,7 +71,8 @@ QString traceText(const ExchangeRecord& record)
 
 ExchangeObserver traceToStandardError()
 {
-    return [](const ExchangeRecord& record) { printError(traceText(record)); };
+    return
+        [](const ExchangeRecord& record) { printError(traceText(record, QDateTime::currentDateTimeUtc())); };
 }
 
 QByteArray replyAsReceived(const LinkExchange& exchange)

@@ -5,14 +5,16 @@
 
 #include "panel/runtime.h"
 
+#include <QDateTime>
 #include <QString>
 
 namespace panel
 {
 
+/// \param endedAt when the exchange was over, UTC; the text shows when it began
 /// \return one line for the frame as it went out, one for each reply that was dropped, and one for the reply
 ///         or its absence with what the driver made of it; each ends with a line feed
-QString traceText(const ExchangeRecord& record);
+QString traceText(const ExchangeRecord& record, const QDateTime& endedAt);
 
 /// \return an observer that prints traceText() on standard error
 ExchangeObserver traceToStandardError();

@@ -9,6 +9,8 @@ namespace
 
 using namespace panel;
 
+const QDateTime endedAt(QDate(2024, 5, 6), QTime(7, 8, 9, 13), Qt::UTC);
+
 struct Row {
     const char* frame;
     const char* words;
@@ -63,7 +65,7 @@ TEST(RemoteWords, StandInTheTraceAndNoNumberIsPutIntoTheReply)
     record.exchange.remote = record.exchange.sent = true;
     record.exchange.reply = bytes(rows[0].reply);
     record.result = 1;
-    const std::string text = traceText(record).toStdString();
+    const std::string text = traceText(record, endedAt).toStdString();
     EXPECT_NE(text.find("86  station 1: read 9:100x2\n"), std::string::npos) << text;
     EXPECT_NE(text.find("<- 00 00 00 00 00 07 01 09 04 12 34 00 07  station 1: 4660 7 "), std::string::npos)
         << text;

@@ -11,6 +11,8 @@ namespace
 
 using namespace panel;
 
+const QDateTime endedAt(QDate(2024, 5, 6), QTime(7, 8, 9, 13), Qt::UTC);
+
 QByteArray bytes(const char* hex)
 {
     return QByteArray::fromHex(hex);
@@ -19,7 +21,6 @@ QByteArray bytes(const char* hex)
 ExchangeRecord readOfOneRegister()
 {
     ExchangeRecord record;
-    record.sentAtMs = QDateTime(QDate(2024, 5, 6), QTime(7, 8, 9, 10), Qt::UTC).toMSecsSinceEpoch();
     record.durationMs = 3;
     record.frame = bytes("00 00 00 00 00 06 01 03 00 64 00 01");
     record.exchange.sent = true;
@@ -31,7 +32,7 @@ ExchangeRecord readOfOneRegister()
 
 TEST(TraceText, ShowsFrameAndReplyWithTheNumberTheyTravelledWith)
 {
-    EXPECT_EQ(traceText(readOfOneRegister()).toStdString(),
+    EXPECT_EQ(traceText(readOfOneRegister(), endedAt).toStdString(),
               "07:08:09.010 -> 00 2A 00 00 00 06 01 03 00 64 00 01  unit 1: read 1 registers from 100\n"
               "             <- 00 2A 00 00 00 05 01 03 02 04 D2  unit 1: registers 1234 (3 ms: done)\n");
 }
@@ -42,8 +43,9 @@ TEST(TraceText, ShowsThatNoReplyCame)
     record.exchange.reply.clear();
     record.result = PLC_RETRYING;
     record.durationMs = 300;
-    EXPECT_TRUE(traceText(record).endsWith(
-        QStringLiteral("             <- no reply (300 ms: failed, to be tried again)\n")));
+    EXPECT_TRUE(
+        traceText(record, endedAt)
+            .endsWith(QStringLiteral("             <- no reply (300 ms: failed, to be tried again)\n")));
 }
 
 TEST(TraceText, ShowsTheReturnCodeOfARequestThatIsGivenUp)
@@ -51,9 +53,11 @@ TEST(TraceText, ShowsTheReturnCodeOfARequestThatIsGivenUp)
     ExchangeRecord record = readOfOneRegister();
     record.exchange.reply = bytes("00 00 00 00 00 03 01 83 02");
     record.result = 71;
-    EXPECT_TRUE(traceText(record).endsWith(QStringLiteral(
-        "             <- 00 2A 00 00 00 03 01 83 02  unit 1: refused, exception 2: illegal data address "
-        "(3 ms: given up with return code 71, the reply has the wrong length)\n")));
+    EXPECT_TRUE(traceText(record, endedAt)
+                    .endsWith(QStringLiteral(
+                        "             <- 00 2A 00 00 00 03 01 83 02  unit 1: refused, exception 2: illegal "
+                        "data address "
+                        "(3 ms: given up with return code 71, the reply has the wrong length)\n")));
 }
 
 TEST(TraceText, ShowsAFrameThatCouldNotBeSent)
@@ -61,17 +65,18 @@ TEST(TraceText, ShowsAFrameThatCouldNotBeSent)
     ExchangeRecord record = readOfOneRegister();
     record.exchange = LinkExchange();
     record.result = 41;
-    EXPECT_TRUE(
-        traceText(record).startsWith(QStringLiteral("07:08:09.010 -- 00 00 00 00 00 06 01 03 00 64 00 01  "
-                                                    "unit 1: read 1 registers from 100 (not sent: no "
-                                                    "connection)\n")));
+    EXPECT_TRUE(traceText(record, endedAt)
+                    .startsWith(QStringLiteral("07:08:09.010 -- 00 00 00 00 00 06 01 03 00 64 00 01  "
+                                               "unit 1: read 1 registers from 100 (not sent: no "
+                                               "connection)\n")));
 }
 
 TEST(TraceText, ShowsRepliesThatWereDropped)
 {
     ExchangeRecord record = readOfOneRegister();
     record.exchange.dropped.push_back({bytes("00 29 00 00 00 05 01 03 02 00 01"), DropReason::Late});
-    EXPECT_TRUE(traceText(record).contains(QStringLiteral("<- 00 29 00 00 00 05 01 03 02 00 01  dropped: ")));
+    EXPECT_TRUE(traceText(record, endedAt)
+                    .contains(QStringLiteral("<- 00 29 00 00 00 05 01 03 02 00 01  dropped: ")));
 }
 
 TEST(TraceText, ABroadcastExpectsNoReply)
@@ -80,7 +85,8 @@ TEST(TraceText, ABroadcastExpectsNoReply)
     record.frame = record.exchange.sentFrame = bytes("00 00 00 00 00 06 00 06 00 64 00 01");
     record.exchange.reply.clear();
     record.replyExpected = false;
-    EXPECT_TRUE(traceText(record).endsWith(QStringLiteral("<- no reply is expected (3 ms: done)\n")));
+    EXPECT_TRUE(
+        traceText(record, endedAt).endsWith(QStringLiteral("<- no reply is expected (3 ms: done)\n")));
 }
 
 } // namespace
