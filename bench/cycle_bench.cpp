@@ -1,12 +1,15 @@
 // What one request cycle costs in process: queue where it is a write, ask for the frame, hand in the reply.
-// Beside each: the floor, which only allocates the frames and moves the values, and what Qt SerialBus does
-// for the same request.
+// Beside each: the floor, which only allocates the frames and moves the values; the records, which adds the
+// locks and the entries of lists that the runtime's interface takes, and does nothing with them; and what Qt
+// SerialBus does for the same request.
 
 #include "bench/allocation_count.h"
 #include "bench/serialbus_codec.h"
 #include "driver/plcdriver.h"
 
 #include <benchmark/benchmark.h>
+
+#include <QMutex>
 
 #include <algorithm>
 #include <cstdlib>
@@ -133,6 +136,7 @@ RW_VAR writeRequest(int area, int address, const QByteArray& data)
     write.address = address;
     write.station = 1;
     write.count = 1;
+    write.accessFlag = 1; // as SetRegisterData() queues it
     write.data = data;
     return write;
 }
@@ -165,16 +169,35 @@ char* newFrame()
     return frame;
 }
 
+const unsigned char* dataOf(const QByteArray& reply)
+{
+    return reinterpret_cast<const unsigned char*>(reply.constData()) + 9;
+}
+
+void moveWords(const QByteArray& reply)
+{
+    unsigned short words[readWords];
+    const unsigned char* data = dataOf(reply);
+    for (int i = 0; i < readWords; ++i)
+        words[i] = static_cast<unsigned short>(data[2 * i] << 8 | data[2 * i + 1]);
+    benchmark::DoNotOptimize(words);
+}
+
+void moveBits(const QByteArray& reply)
+{
+    bool bits[readBits];
+    const unsigned char* data = dataOf(reply);
+    for (int i = 0; i < readBits; ++i)
+        bits[i] = ((data[i / 8] >> (i % 8)) & 1) != 0;
+    benchmark::DoNotOptimize(bits);
+}
+
 void floorReadsWords(benchmark::State& state)
 {
     const QByteArray reply = readReply(3, 2 * readWords);
-    unsigned short words[readWords];
     measure(state, [&] {
         char* frame = newFrame();
-        const unsigned char* data = reinterpret_cast<const unsigned char*>(reply.constData()) + 9;
-        for (int i = 0; i < readWords; ++i)
-            words[i] = static_cast<unsigned short>(data[2 * i] << 8 | data[2 * i + 1]);
-        benchmark::DoNotOptimize(words);
+        moveWords(reply);
         std::free(frame);
         return true;
     });
@@ -183,13 +206,9 @@ void floorReadsWords(benchmark::State& state)
 void floorReadsBits(benchmark::State& state)
 {
     const QByteArray reply = readReply(1, readBits / 8);
-    bool bits[readBits];
     measure(state, [&] {
         char* frame = newFrame();
-        const unsigned char* data = reinterpret_cast<const unsigned char*>(reply.constData()) + 9;
-        for (int i = 0; i < readBits; ++i)
-            bits[i] = ((data[i / 8] >> (i % 8)) & 1) != 0;
-        benchmark::DoNotOptimize(bits);
+        moveBits(reply);
         std::free(frame);
         return true;
     });
@@ -208,6 +227,113 @@ void floorWritesBitOfWord(benchmark::State& state)
     measure(state, [] {
         std::free(newFrame());
         std::free(newFrame());
+        return true;
+    });
+}
+
+// The records: locks are taken and left, entries go into lists and out of them, as often as in the driver.
+
+class Records
+{
+public:
+    explicit Records(const RW_VAR& request) : m_request(request)
+    {
+        for (int block = 0; block < readBlocks; ++block)
+            m_readList.append(request);
+    }
+
+    void lock(int times)
+    {
+        for (; times > 0; --times) {
+            const QMutexLocker locker(&m_mutex);
+            benchmark::ClobberMemory();
+        }
+    }
+
+    void queueWrite() { m_writeList.append(m_request); }
+
+    void queueFrame()
+    {
+        m_protocolList.append(Protocol());
+        m_protocolList.last().frame = QByteArray(frameBytes, '\0');
+        m_protocolList.last().var = m_request;
+    }
+
+    void takeReply() { m_protocolList.removeFirst(); }
+
+    void endRead()
+    {
+        m_result = m_readList.at(0);
+        m_readList.move(0, readBlocks - 1);
+    }
+
+    void endWrite()
+    {
+        m_result = m_writeList.at(0);
+        m_writeList.removeFirst();
+    }
+
+private:
+    const RW_VAR m_request;
+    RW_VAR m_result = RW_VAR();
+    QMutex m_mutex;
+    QList<RW_VAR> m_readList;
+    QList<RW_VAR> m_writeList;
+    QList<Protocol> m_protocolList;
+};
+
+const int readLocks = 4;
+const int writeLocks = 5;
+const int bitOfWordLocks = 8;
+
+template <class MoveValues>
+void recordsOfRead(benchmark::State& state, const QByteArray& reply, const MoveValues& moveValues)
+{
+    Records records((RW_VAR()));
+    measure(state, [&] {
+        records.lock(readLocks);
+        records.queueFrame();
+        moveValues(reply);
+        records.takeReply();
+        records.endRead();
+        return true;
+    });
+}
+
+void recordsOfWordsRead(benchmark::State& state)
+{
+    recordsOfRead(state, readReply(3, 2 * readWords), moveWords);
+}
+
+void recordsOfBitsRead(benchmark::State& state)
+{
+    recordsOfRead(state, readReply(1, readBits / 8), moveBits);
+}
+
+void recordsOfWordWritten(benchmark::State& state)
+{
+    Records records(writeRequest(wordArea, firstElement, frameOf("3412")));
+    measure(state, [&] {
+        records.lock(writeLocks);
+        records.queueWrite();
+        records.queueFrame();
+        records.takeReply();
+        records.endWrite();
+        return true;
+    });
+}
+
+void recordsOfBitWritten(benchmark::State& state)
+{
+    Records records(writeRequest(bitOfWordArea, 16 * firstElement + 3, frameOf("01")));
+    measure(state, [&] {
+        records.lock(bitOfWordLocks);
+        records.queueWrite();
+        records.queueFrame();
+        records.queueFrame();
+        records.takeReply();
+        records.takeReply();
+        records.endWrite();
         return true;
     });
 }
@@ -276,13 +402,17 @@ void serialBusWritesBitOfWord(benchmark::State& state)
 
 BENCHMARK(driverReadsWords)->Name("read of 125 words/driver");
 BENCHMARK(floorReadsWords)->Name("read of 125 words/floor");
+BENCHMARK(recordsOfWordsRead)->Name("read of 125 words/records");
 BENCHMARK(serialBusReadsWords)->Name("read of 125 words/Qt SerialBus");
 BENCHMARK(driverReadsBits)->Name("read of 1000 bits/driver");
 BENCHMARK(floorReadsBits)->Name("read of 1000 bits/floor");
+BENCHMARK(recordsOfBitsRead)->Name("read of 1000 bits/records");
 BENCHMARK(serialBusReadsBits)->Name("read of 1000 bits/Qt SerialBus");
 BENCHMARK(driverWritesWord)->Name("write of a word/driver");
 BENCHMARK(floorWritesWord)->Name("write of a word/floor");
+BENCHMARK(recordsOfWordWritten)->Name("write of a word/records");
 BENCHMARK(serialBusWritesWord)->Name("write of a word/Qt SerialBus");
 BENCHMARK(driverWritesBitOfWord)->Name("write of a bit in a word/driver");
 BENCHMARK(floorWritesBitOfWord)->Name("write of a bit in a word/floor");
+BENCHMARK(recordsOfBitWritten)->Name("write of a bit in a word/records");
 BENCHMARK(serialBusWritesBitOfWord)->Name("write of a bit in a word/Qt SerialBus");

@@ -35,7 +35,8 @@ int QueryFinishFlag()
 
 void TellListDone(int hostKey)
 {
+    if (!PLC_driver.listDoneCallback)
+        return;
     QList<RW_VAR> empty;
-    if (PLC_driver.listDoneCallback)
-        PLC_driver.listDoneCallback(&empty, hostKey, 1);
+    PLC_driver.listDoneCallback(&empty, hostKey, 1);
 }

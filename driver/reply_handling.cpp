@@ -180,7 +180,7 @@ int FinishReply(bool local, int code)
 
 void passRetValue(const RW_VAR& source, RW_VAR& target)
 {
-    target = source;
+    target = RW_VAR(source);
     target.data.clear(); // the runtime never gets value bytes through the result record
 }
 

@@ -40,7 +40,8 @@ ReplyShape UnlessBroadcast(int station, ReplyShape shape)
 
 RW_VAR& QueueFrame(const RW_VAR& request, QByteArray frame, ReplyShape reply)
 {
-    // Filled in where it stays: each copy of a request would count references of its strings and data.
+    // Filled in where it stays, and the request moved there: each copy would count references of its strings and
+    // data.
     PLC_driver.protocolList.append(Protocol());
     Protocol& protocol = PLC_driver.protocolList.last();
     protocol.frameLength = frame.size();
@@ -48,7 +49,7 @@ RW_VAR& QueueFrame(const RW_VAR& request, QByteArray frame, ReplyShape reply)
     protocol.replyLength = reply.length;
     protocol.dataOffset = reply.dataOffset;
     protocol.dataLength = reply.dataLength;
-    protocol.var = request;
+    protocol.var = RW_VAR(request);
     return protocol.var;
 }
 

@@ -8,7 +8,8 @@ int ExtendFindSameVar(int station, int area, int address)
     const int size = entries.size();
     for (int i = 0; i < size; ++i) {
         const EXTENDVAR& entry = entries.at(i);
-        if (entry.station == station && entry.area == area && entry.address == address)
+        // The address first: it tells nearly all entries apart, and one comparison is enough for those.
+        if (entry.address == address && entry.area == area && entry.station == station)
             return i;
     }
     EXTENDVAR entry = {station, area, address, QByteArray(4, '\0')};

@@ -16,41 +16,45 @@ int ElementsInReach(const RW_VAR& var, int bytesPerElement)
     return std::min(var.count, var.data.size() / bytesPerElement + 1);
 }
 
-QByteArray BytesOf(const RW_VAR& var, const ElementRun& run, int bytesPerElement)
+// The value bytes of a run, copied to rest only where the run does not begin with the first of them.
+QByteArray* BytesOf(RW_VAR& var, const ElementRun& run, int bytesPerElement, QByteArray& rest)
 {
-    return run.skipped == 0 ? var.data : var.data.mid(run.skipped * bytesPerElement);
+    if (run.skipped == 0)
+        return &var.data;
+    rest = var.data.mid(run.skipped * bytesPerElement);
+    return &rest;
 }
 
-void MirrorBits(const RW_VAR& var, bool* area)
+void MirrorBits(RW_VAR& var, bool* area)
 {
+    QByteArray rest;
     const ElementRun run = ExistingElements(var.address, ElementsInReach(var, 1), AREA_ELEMENTS);
-    QByteArray data = BytesOf(var, run, 1);
-    SetBitToUC(run.start, area, &data, run.count);
+    SetBitToUC(run.start, area, BytesOf(var, run, 1, rest), run.count);
 }
 
-void MirrorBitsOfWords(const RW_VAR& var, unsigned short* area)
+void MirrorBitsOfWords(RW_VAR& var, unsigned short* area)
 {
+    QByteArray rest;
     const int reach = std::min(var.count, var.data.size());
     const ElementRun run = ExistingElements(var.address, reach, AREA_BITS_OF_WORDS);
-    QByteArray data = BytesOf(var, run, 1);
-    SetBitToUS(run.start, area, &data, run.count);
+    SetBitToUS(run.start, area, BytesOf(var, run, 1, rest), run.count);
 }
 
-void MirrorWords(const RW_VAR& var, unsigned short* area)
+void MirrorWords(RW_VAR& var, unsigned short* area)
 {
+    QByteArray rest;
     const ElementRun run = ExistingElements(var.address, ElementsInReach(var, 2), AREA_ELEMENTS);
-    QByteArray data = BytesOf(var, run, 2);
-    SetWordToUS(run.start, area, &data, run.count);
+    SetWordToUS(run.start, area, BytesOf(var, run, 2, rest), run.count);
 }
 
-void MirrorDoubleWords(const RW_VAR& var, unsigned int* area)
+void MirrorDoubleWords(RW_VAR& var, unsigned int* area)
 {
+    QByteArray rest;
     const ElementRun run = ExistingElements(var.address, ElementsInReach(var, 4), AREA_ELEMENTS);
-    QByteArray data = BytesOf(var, run, 4);
-    SetDWordToUS(run.start, area, &data, run.count);
+    SetDWordToUS(run.start, area, BytesOf(var, run, 4, rest), run.count);
 }
 
-void MirrorIntoImage(const RW_VAR& var, const Area& area)
+void MirrorIntoImage(RW_VAR& var, const Area& area)
 {
     Image& image = PLC_driver.image;
     switch (area.kind) {

@@ -189,11 +189,12 @@ void SaveBitToUC(QByteArray* reply, bool* area)
     const DataBytes data = DataOf(reply, request);
     const int bits = BitsToFile(data, request.var.count);
     const ElementRun run = ExistingElements(request.var.address, bits, AREA_ELEMENTS);
-    int i = 0;
-    for (; run.skipped == 0 && i + 8 <= run.count; i += 8)
-        SpreadByte(data.bytes[i / 8], area + run.start + i);
-    for (; i < run.count; ++i)
-        area[run.start + i] = data.bit(run.skipped + i) != 0;
+    bool* const cells = area + run.start;
+    const int wholeBytes = run.skipped == 0 ? run.count / 8 : 0;
+    for (int byte = 0; byte < wholeBytes; ++byte)
+        SpreadByte(data.bytes[byte], cells + 8 * byte);
+    for (int i = 8 * wholeBytes; i < run.count; ++i)
+        cells[i] = data.bit(run.skipped + i) != 0;
 }
 
 void SaveWordToUS(QByteArray* reply, unsigned short* area)
