@@ -40,8 +40,8 @@ ReplyShape UnlessBroadcast(int station, ReplyShape shape)
 
 RW_VAR& QueueFrame(const RW_VAR& request, QByteArray frame, ReplyShape reply)
 {
-    // Filled in where it stays, and the request moved there: each copy would count references of its strings and
-    // data.
+    // Filled in where it stays, and the request moved there: each copy would count references of its strings
+    // and data.
     PLC_driver.protocolList.append(Protocol());
     Protocol& protocol = PLC_driver.protocolList.last();
     protocol.frameLength = frame.size();
