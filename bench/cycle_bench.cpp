@@ -187,8 +187,11 @@ void moveBits(const QByteArray& reply)
 {
     bool bits[readBits];
     const unsigned char* data = dataOf(reply);
-    for (int i = 0; i < readBits; ++i)
-        bits[i] = ((data[i / 8] >> (i % 8)) & 1) != 0;
+    for (int byte = 0; byte < readBits / 8; ++byte) {
+        const unsigned int eight = data[byte];
+        for (int bit = 0; bit < 8; ++bit)
+            bits[8 * byte + bit] = ((eight >> bit) & 1) != 0;
+    }
     benchmark::DoNotOptimize(bits);
 }
 
