@@ -136,7 +136,7 @@ private:
         case WatchSignals::Suspended:
             m_keyboard.release();
             WatchSignals::suspend();
-            return true;
+            [[fallthrough]]; // before anything is drawn over what the shell wrote meanwhile
         case WatchSignals::Continued:
             m_keyboard.take();
             m_display->continued();

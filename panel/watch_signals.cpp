@@ -28,7 +28,7 @@ sigset_t watchedSignals()
     return setOf({SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGWINCH, SIGTSTP, SIGCONT});
 }
 
-WatchSignals::Kind kindOf(int signal)
+WatchSignals::Kind kindOfSignal(int signal)
 {
     switch (signal) {
     case SIGINT:
@@ -47,12 +47,11 @@ WatchSignals::Kind kindOf(int signal)
     }
 }
 
-/// \return the signal that is there, if any
-WatchSignals::Kind pendingSignal()
+/// Takes a signal of the set that is there. \return its number, -1 when there is none
+int pendingOf(const sigset_t& set)
 {
-    const sigset_t set = watchedSignals();
     const timespec noTime = {0, 0};
-    return kindOf(sigtimedwait(&set, nullptr, &noTime));
+    return sigtimedwait(&set, nullptr, &noTime);
 }
 
 /// Readable while one of the signals is there. One for the whole program.
@@ -78,7 +77,7 @@ WatchSignals::Kind WatchSignals::wait(int milliseconds, int input)
     pollfd descriptors[] = {{signalDescriptor(), POLLIN, 0}, {input, POLLIN, 0}};
     if (poll(descriptors, 2, milliseconds) <= 0)
         return None;
-    const Kind kind = pendingSignal();
+    const Kind kind = kindOfSignal(pendingOf(watchedSignals()));
     if (kind != None || descriptors[1].revents == 0)
         return kind;
     return Input;
@@ -90,6 +89,7 @@ void WatchSignals::suspend()
     raise(SIGTSTP);
     pthread_sigmask(SIG_UNBLOCK, &set, nullptr); // here it stops
     pthread_sigmask(SIG_BLOCK, &set, nullptr);
+    pendingOf(setOf({SIGCONT}));
 }
 
 } // namespace panel
