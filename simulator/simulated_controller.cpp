@@ -90,12 +90,6 @@ std::unique_ptr<FileDescriptor> wakeEvent()
     return event;
 }
 
-bool isReadable(const FileDescriptor& descriptor)
-{
-    pollfd entry{descriptor.number(), POLLIN, 0};
-    return poll(&entry, 1, 0) > 0;
-}
-
 // How long to sleep until `due`, for ppoll(): a null pointer if there is nothing to wake up for.
 const timespec* sleepUntil(const std::optional<ReplyQueue::Time>& due, timespec& pause)
 {
@@ -188,19 +182,19 @@ unsigned long SimulatedController::injected(Fault fault) const
 void SimulatedController::run()
 {
     Connections connections;
-    while (!isReadable(*wake_)) {
-        waitForWork(connections);
+    for (Work work = waitForWork(connections); !work.isOver; work = waitForWork(connections)) {
         for (const auto& connection : connections)
             serve(*connection);
         connections.erase(std::remove_if(connections.begin(), connections.end(),
                                          [](const auto& connection) { return connection->isOver(); }),
                           connections.end());
-        acceptInto(connections);
+        if (work.isConnecting)
+            acceptInto(connections);
     }
 }
 
 // Sleeps until something comes in, can go out or is due, and tells each connection what happened.
-void SimulatedController::waitForWork(const Connections& connections) const
+SimulatedController::Work SimulatedController::waitForWork(const Connections& connections) const
 {
     const int listener = connections.size() < mostConnections ? listener_->number() : -1;
     std::vector<pollfd> entries = {{wake_->number(), POLLIN, 0}, {listener, POLLIN, 0}};
@@ -214,6 +208,7 @@ void SimulatedController::waitForWork(const Connections& connections) const
     ppoll(entries.data(), entries.size(), sleepUntil(first, pause), nullptr);
     for (std::size_t i = 0; i < connections.size(); ++i)
         connections[i]->setHappened(entries[ownEntries + i].revents);
+    return {entries[0].revents != 0, entries[1].revents != 0};
 }
 
 void SimulatedController::acceptInto(Connections& connections)

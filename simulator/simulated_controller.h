@@ -93,8 +93,14 @@ public:
 private:
     using Connections = std::vector<std::unique_ptr<Connection>>;
 
+    /// What the controller itself is woken up for, its connections aside.
+    struct Work {
+        bool isOver;       ///< the thread shall end
+        bool isConnecting; ///< somebody wants a connection
+    };
+
     void run();
-    void waitForWork(const Connections& connections) const;
+    Work waitForWork(const Connections& connections) const;
     void acceptInto(Connections& connections);
     void serve(Connection& connection);
     void handle(Connection& connection, const Bytes& request);
