@@ -233,20 +233,24 @@ const CyclicValues::Block& CyclicValues::blockOf(const RW_VAR& request)
     return block;
 }
 
-void CyclicValues::answered(const RW_VAR& request, Clock::time_point repliedAt)
+int CyclicValues::answered(const RW_VAR& request, Clock::time_point repliedAt)
 {
-    for (Part* part : blockOf(request).parts) {
+    const Block& block = blockOf(request);
+    for (Part* part : block.parts) {
         part->read = repliedAt;
         part->doubtful = false;
         if (part->code != 0)
             part->fail(0, QString());
     }
+    return block.unused;
 }
 
-void CyclicValues::givenUp(const RW_VAR& request, int code, const QString& why)
+int CyclicValues::givenUp(const RW_VAR& request, int code, const QString& why)
 {
-    for (Part* part : blockOf(request).parts)
+    const Block& block = blockOf(request);
+    for (Part* part : block.parts)
         part->fail(code, why);
+    return block.unused;
 }
 
 void CyclicValues::lost(int station, int code, const QString& why)
@@ -255,11 +259,6 @@ void CyclicValues::lost(int station, int code, const QString& why)
         if (part.piece.asked.station == station)
             part.fail(code, why);
     }
-}
-
-int CyclicValues::unusedElements(const RW_VAR& request)
-{
-    return blockOf(request).unused;
 }
 
 void CyclicValues::doubt(const Variable& elements)

@@ -55,16 +55,14 @@ public:
     static QByteArray pacingReply();
 
     /// After DataCom() took a reply to \a request, a block that the driver built, as good.
-    void answered(const RW_VAR& request, Clock::time_point repliedAt);
+    /// \return the elements that the block reads and that belong to no variable that it refreshes
+    int answered(const RW_VAR& request, Clock::time_point repliedAt);
 
-    /// After DataCom() gave \a request up.
-    void givenUp(const RW_VAR& request, int code, const QString& why);
+    /// After DataCom() gave \a request up. \return the same
+    int givenUp(const RW_VAR& request, int code, const QString& why);
 
     /// A station does not answer: what is shown of it has failed, also where it was not tried again.
     void lost(int station, int code, const QString& why);
-
-    /// \return the elements that a block reads and that belong to no variable that it refreshes
-    int unusedElements(const RW_VAR& request);
 
     /// The driver may hold a value for \a elements that the controller does not have.
     void doubt(const Variable& elements);

@@ -111,7 +111,7 @@ private:
     int judge(const Turn& turn, const LinkExchange& exchange);
     void answered(const Turn& turn, Clock::time_point repliedAt);
     void givenUp(const Turn& turn, int code, const QString& why);
-    void countCyclic(const RW_VAR& request, bool ended);
+    void countBlock(const RW_VAR& request, int unusedElements);
     void countStation(int station, const LinkExchange& exchange, int code);
     void lost(int station, int code, const QString& why);
     void endPauses();
@@ -430,18 +430,15 @@ void Runtime::Private::waitForWork(int milliseconds)
 /// Leaves \a turn empty: its frame and request go to the observer.
 void Runtime::Private::exchange(Turn* turn)
 {
-    ExchangeRecord record;
-    record.exchange = m_link.exchange(turn->frame, turn->replyExpected, turn->replySize);
+    LinkExchange exchange = m_link.exchange(turn->frame, turn->replyExpected, turn->replySize);
     if (m_stopping)
         return;
-    record.result = judge(*turn, record.exchange);
+    const int result = judge(*turn, exchange);
     if (!m_observer)
         return;
-    record.durationMs = static_cast<int>(record.exchange.durationMs);
-    record.frame = std::move(turn->frame);
-    record.request = std::move(turn->request);
-    record.replyExpected = turn->replyExpected;
-    m_observer(record);
+    const int durationMs = static_cast<int>(exchange.durationMs);
+    m_observer({durationMs, std::move(turn->frame), std::move(exchange), std::move(turn->request),
+                turn->replyExpected, result});
 }
 
 int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange)
@@ -454,7 +451,8 @@ int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange)
     std::lock_guard<std::mutex> lock(m_mutex);
     const int code = m_calls.DataCom(&reply, reply.size())->result;
     ++m_statistics.exchanges;
-    countCyclic(turn.request, code != PLC_RETRYING);
+    if (turn.request.hostKey == cyclicKey)
+        m_passes.frame();
     countStation(turn.request.station, exchange, code);
     if (turn.replyExpected)
         m_pauses.tried(turn.request.station, endOf(exchange, code));
@@ -475,7 +473,7 @@ void Runtime::Private::answered(const Turn& turn, Clock::time_point repliedAt)
     else if (turn.request.hostKey == onceReadKey)
         m_reads.answered();
     else if (turn.request.hostKey == cyclicKey)
-        m_cyclic.answered(turn.request, repliedAt);
+        countBlock(turn.request, m_cyclic.answered(turn.request, repliedAt));
 }
 
 void Runtime::Private::givenUp(const Turn& turn, int code, const QString& why)
@@ -484,7 +482,7 @@ void Runtime::Private::givenUp(const Turn& turn, int code, const QString& why)
     ++m_statistics.failuresByCode[code];
     const int key = turn.request.hostKey;
     if (key == cyclicKey)
-        m_cyclic.givenUp(turn.request, code, why);
+        countBlock(turn.request, m_cyclic.givenUp(turn.request, code, why));
     m_writes.givenUp(key == writeKey, turn.request.station, code, why);
     m_reads.givenUp(key == onceReadKey, turn.request.station, code, why);
     if (turn.replyExpected && m_pauses.givenUp(turn.request.station, why, m_clock.elapsed()))
@@ -500,15 +498,10 @@ void Runtime::Private::lost(int station, int code, const QString& why)
     tellDriver(station);
 }
 
-/// \param ended false while the request is to be tried again
-void Runtime::Private::countCyclic(const RW_VAR& request, bool ended)
+/// When it has ended: answered or given up.
+void Runtime::Private::countBlock(const RW_VAR& request, int unusedElements)
 {
-    if (request.hostKey != cyclicKey)
-        return;
-    m_passes.frame();
-    if (ended)
-        m_passes.request(request.area, elementsRead(request.area, request.count),
-                         m_cyclic.unusedElements(request));
+    m_passes.request(request.area, elementsRead(request.area, request.count), unusedElements);
 }
 
 void Runtime::Private::countStation(int station, const LinkExchange& exchange, int code)
