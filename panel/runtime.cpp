@@ -389,15 +389,9 @@ Turn Runtime::Private::takeTurn()
     const Protocol* protocol = m_calls.ComCommunication();
     m_writes.polled();
     m_reads.polled();
-    Turn turn;
     if (protocol == nullptr)
-        return turn;
-    turn.frameIsDue = true;
-    turn.frame = protocol->frame;
-    turn.replyExpected = protocol->replyLength != 0;
-    turn.replySize = protocol->replyLength;
-    turn.request = protocol->var;
-    return turn;
+        return Turn();
+    return {true, protocol->frame, protocol->replyLength != 0, protocol->replyLength, protocol->var};
 }
 
 void Runtime::Private::endPass()
