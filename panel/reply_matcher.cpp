@@ -2,8 +2,6 @@
 
 #include "panel/frame_fields.h"
 
-#include <algorithm>
-
 namespace panel
 {
 
@@ -59,25 +57,18 @@ void DropCounts::count(DropReason reason)
 
 QByteArray ReplyMatcher::number(const QByteArray& frame)
 {
-    m_request.resize(frame.size()); // the bytes of the last request are used again
-    std::copy(frame.begin(), frame.end(), m_request.begin());
     // A device that does not echo the number answers with 0, which must not look like a match.
-    if (m_request.size() >= headerToLength)
-        putWord(&m_request, numberOffset, m_number == highestNumber ? 1 : m_number + 1);
-    expectNumbered();
-    return m_request;
+    QByteArray numbered(frame.constData(), frame.size());
+    if (numbered.size() >= headerToLength)
+        putWord(&numbered, numberOffset, m_number == highestNumber ? 1 : m_number + 1);
+    expect(numbered);
+    return numbered;
 }
 
 void ReplyMatcher::expect(const QByteArray& frame)
 {
     m_request = frame;
-    expectNumbered();
-}
-
-void ReplyMatcher::expectNumbered()
-{
-    m_isWaiting = !m_request.isEmpty();
-    m_number = wordAt(m_request, numberOffset);
+    m_number = wordAt(frame, numberOffset);
     if (m_answered == m_number) // numbers come again
         m_answered = noNumber;
 }
@@ -87,7 +78,7 @@ bool ReplyMatcher::accept(QByteArray* reply, DropReason* reason)
     if (!fits(*reply, reason))
         return false;
     m_answered = m_number;
-    m_isWaiting = false;
+    m_request.clear();
     putWord(reply, numberOffset, noNumber);
     return true;
 }
@@ -98,7 +89,7 @@ bool ReplyMatcher::fits(const QByteArray& reply, DropReason* reason) const
     const int function = byteAt(reply, functionOffset) & ~exceptionFlag;
     if (number == m_answered && number != noNumber)
         *reason = DropReason::Doubled;
-    else if (number != m_number || !m_isWaiting)
+    else if (number != m_number || m_request.isEmpty())
         *reason = DropReason::Late;
     else if (byteAt(reply, unitOffset) != byteAt(m_request, unitOffset))
         *reason = DropReason::WrongUnit;

@@ -58,10 +58,7 @@ public:
 private:
     bool fits(const QByteArray& reply, DropReason* reason) const;
 
-    void expectNumbered();
-
     QByteArray m_request;
-    bool m_isWaiting = false; // for its reply
     int m_number = 0;
     int m_answered = 0;
 };
