@@ -32,8 +32,8 @@ Link::Link(const QString& host, int port, int timeoutMs, FrameFormat format)
     : m_host(host), m_port(port), m_timeoutMs(timeoutMs), m_format(format)
 {
     m_nextPauseMs = m_pause.next();
-    m_sinceLastAttempt.start();
-    m_stateSince.start();
+    m_lastAttempt = Clock::now();
+    m_stateSince = Clock::now();
 }
 
 Link::~Link() = default;
@@ -45,7 +45,7 @@ void Link::close()
         m_tap->closed(QStringLiteral("the panel was stopped"));
     std::lock_guard<std::mutex> lock(m_stateMutex);
     m_state.connected = false;
-    m_stateSince.restart();
+    m_stateSince = Clock::now();
 }
 
 void Link::stop()
@@ -57,7 +57,7 @@ LinkState Link::state() const
 {
     std::lock_guard<std::mutex> lock(m_stateMutex);
     LinkState state = m_state;
-    state.sinceMs = m_stateSince.elapsed();
+    state.sinceMs = msSince(m_stateSince);
     return state;
 }
 
@@ -122,7 +122,7 @@ bool Link::connectAgain(Clock::time_point begin)
         // Only this thread changes the state, so it may look without the lock.
         if (m_state.connected)
             drop(QStringLiteral("the controller closed the connection"));
-        if (m_sinceLastAttempt.elapsed() >= m_nextPauseMs && tryToConnect())
+        if (msSince(m_lastAttempt) >= m_nextPauseMs && tryToConnect())
             return true;
         if (!pauseWhileUnconnected(begin))
             return false;
@@ -142,7 +142,7 @@ bool Link::pauseWhileUnconnected(Clock::time_point begin)
     const qint64 left = m_timeoutMs - msSince(begin);
     if (left <= 0 || m_stopping)
         return false;
-    const qint64 untilAttempt = m_nextPauseMs - m_sinceLastAttempt.elapsed();
+    const qint64 untilAttempt = m_nextPauseMs - msSince(m_lastAttempt);
     const qint64 pause = std::min({left, std::max<qint64>(untilAttempt, 1), qint64(sliceMs)});
     QThread::msleep(static_cast<unsigned long>(pause));
     return true;
@@ -153,7 +153,7 @@ bool Link::tryToConnect()
     m_nextPauseMs = m_pause.next();
     const bool connected = m_socket.connectTo(m_host, m_port, connectTimeoutMs);
     // The pause counts from the end of the attempt: one that takes long is not followed by the next at once.
-    m_sinceLastAttempt.restart();
+    m_lastAttempt = Clock::now();
     if (connected)
         noteConnected();
     else
@@ -170,7 +170,7 @@ void Link::noteConnected()
     std::lock_guard<std::mutex> lock(m_stateMutex);
     m_state.connected = true;
     ++m_state.connects;
-    m_stateSince.restart();
+    m_stateSince = Clock::now();
 }
 
 void Link::reconnectAtOnce()
@@ -186,7 +186,7 @@ void Link::drop(const QString& why)
         m_tap->closed(why);
     std::lock_guard<std::mutex> lock(m_stateMutex);
     if (m_state.connected)
-        m_stateSince.restart();
+        m_stateSince = Clock::now();
     m_state.connected = false;
     m_state.lastError = why;
 }

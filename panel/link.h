@@ -13,7 +13,6 @@
 #include "panel/tcp_socket.h"
 
 #include <QByteArray>
-#include <QElapsedTimer>
 #include <QString>
 
 #include <atomic>
@@ -119,13 +118,13 @@ private:
     OwedReplies m_owed;
     RemoteMatcher m_remoteMatcher; // instead of m_matcher
     ReconnectPause m_pause;
-    QElapsedTimer m_sinceLastAttempt;
+    Clock::time_point m_lastAttempt;  // when it ended
     Clock::time_point m_lastAnswered; // when the last request to be answered was sent
     int m_nextPauseMs = 0;
 
     mutable std::mutex m_stateMutex;
     LinkState m_state;
-    QElapsedTimer m_stateSince;
+    Clock::time_point m_stateSince;
 };
 
 } // namespace panel

@@ -9,6 +9,8 @@
 #include "panel/station_pauses.h"
 #include "panel/write_queue.h"
 
+#include <QElapsedTimer>
+
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -107,7 +109,7 @@ private:
     Turn takeTurn();
     void endPass();
     void waitForWork(int milliseconds);
-    void exchange(Turn* turn);
+    void exchange(Turn turn);
     int judge(const Turn& turn, const LinkExchange& exchange);
     void answered(const Turn& turn, Clock::time_point repliedAt);
     void givenUp(const Turn& turn, int code, const QString& why);
@@ -374,7 +376,7 @@ void Runtime::Private::communicate()
         else if (CyclicValues::isPacing(turn.request))
             endPass();
         else
-            exchange(&turn);
+            exchange(std::move(turn));
     }
     m_link.close();
 }
@@ -421,18 +423,17 @@ void Runtime::Private::waitForWork(int milliseconds)
                         [this] { return m_hasWork || m_stopping; });
 }
 
-/// Leaves \a turn empty: its frame and request go to the observer.
-void Runtime::Private::exchange(Turn* turn)
+void Runtime::Private::exchange(Turn turn)
 {
-    LinkExchange exchange = m_link.exchange(turn->frame, turn->replyExpected, turn->replySize);
+    LinkExchange exchange = m_link.exchange(turn.frame, turn.replyExpected, turn.replySize);
     if (m_stopping)
         return;
-    const int result = judge(*turn, exchange);
+    const int result = judge(turn, exchange);
     if (!m_observer)
         return;
     const int durationMs = static_cast<int>(exchange.durationMs);
-    m_observer({durationMs, std::move(turn->frame), std::move(exchange), std::move(turn->request),
-                turn->replyExpected, result});
+    m_observer({durationMs, std::move(turn.frame), std::move(exchange), std::move(turn.request),
+                turn.replyExpected, result});
 }
 
 int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange)

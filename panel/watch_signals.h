@@ -25,7 +25,8 @@ public:
     /// \return what came, at the latest after \a milliseconds; signals before input
     static Kind wait(int milliseconds, int input = -1);
 
-    /// Stops the program, as SIGTSTP does by itself, until it is continued; that SIGCONT does not come to wait().
+    /// Stops the program, as SIGTSTP does by itself, until it is continued; that SIGCONT does not come to
+    /// wait().
     static void suspend();
 };
 

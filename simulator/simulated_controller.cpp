@@ -213,8 +213,6 @@ SimulatedController::Work SimulatedController::waitForWork(const Connections& co
 
 void SimulatedController::acceptInto(Connections& connections)
 {
-    if (connections.size() >= mostConnections)
-        return;
     FileDescriptor socket(accept4(listener_->number(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
     if (socket.number() >= 0)
         connections.push_back(std::make_unique<Connection>(std::move(socket), ++accepted_, settings_.remote));
