@@ -1,7 +1,7 @@
 #include "bench/block.h"
 
 #include "frames/frame_bytes.h"
-#include "panel/request_pieces.h"
+#include "runtime/model/request_pieces.h"
 
 namespace bench
 {
@@ -16,11 +16,11 @@ Block blockOf(const QByteArray& frame)
             static_cast<int>(Get16(bytes + FRAME_VALUE_OFFSET))};
 }
 
-Block blockOf(const panel::Variable& variable)
+Block blockOf(const plc::Variable& variable)
 {
-    const panel::Variable asked = panel::wordsOf(variable);
+    const plc::Variable asked = plc::wordsOf(variable);
     const int base = static_cast<int>(getPlcAdd(asked.area));
-    const int each = panel::kindOf(asked.area) == panel::ElementKind::DoubleWord ? 2 : 1;
+    const int each = plc::kindOf(asked.area) == plc::ElementKind::DoubleWord ? 2 : 1;
     return {IsBitArea(asked.area), (base + each * asked.element) & 0xFFFF, each * asked.count};
 }
 
@@ -40,7 +40,7 @@ Blocks blocksOf(const std::vector<QByteArray>& frames)
     return blocksOfEach(frames);
 }
 
-Blocks blocksOf(const std::vector<panel::Variable>& variables)
+Blocks blocksOf(const std::vector<plc::Variable>& variables)
 {
     return blocksOfEach(variables);
 }

@@ -3,7 +3,7 @@
 #ifndef BENCH_BLOCK_H
 #define BENCH_BLOCK_H
 
-#include "panel/variable.h"
+#include "runtime/model/variable.h"
 
 #include <QByteArray>
 
@@ -24,7 +24,7 @@ using Blocks = std::vector<Block>;
 Blocks blocksOf(const std::vector<QByteArray>& frames);
 
 /// \return each variable by itself; bits in words as the words that hold them
-Blocks blocksOf(const std::vector<panel::Variable>& variables);
+Blocks blocksOf(const std::vector<plc::Variable>& variables);
 
 } // namespace bench
 

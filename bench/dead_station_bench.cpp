@@ -3,9 +3,9 @@
 //
 //     dead_station_bench [SECONDS]    how long each of the three is measured; 60 by default
 
-#include "panel/refresh_plan.h"
-#include "panel/request_keys.h"
-#include "panel/runtime.h"
+#include "runtime/cycle/refresh_plan.h"
+#include "runtime/cycle/runtime.h"
+#include "runtime/host/request_keys.h"
 #include "simulator/simulated_controller.h"
 
 #include <QElapsedTimer>
@@ -26,19 +26,19 @@ const int replyMs = 5; // of every station, as a small controller takes
 const int settleMs = 500;
 
 // Each station's list: three areas, so three requests a pass.
-const panel::Variable list[] = {{9, 0, 60, -1}, {2, 0, 200, -1}, {14, 0, 20, -1}};
+const plc::Variable list[] = {{9, 0, 60, -1}, {2, 0, 200, -1}, {14, 0, 20, -1}};
 const int requestsOfStation = 3;
 
 /// Counts good replies of the living stations, and the longest time that a value of theirs grew old.
 class Refreshes
 {
 public:
-    void note(const panel::ExchangeRecord& record)
+    void note(const plc::ExchangeRecord& record)
     {
         std::lock_guard<std::mutex> lock(m_mutex);
         if (record.request.station == deadStation)
             ++m_framesToDead;
-        else if (record.result == PLC_DONE && record.request.hostKey == panel::cyclicKey)
+        else if (record.result == PLC_DONE && record.request.hostKey == plc::cyclicKey)
             noteReply({record.request.station, record.request.area});
     }
 
@@ -82,9 +82,9 @@ private:
     long m_framesToDead = 0;
 };
 
-panel::Settings settingsFor(const simulator::SimulatedController& controller, int pauseMs)
+plc::Settings settingsFor(const simulator::SimulatedController& controller, int pauseMs)
 {
-    panel::Settings settings;
+    plc::Settings settings;
     settings.driverPath = QStringLiteral(PLC_DRIVER_LIBRARY);
     settings.port = controller.port();
     settings.multiStation = true;
@@ -100,14 +100,14 @@ void measure(const char* what, bool dead, int pauseMs, int seconds)
     simulator::SimulatedController controller(slow);
     controller.start();
     Refreshes refreshes;
-    panel::Runtime runtime(settingsFor(controller, pauseMs));
+    plc::Runtime runtime(settingsFor(controller, pauseMs));
     for (int station = 1; station <= stations; ++station) {
-        for (panel::Variable variable : list) {
+        for (plc::Variable variable : list) {
             variable.station = station;
             runtime.addCyclic(variable);
         }
     }
-    runtime.setObserver([&refreshes](const panel::ExchangeRecord& record) { refreshes.note(record); });
+    runtime.setObserver([&refreshes](const plc::ExchangeRecord& record) { refreshes.note(record); });
     refreshes.begin();
     runtime.start();
     QThread::msleep(settleMs);
@@ -127,7 +127,7 @@ int main(int argc, char* argv[])
         std::fprintf(stderr, "dead_station_bench [SECONDS]: give a number of seconds from 1 on\n");
         return 2;
     }
-    const panel::Settings defaults;
+    const plc::Settings defaults;
     std::printf(
         "%d stations, %d requests each, replies after %d ms; time-out %d ms, %d retries, %d ms between "
         "passes; %d s each\n\n",

@@ -1,9 +1,9 @@
 #include "bench/panel_refresh.h"
 
 #include "bench/peers.h"
-#include "panel/cyclic_values.h"
-#include "panel/driver_library.h"
-#include "panel/request_keys.h"
+#include "runtime/cycle/cyclic_values.h"
+#include "runtime/host/driver_library.h"
+#include "runtime/host/request_keys.h"
 
 #include <QElapsedTimer>
 
@@ -38,7 +38,7 @@ public:
     Stopwatch(int requests, int milliseconds) : m_requests(requests), m_milliseconds(milliseconds) {}
 
     /// On the communication thread, after each exchange.
-    void note(const panel::ExchangeRecord& record)
+    void note(const plc::ExchangeRecord& record)
     {
         if (m_over)
             return;
@@ -102,9 +102,9 @@ private:
     bool m_done = false;
 };
 
-void addAll(panel::Runtime& runtime, const Variables& variables)
+void addAll(plc::Runtime& runtime, const Variables& variables)
 {
-    for (const panel::Variable& variable : variables)
+    for (const plc::Variable& variable : variables)
         runtime.addCyclic(variable);
 }
 
@@ -122,9 +122,9 @@ double microsecondsPerRequest(int requests, int milliseconds, const std::functio
     return (threadMicroseconds() - before) / passes / requests;
 }
 
-panel::Settings settingsFor(int port)
+plc::Settings settingsFor(int port)
 {
-    panel::Settings settings;
+    plc::Settings settings;
     settings.driverPath = QStringLiteral(PLC_DRIVER_LIBRARY);
     settings.port = port;
     settings.timeoutMs = patienceMs;
@@ -137,11 +137,11 @@ Pass recordPass(int port, const Variables& variables)
     Pass pass;
     std::mutex mutex;
     bool failed = false;
-    panel::Settings settings = settingsFor(port);
+    plc::Settings settings = settingsFor(port);
     settings.cyclePauseMs = 1000; // so that there is exactly one pass to record
-    panel::Runtime runtime(settings);
+    plc::Runtime runtime(settings);
     addAll(runtime, variables);
-    runtime.setObserver([&](const panel::ExchangeRecord& record) {
+    runtime.setObserver([&](const plc::ExchangeRecord& record) {
         std::lock_guard<std::mutex> lock(mutex);
         pass.frames.push_back(record.frame);
         pass.replies.push_back(record.exchange.reply);
@@ -162,9 +162,9 @@ Pass recordPass(int port, const Variables& variables)
 LoopCost runLoop(int port, const Variables& variables, int requests, int milliseconds)
 {
     Stopwatch stopwatch(requests, milliseconds);
-    panel::Runtime runtime(settingsFor(port));
+    plc::Runtime runtime(settingsFor(port));
     addAll(runtime, variables);
-    runtime.setObserver([&stopwatch](const panel::ExchangeRecord& record) { stopwatch.note(record); });
+    runtime.setObserver([&stopwatch](const plc::ExchangeRecord& record) { stopwatch.note(record); });
     runtime.start();
     const LoopCost cost = stopwatch.wait();
     runtime.stop();
@@ -173,23 +173,22 @@ LoopCost runLoop(int port, const Variables& variables, int requests, int millise
 
 double driverMicroseconds(const Variables& variables, const Pass& pass, int milliseconds)
 {
-    const panel::Settings settings = settingsFor(0);
-    const panel::DriverLibrary library(settings.driverPath);
-    const panel::DriverCalls& calls = library.calls();
+    const plc::Settings settings = settingsFor(0);
+    const plc::DriverLibrary library(settings.driverPath);
+    const plc::DriverCalls& calls = library.calls();
     COMINFO info = COMINFO();
     info.maxBlockCount = settings.maxBlockCount;
     info.defaultStation = settings.station;
     calls.SetComInfo(&info);
-    panel::CyclicValues cyclic(settings);
-    for (const panel::Variable& variable : variables)
-        cyclic.add(panel::withStation(variable, settings));
+    plc::CyclicValues cyclic(settings);
+    for (const plc::Variable& variable : variables)
+        cyclic.add(plc::withStation(variable, settings));
     cyclic.queue(calls);
     const auto onePass = [&calls, &pass] {
         for (std::size_t i = 0; i <= pass.replies.size(); ++i) {
             const Protocol* protocol = calls.ComCommunication();
-            QByteArray reply = panel::CyclicValues::isPacing(protocol->var)
-                                   ? panel::CyclicValues::pacingReply()
-                                   : pass.replies[i];
+            QByteArray reply = plc::CyclicValues::isPacing(protocol->var) ? plc::CyclicValues::pacingReply()
+                                                                          : pass.replies[i];
             if (calls.DataCom(&reply, reply.size())->result != PLC_DONE)
                 throw std::runtime_error("the driver does not take a reply");
         }
@@ -201,8 +200,8 @@ double driverMicroseconds(const Variables& variables, const Pass& pass, int mill
 
 double linkMicroseconds(int port, const Pass& pass, int milliseconds)
 {
-    const panel::Settings settings = settingsFor(port);
-    panel::Link link(settings.host, settings.port, settings.timeoutMs);
+    const plc::Settings settings = settingsFor(port);
+    plc::Link link(settings.host, settings.port, settings.timeoutMs);
     const auto onePass = [&link, &pass] {
         for (const QByteArray& frame : pass.frames) {
             if (link.exchange(frame, true).reply.isEmpty())

@@ -3,7 +3,7 @@
 #ifndef BENCH_PANEL_REFRESH_H
 #define BENCH_PANEL_REFRESH_H
 
-#include "panel/runtime.h"
+#include "runtime/cycle/runtime.h"
 
 #include <functional>
 #include <vector>
@@ -11,16 +11,16 @@
 namespace bench
 {
 
-using Variables = std::vector<panel::Variable>;
+using Variables = std::vector<plc::Variable>;
 
 /// Loads the built driver, and does not pause between passes.
-panel::Settings settingsFor(int port);
+plc::Settings settingsFor(int port);
 
 /// One pass as it went over the link.
 struct Pass {
     std::vector<QByteArray> frames;  ///< as the driver built them, number 0
     std::vector<QByteArray> replies; ///< with number 0
-    panel::PassCost cost;
+    plc::PassCost cost;
 };
 
 /// \throws std::runtime_error when a request fails

@@ -6,10 +6,10 @@
 // Prints a line for each list and rule, fields separated by tabs.
 
 #include "driver/modbus_rtu_master.h"
-#include "panel/cyclic_values.h"
-#include "panel/request_keys.h"
-#include "panel/request_pieces.h"
-#include "panel/variable_list.h"
+#include "runtime/cycle/cyclic_values.h"
+#include "runtime/host/request_keys.h"
+#include "runtime/model/request_pieces.h"
+#include "runtime/model/variable_list.h"
 
 #include <QFileInfo>
 
@@ -21,7 +21,7 @@
 namespace
 {
 
-using Variables = std::vector<panel::Variable>;
+using Variables = std::vector<plc::Variable>;
 
 struct Span {
     int begin;
@@ -35,16 +35,16 @@ struct Cost {
     int elements = 0; // read, the unwanted ones included
 };
 
-const panel::Settings settings;
+const plc::Settings settings;
 
 Variables variablesOf(const QString& path)
 {
-    const panel::VariableList list = panel::readVariableList(path);
+    const plc::VariableList list = plc::readVariableList(path);
     for (const QString& error : list.errors)
         std::fprintf(stderr, "%s\n", qPrintable(error));
     Variables variables;
-    for (const panel::ListedVariable& listed : list.variables)
-        variables.push_back(panel::withStation(listed.elements, settings));
+    for (const plc::ListedVariable& listed : list.variables)
+        variables.push_back(plc::withStation(listed.elements, settings));
     return variables;
 }
 
@@ -54,10 +54,10 @@ Cost costOfReadList()
 {
     Cost cost;
     for (const RW_VAR& request : PLC_driver.readList) {
-        if (request.hostKey != panel::cyclicKey)
+        if (request.hostKey != plc::cyclicKey)
             continue;
         ++cost.requests;
-        cost.elements += panel::elementsRead(request.area, request.count);
+        cost.elements += plc::elementsRead(request.area, request.count);
     }
     return cost;
 }
@@ -80,11 +80,11 @@ Cost costBy(const Group& group)
 Cost costByDriver(const Variables& variables)
 {
     QList<HOST_VAR> list;
-    for (const panel::Variable& variable : variables) {
+    for (const plc::Variable& variable : variables) {
         HOST_VAR record = HOST_VAR();
         record.area = static_cast<unsigned char>(variable.area);
-        record.address = panel::addressText(variable.area, variable.element);
-        record.count = panel::driverReadCount(variable.area, variable.count);
+        record.address = plc::addressText(variable.area, variable.element);
+        record.count = plc::driverReadCount(variable.area, variable.count);
         list.append(record);
     }
     return costBy([&list] { ReCreatReadVarList(&list); });
@@ -92,10 +92,10 @@ Cost costByDriver(const Variables& variables)
 
 Cost costByPanel(const Variables& variables)
 {
-    panel::CyclicValues cyclic(settings);
-    for (const panel::Variable& variable : variables)
+    plc::CyclicValues cyclic(settings);
+    for (const plc::Variable& variable : variables)
         cyclic.add(variable);
-    panel::DriverCalls calls;
+    plc::DriverCalls calls;
     calls.ReCreatReadVarList = ::ReCreatReadVarList;
     calls.AddListReadVar = ::AddListReadVar;
     return costBy([&cyclic, &calls] { cyclic.queue(calls); });
@@ -106,8 +106,8 @@ Cost costByPanel(const Variables& variables)
 std::map<int, Spans> spansByArea(const Variables& variables)
 {
     std::map<int, Spans> areas;
-    for (const panel::Variable& variable : variables) {
-        const panel::Variable asked = panel::wordsOf(variable);
+    for (const plc::Variable& variable : variables) {
+        const plc::Variable asked = plc::wordsOf(variable);
         areas[asked.area].push_back({asked.element, asked.element + asked.count});
     }
     for (auto& area : areas) {
@@ -120,9 +120,9 @@ std::map<int, Spans> spansByArea(const Variables& variables)
 
 int mostElements(int area)
 {
-    if (panel::kindOf(area) == panel::ElementKind::Bit)
+    if (plc::kindOf(area) == plc::ElementKind::Bit)
         return 8 * settings.maxBlockCount;
-    return panel::elementsRead(area, settings.maxBlockCount);
+    return plc::elementsRead(area, settings.maxBlockCount);
 }
 
 Cost costOf(const Spans& blocks)

@@ -12,7 +12,7 @@
 #include "bench/loopback_controller.h"
 #include "bench/panel_refresh.h"
 #include "bench/peers.h"
-#include "panel/variable_list.h"
+#include "runtime/model/variable_list.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -42,11 +42,11 @@ double median(Rounds values)
 
 bench::Variables variablesOf(const QString& path)
 {
-    const panel::VariableList list = panel::readVariableList(path);
+    const plc::VariableList list = plc::readVariableList(path);
     if (!list.errors.isEmpty())
         throw std::runtime_error(list.errors.first().toStdString());
     bench::Variables variables;
-    for (const panel::ListedVariable& listed : list.variables)
+    for (const plc::ListedVariable& listed : list.variables)
         variables.push_back(listed.elements);
     return variables;
 }
@@ -87,7 +87,7 @@ struct Contender {
     qint64 shortest = std::numeric_limits<qint64>::max();
 };
 
-void printShare(const panel::PassCost& cost)
+void printShare(const plc::PassCost& cost)
 {
     const auto percent = [](long unused, long read) {
         return read == 0 ? 0.0 : 100.0 * static_cast<double>(unused) / static_cast<double>(read);

@@ -47,3 +47,14 @@ if(PLC_SANITIZE OR CMAKE_BUILD_TYPE STREQUAL "Coverage")
   set(PLC_TOOL_OPTIMIZATION -O0)
   set(PLC_LOOP_OPTIMIZATION -O0)
 endif()
+
+# plc_room(NAME SOURCES... LIBRARIES LIBRARY...): the library of one folder, on those of the folders that it may know.
+function(plc_room name)
+  cmake_parse_arguments(PARSE_ARGV 1 room "" "" "LIBRARIES")
+  add_library(${name} STATIC ${room_UNPARSED_ARGUMENTS})
+  target_include_directories(${name} PUBLIC "${PROJECT_SOURCE_DIR}")
+  target_link_libraries(${name} PUBLIC ${room_LIBRARIES} PRIVATE plc_rules)
+  target_compile_definitions(${name} PUBLIC QT_NO_KEYWORDS) # "signals" are those of the system here
+  target_precompile_headers(${name} PRIVATE
+    <QByteArray> <QList> <QString> <QStringList> <algorithm> <functional> <memory> <vector>)
+endfunction()

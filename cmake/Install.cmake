@@ -43,7 +43,7 @@ if(PLC_BUILD_TOOLS)
   install(TARGETS plcpanel plcsim RUNTIME COMPONENT tools)
   # How the installed panel gets to the installed driver, wherever both are moved.
   file(RELATIVE_PATH libraries_from_programs "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
-  set_source_files_properties("${PROJECT_SOURCE_DIR}/panel/driver_path.cpp" TARGET_DIRECTORY plcpanel_commands
+  set_source_files_properties("${PROJECT_SOURCE_DIR}/runtime/host/driver_path.cpp" TARGET_DIRECTORY runtime_host
     PROPERTIES COMPILE_DEFINITIONS
     "PANEL_INSTALLED_DRIVER=\"${libraries_from_programs}/libplcdriver.so.${PROJECT_VERSION_MAJOR}\"")
   file(GLOB manuals CONFIGURE_DEPENDS docs/man/*.1)

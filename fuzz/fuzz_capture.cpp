@@ -2,28 +2,28 @@
 //
 // Input: a byte that says how to read it, then the file.
 
+#include "capture/capture_reader.h"
+#include "capture/rebuilt_request.h"
 #include "fuzz/byte_source.h"
 #include "fuzz/check.h"
 #include "fuzz/fuzz_target.h"
 #include "fuzz/shown_text.h"
-#include "panel/capture_reader.h"
-#include "panel/frame_fields.h"
-#include "panel/rebuilt_request.h"
+#include "runtime/modbus/frame_fields.h"
 
 namespace
 {
 
 using fuzz::check;
 using fuzz::isPrintable;
-using panel::CaptureEnd;
-using panel::CaptureEntry;
+using plc::CaptureEnd;
+using plc::CaptureEntry;
 
 const int remoteFrames = 1;
 const int soonEnough = 2; // the sink wants no more after a few entries
 const int fewEntries = 3;
 
 // What a replay hands to the driver without another look.
-void checkRebuilt(const std::optional<panel::RebuiltRequest>& rebuilt)
+void checkRebuilt(const std::optional<plc::RebuiltRequest>& rebuilt)
 {
     if (!rebuilt)
         return;
@@ -33,13 +33,13 @@ void checkRebuilt(const std::optional<panel::RebuiltRequest>& rebuilt)
     check(rebuilt->isWrite || request.data.isEmpty(), "only a rebuilt write carries values");
 }
 
-void checkModbusRebuilt(const std::optional<panel::RebuiltRequest>& rebuilt)
+void checkModbusRebuilt(const std::optional<plc::RebuiltRequest>& rebuilt)
 {
     checkRebuilt(rebuilt);
     if (!rebuilt)
         return;
     const RW_VAR& request = rebuilt->request;
-    check(request.count >= 1 && request.address >= 0 && request.address < panel::areaSize(request.area),
+    check(request.count >= 1 && request.address >= 0 && request.address < plc::areaSize(request.area),
           "a rebuilt request asks for elements that its area has");
 }
 
@@ -62,7 +62,7 @@ public:
         check(entry.bytes.isEmpty() != hasBytes(entry.kind), "frames have bytes, events have none");
         m_position = entry.position;
         checkModbusRebuilt(m_rebuilder.rebuild(entry.bytes));
-        checkRebuilt(panel::rebuildRemote(entry.bytes));
+        checkRebuilt(plc::rebuildRemote(entry.bytes));
         m_refused = ++m_entries == m_most;
         return !m_refused;
     }
@@ -70,7 +70,7 @@ public:
 private:
     const qint64 m_size;
     const int m_most;
-    const panel::RequestRebuilder m_rebuilder;
+    const plc::RequestRebuilder m_rebuilder;
     qint64 m_position = 0;
     int m_entries = 0;
     bool m_refused = false;
@@ -86,8 +86,8 @@ void checkEnd(const CaptureEnd& end)
     check(end.error.isEmpty() || says, "an error says where it is");
     for (const QString& note : end.notes)
         check(isPrintable(note), "a note holds nothing that a terminal would act upon");
-    check(!end.settings || panel::settingsError([&] {
-                               panel::Settings complete = *end.settings;
+    check(!end.settings || plc::settingsError([&] {
+                               plc::Settings complete = *end.settings;
                                complete.driverPath = QStringLiteral("any");
                                return complete;
                            }())
@@ -101,12 +101,11 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     fuzz::ByteSource source(data, size);
     const int how = source.byte();
-    panel::PcapReading reading;
-    reading.format = (how & remoteFrames) != 0 ? panel::FrameFormat::Remote : panel::FrameFormat::ModbusTcp;
+    plc::PcapReading reading;
+    reading.format = (how & remoteFrames) != 0 ? plc::FrameFormat::Remote : plc::FrameFormat::ModbusTcp;
     const std::string text = source.text(source.size());
     const QByteArray bytes(text.data(), static_cast<int>(text.size()));
     Sink sink(bytes.size(), (how & soonEnough) != 0 ? fewEntries : 0);
-    checkEnd(
-        panel::parseCapture(bytes, reading, [&](const CaptureEntry& entry) { return sink.take(entry); }));
+    checkEnd(plc::parseCapture(bytes, reading, [&](const CaptureEntry& entry) { return sink.take(entry); }));
     return 0;
 }

@@ -7,11 +7,11 @@
 #include "fuzz/byte_source.h"
 #include "fuzz/check.h"
 #include "fuzz/fuzz_target.h"
-#include "panel/frame_fields.h"
-#include "panel/remote_fields.h"
-#include "panel/remote_matcher.h"
-#include "panel/reply_assembler.h"
-#include "panel/reply_matcher.h"
+#include "runtime/link/remote_matcher.h"
+#include "runtime/link/reply_assembler.h"
+#include "runtime/link/reply_matcher.h"
+#include "runtime/modbus/frame_fields.h"
+#include "runtime/modbus/remote_fields.h"
 
 #include <QList>
 
@@ -20,9 +20,9 @@ namespace
 
 using fuzz::ByteSource;
 using fuzz::check;
-using panel::byteAt;
-using panel::DropReason;
-using panel::wordAt;
+using plc::byteAt;
+using plc::DropReason;
+using plc::wordAt;
 
 const int unset = -1;
 
@@ -50,21 +50,21 @@ struct Asked {
 bool answersModbus(const QByteArray& reply, const Asked& asked)
 {
     return !asked.answered && !asked.sent.isEmpty() && reply.left(2) == asked.sent.left(2) &&
-           byteAt(reply, panel::unitOffset) == byteAt(asked.sent, panel::unitOffset) &&
-           (byteAt(reply, panel::functionOffset) & ~panel::exceptionFlag) ==
-               byteAt(asked.sent, panel::functionOffset);
+           byteAt(reply, plc::unitOffset) == byteAt(asked.sent, plc::unitOffset) &&
+           (byteAt(reply, plc::functionOffset) & ~plc::exceptionFlag) ==
+               byteAt(asked.sent, plc::functionOffset);
 }
 
 bool answersRemote(const QByteArray& reply, const Asked& asked)
 {
-    const bool isWrite = asked.sent.size() > panel::remoteReadSize;
+    const bool isWrite = asked.sent.size() > plc::remoteReadSize;
     return !asked.answered && !asked.sent.isEmpty() && reply.size() == asked.replySize &&
-           byteAt(reply, panel::unitOffset) == byteAt(asked.sent, panel::remoteStationOffset) &&
-           byteAt(reply, panel::remoteReplyAreaOffset) == wordAt(asked.sent, panel::remoteAreaOffset) &&
+           byteAt(reply, plc::unitOffset) == byteAt(asked.sent, plc::remoteStationOffset) &&
+           byteAt(reply, plc::remoteReplyAreaOffset) == wordAt(asked.sent, plc::remoteAreaOffset) &&
            (!isWrite ||
-            (wordAt(reply, panel::remoteReplyElementOffset) ==
-                 wordAt(asked.sent, panel::remoteElementOffset + 2) &&
-             wordAt(reply, panel::remoteReplyCountOffset) == wordAt(asked.sent, panel::remoteCountOffset)));
+            (wordAt(reply, plc::remoteReplyElementOffset) ==
+                 wordAt(asked.sent, plc::remoteElementOffset + 2) &&
+             wordAt(reply, plc::remoteReplyCountOffset) == wordAt(asked.sent, plc::remoteCountOffset)));
 }
 
 /// The receiving half of a link, with every step checked; the story is what came of each reply.
@@ -117,16 +117,16 @@ private:
         m_asked.sent = m_matcher.number(frame);
         check(m_asked.sent.mid(2) == frame.mid(2) && m_asked.sent.size() == frame.size(),
               "numbering changes nothing but the number");
-        check(wordAt(m_asked.sent, panel::numberOffset) != 0, "no request has number 0");
+        check(wordAt(m_asked.sent, plc::numberOffset) != 0, "no request has number 0");
     }
 
     // The header's length field alone says where a reply ends, and no byte is lost or made up.
     void checkWhole(const QByteArray& reply)
     {
-        const int length = wordAt(reply, panel::lengthOffset);
-        check(wordAt(reply, panel::protocolOffset) == 0 && length >= 2 && length <= 254,
+        const int length = wordAt(reply, plc::lengthOffset);
+        check(wordAt(reply, plc::protocolOffset) == 0 && length >= 2 && length <= 254,
               "a reply has a header that a reply can have");
-        check(reply.size() == panel::headerToLength + length, "a reply is as long as its header says");
+        check(reply.size() == plc::headerToLength + length, "a reply is as long as its header says");
         check(m_arrived.startsWith(reply), "replies are the bytes that came, in their order");
         m_arrived.remove(0, reply.size());
     }
@@ -136,10 +136,10 @@ private:
     {
         check(m_assembler.partial() == !m_arrived.isEmpty(),
               "bytes of an unfinished reply are known to wait");
-        if (m_assembler.outOfStep() || m_arrived.size() < panel::headerToLength)
+        if (m_assembler.outOfStep() || m_arrived.size() < plc::headerToLength)
             return;
-        const int length = wordAt(m_arrived, panel::lengthOffset);
-        check(m_arrived.size() < panel::headerToLength + length, "a whole reply does not wait");
+        const int length = wordAt(m_arrived, plc::lengthOffset);
+        check(m_arrived.size() < plc::headerToLength + length, "a whole reply does not wait");
     }
 
     void judge(const QByteArray& reply)
@@ -161,14 +161,14 @@ private:
     {
         QByteArray expected = reply;
         if (accepted && !m_remote)
-            panel::putWord(&expected, panel::numberOffset, 0);
+            plc::putWord(&expected, plc::numberOffset, 0);
         check(passedOn == expected, "matching changes nothing but the number of the matching reply");
     }
 
     const bool m_remote;
-    panel::ReplyAssembler m_assembler;
-    panel::ReplyMatcher m_matcher;
-    panel::RemoteMatcher m_remoteMatcher;
+    plc::ReplyAssembler m_assembler;
+    plc::ReplyMatcher m_matcher;
+    plc::RemoteMatcher m_remoteMatcher;
     Asked m_asked;
     QByteArray m_arrived; // and is not part of a whole reply yet
     QList<QByteArray> m_story;
@@ -194,13 +194,13 @@ QByteArray madeReply(ByteSource& source, const QByteArray& sent, bool remote)
     const int changed = source.byte();
     const char value = static_cast<char>(source.byte());
     QByteArray body = takeBytes(source, static_cast<std::size_t>(source.below(8)));
-    QByteArray reply(panel::pduDataOffset, '\0');
-    panel::putWord(&reply, panel::numberOffset, remote ? 0 : wordAt(sent, panel::numberOffset));
-    panel::putWord(&reply, panel::lengthOffset, 2 + body.size());
-    const int unit = remote ? panel::remoteStationOffset : panel::unitOffset;
-    const int function = remote ? panel::remoteAreaOffset + 1 : panel::functionOffset;
-    reply[panel::unitOffset] = static_cast<char>(byteAt(sent, unit));
-    reply[panel::functionOffset] = static_cast<char>(byteAt(sent, function));
+    QByteArray reply(plc::pduDataOffset, '\0');
+    plc::putWord(&reply, plc::numberOffset, remote ? 0 : wordAt(sent, plc::numberOffset));
+    plc::putWord(&reply, plc::lengthOffset, 2 + body.size());
+    const int unit = remote ? plc::remoteStationOffset : plc::unitOffset;
+    const int function = remote ? plc::remoteAreaOffset + 1 : plc::functionOffset;
+    reply[plc::unitOffset] = static_cast<char>(byteAt(sent, unit));
+    reply[plc::functionOffset] = static_cast<char>(byteAt(sent, function));
     reply += body;
     if (changed < reply.size())
         reply[changed] = value;

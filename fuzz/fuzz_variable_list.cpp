@@ -3,7 +3,7 @@
 #include "fuzz/check.h"
 #include "fuzz/fuzz_target.h"
 #include "fuzz/shown_text.h"
-#include "panel/variable_list.h"
+#include "runtime/model/variable_list.h"
 
 #include <QHash>
 
@@ -12,16 +12,16 @@ namespace
 
 using fuzz::check;
 using fuzz::isPrintable;
-using panel::ListedVariable;
-using panel::Variable;
-using panel::VariableList;
+using plc::ListedVariable;
+using plc::Variable;
+using plc::VariableList;
 
 const char header[] = "name,area,address,station,count,type";
 
 bool isInside(const Variable& elements)
 {
     return elements.area >= 0 && elements.area < 15 && elements.element >= 0 && elements.count >= 1 &&
-           elements.count <= panel::areaSize(elements.area) - elements.element && elements.station >= -1 &&
+           elements.count <= plc::areaSize(elements.area) - elements.element && elements.station >= -1 &&
            elements.station <= 255;
 }
 
@@ -32,7 +32,7 @@ void checkVariable(const ListedVariable& variable)
     check(!variable.name.isEmpty() && isPrintable(variable.name), "a name can be shown");
     check(variable.count >= 1 &&
               variable.elements.count ==
-                  panel::elementsOfType(variable.type, variable.elements.area, variable.count),
+                  plc::elementsOfType(variable.type, variable.elements.area, variable.count),
           "the elements are those that the values of the type take");
 }
 
@@ -75,8 +75,8 @@ QByteArray lineOf(const ListedVariable& variable)
     const Variable& elements = variable.elements;
     const QString station = elements.station < 0 ? QString() : QString::number(elements.station);
     return QStringList({quoted(variable.name), QString::number(elements.area),
-                        panel::addressText(elements.area, elements.element), station,
-                        QString::number(variable.count), panel::valueTypeWord(variable.type)})
+                        plc::addressText(elements.area, elements.element), station,
+                        QString::number(variable.count), plc::valueTypeWord(variable.type)})
         .join(QLatin1Char(','))
         .toUtf8();
 }
@@ -94,7 +94,7 @@ void checkWayBack(const VariableList& list)
     QByteArray csv = header;
     for (const ListedVariable& variable : list.variables)
         csv += '\n' + lineOf(variable);
-    const VariableList again = panel::parseVariableList(csv);
+    const VariableList again = plc::parseVariableList(csv);
     check(again.errors.isEmpty() && again.variables.size() == list.variables.size(),
           "what was understood can be written as a list without errors");
     for (std::size_t i = 0; i < list.variables.size(); ++i)
@@ -104,13 +104,13 @@ void checkWayBack(const VariableList& list)
 void checkCommandLine(const QString& text)
 {
     QString error;
-    const auto variable = panel::parseVariable(text, &error);
+    const auto variable = plc::parseVariable(text, &error);
     if (!variable) {
         check(!error.isEmpty(), "a refused variable comes with a reason");
         return;
     }
     check(isInside(*variable), "a variable of the command line lies inside its area");
-    const auto again = panel::parseVariable(panel::variableText(*variable), &error);
+    const auto again = plc::parseVariable(plc::variableText(*variable), &error);
     check(again && again->area == variable->area && again->element == variable->element &&
               again->count == variable->count && again->station == variable->station,
           "the text of a variable names that variable");
@@ -119,9 +119,9 @@ void checkCommandLine(const QString& text)
 void checkValues(int area, const QString& text)
 {
     QString error;
-    const auto values = panel::parseValues(area, text, &error);
+    const auto values = plc::parseValues(area, text, &error);
     if (values)
-        check(panel::valuesOfBytes(area, panel::bytesOfValues(area, *values)) == *values,
+        check(plc::valuesOfBytes(area, plc::bytesOfValues(area, *values)) == *values,
               "values pass through bytes unchanged");
     else
         check(!error.isEmpty(), "refused values come with a reason");
@@ -129,7 +129,7 @@ void checkValues(int area, const QString& text)
 
 void checkList(const QByteArray& csv, int lines)
 {
-    const VariableList list = panel::parseVariableList(csv);
+    const VariableList list = plc::parseVariableList(csv);
     for (const ListedVariable& variable : list.variables)
         checkVariable(variable);
     checkOrder(list, lines);
@@ -142,10 +142,10 @@ void checkPercentSigns(const QByteArray& csv)
 {
     if (!csv.contains('%') || csv.contains('$'))
         return;
-    const QStringList errors = panel::parseVariableList(csv).errors;
+    const QStringList errors = plc::parseVariableList(csv).errors;
     QByteArray other = csv;
     other.replace('%', '$');
-    const QStringList expected = panel::parseVariableList(other).errors;
+    const QStringList expected = plc::parseVariableList(other).errors;
     check(QString(errors.join(QLatin1Char('\n'))).replace(QLatin1Char('%'), QLatin1Char('$')) ==
               expected.join(QLatin1Char('\n')),
           "a percent sign is a character like any other");

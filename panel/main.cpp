@@ -1,15 +1,15 @@
 // plcpanel: the reference runtime as a program.
 
-#include "panel/check_command.h"
-#include "panel/command_line.h"
-#include "panel/demo_command.h"
-#include "panel/driver_path.h"
-#include "panel/exit_status.h"
-#include "panel/output.h"
-#include "panel/read_command.h"
-#include "panel/replay_command.h"
-#include "panel/watch_command.h"
-#include "panel/write_command.h"
+#include "panel/commands/check_command.h"
+#include "panel/commands/command_line.h"
+#include "panel/commands/demo_command.h"
+#include "panel/commands/exit_status.h"
+#include "panel/commands/read_command.h"
+#include "panel/commands/replay_command.h"
+#include "panel/commands/watch_command.h"
+#include "panel/commands/write_command.h"
+#include "panel/terminal/output.h"
+#include "runtime/host/driver_path.h"
 
 #include <QCoreApplication>
 
@@ -18,7 +18,7 @@
 namespace
 {
 
-using namespace panel;
+using namespace plc;
 
 ExitStatus run(Options options)
 {

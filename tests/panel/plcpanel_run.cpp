@@ -1,6 +1,6 @@
 #include "panel/plcpanel_run.h"
 
-#include "panel/application.h"
+#include "support/application.h"
 
 #include <QElapsedTimer>
 

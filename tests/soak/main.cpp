@@ -1,6 +1,6 @@
 // plcsoak: panels and misbehaving controllers, for a million requests.
 
-#include "panel/driver_path.h"
+#include "runtime/host/driver_path.h"
 #include "soak/pair.h"
 #include "soak/report.h"
 
@@ -167,8 +167,7 @@ int main(int argc, char* argv[])
     Options options = line.options;
     try {
         if (options.driverPath.isEmpty())
-            options.driverPath =
-                panel::findDriver(QFileInfo(QStringLiteral("/proc/self/exe")).canonicalPath());
+            options.driverPath = plc::findDriver(QFileInfo(QStringLiteral("/proc/self/exe")).canonicalPath());
         return soakAll(options);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "plcsoak: %s\n", error.what());

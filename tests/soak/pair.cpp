@@ -1,8 +1,8 @@
 #include "soak/pair.h"
 
-#include "panel/controller_values.h"
 #include "soak/memory_watch.h"
 #include "soak/users.h"
+#include "support/controller_values.h"
 
 #include <QThread>
 
@@ -43,9 +43,9 @@ std::vector<int> stationsOf(int number)
     return stations;
 }
 
-panel::Settings panelSettings(const Options& options, int number)
+plc::Settings panelSettings(const Options& options, int number)
 {
-    panel::Settings settings;
+    plc::Settings settings;
     settings.driverPath = options.driverPath;
     settings.multiStation = stationsOf(number).size() > 1;
     settings.remoteMode = options.remote;
@@ -86,7 +86,7 @@ private:
     Referee m_referee;
     simulator::SimulatedController m_controller;
     std::vector<int> m_cyclic;
-    std::unique_ptr<panel::Runtime> m_runtime;
+    std::unique_ptr<plc::Runtime> m_runtime;
     std::unique_ptr<Rig> m_rig;
     Watchdog m_watchdog;
     Watchdog::Watch& m_watch;
@@ -142,18 +142,18 @@ void Pair::startPanel()
 {
     for (const SoakVariable& variable : m_variables) {
         const std::vector<quint32> values = valuesOf(variable, 0);
-        const panel::Variable& where = variable.where;
+        const plc::Variable& where = variable.where;
         for (int index = 0; index < where.count; ++index)
             putIntoController(m_controller, where.area, where.element + index,
                               values[static_cast<std::size_t>(index)], where.station);
     }
     m_controller.start();
-    panel::Settings settings = panelSettings(m_options, m_number);
+    plc::Settings settings = panelSettings(m_options, m_number);
     settings.port = m_controller.port();
-    m_runtime = std::make_unique<panel::Runtime>(settings);
+    m_runtime = std::make_unique<plc::Runtime>(settings);
     for (const SoakVariable& variable : m_variables)
         m_cyclic.push_back(m_runtime->addCyclic(variable.where));
-    m_runtime->setObserver([this](const panel::ExchangeRecord& record) {
+    m_runtime->setObserver([this](const plc::ExchangeRecord& record) {
         m_panelWatch.end();
         m_referee.exchanged(record);
     });
@@ -223,8 +223,8 @@ void Pair::calmDown()
             QThread::msleep(pollMs);
         if (!isRight(index))
             m_complaints.add(QStringLiteral("%1 never gets right again without faults, it is %2")
-                                 .arg(panel::variableText(m_variables[index].where),
-                                      panel::valueStateWord(m_runtime->value(m_cyclic[index]).state)));
+                                 .arg(plc::variableText(m_variables[index].where),
+                                      plc::valueStateWord(m_runtime->value(m_cyclic[index]).state)));
     }
 }
 
@@ -232,15 +232,15 @@ void Pair::calmDown()
 bool Pair::isRight(std::size_t index)
 {
     const std::vector<quint32> last = valuesOf(m_variables[index], m_referee.lastConfirmed(index));
-    const panel::CyclicValue value = m_runtime->value(m_cyclic[index]);
-    return value.state == panel::ValueState::Fresh && value.values == last &&
+    const plc::CyclicValue value = m_runtime->value(m_cyclic[index]);
+    return value.state == plc::ValueState::Fresh && value.values == last &&
            valuesInController(m_controller, m_variables[index].where) == last;
 }
 
 /// Each outcome came once: a second one for a write would be counted by the panel alone.
 void Pair::compareCounts()
 {
-    const panel::Statistics statistics = m_runtime->statistics();
+    const plc::Statistics statistics = m_runtime->statistics();
     compareCount("writes confirmed", m_rig->writesConfirmed, statistics.writesConfirmed);
     compareCount("writes failed", m_rig->writesFailed, statistics.writesFailed);
     compareCount("writes waiting", 0, statistics.writesWaiting);
@@ -286,8 +286,8 @@ void Pair::judgeMemory()
 
 void Pair::fillIn()
 {
-    const panel::Statistics statistics = m_runtime->statistics();
-    const panel::LinkState link = m_runtime->linkState();
+    const plc::Statistics statistics = m_runtime->statistics();
+    const plc::LinkState link = m_runtime->linkState();
     for (std::size_t kind = 0; kind < simulator::faultKinds; ++kind)
         m_figures.faults[kind] =
             static_cast<long>(m_controller.injected(static_cast<simulator::Fault>(kind)));
@@ -313,7 +313,7 @@ QString Pair::state()
 {
     if (m_runtime == nullptr)
         return QStringLiteral("the panel was not made");
-    const panel::LinkState link = m_runtime->linkState();
+    const plc::LinkState link = m_runtime->linkState();
     QString words = QStringLiteral("%1 requests received, the link is %2, last error '%3'")
                         .arg(m_controller.requests())
                         .arg(QLatin1String(link.connected ? "up" : "down"), link.lastError);

@@ -1,7 +1,7 @@
 #include "soak/referee.h"
 
-#include "panel/area_guide.h"
-#include "panel/return_code_words.h"
+#include "runtime/modbus/return_code_words.h"
+#include "runtime/model/area_guide.h"
 
 #include <QStringList>
 
@@ -13,16 +13,16 @@ namespace
 
 const std::size_t framesToPrint = 12;
 
-Address addressOf(const panel::Variable& where)
+Address addressOf(const plc::Variable& where)
 {
-    return {where.station, panel::liesInCoils(where.area), panel::modbusAddress(where.area, where.element)};
+    return {where.station, plc::liesInCoils(where.area), plc::modbusAddress(where.area, where.element)};
 }
 
 /// \return the value of each element; a double word takes two registers, its low half first
-std::vector<quint32> valuesIn(const WriteFrame& frame, const panel::Variable& where)
+std::vector<quint32> valuesIn(const WriteFrame& frame, const plc::Variable& where)
 {
     std::vector<quint32> values;
-    const std::size_t step = panel::kindOf(where.area) == panel::ElementKind::DoubleWord ? 2 : 1;
+    const std::size_t step = plc::kindOf(where.area) == plc::ElementKind::DoubleWord ? 2 : 1;
     for (std::size_t at = 0; at + step <= frame.content.size(); at += step) {
         const auto low = static_cast<quint32>(frame.content[at]);
         values.push_back(step == 1 ? low : low | static_cast<quint32>(frame.content[at + 1]) << 16);
@@ -51,20 +51,20 @@ QLatin1String nameOf(simulator::Fault fault)
 }
 
 /// Only these words tell a write that was never sent from one that may have been carried out.
-bool saysUnsent(const panel::WriteOutcome& outcome)
+bool saysUnsent(const plc::WriteOutcome& outcome)
 {
     return outcome.reason.startsWith(QLatin1String("given up unsent")) ||
            outcome.reason.startsWith(QLatin1String("replaced by a newer write"));
 }
 
-WriteEnd endOf(const panel::WriteOutcome& outcome)
+WriteEnd endOf(const plc::WriteOutcome& outcome)
 {
     if (outcome.confirmed)
         return WriteEnd::Confirmed;
     return saysUnsent(outcome) ? WriteEnd::Unsent : WriteEnd::Failed;
 }
 
-bool isConsistent(const panel::WriteOutcome& outcome)
+bool isConsistent(const plc::WriteOutcome& outcome)
 {
     return outcome.confirmed == (outcome.requestsConfirmed == outcome.requests) &&
            outcome.confirmed == outcome.reason.isEmpty() && outcome.requests > 0;
@@ -96,7 +96,7 @@ quint32 Referee::issue(std::size_t index)
     return m_histories[index].issue();
 }
 
-void Referee::ended(std::size_t index, quint32 serial, const panel::WriteOutcome& outcome)
+void Referee::ended(std::size_t index, quint32 serial, const plc::WriteOutcome& outcome)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (!isConsistent(outcome))
@@ -166,9 +166,9 @@ std::size_t Referee::variableAt(const Address& address) const
     return found == m_places.end() ? nothing : found->second;
 }
 
-void Referee::exchanged(const panel::ExchangeRecord& record)
+void Referee::exchanged(const plc::ExchangeRecord& record)
 {
-    if (!panel::isSuccess(record.result))
+    if (!plc::isSuccess(record.result))
         return;
     const std::optional<WriteFrame> write = writeOf(bytesOf(record.frame), m_isRemote);
     if (!write)
@@ -189,20 +189,20 @@ quint32 Referee::lastConfirmed(std::size_t index) const
 bool Referee::mayBeOld(const History& history, const std::vector<quint32>& values) const
 {
     const bool inParts =
-        m_isRemote && panel::kindOf(history.variable().where.area) == panel::ElementKind::DoubleWord;
+        m_isRemote && plc::kindOf(history.variable().where.area) == plc::ElementKind::DoubleWord;
     return inParts ? history.wereIssuedOneByOne(values) : history.wereIssued(values);
 }
 
-void Referee::shown(std::size_t index, quint32 confirmedBefore, const panel::CyclicValue& value)
+void Referee::shown(std::size_t index, quint32 confirmedBefore, const plc::CyclicValue& value)
 {
-    if (value.state == panel::ValueState::NeverRead)
+    if (value.state == plc::ValueState::NeverRead)
         return;
-    const bool isFresh = value.state == panel::ValueState::Fresh;
+    const bool isFresh = value.state == plc::ValueState::Fresh;
     const std::lock_guard<std::mutex> lock(m_mutex);
     const History& history = m_histories[index];
     if (isFresh ? !history.mayHaveHeld(confirmedBefore, value.values) : !mayBeOld(history, value.values))
         complainOfValues(index, value.values,
-                         QStringLiteral("shown as %1").arg(panel::valueStateWord(value.state)));
+                         QStringLiteral("shown as %1").arg(plc::valueStateWord(value.state)));
 }
 
 void Referee::read(std::size_t index, quint32 confirmedBefore, const std::vector<quint32>& values)
@@ -223,7 +223,7 @@ void Referee::complain(std::size_t index, const QString& what)
 {
     if (what.isEmpty())
         return;
-    const QString place = panel::variableText(m_histories[index].variable().where);
+    const QString place = plc::variableText(m_histories[index].variable().where);
     m_complaints.add(QStringLiteral("%1: %2").arg(place, what), lastFrames());
 }
 

@@ -3,9 +3,9 @@
 #ifndef SOAK_REFEREE_H
 #define SOAK_REFEREE_H
 
-#include "panel/cyclic_value.h"
-#include "panel/outcome.h"
-#include "panel/runtime.h"
+#include "runtime/cycle/runtime.h"
+#include "runtime/model/cyclic_value.h"
+#include "runtime/model/outcome.h"
 #include "simulator/simulated_controller.h"
 #include "soak/complaints.h"
 #include "soak/history.h"
@@ -31,19 +31,19 @@ public:
     quint32 issue(std::size_t index);
 
     /// The panel reported how the write ended.
-    void ended(std::size_t index, quint32 serial, const panel::WriteOutcome& outcome);
+    void ended(std::size_t index, quint32 serial, const plc::WriteOutcome& outcome);
 
     /// The controller received a request or decided on a reply. On its thread.
     void traced(const simulator::TraceEntry& entry);
 
     /// The panel has judged a reply. On its communication thread.
-    void exchanged(const panel::ExchangeRecord& record);
+    void exchanged(const plc::ExchangeRecord& record);
 
     /// To be asked before a value is looked at or read.
     quint32 lastConfirmed(std::size_t index) const;
 
     /// The panel shows this. \param confirmedBefore lastConfirmed() before it was asked
-    void shown(std::size_t index, quint32 confirmedBefore, const panel::CyclicValue& value);
+    void shown(std::size_t index, quint32 confirmedBefore, const plc::CyclicValue& value);
 
     /// A one-shot read gave this. \param confirmedBefore lastConfirmed() before it was asked for
     void read(std::size_t index, quint32 confirmedBefore, const std::vector<quint32>& values);

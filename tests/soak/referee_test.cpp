@@ -39,19 +39,19 @@ protected:
         return valuesOf(variables[index], serial)[0];
     }
 
-    panel::WriteOutcome confirmed() const
+    plc::WriteOutcome confirmed() const
     {
-        panel::WriteOutcome outcome;
+        plc::WriteOutcome outcome;
         outcome.confirmed = true;
         outcome.requests = 1;
         outcome.requestsConfirmed = 1;
         return outcome;
     }
 
-    panel::CyclicValue fresh(quint32 value) const
+    plc::CyclicValue fresh(quint32 value) const
     {
-        panel::CyclicValue shown;
-        shown.state = panel::ValueState::Fresh;
+        plc::CyclicValue shown;
+        shown.state = plc::ValueState::Fresh;
         shown.values = {value};
         return shown;
     }
@@ -105,7 +105,7 @@ TEST_F(RefereeTest, ComplainsOfAConfirmationOfWhatTheControllerRefused)
 TEST_F(RefereeTest, ComplainsOfAnEndThatContradictsItself)
 {
     const quint32 serial = referee.issue(0);
-    panel::WriteOutcome outcome = confirmed();
+    plc::WriteOutcome outcome = confirmed();
     outcome.confirmed = false;
     referee.ended(0, serial, outcome);
     EXPECT_EQ(complaints.count(), 1);

@@ -40,9 +40,9 @@ quint32 bitOf(quint32 tag, quint32 index, quint32 serial)
     return (mixed + serial) & 1u;
 }
 
-bool isLoneWord(const panel::Variable& where)
+bool isLoneWord(const plc::Variable& where)
 {
-    return panel::kindOf(where.area) == panel::ElementKind::Word && where.count == 1;
+    return plc::kindOf(where.area) == plc::ElementKind::Word && where.count == 1;
 }
 
 quint32 wordOf(const SoakVariable& variable, quint32 index, quint32 serial)
@@ -54,10 +54,10 @@ quint32 wordOf(const SoakVariable& variable, quint32 index, quint32 serial)
 
 quint32 valueOf(const SoakVariable& variable, quint32 index, quint32 serial)
 {
-    switch (panel::kindOf(variable.where.area)) {
-    case panel::ElementKind::Word:
+    switch (plc::kindOf(variable.where.area)) {
+    case plc::ElementKind::Word:
         return wordOf(variable, index, serial);
-    case panel::ElementKind::DoubleWord:
+    case plc::ElementKind::DoubleWord:
         return variable.tag << doubleWordTagShift | ((serial * 32u + index) & serialsOfDoubleWord);
     default:
         return bitOf(variable.tag, index, serial);
@@ -76,8 +76,8 @@ std::vector<quint32> valuesOf(const SoakVariable& variable, quint32 serial)
 
 bool namesItsWrites(const SoakVariable& variable)
 {
-    const panel::ElementKind kind = panel::kindOf(variable.where.area);
-    return kind == panel::ElementKind::Word || kind == panel::ElementKind::DoubleWord;
+    const plc::ElementKind kind = plc::kindOf(variable.where.area);
+    return kind == plc::ElementKind::Word || kind == plc::ElementKind::DoubleWord;
 }
 
 std::vector<SoakVariable> soakVariables(const std::vector<int>& stations)

@@ -3,7 +3,7 @@
 #ifndef SOAK_SOAK_VARIABLE_H
 #define SOAK_SOAK_VARIABLE_H
 
-#include "panel/variable.h"
+#include "runtime/model/variable.h"
 
 #include <vector>
 
@@ -11,8 +11,8 @@ namespace soak
 {
 
 struct SoakVariable {
-    panel::Variable where; ///< station filled in
-    quint32 tag = 0;       ///< no other variable of the run has it
+    plc::Variable where; ///< station filled in
+    quint32 tag = 0;     ///< no other variable of the run has it
     bool isWritten = false;
 };
 

@@ -1,6 +1,6 @@
 #include "soak/users.h"
 
-#include "panel/controller_values.h"
+#include "support/controller_values.h"
 
 #include <QThread>
 
@@ -18,7 +18,7 @@ const unsigned long readPauseMs = 2;
 const unsigned long lookPauseMs = 20;
 const int mostTurns = 5; // a busy machine may miss a time-out of its own
 
-std::vector<quint32> valuesOneByOne(simulator::SimulatedController& controller, const panel::Variable& where)
+std::vector<quint32> valuesOneByOne(simulator::SimulatedController& controller, const plc::Variable& where)
 {
     std::vector<quint32> values;
     for (int index = 0; index < where.count; ++index)
@@ -29,7 +29,7 @@ std::vector<quint32> valuesOneByOne(simulator::SimulatedController& controller, 
 } // namespace
 
 std::vector<quint32> valuesInController(simulator::SimulatedController& controller,
-                                        const panel::Variable& where)
+                                        const plc::Variable& where)
 {
     // Element by element, and what the panel has given up may still be carried out meanwhile.
     std::vector<quint32> values = valuesOneByOne(controller, where);
@@ -68,16 +68,16 @@ Writer::Sent Writer::write(std::size_t index)
 {
     const SoakVariable& variable = m_rig.variables[index];
     const quint32 serial = m_rig.referee.issue(index);
-    m_watch.begin(QStringLiteral("hands over a write to ") + panel::variableText(variable.where));
+    m_watch.begin(QStringLiteral("hands over a write to ") + plc::variableText(variable.where));
     return {index, serial, m_rig.runtime.write(variable.where, valuesOf(variable, serial))};
 }
 
-panel::WriteOutcome Writer::finish(const Sent& sent)
+plc::WriteOutcome Writer::finish(const Sent& sent)
 {
     m_watch.begin(QStringLiteral("waits for the end of write %1 to %2")
                       .arg(sent.serial)
-                      .arg(panel::variableText(m_rig.variables[sent.index].where)));
-    const panel::WriteOutcome outcome = sent.pending.get();
+                      .arg(plc::variableText(m_rig.variables[sent.index].where)));
+    const plc::WriteOutcome outcome = sent.pending.get();
     m_watch.end();
     m_rig.referee.ended(sent.index, sent.serial, outcome);
     ++(outcome.confirmed ? m_rig.writesConfirmed : m_rig.writesFailed);
@@ -110,10 +110,10 @@ void readUntilOver(Rig& rig, Watchdog::Watch& watch, unsigned seed)
     std::mt19937 random(seed);
     while (!rig.over) {
         const std::size_t index = random() % rig.variables.size();
-        const panel::Variable& where = rig.variables[index].where;
-        watch.begin(QStringLiteral("waits for the end of a read of ") + panel::variableText(where));
+        const plc::Variable& where = rig.variables[index].where;
+        watch.begin(QStringLiteral("waits for the end of a read of ") + plc::variableText(where));
         const quint32 confirmedBefore = rig.referee.lastConfirmed(index);
-        const panel::ReadOutcome outcome = rig.runtime.read(where).get();
+        const plc::ReadOutcome outcome = rig.runtime.read(where).get();
         watch.end();
         if (outcome.done)
             rig.referee.read(index, confirmedBefore, outcome.values);
@@ -128,10 +128,10 @@ void lookUntilOver(Rig& rig, Watchdog::Watch& watch)
         watch.begin(QStringLiteral("looks at the cyclic values"));
         for (std::size_t index = 0; index < rig.cyclic.size(); ++index) {
             const quint32 confirmedBefore = rig.referee.lastConfirmed(index);
-            const panel::CyclicValue value = rig.runtime.value(rig.cyclic[index]);
+            const plc::CyclicValue value = rig.runtime.value(rig.cyclic[index]);
             rig.referee.shown(index, confirmedBefore, value);
             ++rig.looks;
-            if (value.state == panel::ValueState::Fresh)
+            if (value.state == plc::ValueState::Fresh)
                 ++rig.freshLooks;
         }
         QThread::msleep(lookPauseMs);

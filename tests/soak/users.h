@@ -15,18 +15,18 @@ namespace soak
 
 /// What the threads share. Everything outlives them.
 struct Rig {
-    Rig(panel::Runtime& aRuntime, simulator::SimulatedController& aController, Referee& aReferee,
+    Rig(plc::Runtime& aRuntime, simulator::SimulatedController& aController, Referee& aReferee,
         const std::vector<SoakVariable>& someVariables, const std::vector<int>& someCyclic)
         : runtime(aRuntime), controller(aController), referee(aReferee), variables(someVariables),
           cyclic(someCyclic)
     {
     }
 
-    panel::Runtime& runtime;
+    plc::Runtime& runtime;
     simulator::SimulatedController& controller;
     Referee& referee;
     const std::vector<SoakVariable>& variables;
-    const std::vector<int>& cyclic; ///< index of each variable for panel::Runtime::value()
+    const std::vector<int>& cyclic; ///< index of each variable for plc::Runtime::value()
     std::atomic<bool> over{false};  ///< the threads end
     std::atomic<long> writesConfirmed{0};
     std::atomic<long> writesFailed{0};
@@ -38,7 +38,7 @@ struct Rig {
 
 /// \return what the controller's memory holds for a variable
 std::vector<quint32> valuesInController(simulator::SimulatedController& controller,
-                                        const panel::Variable& where);
+                                        const plc::Variable& where);
 
 /// Writes to variables that nobody else writes, a few at a time and some twice, waits for the end of every
 /// write, and then compares with the controller's memory.
@@ -57,12 +57,12 @@ private:
     struct Sent {
         std::size_t index;
         quint32 serial;
-        panel::Pending<panel::WriteOutcome> pending;
+        plc::Pending<plc::WriteOutcome> pending;
     };
 
     void writeSome();
     Sent write(std::size_t index);
-    panel::WriteOutcome finish(const Sent& sent);
+    plc::WriteOutcome finish(const Sent& sent);
     void compare(std::size_t index);
     bool confirm(std::size_t index);
     std::size_t below(std::size_t limit) { return m_random() % limit; }

@@ -1,7 +1,7 @@
 #include "soak/write_frame.h"
 
-#include "panel/area_guide.h"
-#include "panel/variable.h"
+#include "runtime/model/area_guide.h"
+#include "runtime/model/variable.h"
 #include "simulator/remote_frame.h"
 
 namespace soak
@@ -45,9 +45,9 @@ std::optional<WriteFrame> writeOfRemote(const Bytes& frame)
     if (request.isRead)
         return std::nullopt;
     WriteFrame write;
-    write.first = {request.station, panel::liesInCoils(request.area),
-                   panel::modbusAddress(request.area, request.element)};
-    if (panel::bytesOfElement(request.area) == 1) {
+    write.first = {request.station, plc::liesInCoils(request.area),
+                   plc::modbusAddress(request.area, request.element)};
+    if (plc::bytesOfElement(request.area) == 1) {
         write.content = {frame[simulator::remoteValueOffset]};
         return write;
     }

@@ -1,0 +1,147 @@
+#include "capture/json_capture.h"
+
+#include "runtime/modbus/frame_fields.h"
+#include "runtime/modbus/frame_words.h"
+#include "runtime/modbus/remote_words.h"
+#include "runtime/model/value_text.h"
+
+namespace plc
+{
+
+namespace
+{
+
+const int writtenVersion = 1;
+const std::size_t mostRequestsKept = 16;
+
+QJsonObject frameObject(const char* direction, const QByteArray& bytes, const QString& words)
+{
+    return {{QStringLiteral("direction"), QLatin1String(direction)},
+            {QStringLiteral("hex"), hexText(bytes)},
+            {QStringLiteral("words"), words}};
+}
+
+QString endText(const LinkEnd& end)
+{
+    const bool hasColons = end.address.contains(QLatin1Char(':'));
+    return (hasColons ? QStringLiteral("[%1]:%2") : QStringLiteral("%1:%2"))
+        .arg(end.address, QString::number(end.port));
+}
+
+QJsonObject headerOf(const Settings& settings)
+{
+    return {{QStringLiteral("capture"), QStringLiteral("plcpanel")},
+            {QStringLiteral("version"), writtenVersion},
+            {QStringLiteral("controller"), endText({settings.host, settings.port})},
+            {QStringLiteral("remote"), settings.remoteMode},
+            {QStringLiteral("station"), settings.station},
+            {QStringLiteral("multiStation"), settings.multiStation},
+            {QStringLiteral("timeoutMs"), settings.timeoutMs},
+            {QStringLiteral("retries"), settings.retryLimit},
+            {QStringLiteral("maxBlock"), settings.maxBlockCount}};
+}
+
+} // namespace
+
+JsonCapture::JsonCapture(std::unique_ptr<CaptureFile> file, const Settings& settings, CaptureClock clock)
+    : m_file(std::move(file)), m_remote(settings.remoteMode), m_clock(std::move(clock))
+{
+    line(headerOf(settings));
+}
+
+JsonCapture::~JsonCapture()
+{
+    rest();
+}
+
+void JsonCapture::line(QJsonObject object)
+{
+    object.insert(QStringLiteral("time"), captureTimeText(m_clock()));
+    m_file->write(jsonLine(object).toUtf8() + '\n');
+}
+
+void JsonCapture::event(const char* what, QJsonObject object)
+{
+    object.insert(QStringLiteral("event"), QLatin1String(what));
+    line(object);
+}
+
+void JsonCapture::opened(const LinkEnd& panel, const LinkEnd& controller)
+{
+    m_assembler.reset();
+    m_requests.clear();
+    event("connected",
+          {{QStringLiteral("panel"), endText(panel)}, {QStringLiteral("controller"), endText(controller)}});
+}
+
+void JsonCapture::closed(const QString& why)
+{
+    rest();
+    event("closed", {{QStringLiteral("why"), why}});
+}
+
+void JsonCapture::sent(const QByteArray& frame)
+{
+    m_lastRequest = frame;
+    if (m_requests.size() >= mostRequestsKept)
+        m_requests.clear();
+    m_requests[wordAt(frame, numberOffset)] = frame;
+    line(frameObject("request", frame, requestMeaning(frame)));
+}
+
+QString JsonCapture::requestMeaning(const QByteArray& frame) const
+{
+    return m_remote ? remoteRequestWords(frame) : requestWords(frame);
+}
+
+void JsonCapture::notSent(const QByteArray& frame, const QString& why)
+{
+    event("not sent", {{QStringLiteral("hex"), hexText(frame)},
+                       {QStringLiteral("words"), requestMeaning(frame)},
+                       {QStringLiteral("why"), why}});
+}
+
+void JsonCapture::received(const QByteArray& bytes)
+{
+    m_assembler.append(bytes);
+    m_rest += bytes;
+    for (QByteArray whole = m_assembler.next(); !whole.isEmpty(); whole = m_assembler.next())
+        reply(whole);
+    if (m_assembler.outOfStep())
+        rest();
+}
+
+void JsonCapture::reply(const QByteArray& bytes)
+{
+    m_rest.remove(0, bytes.size());
+    line(frameObject("reply", bytes, replyMeaning(bytes)));
+}
+
+/// A late reply is explained by the request that it answers, if that is known.
+QString JsonCapture::replyMeaning(const QByteArray& bytes) const
+{
+    if (m_remote)
+        return remoteReplyWords(m_lastRequest, bytes);
+    const auto asked = m_requests.find(wordAt(bytes, numberOffset));
+    if (asked == m_requests.end())
+        return QStringLiteral("answers no request of this connection");
+    const QString words = replyWords(asked->second, bytes);
+    return asked->second == m_lastRequest ? words : QStringLiteral("to an earlier request: ") + words;
+}
+
+void JsonCapture::rest()
+{
+    if (m_rest.isEmpty())
+        return;
+    QJsonObject object = frameObject("reply", m_rest, QStringLiteral("no whole reply"));
+    object.insert(QStringLiteral("whole"), false);
+    line(object);
+    m_rest.clear();
+}
+
+void JsonCapture::timedOut()
+{
+    event("no reply in time");
+}
+
+} // namespace plc

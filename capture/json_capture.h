@@ -1,0 +1,60 @@
+/// \file
+/// \brief A capture as lines of JSON, for people and scripts.
+///
+/// The first line says what was captured how: "capture", "version", "controller", "remote", and the settings
+/// that a replay needs. Each further line has its "time" and
+///  - "direction" ("request" or "reply"), "hex" and "words" for a frame; bytes that make up no frame have
+///  "whole"
+///    with the value false as well;
+///  - or "event": "connected" with "panel" and "controller", "closed" with "why", "no reply in time", or
+///    "not sent" with "hex", "words" and "why".
+#ifndef CAPTURE_JSON_CAPTURE_H
+#define CAPTURE_JSON_CAPTURE_H
+
+#include "capture/capture_clock.h"
+#include "capture/capture_file.h"
+#include "runtime/link/link_tap.h"
+#include "runtime/link/reply_assembler.h"
+#include "runtime/model/settings.h"
+
+#include <QJsonObject>
+
+#include <map>
+
+namespace plc
+{
+
+/// Puts replies together again, however they arrived, so that each has a line of its own.
+class JsonCapture : public LinkTap
+{
+public:
+    JsonCapture(std::unique_ptr<CaptureFile> file, const Settings& settings, CaptureClock clock);
+    ~JsonCapture() override; ///< writes what is left of a reply
+
+    void opened(const LinkEnd& panel, const LinkEnd& controller) override;
+    void closed(const QString& why) override;
+    void sent(const QByteArray& frame) override;
+    void notSent(const QByteArray& frame, const QString& why) override;
+    void received(const QByteArray& bytes) override;
+    void timedOut() override;
+
+private:
+    void line(QJsonObject object);
+    void event(const char* what, QJsonObject object = {});
+    void reply(const QByteArray& bytes);
+    void rest();
+    QString requestMeaning(const QByteArray& frame) const;
+    QString replyMeaning(const QByteArray& bytes) const;
+
+    const std::unique_ptr<CaptureFile> m_file;
+    const bool m_remote;
+    const CaptureClock m_clock;
+    ReplyAssembler m_assembler;
+    QByteArray m_rest; // bytes that no whole reply was made of so far
+    QByteArray m_lastRequest;
+    std::map<int, QByteArray> m_requests; // the last ones, by number
+};
+
+} // namespace plc
+
+#endif

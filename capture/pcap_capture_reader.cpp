@@ -1,0 +1,274 @@
+#include "capture/pcap_capture_reader.h"
+
+#include "capture/pcap_file.h"
+#include "capture/tcp_segment.h"
+#include "capture/tcp_stream.h"
+#include "runtime/link/reply_assembler.h"
+#include "runtime/modbus/frame_fields.h"
+#include "runtime/modbus/remote_fields.h"
+
+#include <map>
+#include <numeric>
+#include <set>
+#include <tuple>
+
+namespace plc
+{
+
+namespace
+{
+
+const std::size_t mostConnections = 1000; // that are followed at a time
+const std::size_t mostPortsTold = 8;
+const int longestRemoteRequest = remoteReadSize + 4 * 65535;
+const qint64 microsecondsOfMillisecond = 1000;
+
+/// Cuts the bytes to the controller into frames. Remote ones name their size modulo 256 only: a frame is over
+/// where size and sum fit at the end of what was sent at once.
+class RequestCutter
+{
+public:
+    explicit RequestCutter(FrameFormat format) : m_format(format) {}
+
+    void append(const QByteArray& bytes)
+    {
+        if (m_format == FrameFormat::ModbusTcp)
+            m_assembler.append(bytes);
+        else if (m_remote.size() + bytes.size() <= longestRemoteRequest)
+            m_remote += bytes;
+        else
+            m_remote.clear();
+    }
+
+    QByteArray next()
+    {
+        if (m_format == FrameFormat::ModbusTcp)
+            return m_assembler.next();
+        const QByteArray frame = fits() ? m_remote : QByteArray();
+        m_remote.remove(0, frame.size());
+        return frame;
+    }
+
+    bool outOfStep() const { return m_assembler.outOfStep(); }
+
+    void reset()
+    {
+        m_assembler.reset();
+        m_remote.clear();
+    }
+
+private:
+    bool fits() const
+    {
+        if (m_remote.size() < remoteReadSize || (m_remote.size() & 0xFF) != byteAt(m_remote, 0))
+            return false;
+        const int sum = std::accumulate(m_remote.begin(), m_remote.end() - 1, 0);
+        return (sum & 0xFF) == byteAt(m_remote, m_remote.size() - 1);
+    }
+
+    const FrameFormat m_format;
+    ReplyAssembler m_assembler;
+    QByteArray m_remote;
+};
+
+struct Connection {
+    explicit Connection(FrameFormat format) : requests(format) {}
+
+    TcpStream toController;
+    TcpStream toPanel;
+    RequestCutter requests;
+    ReplyAssembler replies;
+};
+
+/// Both addresses and the panel's port.
+using ConnectionKey = std::tuple<QByteArray, QByteArray, int>;
+
+class PcapCaptureReader
+{
+public:
+    PcapCaptureReader(const QByteArray& bytes, const PcapReading& reading, const CaptureSink& sink)
+        : m_file(bytes), m_reading(reading), m_sink(sink)
+    {
+    }
+
+    CaptureEnd read()
+    {
+        if (m_file.error().isEmpty() && !isKnownLinkType(m_file.linkType()))
+            m_end.error =
+                QStringLiteral("byte 20: packets of link type %1; Ethernet, raw IP, Linux cooked and "
+                               "loopback can be read")
+                    .arg(m_file.linkType());
+        if (m_end.error.isEmpty())
+            readPackets();
+        if (m_end.error.isEmpty())
+            m_end.error = m_file.error();
+        if (m_file.isCut())
+            m_end.notes << QStringLiteral("its last packet was cut and is left out");
+        if (m_end.error.isEmpty() && !m_hasConnection)
+            m_end.error =
+                QStringLiteral("it holds no TCP to or from port %1%2; --port names the controller's")
+                    .arg(m_reading.controllerPort)
+                    .arg(portsText());
+        return m_end;
+    }
+
+private:
+    void readPackets()
+    {
+        while (m_goOn) {
+            const auto packet = m_file.next();
+            if (!packet)
+                return;
+            m_time = packet->microseconds;
+            m_position = packet->position;
+            const auto segment = tcpSegmentOf(m_file.linkType(), packet->bytes);
+            if (segment)
+                take(*segment);
+        }
+    }
+
+    QString portsText() const
+    {
+        QStringList ports;
+        for (const int port : m_otherPorts)
+            ports << QString::number(port);
+        return ports.isEmpty() ? QString()
+                               : QStringLiteral(" (but from ports %1)").arg(ports.join(QStringLiteral(", ")));
+    }
+
+    void take(const TcpSegment& segment)
+    {
+        const int port = m_reading.controllerPort;
+        if (segment.toPort == port)
+            toController(segment, keyOf(segment.from, segment.to, segment.fromPort));
+        else if (segment.fromPort == port)
+            toPanel(segment, keyOf(segment.to, segment.from, segment.toPort));
+        else if (m_otherPorts.size() < mostPortsTold)
+            m_otherPorts.insert(segment.fromPort);
+    }
+
+    /// Copies, because the segment only points into the file.
+    static ConnectionKey keyOf(const QByteArray& panel, const QByteArray& controller, int port)
+    {
+        return ConnectionKey(panel, controller, port);
+    }
+
+    void toController(const TcpSegment& segment, const ConnectionKey& key)
+    {
+        if (!segment.isFirst && segment.bytes.isEmpty() && m_connections.count(key) == 0)
+            return; // what follows the end of a connection
+        if (segment.isFirst)
+            m_connections.erase(key);
+        Connection& connection = connectionOf(key);
+        if (segment.isFirst)
+            connection.toController.begin(segment.sequence + 1);
+        const QByteArray bytes = connection.toController.add(segment.sequence, segment.bytes);
+        if (connection.toController.hasJumped())
+            connection.requests.reset(); // what came before the gap will not become whole
+        connection.requests.append(bytes);
+        for (QByteArray frame = connection.requests.next(); !frame.isEmpty();
+             frame = connection.requests.next())
+            request(frame);
+        noteIfOutOfStep(connection.requests.outOfStep());
+        if (segment.isLast)
+            end(key);
+    }
+
+    void toPanel(const TcpSegment& segment, const ConnectionKey& key)
+    {
+        if (segment.isFirst)
+            return connectionOf(key).toPanel.begin(segment.sequence + 1);
+        const bool isKnown = m_connections.count(key) != 0;
+        if (segment.bytes.isEmpty() && !isKnown)
+            return;
+        Connection& connection = connectionOf(key);
+        const QByteArray bytes = connection.toPanel.add(segment.sequence, segment.bytes);
+        if (connection.toPanel.hasJumped())
+            connection.replies.reset(); // what came before the gap will not become whole
+        connection.replies.append(bytes);
+        for (QByteArray frame = connection.replies.next(); !frame.isEmpty();
+             frame = connection.replies.next())
+            reply(frame);
+        noteIfOutOfStep(connection.replies.outOfStep());
+        if (segment.isLast)
+            end(key);
+    }
+
+    Connection& connectionOf(const ConnectionKey& key)
+    {
+        const auto known = m_connections.find(key);
+        if (known != m_connections.end())
+            return known->second;
+        if (m_connections.size() >= mostConnections)
+            m_connections.erase(m_connections.begin());
+        m_hasConnection = true;
+        emitEntry(CaptureEntry::Opened, {});
+        return m_connections.emplace(key, Connection(m_reading.format)).first->second;
+    }
+
+    void end(const ConnectionKey& key)
+    {
+        if (m_connections.erase(key) != 0)
+            emitEntry(CaptureEntry::Closed, {});
+    }
+
+    void noteIfOutOfStep(bool isOutOfStep)
+    {
+        if (!isOutOfStep || m_isOutOfStepNoted)
+            return;
+        m_isOutOfStepNoted = true;
+        m_end.notes << QStringLiteral(
+                           "byte %1: what goes over the connection is out of step or no Modbus; its rest "
+                           "is left out")
+                           .arg(m_position);
+    }
+
+    void request(const QByteArray& frame)
+    {
+        m_requestTime = m_time;
+        m_isWaiting = true;
+        emitEntry(CaptureEntry::Request, frame);
+    }
+
+    void reply(const QByteArray& frame)
+    {
+        if (m_isWaiting && m_time - m_requestTime > m_reading.timeoutMs * microsecondsOfMillisecond) {
+            m_isWaiting = false;
+            emitEntry(CaptureEntry::TimedOut, {});
+        }
+        emitEntry(CaptureEntry::Reply, frame);
+    }
+
+    void emitEntry(CaptureEntry::Kind kind, const QByteArray& bytes)
+    {
+        CaptureEntry entry;
+        entry.kind = kind;
+        entry.microseconds = m_time;
+        entry.bytes = bytes;
+        entry.position = m_position;
+        m_goOn = m_goOn && m_sink(entry);
+    }
+
+    PcapFile m_file;
+    const PcapReading m_reading;
+    const CaptureSink& m_sink;
+    CaptureEnd m_end;
+    std::map<ConnectionKey, Connection> m_connections;
+    std::set<int> m_otherPorts;
+    qint64 m_time = 0;
+    qint64 m_position = 0;
+    qint64 m_requestTime = 0;
+    bool m_isWaiting = false;
+    bool m_hasConnection = false;
+    bool m_isOutOfStepNoted = false;
+    bool m_goOn = true;
+};
+
+} // namespace
+
+CaptureEnd parsePcapCapture(const QByteArray& bytes, const PcapReading& reading, const CaptureSink& sink)
+{
+    return PcapCaptureReader(bytes, reading, sink).read();
+}
+
+} // namespace plc

@@ -1,0 +1,189 @@
+#include "capture/replay.h"
+
+#include "runtime/host/driver_settings.h"
+#include "runtime/modbus/failure_words.h"
+#include "runtime/modbus/frame_fields.h"
+#include "runtime/modbus/remote_fields.h"
+#include "runtime/modbus/return_code_words.h"
+
+namespace plc
+{
+
+namespace
+{
+
+RequestRebuilder rebuilderFor(const Settings& settings, const std::vector<Variable>& variables)
+{
+    BlockPlanner planner(settings);
+    return RequestRebuilder(variables, planner.blocks(variables, settings.maxBlockCount));
+}
+
+} // namespace
+
+Replay::Replay(const Settings& settings, const std::vector<Variable>& variables)
+    : m_settings(settings), m_rebuilder(rebuilderFor(settings, variables)), m_library(settings.driverPath),
+      m_calls(m_library.calls()), m_info(driverSettings(settings)), m_cyclic(settings)
+{
+    m_calls.SetComInfo(&m_info);
+    for (const Variable& variable : variables)
+        m_cyclic.add(variable);
+    m_cyclic.expect();
+}
+
+Replay::~Replay()
+{
+    m_calls.SetComInfo(nullptr);
+}
+
+std::optional<Variable> Replay::play(const CaptureEntry& entry)
+{
+    m_changed.reset();
+    if (entry.kind == CaptureEntry::Request)
+        request(entry.bytes);
+    else if (entry.kind == CaptureEntry::NotSent)
+        notSent(entry.bytes, entry.why);
+    else if (entry.kind == CaptureEntry::Reply)
+        reply(entry.bytes);
+    else if (entry.kind != CaptureEntry::Closed) // what was asked may have been given up with the program
+        noReply();
+    return m_changed;
+}
+
+CyclicValue Replay::value(std::size_t index) const
+{
+    return m_cyclic.value(static_cast<int>(index), m_calls);
+}
+
+void Replay::request(const QByteArray& frame)
+{
+    noReply(); // to the one before
+    if (!isServed(frame)) {
+        ++m_counts.otherStations;
+        return;
+    }
+    if (!isPending(frame)) {
+        abandon();
+        if (!queue(frame)) {
+            ++m_counts.notRebuilt;
+            return;
+        }
+    }
+    ++m_counts.requests;
+    m_matcher.expect(frame);
+    m_remoteMatcher.expect(frame, m_pending->replyLength);
+    m_isWaiting = true;
+    if (m_pending->replyLength == 0)
+        judge(QByteArray(), QString());
+}
+
+void Replay::notSent(const QByteArray& frame, const QString& why)
+{
+    request(frame);
+    if (m_isWaiting)
+        judge(QByteArray(), why);
+}
+
+bool Replay::isServed(const QByteArray& frame) const
+{
+    const int station = byteAt(frame, m_settings.remoteMode ? remoteStationOffset : unitOffset);
+    return m_settings.multiStation || station == 0 || station == m_settings.station;
+}
+
+/// A request that failed and was not given up is tried again.
+bool Replay::isPending(const QByteArray& frame) const
+{
+    return m_pending != nullptr && isSameFrame(m_pending->frame, frame);
+}
+
+bool Replay::isSameFrame(const QByteArray& built, const QByteArray& captured) const
+{
+    const int from = m_settings.remoteMode ? 0 : protocolOffset;
+    return built.size() == captured.size() && built.mid(from) == captured.mid(from);
+}
+
+/// \return false when the driver builds another frame, or none; then nothing is pending
+bool Replay::queue(const QByteArray& frame)
+{
+    auto rebuilt = m_settings.remoteMode ? rebuildRemote(frame) : m_rebuilder.rebuild(frame);
+    if (!rebuilt)
+        return false;
+    const int queueAsItIs = 1;
+    if (rebuilt->isWrite)
+        m_calls.AddListWriteVar(&rebuilt->request, queueAsItIs);
+    else
+        m_calls.AddListOnceReadVar(&rebuilt->request, queueAsItIs);
+    m_pending = m_calls.ComCommunication();
+    if (m_pending == nullptr) // once after five requests in a row the turn goes to cyclic reads
+        m_pending = m_calls.ComCommunication();
+    if (m_pending != nullptr && isSameFrame(m_pending->frame, frame))
+        return true;
+    discard();
+    return false;
+}
+
+/// Lets the driver give up what it cannot be asked for, which says nothing about any value.
+void Replay::discard()
+{
+    while (m_pending != nullptr && m_calls.DataCom(nullptr, 0)->result == PLC_RETRYING)
+        ;
+    m_pending = nullptr;
+}
+
+/// Nobody tried again what failed, so it was given up.
+void Replay::abandon()
+{
+    while (m_pending != nullptr) {
+        m_isWaiting = true;
+        noReply();
+    }
+}
+
+void Replay::reply(const QByteArray& bytes)
+{
+    QByteArray matching = bytes;
+    if (m_isWaiting && accept(&matching))
+        judge(matching, QString());
+    else
+        ++m_counts.dropped;
+}
+
+bool Replay::accept(QByteArray* bytes)
+{
+    DropReason reason = DropReason::Late;
+    return m_settings.remoteMode ? m_remoteMatcher.accept(*bytes, &reason) : m_matcher.accept(bytes, &reason);
+}
+
+void Replay::noReply()
+{
+    if (m_isWaiting)
+        judge(QByteArray(), QString());
+}
+
+/// \param why there was no reply; empty: not in time
+void Replay::judge(QByteArray reply, const QString& why)
+{
+    m_isWaiting = false;
+    const RW_VAR request = m_pending->var;
+    const int code = m_calls.DataCom(&reply, reply.size())->result;
+    if (code == PLC_RETRYING) {
+        ++m_counts.retried;
+        return;
+    }
+    m_pending = nullptr;
+    const bool isRead = request.accessFlag == 0;
+    m_changed = elementsOf({request, {}, 0});
+    if (!isRead)
+        m_changed->count = request.count;
+    if (isSuccess(code)) {
+        ++m_counts.good;
+        if (isRead)
+            m_cyclic.answered(request, Clock::now());
+        return;
+    }
+    ++m_counts.failed;
+    if (isRead)
+        m_cyclic.givenUp(request, code,
+                         why.isEmpty() ? failureWords(code, reply, m_settings.timeoutMs) : why);
+}
+
+} // namespace plc

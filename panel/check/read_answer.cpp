@@ -1,0 +1,36 @@
+#include "panel/check/read_answer.h"
+
+#include "runtime/cycle/runtime.h"
+#include "runtime/modbus/return_code_words.h"
+
+namespace plc
+{
+
+namespace
+{
+
+// Modbus exceptions that are not about the addresses: the controller is at work, or a gateway reaches it not.
+const int acknowledged = 5;
+const int busy = 6;
+const int gatewayCodes[] = {10, 11};
+
+bool isAboutTheRequest(int exception)
+{
+    return exception != acknowledged && exception != busy && exception != gatewayCodes[0] &&
+           exception != gatewayCodes[1];
+}
+
+} // namespace
+
+ReadAnswer answerOf(const ExchangeRecord& record, const QString& failure)
+{
+    if (!record.exchange.sent)
+        return {ReadAnswer::NotConnected, failure};
+    const int exception = exceptionCode(record.exchange.reply);
+    if (exception == 0 || !isAboutTheRequest(exception))
+        return {ReadAnswer::Unanswered, failure};
+    return {ReadAnswer::Refused,
+            QStringLiteral("exception %1, %2").arg(exception).arg(exceptionWords(exception))};
+}
+
+} // namespace plc

@@ -1,0 +1,31 @@
+/// \file
+/// \brief What an exchange says about the elements that it asked for.
+#ifndef PANEL_CHECK_READ_ANSWER_H
+#define PANEL_CHECK_READ_ANSWER_H
+
+#include <QString>
+
+namespace plc
+{
+
+struct ExchangeRecord;
+
+/// How a controller answered a read.
+struct ReadAnswer {
+    enum Kind {
+        Given,        ///< with the values
+        Refused,      ///< with an exception that is about what was asked for
+        Unanswered,   ///< not, or not usably: this says nothing about what was asked for
+        NotConnected, ///< it was not asked
+        Interrupted   ///< the user wants no more
+    };
+    Kind kind = Given;
+    QString words; ///< why, unless it was given
+};
+
+/// \return what an exchange, the last try of a read, says about the elements that were asked for
+ReadAnswer answerOf(const ExchangeRecord& record, const QString& failure);
+
+} // namespace plc
+
+#endif

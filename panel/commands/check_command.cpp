@@ -1,0 +1,241 @@
+#include "panel/commands/check_command.h"
+
+#include "panel/check/check_report.h"
+#include "panel/session/listeners.h"
+#include "panel/session/session.h"
+#include "panel/terminal/output.h"
+#include "panel/terminal/progress_line.h"
+#include "panel/terminal/terminal.h"
+#include "panel/terminal/watch_signals.h"
+#include "runtime/cycle/driver_blocks.h"
+#include "runtime/cycle/refresh_plan.h"
+#include "runtime/modbus/frame_fields.h"
+#include "runtime/modbus/return_code_words.h"
+#include "runtime/model/request_pieces.h"
+
+#include <mutex>
+
+namespace plc
+{
+
+namespace
+{
+
+const int betweenLooksMs = 10; // between two looks for an answer or a signal
+
+const int quantityField = 10; // of a read request
+const int readCoils = 1;
+const int mostCoils = 2000;
+const int mostRegistersAtOnce = 125;
+
+const int smallestBlockCount = 2;
+
+/// The variables as they are asked for, with what they are called.
+struct CheckedList {
+    std::vector<Variable> variables; // stations filled in
+    QStringList names;
+    std::vector<CheckedPart> parts;
+};
+
+CheckedList checkedList(const Options& options)
+{
+    CheckedList list;
+    for (const Variable& variable : options.variables) {
+        list.variables.push_back(withStation(variable, options.settings));
+        list.names << variableText(variable);
+    }
+    for (const ListedVariable& listed : options.listed) {
+        list.variables.push_back(withStation(listed.elements, options.settings));
+        list.names << QStringLiteral("%1 (%2, line %3)")
+                          .arg(listed.name, variableText(listed.elements), QString::number(listed.line));
+    }
+    const int maxBlockCount = options.settings.maxBlockCount;
+    const RefreshPlan plan = options.settings.remoteMode ? remoteRefreshPlan(list.variables, maxBlockCount)
+                                                         : refreshPlan(list.variables, maxBlockCount);
+    for (std::size_t variable = 0; variable < plan.parts.size(); ++variable) {
+        for (const ReadPiece& piece : plan.parts[variable])
+            list.parts.push_back({variable, piece.asked});
+    }
+    return list;
+}
+
+/// \return the blocks that read more than Modbus allows; remote frames have no such limit
+std::vector<LongBlock> longBlocks(const CheckedList& list, const std::vector<DriverBlock>& blocks)
+{
+    std::vector<LongBlock> tooLong;
+    for (const DriverBlock& block : blocks) {
+        LongBlock each;
+        each.elements = elementsOf(block);
+        each.quantity = wordAt(block.frame, quantityField);
+        each.allowed = byteAt(block.frame, functionOffset) == readCoils ? mostCoils : mostRegistersAtOnce;
+        for (const CheckedPart& part : partsIn(each.elements, list.parts))
+            each.variables.insert(part.variable);
+        if (each.quantity > each.allowed)
+            tooLong.push_back(each);
+    }
+    return tooLong;
+}
+
+/// Reads through the driver, one block at a time, and tells what came of the last try.
+class BlockReader
+{
+public:
+    BlockReader(const Options& options, ProgressLine* progress)
+        : m_options(options), m_progress(progress), m_session(settingsFor(options), listenersOf(options))
+    {
+        m_session.runtime().start();
+    }
+
+    bool neverConnected() const { return m_session.neverConnected(); }
+
+    /// Tries again where no usable answer came: a refusal is one.
+    ReadAnswer read(const Variable& elements)
+    {
+        ReadAnswer answer = tryToRead(elements);
+        for (int retry = 0; retry < m_options.settings.retryLimit && isWorthARetry(answer); ++retry)
+            answer = tryToRead(elements);
+        return answer;
+    }
+
+    void tell(const QString& text) { m_text = text; }
+
+private:
+    static bool isWorthARetry(const ReadAnswer& answer)
+    {
+        return answer.kind == ReadAnswer::Unanswered || answer.kind == ReadAnswer::NotConnected;
+    }
+
+    static Settings settingsFor(const Options& options)
+    {
+        Settings settings = options.settings;
+        settings.retryLimit = 0; // the driver would try refused blocks again as well
+        settings.stationPauseMs = 0;
+        return settings;
+    }
+
+    /// The last exchange is of interest besides what the user wants to see.
+    Listeners listenersOf(const Options& options)
+    {
+        Listeners listeners = listenersFor(options.trace, options.captureTo, options.settings);
+        listeners.exchanges = [this, trace = listeners.exchanges](const ExchangeRecord& record) {
+            if (trace)
+                trace(record);
+            std::lock_guard<std::mutex> lock(m_mutex);
+            m_last = record;
+        };
+        return listeners;
+    }
+
+    ReadAnswer tryToRead(const Variable& elements)
+    {
+        const Pending<ReadOutcome> pending = m_session.runtime().read(elements);
+        while (!pending.wait(betweenLooksMs)) {
+            m_progress->show(m_text);
+            if (WatchSignals::wait(0) == WatchSignals::End)
+                return {ReadAnswer::Interrupted, QStringLiteral("the check was ended before")};
+        }
+        m_session.settle();
+        const ReadOutcome outcome = pending.get();
+        if (outcome.done)
+            return {};
+        std::lock_guard<std::mutex> lock(m_mutex);
+        return answerOf(m_last, outcome.reason);
+    }
+
+    const Options& m_options;
+    ProgressLine* const m_progress;
+    QString m_text;
+    std::mutex m_mutex;
+    ExchangeRecord m_last = {};
+    Session m_session;
+};
+
+/// \return true when the controller was reached
+bool checkBlocks(const Options& options, const CheckedList& list, const std::vector<DriverBlock>& blocks,
+                 CheckReport* report)
+{
+    ProgressLine progress;
+    BlockReader reader(options, &progress);
+    ListCheck check([&reader](const Variable& elements) { return reader.read(elements); });
+    std::size_t number = 0;
+    for (const DriverBlock& block : blocks) {
+        reader.tell(QStringLiteral("checking block %1 of %2, %3 reads so far")
+                        .arg(++number)
+                        .arg(blocks.size())
+                        .arg(check.reads()));
+        const Variable elements = elementsOf(block);
+        check.check(elements, partsIn(elements, list.parts));
+    }
+    report->findings = check.findings();
+    report->reads = check.reads();
+    return !reader.neverConnected();
+}
+
+bool repeatsAny(const std::vector<Finding>& findings, const std::vector<DriverBlock>& blocks)
+{
+    for (const Finding& finding : findings) {
+        for (const DriverBlock& block : blocks) {
+            if (repeats(finding, elementsOf(block)))
+                return true;
+        }
+    }
+    return false;
+}
+
+/// \return the largest block size below the present one with which the driver makes no block again that was
+///         refused for its gap or its length
+std::optional<int> remedyFor(const Options& options, const CheckedList& list,
+                             const std::vector<Finding>& findings)
+{
+    BlockPlanner planner(options.settings);
+    for (int count = options.settings.maxBlockCount - 1; count >= smallestBlockCount; --count) {
+        if (!repeatsAny(findings, planner.blocks(list.variables, count)))
+            return count;
+    }
+    return std::nullopt;
+}
+
+ExitStatus statusOf(const CheckReport& report)
+{
+    if (isRefused(report))
+        return VariablesRefused;
+    return isIncomplete(report) ? ControllerFailed : AllGood;
+}
+
+void show(const Options& options, const CheckReport& report)
+{
+    print(options.format == ValueFormat::Json ? checkJson(report) : checkText(report, wantsColours()));
+}
+
+} // namespace
+
+ExitStatus runCheck(const Options& options)
+{
+    WatchSignals::block();
+    const CheckedList list = checkedList(options);
+    const int maxBlockCount = options.settings.maxBlockCount;
+    const std::vector<DriverBlock> blocks =
+        BlockPlanner(options.settings).blocks(list.variables, maxBlockCount);
+    CheckReport report;
+    report.names = list.names;
+    report.multiStation = options.settings.multiStation;
+    report.maxBlockCount = maxBlockCount;
+    report.blocks = blocks.size();
+    report.limit = blockRefusal(list.variables, maxBlockCount);
+    if (!report.limit.isEmpty()) {
+        if (!options.settings.remoteMode)
+            report.longBlocks = longBlocks(list, blocks);
+        show(options, report);
+        return LimitBroken;
+    }
+    const bool reached = checkBlocks(options, list, blocks, &report);
+    if (needsRemedy(report))
+        report.remedy = remedyFor(options, list, report.findings);
+    show(options, report);
+    if (reached)
+        return statusOf(report);
+    complainOfNoConnection(options.settings);
+    return ControllerNotReached;
+}
+
+} // namespace plc

@@ -1,0 +1,295 @@
+#include "panel/commands/command_help.h"
+
+#include "runtime/model/area_guide.h"
+
+namespace plc
+{
+
+namespace
+{
+
+enum CommandBit {
+    R = 1,
+    W = 2,
+    V = 4,
+    C = 8,
+    P = 16,
+    D = 32
+}; // read, write, watch (view), check, replay (play), demo
+const int allCommands = R | W | V | C | P | D;
+const int allWithLink = allCommands & ~P;
+
+struct OptionRow {
+    const char* name;
+    const char* value; ///< null: a switch
+    const char* help;
+    int commands;
+    int Settings::*setting; ///< what it sets, whose default the help names; null for others
+};
+
+// In the order of the help.
+const OptionRow optionRows[] = {
+    {"controller", "HOST[:PORT]",
+     "The controller's name or address, and its TCP port when that is not 502. Needed.", R | W | V | C,
+     nullptr},
+    {"station", "N",
+     "The station (Modbus unit) that the variables belong to, 0 to 255. Station 0 is a broadcast: it can be "
+     "written, and no controller confirms it.",
+     R | W | V | C | P, &Settings::station},
+    {"multi-station", nullptr,
+     "Several stations share the link: a variable names its own, AREA:ADDRESS@STATION, and --station is that "
+     "of the others. A station that does not answer is left alone for a while, so that the others need not "
+     "wait for it.",
+     R | W | V | C | P, nullptr},
+    {"vars", "FILE",
+     "Watch or check the variables of a list: CSV, its first line name,area,address,station,count,type, then "
+     "a "
+     "variable "
+     "a line. Types: bit, int16, uint16, int32, uint32, float32, hex, text. An empty station is that of the "
+     "option, an empty count 1; lines that begin with # are comments. Goes with AREA:ADDRESS as well.",
+     V | C | P, nullptr},
+    {"remote", nullptr,
+     "Speak remote frames instead of Modbus TCP; the controller must do so too, as plcsim --remote does.",
+     R | W | V | C | P, nullptr},
+    {"port", "N", "The controller's TCP port in the packets of a .pcap file.", P, &Settings::port},
+    {"hex", nullptr, "Print values in hexadecimal.", R | V | P, nullptr},
+    {"json", nullptr, "Print a JSON object per line.", R | V | C | P, nullptr},
+    {"once", nullptr, "Refresh every variable once, print the table and end.", V, nullptr},
+    {"stats", nullptr,
+     "Show below the table what a refresh of all variables costs: requests, frames, what was read for no "
+     "variable, retries and failures, how long replies took; of each station where there are several.",
+     V, nullptr},
+    {"interval", "MS", "Look at the values every so many milliseconds. Default 500.", V, nullptr},
+    {"timeout", "MS", "Wait so many milliseconds for a reply.", allCommands, &Settings::timeoutMs},
+    {"retries", "N", "Try a request again so many times before giving it up.", allCommands,
+     &Settings::retryLimit},
+    {"max-block", "N", "Words in one request at most, 2 to 125, and eight times as many bits.", allCommands,
+     &Settings::maxBlockCount},
+    {"driver", "PATH",
+     "The driver library; default is libplcdriver.so beside this program, one directory up, or where the "
+     "system looks for libraries.",
+     allCommands, nullptr},
+    {"trace", nullptr, "Print every frame and reply in hex, with its meaning, on standard error.",
+     allWithLink, nullptr},
+    {"capture", "FILE",
+     "Write everything that goes over the link to this file, with times. FILE.pcap is for programs that show "
+     "network traffic, FILE.jsonl for people and scripts: a JSON object a line. A file that is there is "
+     "replaced. plcpanel replay plays both.",
+     allWithLink, nullptr},
+};
+
+struct CommandRow {
+    Command command;
+    CommandBit bit;
+    const char* name;
+    const char* usage;
+    const char* summary;
+    const char* description;
+    const char* examples;
+};
+
+const CommandRow commandRows[] = {
+    {Command::Read, R, "read", "read AREA:ADDRESS[xCOUNT]...", "print values",
+     "Reads each variable from the controller and prints its values, a line per variable. COUNT is the "
+     "number\n"
+     "of elements from ADDRESS on.\n",
+     "  plcpanel read 9:100 --controller 192.168.0.10\n"
+     "  plcpanel read 9:100x10 0:17 8:10.3 14:200x2 --controller plc.example:1502 --hex\n"
+     "  plcpanel read 9:100x3 --controller 127.0.0.1:1502 --json\n"
+     "  plcpanel read 9:100@1 9:100@2 --multi-station --controller 127.0.0.1:1502\n"},
+    {Command::Write, W, "write", "write AREA:ADDRESS=VALUE[,VALUE...]...",
+     "write values and wait for confirmation",
+     "Writes each variable, one after the other, waits until the controller has confirmed it, and says for "
+     "each\n"
+     "what was confirmed or why not. Several values go to consecutive elements. A VALUE is decimal, "
+     "negative\n"
+     "decimal or 0x-hexadecimal: 0 or 1 for a bit, -32768 to 65535 for a word, -2147483648 to 4294967295 for "
+     "a\n"
+     "double word.\n",
+     "  plcpanel write 9:100=1234 --controller 192.168.0.10\n"
+     "  plcpanel write 9:100=1,2,0x3 8:10.3=1 14:200=-5 --controller 127.0.0.1:1502\n"},
+    {Command::Watch, V, "watch", "watch [AREA:ADDRESS[xCOUNT]...]", "show values live until Ctrl-C",
+     "Refreshes the variables until Ctrl-C. In a terminal a table is redrawn in place; elsewhere it is "
+     "printed\n"
+     "again when a value, a state or the link changes. A value that is not as the controller answered just "
+     "now\n"
+     "stands in parentheses, and its state says why. Several stations have a line each above the table.\n"
+     "\n"
+     "While it runs, o3 and Enter switch station 3 off, i3 and Enter switch it on, and q ends. Where "
+     "standard\n"
+     "input is no terminal the same is read from it, a line for each.\n",
+     "  plcpanel watch 9:100x4 0:17 14:200 --controller 192.168.0.10\n"
+     "  plcpanel watch 9:100 --controller 127.0.0.1:1502 --once\n"
+     "  plcpanel watch --vars examples/machine.csv --stats --controller 127.0.0.1:1502\n"
+     "  plcpanel watch 9:100x4 --controller 127.0.0.1:1502 --json >changes.txt\n"},
+    {Command::Check, C, "check", "check [AREA:ADDRESS[xCOUNT]...]", "find what the controller refuses",
+     "Before going live: reads each block that the driver makes of the variables once. Where the controller\n"
+     "refuses one, it is halved until the variables at fault are known, or the addresses between variables "
+     "that\n"
+     "the controller does not have. Blocks that would break a limit of Modbus are told as well. A reply "
+     "that\n"
+     "does not come is blamed on no variable.\n",
+     "  plcpanel check --vars examples/machine.csv --controller 192.168.0.10\n"
+     "  plcpanel check 9:100 9:180 --controller 127.0.0.1:1502 --json\n"},
+    {Command::Replay, P, "replay", "replay FILE [AREA:ADDRESS[xCOUNT]...]", "show the values of a capture",
+     "Plays a file that --capture wrote into the driver, without a controller, and shows the values that "
+     "its\n"
+     "variables have then; with --json a line for each change. Give the variables that were watched (--vars "
+     "and\n"
+     "--max-block too, as then), or none for those that the captured requests read. A .pcap file of other\n"
+     "programs will do: Ethernet, raw IP, Linux cooked or loopback packets. From such a file the settings "
+     "cannot\n"
+     "be seen: --station, --multi-station, --timeout, --retries and --remote are to be those of the panel.\n",
+     "  plcpanel replay report.jsonl\n"
+     "  plcpanel replay report.jsonl --vars examples/machine.csv --json\n"
+     "  plcpanel replay traffic.pcap 9:100x4 --port 1502\n"},
+    {Command::Demo, D, "demo", "demo", "try everything on a simulated controller",
+     "Starts a simulated controller on this machine, writes and reads every area that allows it, switches a\n"
+     "station off and on, lets the controller fall silent and come back, and compares every value with the\n"
+     "controller's memory. Needs no controller and no network.\n",
+     "  plcpanel demo\n"},
+};
+
+const CommandRow& rowOf(Command command)
+{
+    return commandRows[static_cast<int>(command)];
+}
+
+QString exitStatusText(std::optional<Command> command)
+{
+    const QString common =
+        QStringLiteral("Exit status:\n"
+                       "  0  everything asked for was done\n"
+                       "  1  something failed at the controller or on the link to it\n"
+                       "  2  nothing was tried: the command line is wrong, or the driver cannot be loaded\n");
+    if (!command)
+        return common + QStringLiteral("  3 and above are told by the help of the command that has them\n");
+    if (*command == Command::Replay)
+        return QStringLiteral(
+            "Exit status:\n"
+            "  0  every variable has a value that was answered last\n"
+            "  1  some were not read, or failed last\n"
+            "  2  nothing is shown: the command line or the file is wrong, or the driver cannot be loaded\n");
+    if (*command != Command::Check)
+        return common;
+    return QStringLiteral(
+        "Exit status:\n"
+        "  0  every variable can be read, in the blocks that the driver makes of them\n"
+        "  1  nothing was refused, but not everything was answered\n"
+        "  2  nothing was tried: the command line or the list is wrong, or the driver cannot be loaded\n"
+        "  3  the controller refuses variables, or addresses between variables\n"
+        "  4  the controller cannot be reached\n"
+        "  5  nothing was tried: blocks would break a limit of Modbus\n");
+}
+
+QString variablesText()
+{
+    return QStringLiteral(
+               "Variables are written AREA:ADDRESS, with xCOUNT behind it for several elements:\n") +
+           areaGuide() +
+           QStringLiteral(
+               "An area has 65535 elements (area 8: sixteen bits for each word). Octal digits are 0 to 7: "
+               "0:17 is the\nsixteenth bit of area 0. With --multi-station an @ and the station may follow: "
+               "9:100x4@3.\n");
+}
+
+/// The parser's own text from the heading of the options on, which wraps their explanations.
+QString optionsText(std::optional<Command> command)
+{
+    QCommandLineParser parser;
+    addOptions(&parser, command);
+    const QString text = parser.helpText();
+    return text.mid(text.indexOf(QLatin1String("Options:")));
+}
+
+QString paragraph(const char* heading, const char* lines)
+{
+    return QLatin1String(heading) + QLatin1String(lines) + QLatin1Char('\n');
+}
+
+QString commandHelp(const CommandRow& row)
+{
+    QString text = QStringLiteral("Usage: plcpanel %1 [OPTIONS]\n\n").arg(QLatin1String(row.usage)) +
+                   paragraph("", row.description);
+    if (row.command != Command::Demo)
+        text += variablesText() + QLatin1Char('\n');
+    return text + optionsText(row.command) + QLatin1Char('\n') + paragraph("Examples:\n", row.examples) +
+           exitStatusText(row.command);
+}
+
+QString commandList()
+{
+    QString text = QStringLiteral("Commands (\"plcpanel COMMAND --help\" tells more about each):\n");
+    for (const CommandRow& row : commandRows)
+        text +=
+            QStringLiteral("  %1 %2\n").arg(QLatin1String(row.usage), -40).arg(QLatin1String(row.summary));
+    return text + QLatin1Char('\n');
+}
+
+QString programHelp()
+{
+    QString text =
+        QStringLiteral("Usage: plcpanel COMMAND [VARIABLE...] [OPTIONS]\n\n"
+                       "Reads, writes and watches the memory of a controller over Modbus TCP, through "
+                       "the driver library.\n\n") +
+        commandList() + variablesText() + QLatin1Char('\n') + optionsText(std::nullopt) +
+        QStringLiteral("\nExamples:\n");
+    for (const CommandRow& row : commandRows)
+        text += QLatin1String(row.examples);
+    return text + QLatin1Char('\n') + exitStatusText(std::nullopt);
+}
+
+QCommandLineOption optionOf(const OptionRow& row)
+{
+    QString help = QLatin1String(row.help);
+    if (row.setting != nullptr)
+        help += QStringLiteral(" Default %1.").arg(Settings().*row.setting);
+    return {QLatin1String(row.name), help, QLatin1String(row.value)};
+}
+
+} // namespace
+
+QString nameOf(Command command)
+{
+    return QLatin1String(rowOf(command).name);
+}
+
+std::optional<Command> commandNamed(const QString& name)
+{
+    for (const CommandRow& row : commandRows) {
+        if (name == QLatin1String(row.name))
+            return row.command;
+    }
+    return std::nullopt;
+}
+
+void addOptions(QCommandLineParser* parser, std::optional<Command> command)
+{
+    const int wanted = command ? rowOf(*command).bit : allCommands;
+    for (const OptionRow& row : optionRows) {
+        if ((row.commands & wanted) != 0)
+            parser->addOption(optionOf(row));
+    }
+    parser->addOption({{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this text.")});
+    parser->addOption(
+        {{QStringLiteral("v"), QStringLiteral("version")}, QStringLiteral("Show the version.")});
+}
+
+QStringList commandsWith(const QString& option)
+{
+    QStringList names;
+    for (const OptionRow& row : optionRows) {
+        for (const CommandRow& command : commandRows) {
+            if (option == QLatin1String(row.name) && (row.commands & command.bit) != 0)
+                names << QLatin1String(command.name);
+        }
+    }
+    return names;
+}
+
+QString helpText(std::optional<Command> command)
+{
+    return command ? commandHelp(rowOf(*command)) : programHelp();
+}
+
+} // namespace plc

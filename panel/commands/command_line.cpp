@@ -1,0 +1,337 @@
+#include "panel/commands/command_line.h"
+
+#include "capture/capture.h"
+#include "capture/capture_reader.h"
+#include "panel/commands/command_help.h"
+#include "runtime/cycle/refresh_plan.h"
+
+#include <stdexcept>
+
+namespace plc
+{
+
+namespace
+{
+
+const int defaultPort = 502;
+
+[[noreturn]] void refuse(const QString& message)
+{
+    throw std::invalid_argument(message.toStdString());
+}
+
+/// \return the number that \a option is given; \a otherwise when it is not given
+int numberOf(const QCommandLineParser& parser, const char* option, int least, int most, int otherwise)
+{
+    const QString name = QLatin1String(option);
+    if (!parser.isSet(name))
+        return otherwise;
+    bool isNumber = false;
+    const int number = parser.value(name).toInt(&isNumber);
+    if (!isNumber || number < least || number > most)
+        refuse(QStringLiteral("--%1 %2: give a number from %3 to %4")
+                   .arg(name, parser.value(name))
+                   .arg(least)
+                   .arg(most));
+    return number;
+}
+
+/// Splits "HOST[:PORT]"; an address with colons of its own stands in brackets when a port follows.
+void setController(const QString& text, Settings* settings)
+{
+    const int bracket = text.indexOf(QLatin1Char(']'));
+    const bool manyColons = text.count(QLatin1Char(':')) > 1;
+    const int colon = text.indexOf(QLatin1Char(':'), bracket < 0 ? 0 : bracket);
+    const bool hasPort = colon >= 0 && (bracket >= 0 || !manyColons);
+    settings->host = hasPort ? text.left(colon) : text;
+    settings->host.remove(QLatin1Char('[')).remove(QLatin1Char(']'));
+    settings->port = defaultPort;
+    bool isNumber = true;
+    if (hasPort)
+        settings->port = text.mid(colon + 1).toInt(&isNumber);
+    if (settings->host.isEmpty() || !isNumber || settings->port < 1 || settings->port > 65535)
+        refuse(QStringLiteral(
+                   "--controller %1: give a name or address, and after a colon a port from 1 to 65535, for "
+                   "example 192.168.0.10:502")
+                   .arg(text));
+}
+
+QString replayedFile(const QCommandLineParser& parser)
+{
+    const QStringList words = parser.positionalArguments();
+    if (words.size() < 2)
+        refuse(QStringLiteral(
+            "no capture is given; plcpanel replay FILE [AREA:ADDRESS[xCOUNT]...] is expected"));
+    return words.at(1);
+}
+
+/// A capture may say what it was made with; what the user says goes before.
+Settings replayedSettings(const QCommandLineParser& parser)
+{
+    return capturedSettings(replayedFile(parser)).value_or(Settings());
+}
+
+Settings settingsOf(const QCommandLineParser& parser, Command command)
+{
+    Settings settings = command == Command::Replay ? replayedSettings(parser) : Settings();
+    settings.timeoutMs = numberOf(parser, "timeout", 1, 60000, settings.timeoutMs);
+    settings.retryLimit = numberOf(parser, "retries", 0, 1000, settings.retryLimit);
+    settings.maxBlockCount = numberOf(parser, "max-block", 2, 125, settings.maxBlockCount);
+    settings.driverPath = parser.value(QStringLiteral("driver"));
+    if (parser.isSet(QStringLiteral("driver")) && settings.driverPath.isEmpty())
+        refuse(QStringLiteral("--driver: give the path of libplcdriver.so"));
+    if (command == Command::Demo)
+        return settings;
+    settings.remoteMode = settings.remoteMode || parser.isSet(QStringLiteral("remote"));
+    settings.station = numberOf(parser, "station", 0, 255, settings.station);
+    settings.multiStation = settings.multiStation || parser.isSet(QStringLiteral("multi-station"));
+    if (command == Command::Replay) {
+        settings.port = numberOf(parser, "port", 1, 65535, settings.port);
+        return settings;
+    }
+    if (!parser.isSet(QStringLiteral("controller")))
+        refuse(QStringLiteral("--controller is missing; say which controller, for example --controller "
+                              "192.168.0.10:502"));
+    setController(parser.value(QStringLiteral("controller")), &settings);
+    return settings;
+}
+
+Variable variableOf(const QString& text)
+{
+    QString error;
+    const auto variable = parseVariable(text, &error);
+    if (!variable)
+        refuse(error);
+    return *variable;
+}
+
+Variable readableVariable(const QString& text, const Settings& settings)
+{
+    if (text.contains(QLatin1Char('=')))
+        refuse(QStringLiteral("%1: a value is given, but nothing is written here; plcpanel write does that")
+                   .arg(text));
+    const Variable variable = variableOf(text);
+    const QString words = readRefusal(withStation(variable, settings), settings);
+    if (!words.isEmpty())
+        refuse(QStringLiteral("%1: %2").arg(text, words));
+    return variable;
+}
+
+WriteTask writeTaskOf(const QString& text, const Settings& settings)
+{
+    const int sign = text.indexOf(QLatin1Char('='));
+    if (sign < 0)
+        refuse(
+            QStringLiteral("\"%1\" names no value; AREA:ADDRESS=VALUE[,VALUE...] is expected, e.g. 9:100=1,2")
+                .arg(text));
+    WriteTask task;
+    task.text = text;
+    task.variable = variableOf(text.left(sign));
+    QString error;
+    const auto values = parseValues(task.variable.area, text.mid(sign + 1), &error);
+    if (!values)
+        refuse(QStringLiteral("%1: %2").arg(text, error));
+    task.values = *values;
+    // A count may be given; then it must be that of the values.
+    if (!text.left(sign).contains(QLatin1Char('x')))
+        task.variable.count = static_cast<int>(values->size());
+    const QString words = writeRefusal(withStation(task.variable, settings), task.values, settings);
+    if (!words.isEmpty())
+        refuse(QStringLiteral("%1: %2").arg(text, words));
+    return task;
+}
+
+/// A list with one wrong line is not used at all.
+void refuseErrors(const QString& path, const QStringList& errors)
+{
+    if (errors.isEmpty())
+        return;
+    QString text = QStringLiteral("--vars %1: nothing is polled until this is put right:").arg(path);
+    for (const QString& error : errors)
+        text += QStringLiteral("\n%1: %2").arg(path, error);
+    refuse(text);
+}
+
+bool takesList(Command command)
+{
+    return command == Command::Watch || command == Command::Check || command == Command::Replay;
+}
+
+void setList(const QCommandLineParser& parser, Options* options)
+{
+    const QString option = QStringLiteral("vars");
+    if (!takesList(options->command) || !parser.isSet(option))
+        return;
+    if (options->format == ValueFormat::Hex)
+        refuse(
+            QStringLiteral("--hex and --vars exclude each other: in a list each variable has its own type, "
+                           "and one of them is hex"));
+    const QString path = parser.value(option);
+    const Settings& settings = options->settings;
+    const VariableList list = readVariableList(path, [&settings](const ListedVariable& variable) {
+        return readRefusal(withStation(variable.elements, settings), settings);
+    });
+    refuseErrors(path, list.errors);
+    if (list.variables.empty())
+        refuse(QStringLiteral("--vars %1: the list holds no variable; a line for each is expected below the "
+                              "first one, e.g. speed,9,100,,1,int16")
+                   .arg(path));
+    options->listed = list.variables;
+}
+
+QString expectedVariables(Command command)
+{
+    if (command == Command::Write)
+        return QStringLiteral("AREA:ADDRESS=VALUE[,VALUE...] is expected, e.g. 9:100=1,2");
+    const QString plain = QStringLiteral("AREA:ADDRESS[xCOUNT] is expected, e.g. 9:100x2");
+    return takesList(command) ? plain + QStringLiteral(", or a list of them: --vars FILE") : plain;
+}
+
+void setVariables(const QStringList& texts, Options* options)
+{
+    if (options->command == Command::Demo && !texts.isEmpty())
+        refuse(QStringLiteral("\"%1\" is one argument too many; the demo chooses its variables itself")
+                   .arg(texts.first()));
+    const bool choosesItself = options->command == Command::Demo || options->command == Command::Replay;
+    if (!choosesItself && texts.isEmpty() && options->listed.empty())
+        refuse(QStringLiteral("no variable is given; %1").arg(expectedVariables(options->command)));
+    for (const QString& text : texts) {
+        if (options->command == Command::Write)
+            options->writes.push_back(writeTaskOf(text, options->settings));
+        else
+            options->variables.push_back(readableVariable(text, options->settings));
+    }
+}
+
+/// A capture may say in which blocks its variables were read.
+bool isCaptured(const Options& options)
+{
+    return options.command == Command::Replay && capturedSettings(options.captureFile).has_value();
+}
+
+/// Chooses the longest requests that Modbus allows for the variables, or refuses a choice that breaks a
+/// limit.
+void setBlockCount(const QCommandLineParser& parser, Options* options)
+{
+    std::vector<Variable> variables = options->variables;
+    for (const ListedVariable& listed : options->listed)
+        variables.push_back(listed.elements);
+    if (!parser.isSet(QStringLiteral("max-block")) && !isCaptured(*options))
+        options->settings.maxBlockCount = blockCountFor(variables);
+    const QString words = blockRefusal(variables, options->settings.maxBlockCount);
+    const bool makesBlocks = options->command == Command::Watch || options->command == Command::Replay;
+    if (makesBlocks && !words.isEmpty())
+        refuse(QStringLiteral("--max-block %1: %2").arg(options->settings.maxBlockCount).arg(words));
+}
+
+ValueFormat formatOf(const QCommandLineParser& parser)
+{
+    const QString hexOption = QStringLiteral("hex");
+    const bool hex = parser.optionNames().contains(hexOption) && parser.isSet(hexOption);
+    const bool json = parser.isSet(QStringLiteral("json"));
+    if (hex && json)
+        refuse(QStringLiteral("--hex and --json exclude each other: JSON knows decimal numbers only"));
+    return json ? ValueFormat::Json : hex ? ValueFormat::Hex : ValueFormat::Decimal;
+}
+
+/// What is told of the link besides the values.
+void setLogs(const QCommandLineParser& parser, Options* options)
+{
+    options->trace = parser.isSet(QStringLiteral("trace"));
+    if (!parser.isSet(QStringLiteral("capture")))
+        return;
+    options->captureTo = parser.value(QStringLiteral("capture"));
+    const QString words = captureRefusal(options->captureTo);
+    if (!words.isEmpty())
+        refuse(QStringLiteral("--capture %1: %2").arg(options->captureTo, words));
+}
+
+Options optionsOf(const QCommandLineParser& parser, Command command)
+{
+    Options options;
+    options.command = command;
+    options.settings = settingsOf(parser, command);
+    if (command == Command::Replay)
+        options.captureFile = replayedFile(parser);
+    else
+        setLogs(parser, &options);
+    if (command != Command::Write && command != Command::Demo)
+        options.format = formatOf(parser);
+    if (command == Command::Watch) {
+        options.once = parser.isSet(QStringLiteral("once"));
+        options.statistics = parser.isSet(QStringLiteral("stats"));
+        options.intervalMs = numberOf(parser, "interval", 10, 3600000, options.intervalMs);
+    }
+    setList(parser, &options);
+    setVariables(parser.positionalArguments().mid(command == Command::Replay ? 2 : 1), &options);
+    setBlockCount(parser, &options);
+    return options;
+}
+
+CommandLine show(const QString& text)
+{
+    return {CommandLine::ShowText, {}, text};
+}
+
+CommandLine refusal(const QString& message, const QString& command)
+{
+    const QString help = command.isEmpty() ? QStringLiteral("plcpanel --help")
+                                           : QStringLiteral("plcpanel %1 --help").arg(command);
+    return {CommandLine::Refuse,
+            {},
+            QStringLiteral("%1\n%2 explains commands, variables and options.").arg(message, help)};
+}
+
+/// An option that only other commands take is told apart from one that there is not.
+QString parseError(const QCommandLineParser& parser, Command command)
+{
+    for (const QString& name : parser.unknownOptionNames()) {
+        const QStringList others = commandsWith(name);
+        if (!others.isEmpty())
+            return QStringLiteral("--%1 is no option of %2; it belongs to %3")
+                .arg(name, nameOf(command), others.join(QStringLiteral(" and ")));
+    }
+    return parser.errorText();
+}
+
+CommandLine parseCommand(Command command, const QStringList& arguments)
+{
+    QCommandLineParser parser;
+    addOptions(&parser, command);
+    if (!parser.parse(arguments))
+        return refusal(parseError(parser, command), nameOf(command));
+    if (parser.isSet(QStringLiteral("help")))
+        return show(helpText(command));
+    try {
+        return {CommandLine::Run, optionsOf(parser, command), {}};
+    } catch (const std::invalid_argument& error) {
+        return refusal(QString::fromStdString(error.what()), nameOf(command));
+    }
+}
+
+} // namespace
+
+CommandLine parseCommandLine(const QStringList& arguments)
+{
+    QCommandLineParser parser;
+    addOptions(&parser, std::nullopt);
+    if (!parser.parse(arguments))
+        return refusal(parser.errorText(), {});
+    if (parser.isSet(QStringLiteral("version")))
+        return show(QStringLiteral("plcpanel " PLCPANEL_VERSION "\n"));
+    const QStringList words = parser.positionalArguments();
+    if (words.isEmpty() && parser.isSet(QStringLiteral("help")))
+        return show(helpText(std::nullopt));
+    if (words.isEmpty())
+        return refusal(
+            QStringLiteral("no command is given; choose read, write, watch, check, replay or demo"), {});
+    const auto command = commandNamed(words.first());
+    if (!command)
+        return refusal(
+            QStringLiteral("\"%1\" is no command; choose read, write, watch, check, replay or demo")
+                .arg(words.first()),
+            {});
+    return parseCommand(*command, arguments);
+}
+
+} // namespace plc

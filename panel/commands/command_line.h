@@ -1,0 +1,56 @@
+/// \file
+/// \brief What a person types: commands, options and variables.
+#ifndef PANEL_COMMANDS_COMMAND_LINE_H
+#define PANEL_COMMANDS_COMMAND_LINE_H
+
+#include "runtime/model/settings.h"
+#include "runtime/model/value_text.h"
+#include "runtime/model/variable.h"
+#include "runtime/model/variable_list.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <vector>
+
+namespace plc
+{
+
+enum class Command { Read, Write, Watch, Check, Replay, Demo };
+
+/// One AREA:ADDRESS=VALUE[,VALUE...].
+struct WriteTask {
+    QString text;      ///< as it was typed
+    Variable variable; ///< as many elements as values
+    std::vector<quint32> values;
+};
+
+struct Options {
+    Command command = Command::Read;
+    Settings settings;                  ///< driverPath is empty when none is given
+    std::vector<Variable> variables;    ///< of read, watch and check, each of which can be read
+    std::vector<WriteTask> writes;      ///< of write, each of which can be written
+    std::vector<ListedVariable> listed; ///< of watch and check: those of the list, each of which can be read
+    ValueFormat format = ValueFormat::Decimal;
+    QString captureTo;   ///< where the link's bytes go; empty: nowhere
+    QString captureFile; ///< of replay: what is played
+    bool once = false;
+    bool trace = false;
+    bool statistics = false;
+    int intervalMs = 500; ///< between two looks at the watched values
+};
+
+struct CommandLine {
+    enum Wish { Run, ShowText, Refuse };
+    Wish wish = Run;
+    Options options;
+    QString text; ///< help or version to show, or what is wrong with the arguments and what to do
+};
+
+/// Reads the arguments, the program's name first, and the list of variables that they name. Needs a
+/// QCoreApplication.
+CommandLine parseCommandLine(const QStringList& arguments);
+
+} // namespace plc
+
+#endif

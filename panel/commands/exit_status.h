@@ -1,0 +1,22 @@
+/// \file
+/// \brief What the program's exit status tells a script.
+#ifndef PANEL_COMMANDS_EXIT_STATUS_H
+#define PANEL_COMMANDS_EXIT_STATUS_H
+
+namespace plc
+{
+
+enum ExitStatus {
+    AllGood = 0,          ///< everything asked for was done
+    ControllerFailed = 1, ///< something failed at the controller or on the link to it
+    WrongCommandLine = 2, ///< nothing was tried: the command line is wrong or the driver cannot be loaded
+
+    // Of check alone, whose status 1 says that something was not answered.
+    VariablesRefused = 3,     ///< the controller refuses variables, or addresses between them
+    ControllerNotReached = 4, ///< it could not be reached
+    LimitBroken = 5           ///< nothing was tried: blocks would break a limit of Modbus
+};
+
+} // namespace plc
+
+#endif

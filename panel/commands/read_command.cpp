@@ -1,0 +1,85 @@
+#include "panel/commands/read_command.h"
+
+#include "panel/session/listeners.h"
+#include "panel/session/session.h"
+#include "panel/session/waiting.h"
+#include "panel/terminal/output.h"
+#include "runtime/model/request_pieces.h"
+
+#include <algorithm>
+
+namespace plc
+{
+
+namespace
+{
+
+/// Failures go to standard error, but for JSON, whose reader wants an object for each variable.
+void report(const Options& options, const Variable& variable, const ReadOutcome& outcome, int width)
+{
+    if (options.format == ValueFormat::Json)
+        print(readJson(variable, withStation(variable, options.settings).station, outcome) +
+              QLatin1Char('\n'));
+    else if (outcome.done)
+        print(readLine(variable, outcome, options.format, width) + QLatin1Char('\n'));
+    else
+        complain(QStringLiteral("%1: not read: %2")
+                     .arg(variableText(variable), failureText(outcome.reason, outcome.code)));
+}
+
+ReadOutcome readNotTried()
+{
+    ReadOutcome outcome;
+    outcome.reason = QStringLiteral("not tried, because the controller cannot be reached");
+    return outcome;
+}
+
+} // namespace
+
+ExitStatus runRead(const Options& options)
+{
+    Session session(options.settings, listenersFor(options.trace, options.captureTo, options.settings));
+    session.runtime().start();
+    const int width = widestName(options.variables);
+    bool allDone = true;
+    bool reachable = true;
+    for (const Variable& variable : options.variables) {
+        const QString what = QStringLiteral("reading ") + variableText(variable);
+        const ReadOutcome outcome =
+            reachable ? waitFor(&session, session.runtime().read(variable), what) : readNotTried();
+        report(options, variable, outcome, width);
+        allDone = allDone && outcome.done;
+        reachable = outcome.done || !session.neverConnected();
+    }
+    if (!reachable)
+        complainOfNoConnection(options.settings);
+    return allDone ? AllGood : ControllerFailed;
+}
+
+QString readLine(const Variable& variable, const ReadOutcome& outcome, ValueFormat format, int width)
+{
+    return variableText(variable).leftJustified(width + 2) +
+           valueTexts(variable.area, outcome.values, format).join(QLatin1Char(' '));
+}
+
+QString readJson(const Variable& variable, int station, const ReadOutcome& outcome)
+{
+    QJsonObject object = jsonOfVariable(variable, station);
+    if (outcome.done) {
+        addValues(&object, outcome.values);
+    } else {
+        object.insert(QStringLiteral("error"), outcome.reason);
+        object.insert(QStringLiteral("code"), outcome.code);
+    }
+    return jsonLine(object);
+}
+
+int widestName(const std::vector<Variable>& variables)
+{
+    int width = 0;
+    for (const Variable& variable : variables)
+        width = std::max(width, variableText(variable).size());
+    return width;
+}
+
+} // namespace plc

@@ -1,0 +1,45 @@
+/// \file
+/// \brief A runtime for the time of one command.
+#ifndef PANEL_SESSION_SESSION_H
+#define PANEL_SESSION_SESSION_H
+
+#include "panel/session/listeners.h"
+#include "runtime/cycle/runtime.h"
+
+#include <atomic>
+
+namespace plc
+{
+
+/// Starts and stops a runtime, and lets a command wait until its observer has caught up: the runtime ends a
+/// write or read before it reports the last exchange of it.
+class Session
+{
+public:
+    Session(const Settings& settings, const Listeners& listeners);
+    ~Session(); ///< stops
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    Runtime& runtime() { return m_runtime; }
+
+    /// Waits until the observer has returned from every exchange that is over, for a second at most.
+    void settle();
+
+    /// \return true when there is no connection and never was one
+    bool neverConnected() const;
+
+private:
+    std::atomic<long> m_observed{0};
+    Runtime m_runtime;
+};
+
+/// \return \a reason, with the driver's result code where there is one
+QString failureText(const QString& reason, int code);
+
+/// Says on standard error what to check when the controller was never reached.
+void complainOfNoConnection(const Settings& settings);
+
+} // namespace plc
+
+#endif

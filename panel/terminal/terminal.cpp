@@ -1,0 +1,67 @@
+#include "panel/terminal/terminal.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace plc
+{
+
+bool isTerminal()
+{
+    return isatty(STDOUT_FILENO) == 1 && qgetenv("TERM") != "dumb";
+}
+
+bool errorsGoToTerminal()
+{
+    return isatty(STDERR_FILENO) == 1;
+}
+
+bool wantsColours()
+{
+    return isTerminal() && qEnvironmentVariableIsEmpty("NO_COLOR");
+}
+
+namespace
+{
+
+TerminalSize sizeOf(int descriptor)
+{
+    TerminalSize size;
+    winsize window = {};
+    if (ioctl(descriptor, TIOCGWINSZ, &window) == 0 && window.ws_col > 0 && window.ws_row > 0) {
+        size.columns = window.ws_col;
+        size.lines = window.ws_row;
+    }
+    return size;
+}
+
+} // namespace
+
+TerminalSize terminalSize()
+{
+    return sizeOf(STDOUT_FILENO);
+}
+
+int errorTerminalColumns()
+{
+    return sizeOf(STDERR_FILENO).columns;
+}
+
+QString RedrawnLines::draw(const QStringList& lines)
+{
+    QString text;
+    if (m_drawn > 0)
+        text += QStringLiteral("\x1b[%1A").arg(m_drawn);
+    for (const QString& line : lines)
+        text += QLatin1Char('\r') + line + QStringLiteral("\x1b[K\n");
+    m_drawn = lines.size();
+    return text + QStringLiteral("\x1b[J");
+}
+
+QString RedrawnLines::clear()
+{
+    m_drawn = 0;
+    return QStringLiteral("\x1b[H\x1b[2J");
+}
+
+} // namespace plc

@@ -1,0 +1,16 @@
+#include "panel/watch/watch_rows.h"
+
+namespace plc
+{
+
+std::vector<WatchRow> emptyRows(const std::vector<Variable>& typed, const std::vector<ListedVariable>& listed)
+{
+    std::vector<WatchRow> rows;
+    for (const Variable& variable : typed)
+        rows.push_back({variable, {}, std::nullopt});
+    for (const ListedVariable& line : listed)
+        rows.push_back({line.elements, {}, line});
+    return rows;
+}
+
+} // namespace plc

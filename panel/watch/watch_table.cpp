@@ -1,0 +1,323 @@
+#include "panel/watch/watch_table.h"
+
+#include "panel/session/session.h"
+#include "panel/terminal/wrapped_text.h"
+#include "panel/watch/station_lines.h"
+
+#include <algorithm>
+
+namespace plc
+{
+
+namespace
+{
+
+const int gap = 2;              // spaces between columns
+const int widestValueCell = 48; // more values go on in the next line
+const int narrowestValueCell = 8;
+const int narrowestNameCell = 8; // that of the heading
+const int neverCutName = 12;     // no AREA:ADDRESS is longer without a large count
+const int ageWidth = 7;
+const int shortState = 12;
+const int usualValue = 16;
+const int besideName = usualValue + ageWidth + shortState + 3 * gap;
+
+// Lines about stations take so much of a window at most.
+const int linesForAStationLine = 3;
+
+enum Colour { Plain = 0, Bold = 1, Red = 31, Green = 32, Yellow = 33 };
+
+/// The texts of one row; many values and a long state fill several lines.
+struct Cells {
+    QString name;
+    QStringList valueLines;
+    QString age;
+    QString state;
+    Colour colour = Plain;
+};
+
+struct Widths {
+    int name = 0;
+    int value = 0;
+};
+
+/// What was never read has no value, though the driver's memory has a zero there.
+bool wasRead(const CyclicValue& value)
+{
+    return value.ageMs >= 0;
+}
+
+/// \return the values in pieces that each stay on one line of \a width characters
+QStringList pieces(const WatchRow& row, ValueFormat format, int width)
+{
+    if (!row.listed)
+        return valueTexts(row.variable.area, row.value.values, format);
+    const QString text = listedText(row);
+    return row.listed->type == ValueType::Text ? chopped(text, width) : text.split(QLatin1Char(' '));
+}
+
+QStringList valueLines(const WatchRow& row, ValueFormat format, int width)
+{
+    if (!wasRead(row.value))
+        return {QStringLiteral("-")};
+    QStringList texts = pieces(row, format, width);
+    if (row.value.state != ValueState::Fresh && !texts.isEmpty()) {
+        texts.first().prepend(QLatin1Char('('));
+        texts.last().append(QLatin1Char(')'));
+    }
+    return wrapped(texts, width);
+}
+
+Colour colourOf(const CyclicValue& value)
+{
+    if (value.code != 0)
+        return Red;
+    return value.state == ValueState::Fresh ? Plain : Yellow;
+}
+
+QString nameOf(const WatchRow& row)
+{
+    return row.listed ? row.listed->name : variableText(row.variable);
+}
+
+/// A name takes what a window leaves beside the other columns with a value of usual length.
+int nameWidth(const WatchView& view, const TableStyle& style)
+{
+    int width = narrowestNameCell;
+    for (const WatchRow& row : view.rows)
+        width = std::max(width, nameOf(row).size());
+    return style.columns == 0 ? width : std::min(width, std::max(neverCutName, style.columns - besideName));
+}
+
+QString cutName(const QString& name, int width)
+{
+    return name.size() <= width ? name : name.left(width - 2) + QStringLiteral("..");
+}
+
+/// Room for the values: what a narrow window leaves beside the other columns.
+int valueRoom(const TableStyle& style, int name)
+{
+    if (style.columns == 0)
+        return widestValueCell;
+    const int others = name + ageWidth + shortState + 3 * gap;
+    return std::max(narrowestValueCell, std::min(widestValueCell, style.columns - others));
+}
+
+Cells cellsOf(const WatchRow& row, const TableStyle& style, int widest)
+{
+    Cells cells;
+    cells.name = cutName(nameOf(row), widest);
+    cells.valueLines = valueLines(row, style.format, valueRoom(style, widest));
+    cells.age = ageText(row.value.ageMs);
+    cells.state = stateText(row.value);
+    cells.colour = colourOf(row.value);
+    return cells;
+}
+
+QString withoutSpacesBehind(QString text)
+{
+    while (text.endsWith(QLatin1Char(' ')))
+        text.chop(1);
+    return text;
+}
+
+QString coloured(const QString& text, Colour colour, const TableStyle& style)
+{
+    const QString cut = withoutSpacesBehind(style.columns > 0 ? text.left(style.columns) : text);
+    if (!style.colours || colour == Plain)
+        return cut;
+    return QStringLiteral("\x1b[%1m%2\x1b[0m").arg(static_cast<int>(colour)).arg(cut);
+}
+
+QString lineOf(const QString& name, const QString& value, const QString& age, const QString& state,
+               const Widths& widths)
+{
+    return name.leftJustified(widths.name + gap) + value.leftJustified(widths.value + gap) +
+           age.leftJustified(ageWidth + gap) + state;
+}
+
+/// \return the state in lines that fit beside the other columns
+QStringList stateLines(const QString& state, const Widths& widths, const TableStyle& style)
+{
+    const int room = style.columns - (widths.name + widths.value + ageWidth + 3 * gap);
+    return wrapped(state.split(QLatin1Char(' ')), std::max(room, 1));
+}
+
+QStringList linesOf(const Cells& cells, const QStringList& states, const Widths& widths,
+                    const TableStyle& style)
+{
+    QStringList lines;
+    for (int index = 0; index < std::max(cells.valueLines.size(), states.size()); ++index) {
+        const bool first = index == 0;
+        const QString line = lineOf(first ? cells.name : QString(), cells.valueLines.value(index),
+                                    first ? cells.age : QString(), states.value(index), widths);
+        lines << coloured(line, cells.colour, style);
+    }
+    return lines;
+}
+
+/// \param wrapStates false to save lines: a state that is too long is cut
+std::vector<QStringList> rowsOf(const std::vector<Cells>& table, const Widths& widths,
+                                const TableStyle& style, bool wrapStates)
+{
+    std::vector<QStringList> rows;
+    for (const Cells& cells : table) {
+        const bool wrap = wrapStates && style.columns > 0;
+        const QStringList states = wrap ? stateLines(cells.state, widths, style) : QStringList{cells.state};
+        rows.push_back(linesOf(cells, states, widths, style));
+    }
+    return rows;
+}
+
+int linesIn(const std::vector<QStringList>& rows)
+{
+    int lines = 0;
+    for (const QStringList& row : rows)
+        lines += row.size();
+    return lines;
+}
+
+bool hasStationLines(const WatchView& view)
+{
+    return view.stations.size() > 1;
+}
+
+int ownStation(const WatchView& view)
+{
+    return view.stations.size() == 1 ? view.stations.front().station : view.station;
+}
+
+QString firstLine(const WatchView& view, const TableStyle& style)
+{
+    if (!view.heading.isEmpty())
+        return coloured(view.heading, Plain, style);
+    const QString stations = hasStationLines(view) ? QStringLiteral("%1 stations").arg(view.stations.size())
+                                                   : QStringLiteral("station %1").arg(ownStation(view));
+    const QString line = QStringLiteral("%1, %2: %3").arg(view.controller, stations, linkText(view.link));
+    return coloured(line, view.link.connected ? Green : Red, style);
+}
+
+QStringList headLines(const WatchView& view, const Widths& widths, const TableStyle& style)
+{
+    const QString heading = lineOf(QStringLiteral("VARIABLE"), QStringLiteral("VALUE"), QStringLiteral("AGE"),
+                                   QStringLiteral("STATE"), widths);
+    QStringList lines = {firstLine(view, style)};
+    if (hasStationLines(view)) {
+        const int most = style.lines == 0 ? 0 : std::max(style.lines / linesForAStationLine, 1);
+        for (const StationLine& line : stationLines(view.stations, most))
+            lines << coloured(line.text, line.good ? Plain : Yellow, style);
+    }
+    return lines + QStringList{QString(), coloured(heading, Bold, style)};
+}
+
+/// \return what a user must know of the rows from \a shown on, which cannot be seen
+QString hiddenText(const std::vector<WatchRow>& rows, std::size_t shown)
+{
+    const auto first = rows.begin() + static_cast<std::ptrdiff_t>(shown);
+    const auto old = std::count_if(first, rows.end(),
+                                   [](const WatchRow& row) { return row.value.state != ValueState::Fresh; });
+    return QStringLiteral("(%1 more do not fit, %2; --once prints all)")
+        .arg(rows.size() - shown)
+        .arg(old == 0 ? QStringLiteral("all fresh") : QStringLiteral("%1 not fresh").arg(old));
+}
+
+/// Takes whole rows as long as they fit, and says how many did not.
+QStringList fitting(QStringList lines, const std::vector<QStringList>& rows, const WatchView& view,
+                    const TableStyle& style)
+{
+    std::size_t shown = 0;
+    for (; shown < rows.size(); ++shown) {
+        const int reserve = shown + 1 < rows.size() ? 1 : 0; // for the line that says what is missing
+        if (style.lines > 0 && lines.size() + rows[shown].size() + reserve > style.lines)
+            break;
+        lines += rows[shown];
+    }
+    if (shown < rows.size())
+        lines << coloured(hiddenText(view.rows, shown), Yellow, style);
+    return lines;
+}
+
+} // namespace
+
+QStringList watchTable(const WatchView& view, const TableStyle& style)
+{
+    Widths widths;
+    widths.name = nameWidth(view, style);
+    widths.value = 5;
+    std::vector<Cells> table;
+    for (const WatchRow& row : view.rows) {
+        table.push_back(cellsOf(row, style, widths.name));
+        for (const QString& line : table.back().valueLines)
+            widths.value = std::max(widths.value, line.size());
+    }
+    const QStringList head = headLines(view, widths, style);
+    const std::vector<QStringList> rows = rowsOf(table, widths, style, true);
+    if (style.lines == 0 || head.size() + linesIn(rows) <= style.lines)
+        return fitting(head, rows, view, style);
+    return fitting(head, rowsOf(table, widths, style, false), view, style);
+}
+
+QString listedText(const WatchRow& row)
+{
+    const ListedVariable& listed = *row.listed;
+    return valueText(listed.type, row.variable.area, row.value.values, listed.count);
+}
+
+QString linkText(const LinkState& link)
+{
+    if (link.connected) {
+        QString text = QStringLiteral("connected for %1").arg(ageText(link.sinceMs));
+        if (link.connects > 1)
+            text += QStringLiteral(", reconnects: %1").arg(link.connects - 1);
+        if (link.dropped.total() > 0)
+            text += QStringLiteral(", replies dropped: %1").arg(link.dropped.total());
+        return text;
+    }
+    if (link.lastError.isEmpty())
+        return QStringLiteral("connecting");
+    return QStringLiteral("NOT CONNECTED for %1, trying again (%2)")
+        .arg(ageText(link.sinceMs), link.lastError);
+}
+
+QString stateWord(const CyclicValue& value)
+{
+    return valueStateWord(value.code != 0 ? ValueState::Failed : value.state);
+}
+
+QString stateText(const CyclicValue& value)
+{
+    if (value.code == 0)
+        return stateWord(value);
+    return QStringLiteral("%1: %2").arg(stateWord(value), failureText(value.reason, value.code));
+}
+
+QString ageText(qint64 ms)
+{
+    if (ms < 0)
+        return QStringLiteral("-");
+    const qint64 seconds = ms / 1000;
+    if (seconds < 10)
+        return QStringLiteral("%1.%2 s").arg(seconds).arg(ms % 1000 / 100);
+    if (seconds < 120)
+        return QStringLiteral("%1 s").arg(seconds);
+    const qint64 minutes = seconds / 60;
+    if (minutes < 120)
+        return QStringLiteral("%1 min").arg(minutes);
+    return QStringLiteral("%1 h").arg(seconds / 3600);
+}
+
+bool sameNews(const CyclicValue& a, const CyclicValue& b)
+{
+    return a.state == b.state && a.values == b.values && a.code == b.code && a.reason == b.reason;
+}
+
+bool sameNews(const WatchView& a, const WatchView& b)
+{
+    return a.link.connected == b.link.connected && a.link.lastError == b.link.lastError &&
+           std::equal(a.stations.begin(), a.stations.end(), b.stations.begin(), b.stations.end(),
+                      [](const StationReport& x, const StationReport& y) { return sameNews(x, y); }) &&
+           std::equal(a.rows.begin(), a.rows.end(), b.rows.begin(), b.rows.end(),
+                      [](const WatchRow& x, const WatchRow& y) { return sameNews(x.value, y.value); });
+}
+
+} // namespace plc

@@ -1,0 +1,311 @@
+#include "runtime/cycle/cyclic_values.h"
+
+#include "runtime/host/request_keys.h"
+
+#include <algorithm>
+#include <tuple>
+
+namespace plc
+{
+
+namespace
+{
+
+// No controller has this number, so nobody switches it off.
+const int pacingStation = 256;
+const int pacingReplySize = 11; // what the driver expects for one word
+
+const int judgedOnly = 1; // RW_VAR::accessFlag: the reply's data is not filed
+
+
+// Behind the bits asked for the driver files one bit of padding, and when values are kept per station it
+// empties a further one.
+const int spoiledBits = 2;
+
+using PartKey = std::tuple<int, int, int>;
+
+PartKey keyOf(const Variable& asked)
+{
+    return std::make_tuple(asked.station, asked.area, asked.element);
+}
+
+/// \return the element behind the last one that a block reads
+int endOfBlock(const RW_VAR& request)
+{
+    return request.address + elementsRead(request.area, request.count);
+}
+
+HOST_VAR hostVariable(const Variable& run)
+{
+    HOST_VAR variable = {};
+    variable.area = static_cast<unsigned char>(run.area);
+    variable.station = static_cast<unsigned char>(run.station);
+    variable.address = addressText(run.area, run.element);
+    variable.name = variableText(run);
+    variable.count = driverReadCount(run.area, run.count);
+    return variable;
+}
+
+RW_VAR singleRecord(const Variable& element)
+{
+    RW_VAR request = {};
+    request.hostKey = cyclicKey;
+    request.area = element.area;
+    request.address = element.element;
+    request.station = element.station;
+    request.count = driverReadCount(element.area, element.count);
+    return request;
+}
+
+RW_VAR pacingRecord()
+{
+    RW_VAR request = {};
+    request.hostKey = pacingKey;
+    request.accessFlag = judgedOnly;
+    request.area = 9;
+    request.station = pacingStation;
+    request.count = 1;
+    return request;
+}
+
+} // namespace
+
+int CyclicValues::add(const Variable& variable)
+{
+    Entry entry;
+    entry.variable = variable;
+    m_variables.push_back(entry);
+    return static_cast<int>(m_variables.size()) - 1;
+}
+
+bool CyclicValues::contains(int index) const
+{
+    return index >= 0 && index < static_cast<int>(m_variables.size());
+}
+
+void CyclicValues::Part::fail(int resultCode, const QString& why)
+{
+    code = resultCode;
+    // Other threads hold copies. The thread sanitizer sees how a moved one goes away, but not into QtCore.
+    reason = QString(why);
+}
+
+std::vector<Variable> CyclicValues::variables() const
+{
+    std::vector<Variable> variables;
+    for (const Entry& entry : m_variables)
+        variables.push_back(entry.variable);
+    return variables;
+}
+
+std::set<int> CyclicValues::stations() const
+{
+    std::set<int> stations;
+    for (const Entry& entry : m_variables)
+        stations.insert(entry.variable.station);
+    return stations;
+}
+
+QString CyclicValues::blockRefusal() const
+{
+    return plc::blockRefusal(variables(), m_settings.maxBlockCount);
+}
+
+/// What a block reads lies side by side: it is gone through with every reply.
+void CyclicValues::makeParts(const RefreshPlan& plan)
+{
+    for (std::size_t index = 0; index < m_variables.size(); ++index) {
+        for (const ReadPiece& piece : plan.parts[index]) {
+            Part part;
+            part.piece = piece;
+            part.variable = index;
+            m_parts.push_back(part);
+        }
+    }
+    std::stable_sort(m_parts.begin(), m_parts.end(), [](const Part& a, const Part& b) {
+        return keyOf(a.piece.asked) < keyOf(b.piece.asked);
+    });
+    for (std::size_t index = 0; index < m_parts.size(); ++index)
+        m_variables[m_parts[index].variable].parts.push_back(index);
+}
+
+RefreshPlan CyclicValues::plan() const
+{
+    return m_settings.remoteMode ? remoteRefreshPlan(variables(), m_settings.maxBlockCount)
+                                 : refreshPlan(variables(), m_settings.maxBlockCount);
+}
+
+void CyclicValues::expect()
+{
+    makeParts(plan());
+}
+
+void CyclicValues::queue(const DriverCalls& calls)
+{
+    if (m_variables.empty())
+        return;
+    const RefreshPlan refresh = plan();
+    makeParts(refresh);
+    QList<HOST_VAR> list;
+    for (const Variable& run : refresh.runs)
+        list.append(hostVariable(run));
+    calls.ReCreatReadVarList(&list);
+    for (const Variable& element : refresh.doubleWords) {
+        RW_VAR request = singleRecord(element);
+        calls.AddListReadVar(&request);
+    }
+    RW_VAR pacing = pacingRecord();
+    calls.AddListReadVar(&pacing);
+}
+
+bool CyclicValues::isPacing(const RW_VAR& request)
+{
+    return request.hostKey == pacingKey;
+}
+
+QByteArray CyclicValues::pacingReply()
+{
+    return QByteArray(pacingReplySize, '\0');
+}
+
+/// \return the parts of all variables that a block reads whole, by their first element
+std::vector<CyclicValues::Part*> CyclicValues::partsIn(const RW_VAR& request)
+{
+    const int end = endOfBlock(request);
+    const PartKey first = std::make_tuple(request.station, request.area, request.address);
+    const PartKey behind = std::make_tuple(request.station, request.area, end);
+    auto part = std::partition_point(m_parts.begin(), m_parts.end(), [&first](const Part& candidate) {
+        return keyOf(candidate.piece.asked) < first;
+    });
+    std::vector<Part*> parts;
+    for (; part != m_parts.end() && keyOf(part->piece.asked) < behind; ++part) {
+        const Variable& asked = part->piece.asked;
+        if (asked.element + asked.count <= end)
+            parts.push_back(&*part);
+    }
+    return parts;
+}
+
+/// \param parts by their first elements
+/// \return how many elements from \a begin on lie in any of them
+int CyclicValues::elementsOf(const std::vector<Part*>& parts, int begin)
+{
+    int elements = 0;
+    int countedUpTo = begin;
+    for (const Part* part : parts) {
+        const Variable& asked = part->piece.asked;
+        const int end = asked.element + asked.count;
+        elements += std::max(0, end - std::max(countedUpTo, asked.element));
+        countedUpTo = std::max(countedUpTo, end);
+    }
+    return elements;
+}
+
+const CyclicValues::Block& CyclicValues::blockOf(const RW_VAR& request)
+{
+    const BlockKey key = std::make_tuple(request.address, request.count, request.area, request.station);
+    const auto known = m_blocks.find(key);
+    if (known != m_blocks.end())
+        return known->second;
+    Block& block = m_blocks[key];
+    block.parts = partsIn(request);
+    block.unused = elementsRead(request.area, request.count) - elementsOf(block.parts, request.address);
+    return block;
+}
+
+int CyclicValues::answered(const RW_VAR& request, Clock::time_point repliedAt)
+{
+    const Block& block = blockOf(request);
+    for (Part* part : block.parts) {
+        part->read = repliedAt;
+        part->doubtful = false;
+        if (part->code != 0)
+            part->fail(0, QString());
+    }
+    return block.unused;
+}
+
+int CyclicValues::givenUp(const RW_VAR& request, int code, const QString& why)
+{
+    const Block& block = blockOf(request);
+    for (Part* part : block.parts)
+        part->fail(code, why);
+    return block.unused;
+}
+
+void CyclicValues::lost(int station, int code, const QString& why)
+{
+    for (Part& part : m_parts) {
+        if (part.piece.asked.station == station)
+            part.fail(code, why);
+    }
+}
+
+void CyclicValues::doubt(const Variable& elements)
+{
+    for (Part& part : m_parts)
+        part.doubtful = part.doubtful || overlaps(part.piece.shown, elements);
+}
+
+ValueState CyclicValues::stateOf(const Part& part) const
+{
+    if (!part.read)
+        return ValueState::NeverRead;
+    if (part.code != 0)
+        return ValueState::Failed;
+    if (msSince(*part.read) > m_settings.staleAfterMs)
+        return ValueState::Stale;
+    return part.doubtful ? ValueState::Unconfirmed : ValueState::Fresh;
+}
+
+/// A variable is as good as the worst of its parts.
+void CyclicValues::judge(const Entry& entry, CyclicValue* value) const
+{
+    value->state = ValueState::Fresh;
+    for (const std::size_t index : entry.parts) {
+        const Part& part = m_parts[index];
+        value->state = std::min(value->state, stateOf(part));
+        if (part.read)
+            value->ageMs = std::max(value->ageMs, msSince(*part.read));
+        if (part.code != 0) {
+            value->code = part.code;
+            value->reason = part.reason;
+        }
+    }
+    if (value->state == ValueState::NeverRead)
+        value->ageMs = -1;
+}
+
+CyclicValue CyclicValues::value(int index, const DriverCalls& calls) const
+{
+    const Entry& entry = m_variables[static_cast<std::size_t>(index)];
+    const Variable& shown = entry.variable;
+    CyclicValue value;
+    judge(entry, &value);
+    value.values = valuesInDriver(calls, shown);
+    return value;
+}
+
+bool CyclicValues::shows(const Variable& bit) const
+{
+    return std::any_of(m_variables.begin(), m_variables.end(),
+                       [&bit](const Entry& entry) { return overlaps(entry.variable, bit); });
+}
+
+int CyclicValues::wholeBits(const Variable& asked) const
+{
+    if (kindOf(asked.area) != ElementKind::Bit)
+        return asked.count;
+    Variable behind = asked;
+    int count = asked.count;
+    while (count % bitsOfByte != 0 && asked.element + count < areaSize(asked.area)) {
+        behind.element = asked.element + count;
+        behind.count = spoiledBits;
+        if (!shows(behind))
+            break;
+        ++count;
+    }
+    return count;
+}
+
+} // namespace plc

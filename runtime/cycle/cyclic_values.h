@@ -1,0 +1,118 @@
+/// \file
+/// \brief The cyclically refreshed variables: their requests and how good their values are.
+#ifndef RUNTIME_CYCLE_CYCLIC_VALUES_H
+#define RUNTIME_CYCLE_CYCLIC_VALUES_H
+
+#include "runtime/cycle/refresh_plan.h"
+#include "runtime/host/driver_values.h"
+#include "runtime/model/clock.h"
+#include "runtime/model/cyclic_value.h"
+#include "runtime/model/settings.h"
+
+#include <map>
+#include <optional>
+#include <set>
+#include <tuple>
+#include <vector>
+
+namespace plc
+{
+
+/// Every function but add() expects the lock that keeps all calls to the driver apart (see Runtime).
+class CyclicValues
+{
+public:
+    explicit CyclicValues(const Settings& settings) : m_settings(settings) {}
+
+    /// Before queue(). \param variable station filled in, and nothing against it (readRefusal())
+    int add(const Variable& variable);
+
+    bool contains(int index) const;
+    const Variable& variable(int index) const
+    {
+        return m_variables[static_cast<std::size_t>(index)].variable;
+    }
+
+    /// \return the stations of the variables
+    std::set<int> stations() const;
+
+    /// \return why the block size of the settings does not suit the variables; empty when it does
+    QString blockRefusal() const;
+
+    /// Instead of queue(): what is answered is filed for the variables, but nothing is asked for.
+    void expect();
+
+    /// Hands the variables to the driver, which reads neighbouring ones in one block, before the
+    /// communication thread runs; and behind them the pacing request, see isPacing().
+    void queue(const DriverCalls& calls);
+
+    /// \return true for the request that marks the end of a pass. It is never sent. It is there because the
+    ///         driver lets at most five writes pass before a cyclic read, and with nothing but cyclic reads
+    ///         of stations that are switched off it would never send a sixth.
+    static bool isPacing(const RW_VAR& request);
+
+    /// \return the reply by which the pacing request is done; nothing of it is filed
+    static QByteArray pacingReply();
+
+    /// After DataCom() took a reply to \a request, a block that the driver built, as good.
+    /// \return the elements that the block reads and that belong to no variable that it refreshes
+    int answered(const RW_VAR& request, Clock::time_point repliedAt);
+
+    /// After DataCom() gave \a request up. \return the same
+    int givenUp(const RW_VAR& request, int code, const QString& why);
+
+    /// A station does not answer: what is shown of it has failed, also where it was not tried again.
+    void lost(int station, int code, const QString& why);
+
+    /// The driver may hold a value for \a elements that the controller does not have.
+    void doubt(const Variable& elements);
+
+    /// \return values and state, but StationOff and writes on their way, which only the caller knows
+    CyclicValue value(int index, const DriverCalls& calls) const;
+
+    /// A reply to a read of bits is padded to whole bytes, and the driver files padding behind the bits.
+    /// \return how many elements to read from \a asked's first on so that no variable of this list shows
+    ///         the padding; \a asked's own number where that is enough, and for words
+    int wholeBits(const Variable& asked) const;
+
+private:
+    struct Part {
+        ReadPiece piece;
+        std::size_t variable = 0;              // which one it belongs to
+        std::optional<Clock::time_point> read; // when the last good reply came
+        bool doubtful = false;                 // a write to it failed since
+        int code = 0;                          // of the last attempt when it was given up, else 0
+        QString reason;
+
+        void fail(int resultCode, const QString& why);
+    };
+    struct Entry {
+        Variable variable;
+        std::vector<std::size_t> parts; // by their first elements
+    };
+
+    struct Block {
+        std::vector<Part*> parts; // what it reads whole, by their first elements
+        int unused = 0;           // elements that it reads for none of them
+    };
+    using BlockKey = std::tuple<int, int, int, int>; // first element, number of elements, area and station
+
+    std::vector<Variable> variables() const;
+    RefreshPlan plan() const;
+    void makeParts(const RefreshPlan& plan);
+    std::vector<Part*> partsIn(const RW_VAR& request);
+    static int elementsOf(const std::vector<Part*>& parts, int begin);
+    const Block& blockOf(const RW_VAR& request);
+    ValueState stateOf(const Part& part) const;
+    void judge(const Entry& entry, CyclicValue* value) const;
+    bool shows(const Variable& bit) const;
+
+    const Settings m_settings;
+    std::vector<Entry> m_variables;
+    std::vector<Part> m_parts;          // by station, area and first element of what is asked
+    std::map<BlockKey, Block> m_blocks; // as the driver made them, each looked up once
+};
+
+} // namespace plc
+
+#endif

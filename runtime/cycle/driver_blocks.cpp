@@ -1,0 +1,62 @@
+#include "runtime/cycle/driver_blocks.h"
+
+#include "runtime/cycle/cyclic_values.h"
+#include "runtime/host/driver_settings.h"
+#include "runtime/model/request_pieces.h"
+
+namespace plc
+{
+
+Variable elementsOf(const DriverBlock& block)
+{
+    Variable elements;
+    elements.area = block.request.area;
+    elements.element = block.request.address;
+    elements.count = elementsRead(block.request.area, block.request.count);
+    elements.station = block.request.station;
+    return elements;
+}
+
+BlockPlanner::BlockPlanner(const Settings& settings)
+    : m_settings(settings), m_library(settings.driverPath), m_calls(m_library.calls())
+{
+    m_calls.SetComInfo(&m_info);
+}
+
+BlockPlanner::~BlockPlanner()
+{
+    m_calls.SetComInfo(nullptr);
+}
+
+std::vector<DriverBlock> BlockPlanner::blocks(const std::vector<Variable>& variables, int maxBlockCount)
+{
+    if (variables.empty())
+        return {};
+    m_settings.maxBlockCount = maxBlockCount;
+    m_info = driverSettings(m_settings);
+    CyclicValues cyclic(m_settings);
+    for (const Variable& variable : variables)
+        cyclic.add(variable);
+    cyclic.queue(m_calls);
+    return onePass();
+}
+
+/// Each frame is answered with zeros, which are filed and which nobody reads. The pacing request, which ends
+/// the pass, is answered as well, so that none is pending when the next pass begins.
+std::vector<DriverBlock> BlockPlanner::onePass() const
+{
+    std::vector<DriverBlock> blocks;
+    for (bool isOver = false; !isOver;) {
+        const Protocol* protocol = m_calls.ComCommunication();
+        if (protocol == nullptr)
+            return blocks;
+        isOver = CyclicValues::isPacing(protocol->var);
+        if (!isOver)
+            blocks.push_back({protocol->var, protocol->frame, protocol->replyLength});
+        QByteArray zeros(protocol->replyLength, '\0');
+        m_calls.DataCom(&zeros, zeros.size());
+    }
+    return blocks;
+}
+
+} // namespace plc

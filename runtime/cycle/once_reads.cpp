@@ -1,0 +1,200 @@
+#include "runtime/cycle/once_reads.h"
+
+#include "runtime/host/request_keys.h"
+
+namespace plc
+{
+
+namespace
+{
+
+// A request that is given up takes the others in the driver's list with it, so few are there at a time.
+const int mostInDriver = 8;
+
+const int statusAnswered = 1;
+
+QString endWords(RequestEnd end, const QString& why)
+{
+    switch (end) {
+    case RequestEnd::Failed:
+        return why;
+    case RequestEnd::Purged:
+        return QStringLiteral("given up unread with another request that failed: %1").arg(why);
+    case RequestEnd::Discarded:
+        return QStringLiteral("its station was switched off before it was read");
+    default:
+        return QStringLiteral("the driver's list of one-shot reads is not what it must be");
+    }
+}
+
+} // namespace
+
+OnceReads::OnceReads(const DriverCalls& calls, const Settings& settings, const WholeBits& wholeBits)
+    : m_calls(calls), m_settings(settings), m_wholeBits(wholeBits), m_ledger(settings.multiStation)
+{
+}
+
+RW_VAR OnceReads::record(int key, const Variable& asked, int elements) const
+{
+    RW_VAR request = {};
+    request.hostKey = onceReadKey;
+    request.hostSubKey = key;
+    request.name2 = addressText(asked.area, asked.element);
+    request.area = asked.area;
+    request.station = asked.station;
+    request.count = elements > 0 ? driverReadCount(asked.area, elements) : 0;
+    return request;
+}
+
+int OnceReads::listSize() const
+{
+    // A read of no elements queues nothing and gives the size.
+    RW_VAR nothing = record(0, Variable(), 0);
+    return m_calls.AddListOnceReadVar(&nothing, 0);
+}
+
+Pending<ReadOutcome> OnceReads::add(const Variable& variable)
+{
+    const auto job = std::make_shared<Job>();
+    for (const ReadPiece& piece : readPieces(variable, m_settings.maxBlockCount)) {
+        m_requests[m_nextKey] = {job, job->parts.size(), piece};
+        m_backlog.push_back(m_nextKey++);
+        job->parts.emplace_back();
+    }
+    job->left = static_cast<int>(job->parts.size());
+    return job->pending;
+}
+
+void OnceReads::feed(const std::set<int>& stationsOff)
+{
+    while (!m_backlog.empty() && m_ledger.size() < mostInDriver) {
+        const int key = m_backlog.front();
+        m_backlog.pop_front();
+        const Request request = m_requests.at(key);
+        const int station = request.piece.asked.station;
+        if (stationsOff.count(station) != 0)
+            fail(key, 0, QStringLiteral("station %1 is switched off").arg(station));
+        else
+            queue(key, request);
+    }
+}
+
+void OnceReads::queue(int key, const Request& request)
+{
+    const Variable& asked = request.piece.asked;
+    RW_VAR read = record(key, asked, m_wholeBits(asked));
+    if (m_calls.AddListOnceReadVar(&read, 0) == 0)
+        fail(key, 0, QStringLiteral("the driver takes no read of %1").arg(variableText(asked)));
+    else
+        settle(m_ledger.queued({key, asked}, listSize()), 0, QString());
+}
+
+void OnceReads::polled()
+{
+    if (m_ledger.size() == 0) // as nearly always, and then nothing can have ended
+        return;
+    settle(m_ledger.polled(listSize()), 0, QString());
+}
+
+void OnceReads::note(int key, int status)
+{
+    m_notedKey = key;
+    m_notedStatus = status;
+}
+
+void OnceReads::answered()
+{
+    settle(m_ledger.answered(listSize()), 0, QString());
+}
+
+void OnceReads::givenUp(bool onceRead, int station, int code, const QString& why)
+{
+    settle(m_ledger.givenUp(onceRead, station, listSize()), code, why);
+}
+
+void OnceReads::settle(const RequestLedger::Ended& ended, int code, const QString& why)
+{
+    std::vector<int> purged;
+    for (const EndedRequest& request : ended) {
+        if (request.end == RequestEnd::Done)
+            take(request.key);
+        else if (request.end == RequestEnd::Purged)
+            purged.push_back(request.key);
+        else
+            fail(request.key, code, endWords(request.end, why));
+    }
+    again(purged);
+}
+
+/// Puts requests that were never sent back in front of the others, in their order.
+void OnceReads::again(const std::vector<int>& keys)
+{
+    m_backlog.insert(m_backlog.begin(), keys.begin(), keys.end());
+    m_queuedAgain += static_cast<long>(keys.size());
+}
+
+void OnceReads::take(int key)
+{
+    if (m_notedKey != key || m_notedStatus != statusAnswered)
+        return fail(key, 0, QStringLiteral("the driver did not report the end of this read"));
+    const auto found = m_requests.find(key);
+    if (found == m_requests.end())
+        return;
+    const Request& request = found->second;
+    request.job->parts[request.part] = valuesInDriver(m_calls, request.piece.shown);
+    finish(found);
+}
+
+void OnceReads::fail(int key, int code, const QString& reason)
+{
+    const auto found = m_requests.find(key);
+    if (found == m_requests.end())
+        return;
+    ReadOutcome& outcome = found->second.job->outcome;
+    if (outcome.reason.isEmpty()) {
+        outcome.code = code;
+        outcome.reason = reason;
+    }
+    finish(found);
+}
+
+void OnceReads::finish(std::map<int, Request>::iterator request)
+{
+    const std::shared_ptr<Job> job = request->second.job;
+    m_requests.erase(request);
+    if (--job->left == 0)
+        conclude(job.get());
+}
+
+void OnceReads::conclude(Job* job)
+{
+    ReadOutcome& outcome = job->outcome;
+    outcome.done = outcome.reason.isEmpty();
+    ++(outcome.done ? m_done : m_failed);
+    if (outcome.done) {
+        for (const std::vector<quint32>& part : job->parts)
+            outcome.values.insert(outcome.values.end(), part.begin(), part.end());
+    }
+    job->pending.finish(outcome);
+}
+
+void OnceReads::lost(int station, int code, const QString& why)
+{
+    std::deque<int> others;
+    for (const int key : m_backlog) {
+        if (m_requests.at(key).piece.asked.station == station)
+            fail(key, code, endWords(RequestEnd::Purged, why));
+        else
+            others.push_back(key);
+    }
+    m_backlog = others;
+}
+
+void OnceReads::stop()
+{
+    m_backlog.clear();
+    while (!m_requests.empty())
+        fail(m_requests.begin()->first, 0, QStringLiteral("the panel was stopped before it was read"));
+}
+
+} // namespace plc

@@ -1,0 +1,102 @@
+/// \file
+/// \brief One-shot reads through the driver's list, and how each ends.
+#ifndef RUNTIME_CYCLE_ONCE_READS_H
+#define RUNTIME_CYCLE_ONCE_READS_H
+
+#include "runtime/cycle/request_ledger.h"
+#include "runtime/host/driver_values.h"
+#include "runtime/model/outcome.h"
+#include "runtime/model/pending.h"
+#include "runtime/model/request_pieces.h"
+#include "runtime/model/settings.h"
+
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <set>
+
+namespace plc
+{
+
+/// Every function expects the lock that keeps all calls to the driver apart (see Runtime).
+class OnceReads
+{
+public:
+    /// \return how many elements to read instead of \a asked's own number, see CyclicValues::wholeBits()
+    using WholeBits = std::function<int(const Variable& asked)>;
+
+    OnceReads(const DriverCalls& calls, const Settings& settings, const WholeBits& wholeBits);
+
+    /// \param variable station filled in, and nothing against it (readRefusal())
+    Pending<ReadOutcome> add(const Variable& variable);
+
+    /// Hands the driver a few requests at a time. Reads of a station in \a stationsOff fail instead.
+    void feed(const std::set<int>& stationsOff);
+
+    void polled(); ///< after ComCommunication()
+
+    /// The driver's callback for a request: 1 answered, 2 given up. Only notes it down.
+    void note(int key, int status);
+
+    /// After DataCom() took a reply to a one-shot read as good: takes the values out of the driver before
+    /// anything else can change them there.
+    void answered();
+
+    /// After DataCom() gave up a request of \a station. \a onceRead: it was a one-shot read. Others that
+    /// fell with it are queued again.
+    void givenUp(bool onceRead, int station, int code, const QString& why);
+
+    /// A station does not answer: fails what waits for it, after givenUp() queued again what the driver had.
+    void lost(int station, int code, const QString& why);
+
+    /// Fails everything that waits.
+    void stop();
+
+    /// \return requests that have not ended
+    int waiting() const { return static_cast<int>(m_requests.size()); }
+
+    long doneReads() const { return m_done; }
+    long failedReads() const { return m_failed; }
+    long queuedAgain() const { return m_queuedAgain; }
+
+private:
+    struct Job {
+        Pending<ReadOutcome> pending;
+        ReadOutcome outcome;
+        std::vector<std::vector<quint32>> parts;
+        int left = 0;
+    };
+    struct Request {
+        std::shared_ptr<Job> job;
+        std::size_t part = 0;
+        ReadPiece piece;
+    };
+
+    int listSize() const;
+    RW_VAR record(int key, const Variable& asked, int elements) const;
+    void queue(int key, const Request& request);
+    void settle(const RequestLedger::Ended& ended, int code, const QString& why);
+    void take(int key);
+    void again(const std::vector<int>& keys);
+    void fail(int key, int code, const QString& reason);
+    void finish(std::map<int, Request>::iterator request);
+    void conclude(Job* job);
+
+    const DriverCalls& m_calls;
+    const Settings m_settings;
+    const WholeBits m_wholeBits;
+    RequestLedger m_ledger;
+    std::map<int, Request> m_requests; // by key: in the driver or waiting for their turn
+    std::deque<int> m_backlog;         // keys of those that wait for their turn
+    int m_notedKey = 0;
+    int m_notedStatus = 0;
+    int m_nextKey = 1;
+    long m_done = 0;
+    long m_failed = 0;
+    long m_queuedAgain = 0;
+};
+
+} // namespace plc
+
+#endif

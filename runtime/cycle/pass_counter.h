@@ -1,0 +1,50 @@
+/// \file
+/// \brief What a pass over the cyclic variables costs, and how often there is one.
+#ifndef RUNTIME_CYCLE_PASS_COUNTER_H
+#define RUNTIME_CYCLE_PASS_COUNTER_H
+
+#include <QtGlobal>
+
+#include <deque>
+
+namespace plc
+{
+
+/// What one pass sent and asked for.
+struct PassCost {
+    int requests = 0;         ///< block reads that ended, answered or given up
+    int frames = 0;           ///< sent for them: more than requests when some were tried again
+    long registers = 0;       ///< that the requests read, a double word being two
+    long registersUnused = 0; ///< of these, in gaps between variables
+    long bits = 0;            ///< that the requests read
+    long bitsUnused = 0;      ///< of these, in gaps between variables
+};
+
+/// Counts one pass while it runs. Not thread-safe.
+class PassCounter
+{
+public:
+    /// A frame of a cyclic request went to the link.
+    void frame() { ++m_running.frames; }
+
+    /// A cyclic request of \a area ended. \param unused elements of it that no variable shows
+    void request(int area, int elements, int unused);
+
+    /// \param microseconds on a clock that only goes forward
+    void endPass(qint64 microseconds);
+
+    /// \return of the last pass that is over; zeros before the first
+    const PassCost& last() const { return m_last; }
+
+    /// \return passes a second over the last ten, the pauses between them included; 0 before the second
+    double perSecond() const;
+
+private:
+    PassCost m_running;
+    PassCost m_last;
+    std::deque<qint64> m_ends; // of the last passes
+};
+
+} // namespace plc
+
+#endif

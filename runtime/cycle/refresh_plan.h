@@ -1,0 +1,40 @@
+/// \file
+/// \brief What the driver is asked to refresh so that the variables of a list are.
+#ifndef RUNTIME_CYCLE_REFRESH_PLAN_H
+#define RUNTIME_CYCLE_REFRESH_PLAN_H
+
+#include "runtime/model/request_pieces.h"
+
+#include <vector>
+
+namespace plc
+{
+
+/// The driver merges runs into blocks, each no longer than its maximum, and never cuts one of these.
+struct RefreshPlan {
+    std::vector<Variable> runs;                ///< to be handed to the driver
+    std::vector<Variable> doubleWords;         ///< to be queued one by one, past the merging
+    std::vector<std::vector<ReadPiece>> parts; ///< of each variable; each is read whole by one block
+};
+
+/// \param variables stations filled in, and nothing against any (readRefusal())
+///
+/// Neighbouring bits become one run: the driver files up to two bits of padding behind a block of bits, so no
+/// block may end right before a bit that is shown. Long runs of area 7, which the driver would cut anywhere,
+/// begin and end at whole bytes for that. Bits in words are refreshed as words.
+RefreshPlan refreshPlan(const std::vector<Variable>& variables, int maxBlockCount);
+
+/// The same for remote frames. With them the driver writes the number of registers over the count of a cyclic
+/// request for double words and takes it for the count of double words again at the next turn; only a request
+/// for a single one stays as it is. So each double word is refreshed by a request of its own.
+RefreshPlan remoteRefreshPlan(const std::vector<Variable>& variables, int maxBlockCount);
+
+/// \return the largest maxBlockCount with which every block of \a variables stays within what Modbus allows
+int blockCountFor(const std::vector<Variable>& variables);
+
+/// \return why blocks of \a maxBlockCount words would break a limit of Modbus; empty when they would not
+QString blockRefusal(const std::vector<Variable>& variables, int maxBlockCount);
+
+} // namespace plc
+
+#endif

@@ -1,0 +1,584 @@
+#include "runtime/cycle/runtime.h"
+
+#include "runtime/cycle/cyclic_values.h"
+#include "runtime/cycle/once_reads.h"
+#include "runtime/cycle/station_pauses.h"
+#include "runtime/cycle/write_queue.h"
+#include "runtime/host/driver_settings.h"
+#include "runtime/host/request_keys.h"
+#include "runtime/modbus/failure_words.h"
+#include "runtime/modbus/return_code_words.h"
+
+#include <QElapsedTimer>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <map>
+#include <mutex>
+#include <set>
+#include <stdexcept>
+#include <thread>
+
+namespace plc
+{
+
+namespace
+{
+
+// How long the communication thread sleeps when there is nothing to do and nobody wakes it.
+const int idleMs = 50;
+
+// How long it sleeps when the driver has something but does not hand it out: it says so once after five
+// writes in a row, and when all it had was for stations that are switched off.
+const int retryPollMs = 1;
+
+// Modbus exceptions of a gateway that could not reach the station.
+const int gatewayPathUnavailable = 10;
+const int gatewayTargetSilent = 11;
+
+[[noreturn]] void fail(const QString& words)
+{
+    throw std::runtime_error(words.toStdString());
+}
+
+template <class Outcome>
+Pending<Outcome> refused(const QString& reason)
+{
+    Outcome outcome;
+    outcome.reason = reason;
+    Pending<Outcome> pending;
+    pending.finish(outcome);
+    return pending;
+}
+
+/// A gateway answers in place of a station that it cannot reach.
+TryEnd endOf(const LinkExchange& exchange, int code)
+{
+    if (isSuccess(code))
+        return TryEnd::Answered;
+    if (!exchange.sent)
+        return TryEnd::NotSent;
+    const int exception = exceptionCode(exchange.reply);
+    const bool byGateway = exception == gatewayPathUnavailable || exception == gatewayTargetSilent;
+    return exchange.reply.isEmpty() || byGateway ? TryEnd::NoAnswer : TryEnd::Answered;
+}
+
+/// What the communication thread has to do next.
+struct Turn {
+    bool frameIsDue = false;
+    QByteArray frame;
+    bool replyExpected = true;
+    int replySize = 0; // what the driver expects
+    RW_VAR request = {};
+};
+
+std::atomic<bool> oneIsRunning{false};
+
+} // namespace
+
+/// All calls to the driver are made under m_mutex, one at a time: how the driver's lists change shows only
+/// in their sizes before and after a call. No call to the driver waits for the network.
+class Runtime::Private
+{
+public:
+    explicit Private(const Settings& settings);
+    ~Private();
+
+    int addCyclic(const Variable& variable);
+    void start();
+    void stop();
+    Pending<WriteOutcome> write(const Variable& variable, const std::vector<quint32>& values);
+    Pending<ReadOutcome> read(const Variable& variable);
+    CyclicValue value(int index);
+    void setStation(int station, bool on);
+    std::vector<StationReport> stations();
+    Statistics statistics();
+
+    const Settings m_settings;
+    ExchangeObserver m_observer;
+    Link m_link;
+
+private:
+    static int noteOnceRead(int portId, int hostKey, int hostSubKey, int status);
+    static int ignoreList(QList<RW_VAR>* list, int hostKey, int flag);
+
+    void wire();
+    void communicate();
+    Turn takeTurn();
+    void endPass();
+    void waitForWork(int milliseconds);
+    void exchange(Turn turn);
+    int judge(const Turn& turn, const LinkExchange& exchange);
+    void answered(const Turn& turn, Clock::time_point repliedAt);
+    void givenUp(const Turn& turn, int code, const QString& why);
+    void countBlock(const RW_VAR& request, int unusedElements);
+    void countStation(int station, const LinkExchange& exchange, int code);
+    void lost(int station, int code, const QString& why);
+    void endPauses();
+    void tellDriver(int station);
+    void wakeStation(int station);
+    QString whyGivenUp(int code, const LinkExchange& exchange) const;
+
+    static OnceReads* s_onceReads; // the driver's callback carries no pointer of its own
+
+    std::mutex m_mutex;
+    std::condition_variable m_workCame;
+    bool m_hasWork = false;
+    bool m_started = false;
+    bool m_stopped = false;
+    std::atomic<bool> m_stopping{false};
+    std::thread m_thread;
+
+    COMINFO m_info = {};
+    std::unique_ptr<DriverLibrary> m_library;
+    DriverCalls m_calls;
+    CyclicValues m_cyclic;
+    WriteQueue m_writes;
+    OnceReads m_reads;
+    std::set<int> m_stationsOff;
+    StationPauses m_pauses;
+    QElapsedTimer m_clock; // of the pauses
+    Statistics m_statistics;
+    PassCounter m_passes;
+    QElapsedTimer m_polling; // since the communication thread began
+    long m_exchangesBeforePass = 0;
+};
+
+OnceReads* Runtime::Private::s_onceReads = nullptr;
+
+Runtime::Private::Private(const Settings& settings)
+    : m_settings(settings), m_link(settings.host, settings.port, settings.timeoutMs,
+                                   settings.remoteMode ? FrameFormat::Remote : FrameFormat::ModbusTcp),
+      m_cyclic(settings),
+      m_writes(m_calls, settings, [this](const Variable& elements) { m_cyclic.doubt(elements); }),
+      m_reads(m_calls, settings, [this](const Variable& asked) { return m_cyclic.wholeBits(asked); }),
+      m_pauses(settings.multiStation ? settings.stationPauseMs : 0, settings.retryLimit + 1)
+{
+    m_clock.start();
+}
+
+Runtime::Private::~Private()
+{
+    stop();
+    if (m_library == nullptr)
+        return;
+    m_calls.SetComInfo(nullptr);
+    m_calls.RegistCallBackFuncIntf(nullptr, nullptr);
+    s_onceReads = nullptr;
+    m_library.reset();
+    oneIsRunning = false;
+}
+
+int Runtime::Private::addCyclic(const Variable& variable)
+{
+    const Variable resolved = withStation(variable, m_settings);
+    const QString words = readRefusal(resolved, m_settings);
+    if (!words.isEmpty())
+        fail(words);
+    return m_cyclic.add(resolved);
+}
+
+void Runtime::Private::start()
+{
+    const QString words = settingsError(m_settings);
+    if (!words.isEmpty())
+        fail(words);
+    const QString tooLong = m_cyclic.blockRefusal();
+    if (!tooLong.isEmpty())
+        fail(tooLong);
+    if (m_started)
+        fail(QStringLiteral("a runtime is started once only; make a new one"));
+    if (oneIsRunning.exchange(true))
+        fail(QStringLiteral("another runtime uses the driver in this process; destroy it first"));
+    try {
+        m_library = std::make_unique<DriverLibrary>(m_settings.driverPath);
+    } catch (...) {
+        oneIsRunning = false;
+        throw;
+    }
+    wire();
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_started = true;
+    m_thread = std::thread([this] { communicate(); });
+}
+
+void Runtime::Private::wire()
+{
+    m_info = driverSettings(m_settings);
+    m_calls = m_library->calls();
+    s_onceReads = &m_reads;
+    m_calls.SetComInfo(&m_info);
+    m_calls.RegistCallBackFuncIntf(noteOnceRead, ignoreList);
+    m_cyclic.queue(m_calls);
+}
+
+/// Called by the driver inside DataCom(), so under m_mutex.
+int Runtime::Private::noteOnceRead(int, int, int hostSubKey, int status)
+{
+    s_onceReads->note(hostSubKey, status);
+    return 0;
+}
+
+int Runtime::Private::ignoreList(QList<RW_VAR>*, int, int)
+{
+    return 0;
+}
+
+void Runtime::Private::stop()
+{
+    m_stopping = true;
+    m_link.stop();
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_stopped = true;
+        m_workCame.notify_all();
+    }
+    if (m_thread.joinable())
+        m_thread.join();
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_writes.stop();
+    m_reads.stop();
+}
+
+Pending<WriteOutcome> Runtime::Private::write(const Variable& variable, const std::vector<quint32>& values)
+{
+    const Variable resolved = withStation(variable, m_settings);
+    const QString words = writeRefusal(resolved, values, m_settings);
+    if (!words.isEmpty())
+        return refused<WriteOutcome>(words);
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_started || m_stopped)
+        return refused<WriteOutcome>(QStringLiteral("the panel is not running"));
+    const Pending<WriteOutcome> pending = m_writes.add(resolved, values);
+    wakeStation(resolved.station);
+    m_writes.feed(m_stationsOff);
+    m_hasWork = true;
+    m_workCame.notify_all();
+    return pending;
+}
+
+Pending<ReadOutcome> Runtime::Private::read(const Variable& variable)
+{
+    const Variable resolved = withStation(variable, m_settings);
+    const QString words = readRefusal(resolved, m_settings);
+    if (!words.isEmpty())
+        return refused<ReadOutcome>(words);
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_started || m_stopped)
+        return refused<ReadOutcome>(QStringLiteral("the panel is not running"));
+    const Pending<ReadOutcome> pending = m_reads.add(resolved);
+    wakeStation(resolved.station);
+    m_reads.feed(m_stationsOff);
+    m_hasWork = true;
+    m_workCame.notify_all();
+    return pending;
+}
+
+CyclicValue Runtime::Private::value(int index)
+{
+    if (!m_cyclic.contains(index))
+        fail(QStringLiteral("%1 is no index of a cyclic variable").arg(index));
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_started)
+        return CyclicValue();
+    const Variable& variable = m_cyclic.variable(index);
+    CyclicValue value = m_cyclic.value(index, m_calls);
+    if (m_writes.isWriting(variable))
+        value.state = std::min(value.state, ValueState::Unconfirmed);
+    if (m_stationsOff.count(variable.station) != 0)
+        value.state = std::min(value.state, ValueState::StationOff);
+    return value;
+}
+
+void Runtime::Private::setStation(int station, bool on)
+{
+    if (station < 0 || station > 255)
+        fail(QStringLiteral("%1 is no station; stations are 0 to 255").arg(station));
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_started)
+        fail(QStringLiteral("the panel is not running"));
+    if (on)
+        m_stationsOff.erase(station);
+    else
+        m_stationsOff.insert(station);
+    m_pauses.forget(station);
+    tellDriver(station);
+    m_hasWork = true;
+    m_workCame.notify_all();
+}
+
+/// A station is served when neither the user nor a pause keeps it off.
+void Runtime::Private::tellDriver(int station)
+{
+    const bool off = m_stationsOff.count(station) != 0 || m_pauses.isPausing(station);
+    m_calls.EnCommStation(station, off ? 0 : 1);
+}
+
+/// Somebody wants an answer: without it the driver would throw the request away unsent.
+void Runtime::Private::wakeStation(int station)
+{
+    if (m_pauses.end(station))
+        tellDriver(station);
+}
+
+void Runtime::Private::endPauses()
+{
+    if (!m_pauses.anyPausing())
+        return;
+    for (const int station : m_pauses.over(m_clock.elapsed()))
+        tellDriver(station);
+}
+
+std::vector<StationReport> Runtime::Private::stations()
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    std::map<int, StationReport> reports;
+    for (const int station : m_cyclic.stations())
+        reports[station].station = station;
+    for (const StationReport& report : m_pauses.reports(m_clock.elapsed()))
+        reports[report.station] = report;
+    for (const int station : m_stationsOff) {
+        reports[station].station = station;
+        reports[station].condition = StationCondition::SwitchedOff;
+        reports[station].nextTryMs = -1;
+    }
+    std::vector<StationReport> sorted;
+    sorted.reserve(reports.size());
+    for (const auto& report : reports)
+        sorted.push_back(report.second);
+    return sorted;
+}
+
+Statistics Runtime::Private::statistics()
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    Statistics statistics = m_statistics;
+    statistics.lastPass = m_passes.last();
+    statistics.passesPerSecond = m_passes.perSecond();
+    statistics.writesConfirmed = m_writes.confirmedWrites();
+    statistics.writesFailed = m_writes.failedWrites();
+    statistics.writesWaiting = m_writes.waiting();
+    statistics.readsDone = m_reads.doneReads();
+    statistics.readsFailed = m_reads.failedReads();
+    statistics.readsQueuedAgain = m_reads.queuedAgain();
+    return statistics;
+}
+
+void Runtime::Private::communicate()
+{
+    m_polling.start();
+    while (!m_stopping) {
+        Turn turn = takeTurn();
+        if (!turn.frameIsDue)
+            waitForWork(idleMs);
+        else if (CyclicValues::isPacing(turn.request))
+            endPass();
+        else
+            exchange(std::move(turn));
+    }
+    m_link.close();
+}
+
+Turn Runtime::Private::takeTurn()
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_hasWork = false;
+    endPauses();
+    m_writes.feed(m_stationsOff);
+    m_reads.feed(m_stationsOff);
+    const Protocol* protocol = m_calls.ComCommunication();
+    m_writes.polled();
+    m_reads.polled();
+    if (protocol == nullptr)
+        return Turn();
+    return {true, protocol->frame, protocol->replyLength != 0, protocol->replyLength, protocol->var};
+}
+
+void Runtime::Private::endPass()
+{
+    int pauseMs = m_settings.cyclePauseMs;
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        QByteArray reply = CyclicValues::pacingReply();
+        m_calls.DataCom(&reply, reply.size());
+        ++m_statistics.passes;
+        m_passes.endPass(m_polling.nsecsElapsed() / 1000);
+        // With every station off or pausing, nothing else would take time.
+        if (m_statistics.exchanges == m_exchangesBeforePass)
+            pauseMs = std::max(pauseMs, idleMs);
+        m_exchangesBeforePass = m_statistics.exchanges;
+    }
+    if (pauseMs > 0) // even a wait that is over at once gives the processor away
+        waitForWork(pauseMs);
+}
+
+/// Returns early when something was queued since the last turn, or is still waiting from before it.
+void Runtime::Private::waitForWork(int milliseconds)
+{
+    std::unique_lock<std::mutex> lock(m_mutex);
+    const bool waiting = m_writes.waiting() + m_reads.waiting() > 0;
+    m_workCame.wait_for(lock, std::chrono::milliseconds(waiting ? retryPollMs : milliseconds),
+                        [this] { return m_hasWork || m_stopping; });
+}
+
+void Runtime::Private::exchange(Turn turn)
+{
+    LinkExchange exchange = m_link.exchange(turn.frame, turn.replyExpected, turn.replySize);
+    if (m_stopping)
+        return;
+    const int result = judge(turn, exchange);
+    if (!m_observer)
+        return;
+    const int durationMs = static_cast<int>(exchange.durationMs);
+    m_observer({durationMs, std::move(turn.frame), std::move(exchange), std::move(turn.request),
+                turn.replyExpected, result});
+}
+
+int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange)
+{
+    QByteArray reply = exchange.reply;
+    // With nothing to judge the driver would take a broadcast that never went out for done; a reply to it
+    // has the wrong length.
+    if (!turn.replyExpected && !exchange.sent)
+        reply = QByteArray(1, '\0');
+    std::lock_guard<std::mutex> lock(m_mutex);
+    const int code = m_calls.DataCom(&reply, reply.size())->result;
+    ++m_statistics.exchanges;
+    if (turn.request.hostKey == cyclicKey)
+        m_passes.frame();
+    countStation(turn.request.station, exchange, code);
+    if (turn.replyExpected)
+        m_pauses.tried(turn.request.station, endOf(exchange, code));
+    if (isSuccess(code))
+        answered(turn, exchange.repliedAt);
+    else if (code == PLC_RETRYING)
+        ++m_statistics.retried;
+    else
+        givenUp(turn, code, whyGivenUp(code, exchange));
+    return code;
+}
+
+void Runtime::Private::answered(const Turn& turn, Clock::time_point repliedAt)
+{
+    ++m_statistics.good;
+    if (turn.request.hostKey == writeKey)
+        m_writes.answered();
+    else if (turn.request.hostKey == onceReadKey)
+        m_reads.answered();
+    else if (turn.request.hostKey == cyclicKey)
+        countBlock(turn.request, m_cyclic.answered(turn.request, repliedAt));
+}
+
+void Runtime::Private::givenUp(const Turn& turn, int code, const QString& why)
+{
+    ++m_statistics.failed;
+    ++m_statistics.failuresByCode[code];
+    const int key = turn.request.hostKey;
+    if (key == cyclicKey)
+        countBlock(turn.request, m_cyclic.givenUp(turn.request, code, why));
+    m_writes.givenUp(key == writeKey, turn.request.station, code, why);
+    m_reads.givenUp(key == onceReadKey, turn.request.station, code, why);
+    if (turn.replyExpected && m_pauses.givenUp(turn.request.station, why, m_clock.elapsed()))
+        lost(turn.request.station, code, why);
+}
+
+/// Nothing may wait for a station that pauses: the driver would throw it away without having tried.
+void Runtime::Private::lost(int station, int code, const QString& why)
+{
+    m_writes.lost(station, code, why);
+    m_reads.lost(station, code, why);
+    m_cyclic.lost(station, code, why);
+    tellDriver(station);
+}
+
+/// When it has ended: answered or given up.
+void Runtime::Private::countBlock(const RW_VAR& request, int unusedElements)
+{
+    m_passes.request(request.area, elementsRead(request.area, request.count), unusedElements);
+}
+
+void Runtime::Private::countStation(int station, const LinkExchange& exchange, int code)
+{
+    StationStatistics& statistics = m_statistics.stations[station];
+    if (exchange.replyMicroseconds >= 0)
+        statistics.roundTrips.add(exchange.replyMicroseconds);
+    if (code == PLC_RETRYING)
+        ++statistics.retried;
+    else if (!isSuccess(code))
+        ++statistics.failuresByCode[code];
+}
+
+QString Runtime::Private::whyGivenUp(int code, const LinkExchange& exchange) const
+{
+    if (!exchange.sent)
+        return noConnectionWords(m_settings.host, m_settings.port, m_link.state().lastError);
+    return failureWords(code, exchange.reply, m_settings.timeoutMs);
+}
+
+Runtime::Runtime(const Settings& settings) : d(new Private(settings)) {}
+
+Runtime::~Runtime() = default;
+
+int Runtime::addCyclic(const Variable& variable)
+{
+    return d->addCyclic(variable);
+}
+
+void Runtime::setObserver(const ExchangeObserver& observer)
+{
+    d->m_observer = observer;
+}
+
+void Runtime::setTap(const std::shared_ptr<LinkTap>& tap)
+{
+    d->m_link.setTap(tap);
+}
+
+void Runtime::start()
+{
+    d->start();
+}
+
+void Runtime::stop()
+{
+    d->stop();
+}
+
+Pending<WriteOutcome> Runtime::write(const Variable& variable, const std::vector<quint32>& values)
+{
+    return d->write(variable, values);
+}
+
+Pending<ReadOutcome> Runtime::read(const Variable& variable)
+{
+    return d->read(variable);
+}
+
+CyclicValue Runtime::value(int index) const
+{
+    return d->value(index);
+}
+
+void Runtime::setStation(int station, bool on)
+{
+    d->setStation(station, on);
+}
+
+std::vector<StationReport> Runtime::stations() const
+{
+    return d->stations();
+}
+
+LinkState Runtime::linkState() const
+{
+    return d->m_link.state();
+}
+
+Statistics Runtime::statistics() const
+{
+    return d->statistics();
+}
+
+} // namespace plc

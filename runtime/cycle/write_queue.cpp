@@ -1,0 +1,177 @@
+#include "runtime/cycle/write_queue.h"
+
+#include "runtime/host/request_keys.h"
+#include "runtime/model/request_pieces.h"
+
+namespace plc
+{
+
+namespace
+{
+
+const int broadcastStation = 0;
+
+QString endWords(RequestEnd end, const QString& why)
+{
+    switch (end) {
+    case RequestEnd::Failed:
+        return why;
+    case RequestEnd::Purged:
+        return QStringLiteral("given up unsent with another request that failed: %1").arg(why);
+    case RequestEnd::Discarded:
+        return QStringLiteral("its station was switched off before it was sent");
+    case RequestEnd::Replaced:
+        return QStringLiteral("replaced by a newer write before it was sent");
+    default:
+        return QStringLiteral("the driver's list of writes is not what it must be; nothing is known about "
+                              "this write");
+    }
+}
+
+} // namespace
+
+WriteQueue::WriteQueue(const DriverCalls& calls, const Settings& settings, const Doubtful& doubtful)
+    : m_calls(calls), m_settings(settings), m_doubtful(doubtful), m_ledger(settings.multiStation)
+{
+}
+
+int WriteQueue::listSize() const
+{
+    // Null changes nothing and gives the size.
+    return m_calls.AddListWriteVar(nullptr, 0);
+}
+
+Pending<WriteOutcome> WriteQueue::add(const Variable& variable, const std::vector<quint32>& values)
+{
+    const auto job = std::make_shared<Job>();
+    job->outcome.broadcast = variable.station == broadcastStation;
+    for (const Variable& piece : writePieces(variable, m_settings.maxBlockCount)) {
+        const auto from = values.begin() + (piece.element - variable.element);
+        m_requests[m_nextKey] = {job, piece, {from, from + piece.count}};
+        m_backlog.push_back(m_nextKey++);
+        ++job->left;
+    }
+    job->outcome.requests = job->left;
+    return job->pending;
+}
+
+void WriteQueue::feed(const std::set<int>& stationsOff)
+{
+    while (!m_backlog.empty()) {
+        const int key = m_backlog.front();
+        const Request request = m_requests.at(key);
+        if (stationsOff.count(request.elements.station) != 0)
+            end(key, false, 0, QStringLiteral("station %1 is switched off").arg(request.elements.station));
+        else if (!queue(key, request))
+            return;
+        m_backlog.pop_front();
+    }
+}
+
+/// \return false when the request has to wait
+bool WriteQueue::queue(int key, const Request& request)
+{
+    const Variable& elements = request.elements;
+    if (!m_ledger.hasRoom() || m_ledger.wouldOvertake(elements))
+        return false;
+    QString name;
+    QString address = addressText(elements.area, elements.element);
+    QByteArray bytes = bytesOfValues(elements.area, request.values);
+    const int size = m_calls.SetRegisterData(
+        &name, elements.area, &address, static_cast<unsigned int>(elements.station), &bytes,
+        driverWriteCount(elements.area, elements.count), writeKey, static_cast<unsigned int>(key));
+    if (size == 0)
+        end(key, false, 0, QStringLiteral("the driver takes no write to %1").arg(variableText(elements)));
+    else
+        settle(m_ledger.queued({key, elements}, listSize()), 0, QString());
+    return true;
+}
+
+void WriteQueue::polled()
+{
+    if (m_ledger.size() == 0) // as nearly always, and then nothing can have ended
+        return;
+    settle(m_ledger.polled(listSize()), 0, QString());
+}
+
+void WriteQueue::answered()
+{
+    settle(m_ledger.answered(listSize()), 0, QString());
+}
+
+void WriteQueue::givenUp(bool write, int station, int code, const QString& why)
+{
+    settle(m_ledger.givenUp(write, station, listSize()), code, why);
+}
+
+void WriteQueue::lost(int station, int code, const QString& why)
+{
+    std::deque<int> others;
+    for (const int key : m_backlog) {
+        if (m_requests.at(key).elements.station == station)
+            end(key, false, code, endWords(RequestEnd::Purged, why));
+        else
+            others.push_back(key);
+    }
+    m_backlog = others;
+}
+
+void WriteQueue::stop()
+{
+    m_backlog.clear();
+    while (!m_requests.empty())
+        end(m_requests.begin()->first, false, 0,
+            QStringLiteral("the panel was stopped before it was confirmed; it may have been sent"));
+}
+
+bool WriteQueue::isWriting(const Variable& variable) const
+{
+    for (const auto& request : m_requests) {
+        if (overlaps(request.second.elements, variable))
+            return true;
+    }
+    return false;
+}
+
+void WriteQueue::settle(const RequestLedger::Ended& ended, int code, const QString& why)
+{
+    for (const EndedRequest& request : ended)
+        end(request.key, request.end == RequestEnd::Done, code, endWords(request.end, why));
+}
+
+void WriteQueue::end(int key, bool confirmed, int code, const QString& reason)
+{
+    const auto found = m_requests.find(key);
+    if (found == m_requests.end())
+        return;
+    const Request request = found->second;
+    m_requests.erase(found);
+    WriteOutcome& outcome = request.job->outcome;
+    if (confirmed) {
+        ++outcome.requestsConfirmed;
+    } else if (outcome.reason.isEmpty()) {
+        outcome.code = code;
+        outcome.reason = reason;
+    }
+    if (!confirmed || !driverHolds(request))
+        m_doubtful(request.elements);
+    if (--request.job->left == 0)
+        finish(request.job.get());
+}
+
+/// After a failure the driver does not take written values into its memory at once; and it never takes
+/// those of a broadcast for every station.
+bool WriteQueue::driverHolds(const Request& request) const
+{
+    return request.elements.station != broadcastStation &&
+           valuesInDriver(m_calls, request.elements) == request.values;
+}
+
+void WriteQueue::finish(Job* job)
+{
+    job->outcome.confirmed = job->outcome.requestsConfirmed == job->outcome.requests;
+    ++(job->outcome.confirmed ? m_confirmed : m_failed);
+    job->pending.finish(job->outcome);
+}
+
+} // namespace plc

@@ -1,0 +1,92 @@
+/// \file
+/// \brief Writes from the panel's threads into the driver's write list, and how each ends.
+#ifndef RUNTIME_CYCLE_WRITE_QUEUE_H
+#define RUNTIME_CYCLE_WRITE_QUEUE_H
+
+#include "runtime/cycle/request_ledger.h"
+#include "runtime/host/driver_values.h"
+#include "runtime/model/outcome.h"
+#include "runtime/model/pending.h"
+#include "runtime/model/settings.h"
+
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <set>
+
+namespace plc
+{
+
+/// Every function expects the lock that keeps all calls to the driver apart (see Runtime).
+class WriteQueue
+{
+public:
+    /// Told of the elements of each request that has ended while the driver may hold other values for them
+    /// than the controller.
+    using Doubtful = std::function<void(const Variable& elements)>;
+
+    WriteQueue(const DriverCalls& calls, const Settings& settings, const Doubtful& doubtful);
+
+    /// \param variable station filled in, and nothing against it (writeRefusal())
+    Pending<WriteOutcome> add(const Variable& variable, const std::vector<quint32>& values);
+
+    /// Hands the driver what it has room for. Writes to a station in \a stationsOff fail instead.
+    void feed(const std::set<int>& stationsOff);
+
+    void polled(); ///< after ComCommunication()
+
+    /// After DataCom() took a reply to a write as good.
+    void answered();
+
+    /// After DataCom() gave up a request of \a station. \a write: it was a write.
+    void givenUp(bool write, int station, int code, const QString& why);
+
+    /// A station does not answer: fails what waits for room, after givenUp() ended what the driver had.
+    void lost(int station, int code, const QString& why);
+
+    /// Fails everything that waits.
+    void stop();
+
+    /// \return requests that have not ended
+    int waiting() const { return static_cast<int>(m_requests.size()); }
+
+    /// \return true when a write to some elements of \a variable has not ended
+    bool isWriting(const Variable& variable) const;
+
+    long confirmedWrites() const { return m_confirmed; }
+    long failedWrites() const { return m_failed; }
+
+private:
+    struct Job {
+        Pending<WriteOutcome> pending;
+        WriteOutcome outcome;
+        int left = 0;
+    };
+    struct Request {
+        std::shared_ptr<Job> job;
+        Variable elements;
+        std::vector<quint32> values;
+    };
+
+    int listSize() const;
+    bool queue(int key, const Request& request);
+    void settle(const RequestLedger::Ended& ended, int code, const QString& why);
+    void end(int key, bool confirmed, int code, const QString& reason);
+    bool driverHolds(const Request& request) const;
+    void finish(Job* job);
+
+    const DriverCalls& m_calls;
+    const Settings m_settings;
+    const Doubtful m_doubtful;
+    RequestLedger m_ledger;
+    std::map<int, Request> m_requests; // by key: in the driver or waiting for room
+    std::deque<int> m_backlog;         // keys of those that wait for room
+    int m_nextKey = 1;
+    long m_confirmed = 0;
+    long m_failed = 0;
+};
+
+} // namespace plc
+
+#endif

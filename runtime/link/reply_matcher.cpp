@@ -1,0 +1,103 @@
+#include "runtime/link/reply_matcher.h"
+
+#include "runtime/modbus/frame_fields.h"
+
+namespace plc
+{
+
+namespace
+{
+const int highestNumber = 0xFFFF;
+const int noNumber = 0;
+} // namespace
+
+QString dropReasonWords(DropReason reason)
+{
+    switch (reason) {
+    case DropReason::Late:
+        return QStringLiteral("late: it answers an earlier request");
+    case DropReason::Doubled:
+        return QStringLiteral("doubled: its request was answered before");
+    case DropReason::WrongUnit:
+        return QStringLiteral("from another station than the one asked");
+    case DropReason::WrongFunction:
+        return QStringLiteral("to another function than the one asked for");
+    case DropReason::WrongArea:
+        return QStringLiteral("of another area than the one asked for");
+    case DropReason::WrongSize:
+        return QStringLiteral("with another size than what was asked for");
+    case DropReason::WrongElements:
+        return QStringLiteral("for other elements than those written");
+    }
+    return QString();
+}
+
+void DropCounts::count(DropReason reason)
+{
+    switch (reason) {
+    case DropReason::Late:
+        ++late;
+        break;
+    case DropReason::Doubled:
+        ++doubled;
+        break;
+    case DropReason::WrongUnit:
+        ++wrongUnit;
+        break;
+    case DropReason::WrongFunction:
+        ++wrongFunction;
+        break;
+    case DropReason::WrongArea:
+    case DropReason::WrongSize:
+    case DropReason::WrongElements:
+        ++wrongPlace;
+        break;
+    }
+}
+
+QByteArray ReplyMatcher::number(const QByteArray& frame)
+{
+    // A device that does not echo the number answers with 0, which must not look like a match.
+    QByteArray numbered(frame.constData(), frame.size());
+    if (numbered.size() >= headerToLength)
+        putWord(&numbered, numberOffset, m_number == highestNumber ? 1 : m_number + 1);
+    expect(numbered);
+    return numbered;
+}
+
+void ReplyMatcher::expect(const QByteArray& frame)
+{
+    m_request = frame;
+    m_number = wordAt(frame, numberOffset);
+    if (m_answered == m_number) // numbers come again
+        m_answered = noNumber;
+}
+
+bool ReplyMatcher::accept(QByteArray* reply, DropReason* reason)
+{
+    if (!fits(*reply, reason))
+        return false;
+    m_answered = m_number;
+    m_request.clear();
+    putWord(reply, numberOffset, noNumber);
+    return true;
+}
+
+bool ReplyMatcher::fits(const QByteArray& reply, DropReason* reason) const
+{
+    const int number = wordAt(reply, numberOffset);
+    const int function = byteAt(reply, functionOffset) & ~exceptionFlag;
+    if (number == m_answered && number != noNumber)
+        *reason = DropReason::Doubled;
+    else if (number != m_number || m_request.isEmpty())
+        *reason = DropReason::Late;
+    else if (byteAt(reply, unitOffset) != byteAt(m_request, unitOffset))
+        *reason = DropReason::WrongUnit;
+    else if (function != byteAt(m_request, functionOffset))
+        *reason = DropReason::WrongFunction;
+    else
+        return reply.size() > functionOffset;
+    return false;
+}
+
+} // namespace plc

@@ -1,0 +1,230 @@
+#include "runtime/link/tcp_socket.h"
+
+#include "runtime/model/clock.h"
+
+#include <asio.hpp>
+
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+
+namespace plc
+{
+
+namespace
+{
+
+using asio::ip::tcp;
+
+const int nobody = -1; // no descriptor
+const int msOfSecond = 1000;
+
+// A whole reply and more.
+const std::size_t mostBytesAtOnce = 4096;
+
+// A controller that was switched off does not close its connection. Sent bytes that nothing acknowledges
+// for so long end it; a station that merely does not answer keeps its gateway's connection.
+const unsigned int unacknowledgedMs = 5000;
+
+/// \param nameOf getsockname() or getpeername()
+LinkEnd linkEnd(int descriptor, int (*nameOf)(int, sockaddr*, socklen_t*))
+{
+    tcp::endpoint end;
+    auto size = static_cast<socklen_t>(end.capacity());
+    if (nameOf(descriptor, end.data(), &size) != 0)
+        return LinkEnd();
+    end.resize(size);
+    return {QString::fromStdString(end.address().to_string()), end.port()};
+}
+
+QString words(const std::error_code& error)
+{
+    if (error == asio::error::eof)
+        return QStringLiteral("the other side has closed the connection");
+    return QString::fromLocal8Bit(error.message().c_str());
+}
+
+template <class Value>
+void setOption(int descriptor, int level, int name, const Value& value)
+{
+    setsockopt(descriptor, level, name, &value, sizeof value);
+}
+
+/// \return what was begun came to its end within \a timeoutMs
+bool runFor(asio::io_context& context, int timeoutMs)
+{
+    context.run_for(std::chrono::milliseconds(timeoutMs));
+    return context.stopped();
+}
+
+/// Tries every address of \a host. \return a connected descriptor that is the caller's, or nobody
+int connectedTo(const QString& host, int port, int timeoutMs, std::error_code* error)
+{
+    asio::io_context context(1); // one thread uses it
+    tcp::resolver resolver(context);
+    const auto endpoints = resolver.resolve(host.toLocal8Bit().toStdString(), std::to_string(port),
+                                            tcp::resolver::numeric_service, *error);
+    if (*error)
+        return nobody;
+    tcp::socket socket(context);
+    *error = asio::error::timed_out;
+    asio::async_connect(socket, endpoints,
+                        [error](const std::error_code& result, const tcp::endpoint&) { *error = result; });
+    if (!runFor(context, timeoutMs) || *error)
+        return nobody;
+    socket.native_non_blocking(false, *error);
+    return *error ? nobody : socket.release();
+}
+
+std::error_code lastError()
+{
+    return std::error_code(errno, std::system_category());
+}
+
+bool isTimeOut(int error)
+{
+    return error == EAGAIN || error == EWOULDBLOCK;
+}
+
+} // namespace
+
+/// How long a call of the system waits at most; the system is told when that changes.
+class TcpSocket::TimeLimit
+{
+public:
+    /// \param option SO_RCVTIMEO or SO_SNDTIMEO
+    TimeLimit(int descriptor, int option) : m_descriptor(descriptor), m_option(option) {}
+
+    /// \param milliseconds from 1 on
+    void set(int milliseconds)
+    {
+        if (milliseconds == m_milliseconds)
+            return;
+        m_milliseconds = milliseconds;
+        timeval time = {};
+        time.tv_sec = milliseconds / msOfSecond;
+        time.tv_usec = milliseconds % msOfSecond * microsecondsOfMs;
+        setOption(m_descriptor, SOL_SOCKET, m_option, time);
+    }
+
+private:
+    const int m_descriptor;
+    const int m_option;
+    int m_milliseconds = 0; // 0: without end
+};
+
+/// An open connection. Asio has found it; an exchange then takes one call to send and one that waits and
+/// receives, where Asio's own waiting takes three.
+struct TcpSocket::Connection {
+    explicit Connection(int descriptor) : socket(descriptor)
+    {
+        setOption(socket, IPPROTO_TCP, TCP_NODELAY, 1);
+        setOption(socket, IPPROTO_TCP, TCP_USER_TIMEOUT, unacknowledgedMs);
+    }
+    ~Connection() { ::close(socket); }
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    /// Waits for room, which is there unless the other side does not read.
+    std::error_code send(const QByteArray& bytes, int timeoutMs)
+    {
+        sendLimit.set(timeoutMs);
+        ssize_t sent = 0;
+        do
+            sent = ::send(socket, bytes.constData(), static_cast<std::size_t>(bytes.size()), MSG_NOSIGNAL);
+        while (sent < 0 && errno == EINTR);
+        if (sent == bytes.size())
+            return std::error_code();
+        return sent >= 0 || isTimeOut(errno) ? std::error_code(asio::error::timed_out) : lastError();
+    }
+
+    /// \return bytes received; 0 when there are none yet, or when \a error is set
+    std::size_t receive(char* bytes, std::size_t most, int timeoutMs, std::error_code* error)
+    {
+        if (timeoutMs > 0)
+            receiveLimit.set(timeoutMs);
+        const ssize_t came = ::recv(socket, bytes, most, timeoutMs > 0 ? 0 : MSG_DONTWAIT);
+        if (came > 0)
+            return static_cast<std::size_t>(came);
+        if (came == 0)
+            *error = asio::error::eof;
+        else if (!isTimeOut(errno) && errno != EINTR)
+            *error = lastError();
+        return 0;
+    }
+
+    const int socket;
+    TimeLimit sendLimit{socket, SO_SNDTIMEO};
+    TimeLimit receiveLimit{socket, SO_RCVTIMEO};
+};
+
+TcpSocket::TcpSocket() = default;
+
+TcpSocket::~TcpSocket() = default;
+
+void TcpSocket::close()
+{
+    m_connection.reset();
+}
+
+bool TcpSocket::isOpen() const
+{
+    return m_connection != nullptr;
+}
+
+/// \return false
+bool TcpSocket::failWith(const std::error_code& error)
+{
+    m_error = words(error);
+    close();
+    return false;
+}
+
+bool TcpSocket::connectTo(const QString& host, int port, int timeoutMs)
+try {
+    close();
+    std::error_code error;
+    const int descriptor = connectedTo(host, port, timeoutMs, &error);
+    if (descriptor == nobody)
+        return failWith(error);
+    m_connection = std::make_unique<Connection>(descriptor);
+    return true;
+} catch (const std::system_error& failure) { // no descriptors are left
+    return failWith(failure.code());
+}
+
+LinkEnd TcpSocket::ownEnd() const
+{
+    return m_connection ? linkEnd(m_connection->socket, getsockname) : LinkEnd();
+}
+
+LinkEnd TcpSocket::otherEnd() const
+{
+    return m_connection ? linkEnd(m_connection->socket, getpeername) : LinkEnd();
+}
+
+bool TcpSocket::send(const QByteArray& bytes, int timeoutMs)
+{
+    if (!m_connection)
+        return false;
+    const std::error_code error = m_connection->send(bytes, timeoutMs);
+    return !error || failWith(error);
+}
+
+QByteArray TcpSocket::receive(int timeoutMs)
+{
+    if (!m_connection)
+        return QByteArray();
+    std::array<char, mostBytesAtOnce> bytes;
+    std::error_code error;
+    const std::size_t came = m_connection->receive(bytes.data(), bytes.size(), timeoutMs, &error);
+    if (error)
+        failWith(error);
+    return QByteArray(bytes.data(), static_cast<int>(came));
+}
+
+} // namespace plc

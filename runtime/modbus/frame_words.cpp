@@ -1,0 +1,117 @@
+#include "runtime/modbus/frame_words.h"
+
+#include "runtime/modbus/frame_fields.h"
+#include "runtime/modbus/return_code_words.h"
+
+#include <QStringList>
+
+namespace plc
+{
+
+namespace
+{
+
+enum Function { ReadCoils = 1, ReadRegisters = 3, WriteCoil = 5, WriteRegister = 6, WriteRegisters = 16 };
+
+const int addressOffset = 8;
+const int quantityOffset = 10;
+const int singleValueOffset = 10;
+const int multipleValuesOffset = 13;
+const int readDataOffset = 9;
+const int coilOn = 0xFF00;
+
+QString unitWords(const QByteArray& frame)
+{
+    const int unit = byteAt(frame, unitOffset);
+    return unit == 0 ? QStringLiteral("all units") : QStringLiteral("unit %1").arg(unit);
+}
+
+QString registersFrom(const QByteArray& bytes, int offset)
+{
+    QStringList words;
+    for (int at = offset; at + 1 < bytes.size(); at += 2)
+        words << QString::number(wordAt(bytes, at));
+    return words.join(QLatin1Char(' '));
+}
+
+/// The coils of a read reply; \a quantity of them, because the last byte is padded.
+QString coilsFrom(const QByteArray& reply, int quantity)
+{
+    QString bits;
+    for (int bit = 0; bit < quantity && readDataOffset + bit / 8 < reply.size(); ++bit)
+        bits += QLatin1Char((byteAt(reply, readDataOffset + bit / 8) >> (bit % 8) & 1) != 0 ? '1' : '0');
+    return bits;
+}
+
+QString wholeRequestWords(const QByteArray& frame)
+{
+    const int address = wordAt(frame, addressOffset);
+    const int quantity = wordAt(frame, quantityOffset);
+    switch (byteAt(frame, functionOffset)) {
+    case ReadCoils:
+        return QStringLiteral("read %1 coils from %2").arg(quantity).arg(address);
+    case ReadRegisters:
+        return QStringLiteral("read %1 registers from %2").arg(quantity).arg(address);
+    case WriteCoil:
+        return QStringLiteral("switch coil %1 %2")
+            .arg(address)
+            .arg(QLatin1String(wordAt(frame, singleValueOffset) == coilOn ? "on" : "off"));
+    case WriteRegister:
+        return QStringLiteral("write register %1: %2").arg(address).arg(wordAt(frame, singleValueOffset));
+    case WriteRegisters:
+        return QStringLiteral("write %1 registers from %2: %3")
+            .arg(quantity)
+            .arg(address)
+            .arg(registersFrom(frame, multipleValuesOffset));
+    default:
+        return QStringLiteral("function %1").arg(byteAt(frame, functionOffset));
+    }
+}
+
+QString exceptionReplyWords(int code)
+{
+    return QStringLiteral("refused, exception %1: %2").arg(code).arg(exceptionWords(code));
+}
+
+QString wholeReplyWords(const QByteArray& frame, const QByteArray& reply)
+{
+    switch (byteAt(reply, functionOffset)) {
+    case ReadCoils:
+        return QStringLiteral("coils %1").arg(coilsFrom(reply, wordAt(frame, quantityOffset)));
+    case ReadRegisters:
+        return QStringLiteral("registers %1").arg(registersFrom(reply, readDataOffset));
+    case WriteCoil:
+    case WriteRegister:
+    case WriteRegisters:
+        return QStringLiteral("written");
+    default:
+        return QStringLiteral("answer to function %1").arg(byteAt(reply, functionOffset));
+    }
+}
+
+} // namespace
+
+QString hexText(const QByteArray& bytes)
+{
+    return QString::fromLatin1(bytes.toHex(' ').toUpper());
+}
+
+QString requestWords(const QByteArray& frame)
+{
+    if (frame.size() < quantityOffset + 2)
+        return QStringLiteral("no whole request (%1 bytes)").arg(frame.size());
+    return unitWords(frame) + QStringLiteral(": ") + wholeRequestWords(frame);
+}
+
+QString replyWords(const QByteArray& frame, const QByteArray& reply)
+{
+    if (reply.isEmpty())
+        return QStringLiteral("no reply");
+    if (reply.size() <= pduDataOffset)
+        return QStringLiteral("no whole reply (%1 bytes)").arg(reply.size());
+    const int exception = exceptionCode(reply);
+    const QString meaning = exception != 0 ? exceptionReplyWords(exception) : wholeReplyWords(frame, reply);
+    return unitWords(reply) + QStringLiteral(": ") + meaning;
+}
+
+} // namespace plc

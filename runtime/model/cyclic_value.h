@@ -1,0 +1,35 @@
+/// \file
+/// \brief What the panel shows of one cyclically refreshed variable.
+#ifndef RUNTIME_MODEL_CYCLIC_VALUE_H
+#define RUNTIME_MODEL_CYCLIC_VALUE_H
+
+#include <QString>
+
+#include <vector>
+
+namespace plc
+{
+
+enum class ValueState {
+    NeverRead,   ///< the controller has not answered yet; the values mean nothing
+    StationOff,  ///< its station is switched off; the values are old
+    Failed,      ///< the last attempt to read it failed for good; the values are old
+    Stale,       ///< not refreshed for longer than Settings::staleAfterMs
+    Unconfirmed, ///< a write to it is on its way or has failed since it was read last
+    Fresh        ///< as the controller answered
+};
+
+/// \return "fresh", "stale", ... for tables and JSON
+QString valueStateWord(ValueState state);
+
+struct CyclicValue {
+    ValueState state = ValueState::NeverRead;
+    std::vector<quint32> values; ///< one per element; zeros before the first answer
+    qint64 ageMs = -1;           ///< since the controller's last answer; -1 before the first
+    int code = 0;                ///< result code when the state is Failed
+    QString reason;              ///< why it failed, in words; empty otherwise
+};
+
+} // namespace plc
+
+#endif

@@ -1,0 +1,219 @@
+#include "runtime/model/request_pieces.h"
+
+#include <algorithm>
+
+namespace plc
+{
+
+namespace
+{
+
+// What one Modbus request may carry.
+const int mostCoilsRead = 2000;
+const int mostRegistersRead = 125;
+const int mostRegistersWritten = 123;
+
+const int bitInWordArea = 8;
+const int wordArea = 9;
+const int readOnlyArea = 0;
+const int broadcastStation = 0;
+
+int mostElementsRead(int area, int maxBlockCount)
+{
+    switch (kindOf(area)) {
+    case ElementKind::Bit:
+        return std::min(8 * maxBlockCount, mostCoilsRead);
+    case ElementKind::DoubleWord:
+        // Asked for as one more than is fetched, so one less fits into a block.
+        return std::min(maxBlockCount - 1, mostRegistersRead / 2);
+    default:
+        return std::min(maxBlockCount, mostRegistersRead);
+    }
+}
+
+int mostElementsWritten(int area, int maxBlockCount)
+{
+    switch (kindOf(area)) {
+    case ElementKind::Word:
+        return std::min(maxBlockCount, mostRegistersWritten);
+    case ElementKind::DoubleWord:
+        return std::min(maxBlockCount, mostRegistersWritten / 2);
+    default:
+        return 1;
+    }
+}
+
+/// The bits of \a bits that lie in \a words.
+Variable bitsInside(const Variable& bits, const Variable& words)
+{
+    Variable inside = bits;
+    inside.element = std::max(bits.element, words.element * bitsOfWord);
+    const int end = std::min(bits.element + bits.count, (words.element + words.count) * bitsOfWord);
+    inside.count = end - inside.element;
+    return inside;
+}
+
+bool sameStation(const Variable& a, const Variable& b)
+{
+    return a.station == b.station || a.station == broadcastStation || b.station == broadcastStation;
+}
+
+QString stationRefusal(const Variable& variable, const Settings& settings)
+{
+    if (variable.station < 0 || variable.station > 255)
+        return QStringLiteral("%1 is no station; stations are 0 to 255").arg(variable.station);
+    if (!settings.multiStation && variable.station != settings.station)
+        return QStringLiteral("station %1 is not served; only station %2 is, unless several stations are "
+                              "switched on in the settings (--multi-station)")
+            .arg(variable.station)
+            .arg(settings.station);
+    return QString();
+}
+
+QString runRefusal(const Variable& variable)
+{
+    if (variable.area < 0 || variable.area > 14)
+        return QStringLiteral("%1 is no area; areas are 0 to 14").arg(variable.area);
+    if (variable.element < 0 || variable.count < 1 || variable.element >= areaSize(variable.area) ||
+        variable.count > areaSize(variable.area) - variable.element)
+        return QStringLiteral("%1 elements from %2 on do not lie in area %3, which has %4")
+            .arg(variable.count)
+            .arg(variable.element)
+            .arg(variable.area)
+            .arg(areaSize(variable.area));
+    return QString();
+}
+
+QString refusal(const Variable& variable, const Settings& settings)
+{
+    const QString words = runRefusal(variable);
+    return words.isEmpty() ? stationRefusal(variable, settings) : words;
+}
+
+quint32 greatestValue(int area)
+{
+    switch (kindOf(area)) {
+    case ElementKind::Word:
+        return 0xFFFF;
+    case ElementKind::DoubleWord:
+        return 0xFFFFFFFF;
+    default:
+        return 1;
+    }
+}
+
+QString valueRefusal(const Variable& variable, const std::vector<quint32>& values)
+{
+    if (static_cast<int>(values.size()) != variable.count)
+        return QStringLiteral("%1 values are given for %2 elements").arg(values.size()).arg(variable.count);
+    const quint32 most = greatestValue(variable.area);
+    for (const quint32 value : values) {
+        if (value > most)
+            return QStringLiteral("%1 does not fit into an element of area %2; at most %3 does")
+                .arg(value)
+                .arg(variable.area)
+                .arg(most);
+    }
+    return QString();
+}
+
+} // namespace
+
+Variable withStation(Variable variable, const Settings& settings)
+{
+    if (variable.station == -1)
+        variable.station = settings.station;
+    return variable;
+}
+
+QString readRefusal(const Variable& variable, const Settings& settings)
+{
+    const QString words = refusal(variable, settings);
+    if (words.isEmpty() && variable.station == broadcastStation)
+        return QStringLiteral("station 0 is a broadcast, which no controller answers, so nothing can be read "
+                              "from it; give the controller's own station");
+    return words;
+}
+
+QString writeRefusal(const Variable& variable, const std::vector<quint32>& values, const Settings& settings)
+{
+    const QString words = refusal(variable, settings);
+    if (!words.isEmpty())
+        return words;
+    // The driver builds no frame for these two, and such a write would hold back every later one. (A remote
+    // frame lets the controller change the bit itself.)
+    if (variable.area == readOnlyArea)
+        return QStringLiteral("area 0 can only be read");
+    if (variable.area == bitInWordArea && variable.station == broadcastStation && !settings.remoteMode)
+        return QStringLiteral("a bit in a word cannot be written to station 0: its word would have to be "
+                              "read first, and no controller answers a broadcast");
+    return valueRefusal(variable, values);
+}
+
+std::vector<Variable> cut(const Variable& variable, int most)
+{
+    std::vector<Variable> pieces;
+    for (int done = 0; done < variable.count; done += most) {
+        Variable piece = variable;
+        piece.element = variable.element + done;
+        piece.count = std::min(most, variable.count - done);
+        pieces.push_back(piece);
+    }
+    return pieces;
+}
+
+std::vector<ReadPiece> readPieces(const Variable& variable, int maxBlockCount)
+{
+    const Variable asked = wordsOf(variable);
+    std::vector<ReadPiece> pieces;
+    for (const Variable& piece : cut(asked, mostElementsRead(asked.area, maxBlockCount))) {
+        const bool bitInWord = kindOf(variable.area) == ElementKind::BitInWord;
+        pieces.push_back({bitInWord ? bitsInside(variable, piece) : piece, piece});
+    }
+    return pieces;
+}
+
+std::vector<Variable> writePieces(const Variable& variable, int maxBlockCount)
+{
+    return cut(variable, mostElementsWritten(variable.area, maxBlockCount));
+}
+
+int driverReadCount(int area, int elements)
+{
+    return kindOf(area) == ElementKind::DoubleWord ? elements + 1 : elements;
+}
+
+int elementsRead(int area, int count)
+{
+    return kindOf(area) == ElementKind::DoubleWord ? count - 1 : count;
+}
+
+int driverWriteCount(int area, int elements)
+{
+    return kindOf(area) == ElementKind::DoubleWord ? 2 * elements : elements;
+}
+
+Variable wordsOf(const Variable& variable)
+{
+    if (kindOf(variable.area) != ElementKind::BitInWord)
+        return variable;
+    Variable words = variable;
+    const int end = (variable.element + variable.count + bitsOfWord - 1) / bitsOfWord;
+    words.area = wordArea;
+    words.element = variable.element / bitsOfWord;
+    words.count = end - words.element;
+    return words;
+}
+
+bool overlaps(const Variable& a, const Variable& b)
+{
+    if (!sameStation(a, b))
+        return false;
+    const bool asBits = a.area == bitInWordArea && b.area == bitInWordArea;
+    const Variable left = asBits ? a : wordsOf(a);
+    const Variable right = asBits ? b : wordsOf(b);
+    return left.area == right.area && left.element < right.element + right.count &&
+           right.element < left.element + left.count;
+}
+
+} // namespace plc

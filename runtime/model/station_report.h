@@ -1,0 +1,30 @@
+/// \file
+/// \brief What the panel tells of one station.
+#ifndef RUNTIME_MODEL_STATION_REPORT_H
+#define RUNTIME_MODEL_STATION_REPORT_H
+
+#include <QString>
+
+namespace plc
+{
+
+enum class StationCondition {
+    NotTried,     ///< no request to it has ended yet
+    Answering,    ///< it answered last, be it with a refusal
+    NotAnswering, ///< its last request was given up without an answer; it is tried again
+    Pausing,      ///< the same, and it is left alone for a while
+    SwitchedOff   ///< by the user
+};
+
+struct StationReport {
+    int station = 0;
+    StationCondition condition = StationCondition::NotTried;
+    qint64 nextTryMs = -1; ///< when pausing: until it is tried again; -1 otherwise
+    long answers = 0;      ///< replies of any kind
+    long failures = 0;     ///< requests given up
+    QString reason;        ///< why the last one was given up, when it does not answer; empty otherwise
+};
+
+} // namespace plc
+
+#endif

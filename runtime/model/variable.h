@@ -1,0 +1,70 @@
+/// \file
+/// \brief One controller variable as a person names it, its address text and its values.
+#ifndef RUNTIME_MODEL_VARIABLE_H
+#define RUNTIME_MODEL_VARIABLE_H
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+#include <vector>
+
+namespace plc
+{
+
+inline constexpr int bitsOfByte = 8;
+inline constexpr int bitsOfWord = 16;
+inline constexpr int lastStation = 255;
+
+enum class ElementKind { Bit, BitInWord, Word, DoubleWord };
+
+/// A run of elements of one area. Area codes: 0..7 bits, 8 bits inside the words of area 9, 9..13 words,
+/// 14 double words.
+struct Variable {
+    int area = 9;
+    int element = 0;  ///< first element; for area 8 word x 16 + bit
+    int count = 1;    ///< elements, as a person counts them
+    int station = -1; ///< -1: the station of the settings
+};
+
+/// \return the element behind the last one of \a variable
+inline int endOf(const Variable& variable)
+{
+    return variable.element + variable.count;
+}
+
+/// \return the kind of elements in \a area, which must be 0..14
+ElementKind kindOf(int area);
+
+/// \return value bytes of one element of \a area: 1 for bits, 2 for words, 4 for double words
+int bytesOfElement(int area);
+
+/// \return elements of \a area: 65535, for area 8 sixteen times as many
+int areaSize(int area);
+
+/// \return the address text that the driver takes for \a element, e.g. "17" (octal) for element 15 of area 0
+QString addressText(int area, int element);
+
+/// \return the element that \a text names; nothing when it names none, then \a error says what is expected
+std::optional<int> parseAddress(int area, const QString& text, QString* error);
+
+/// Parses "AREA:ADDRESS[xCOUNT][@STATION]", e.g. "9:100x10", "0:17", "8:10.3", "14:200x2@3".
+/// \return nothing when \a text is wrong, then \a error says what was wrong and what is expected
+std::optional<Variable> parseVariable(const QString& text, QString* error);
+
+/// \return the variable as parseVariable() takes it
+QString variableText(const Variable& variable);
+
+/// Parses "VALUE[,VALUE...]" for \a area: decimal, negative decimal or 0x hexadecimal that fits an element.
+/// \return nothing when one is wrong, then \a error names it and says what is expected
+std::optional<std::vector<quint32>> parseValues(int area, const QString& text, QString* error);
+
+/// \return the value bytes that the driver takes: one per bit, words and double words little-endian
+QByteArray bytesOfValues(int area, const std::vector<quint32>& values);
+
+/// The inverse of bytesOfValues(); bytes beyond the last whole element are ignored.
+std::vector<quint32> valuesOfBytes(int area, const QByteArray& bytes);
+
+} // namespace plc
+
+#endif

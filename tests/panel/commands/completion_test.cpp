@@ -1,0 +1,135 @@
+// What bash offers for plcpanel and plcsim, compared with what their help tells.
+
+#include "panel/commands/command_help.h"
+#include "simulator/faults.h"
+#include "support/application.h"
+
+#include <gmock/gmock.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+namespace
+{
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+using Words = std::vector<std::string>;
+
+Words sortedWords(const QStringList& list)
+{
+    Words words;
+    for (const QString& word : list)
+        words.push_back(word.toStdString());
+    std::sort(words.begin(), words.end());
+    return words;
+}
+
+/// \return what is offered for the last of \a words, which follow the program's name, in alphabetical order
+Words offered(const char* program, const QStringList& words, const QString& folder = QStringLiteral("/"))
+{
+    test::needApplication();
+    const QString script =
+        QStringLiteral("source '" PLC_TESTS_DIR "/../panel/completion/%1.bash' && COMP_WORDS=(\"$@\") && "
+                       "COMP_CWORD=$(($# - 1)) && _%1 && printf '%s\\n' \"${COMPREPLY[@]}\"")
+            .arg(QLatin1String(program));
+    QProcess bash;
+    bash.setWorkingDirectory(folder);
+    bash.start(QStringLiteral("bash"),
+               QStringList{QStringLiteral("-c"), script, QStringLiteral("bash"), QLatin1String(program)} +
+                   words);
+    EXPECT_TRUE(bash.waitForFinished(60000));
+    EXPECT_EQ(bash.readAllStandardError().toStdString(), "");
+    return sortedWords(
+        QString::fromLocal8Bit(bash.readAllStandardOutput()).split(QLatin1Char('\n'), Qt::SkipEmptyParts));
+}
+
+Words offered(const char* program, const char* words)
+{
+    return offered(program, QString::fromLatin1(words).split(QLatin1Char(' ')));
+}
+
+/// \return the long options that a help explains
+Words optionsIn(const QString& help)
+{
+    QStringList options;
+    const QRegularExpression option(QStringLiteral("^  (?:-[a-z], )?(--[a-z-]+)"),
+                                    QRegularExpression::MultilineOption);
+    for (auto match = option.globalMatch(help.mid(help.indexOf(QLatin1String("Options:")))); match.hasNext();)
+        options << match.next().captured(1);
+    return sortedWords(options);
+}
+
+TEST(CompletionOfPlcpanel, OffersEveryOptionOfEachCommandAndNoOther)
+{
+    test::needApplication();
+    for (const char* name : {"read", "write", "watch", "check", "replay", "demo"}) {
+        const auto command = plc::commandNamed(QLatin1String(name));
+        ASSERT_TRUE(command) << name;
+        EXPECT_EQ(offered("plcpanel", {QLatin1String(name), QStringLiteral("--")}),
+                  optionsIn(plc::helpText(command)))
+            << name;
+    }
+}
+
+TEST(CompletionOfPlcpanel, OffersTheCommands)
+{
+    EXPECT_THAT(offered("plcpanel", ""), ElementsAre("check", "demo", "read", "replay", "watch", "write"));
+    EXPECT_THAT(offered("plcpanel", "re"), ElementsAre("read", "replay"));
+    EXPECT_THAT(offered("plcpanel", "--timeout 50 w"), ElementsAre("watch", "write"));
+    EXPECT_THAT(offered("plcpanel", "--controller 127.0.0.1 : 502 c"), ElementsAre("check"));
+}
+
+TEST(CompletionOfPlcpanel, OffersNothingWhereAValueIsExpectedThatItCannotKnow)
+{
+    EXPECT_THAT(offered("plcpanel", "read --timeout "), IsEmpty());
+    EXPECT_THAT(offered("plcpanel", "read 9"), IsEmpty());
+}
+
+TEST(CompletionOfPlcpanel, OffersFilesOfTheRightKind)
+{
+    const QTemporaryDir folder;
+    for (const char* name : {"a.csv", "b.pcap", "c.jsonl", "d.txt", "libplcdriver.so"}) {
+        QFile file(folder.filePath(QLatin1String(name)));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    }
+    const auto files = [&folder](const char* words) {
+        return offered("plcpanel", QString::fromLatin1(words).split(QLatin1Char(' ')), folder.path());
+    };
+    EXPECT_THAT(files("watch --vars "), ElementsAre("a.csv"));
+    EXPECT_THAT(files("read --capture "), ElementsAre("b.pcap", "c.jsonl"));
+    EXPECT_THAT(files("replay "), ElementsAre("b.pcap", "c.jsonl"));
+    EXPECT_THAT(files("replay b.pcap "), IsEmpty());
+    EXPECT_THAT(files("read --driver "), ElementsAre("libplcdriver.so"));
+}
+
+/// \return what the program that was built beside plcpanel prints
+QString helpOfPlcsim()
+{
+    test::needApplication();
+    QProcess plcsim;
+    plcsim.start(QFileInfo(QStringLiteral(PLCPANEL_PROGRAM)).dir().filePath(QStringLiteral("plcsim")),
+                 {QStringLiteral("--help")});
+    EXPECT_TRUE(plcsim.waitForFinished(60000));
+    return QString::fromLocal8Bit(plcsim.readAllStandardOutput());
+}
+
+TEST(CompletionOfPlcsim, OffersEveryOptionAndNoOther)
+{
+    EXPECT_EQ(offered("plcsim", "--"), optionsIn(helpOfPlcsim()));
+}
+
+TEST(CompletionOfPlcsim, OffersEveryFault)
+{
+    QStringList faults;
+    for (const simulator::FaultKind& kind : simulator::faultList())
+        faults << QLatin1String(kind.name) + QLatin1Char('=');
+    EXPECT_EQ(offered("plcsim", "--fault "), sortedWords(faults));
+}
+
+} // namespace

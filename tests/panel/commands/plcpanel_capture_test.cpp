@@ -1,0 +1,253 @@
+// plcpanel --capture and replay as processes.
+
+#include "capture/capture_bytes.h"
+#include "panel/plcpanel_run.h"
+#include "simulator/simulated_controller.h"
+
+#include <gmock/gmock.h>
+
+#include <QProcess>
+#include <QStandardPaths>
+
+#include <csignal>
+
+namespace
+{
+
+using test::Plcpanel;
+using test::plcpanel;
+using test::RunResult;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+class PlcpanelCapture : public testing::Test
+{
+protected:
+    PlcpanelCapture()
+    {
+        controller.start();
+        controller.memory().setHoldingRegister(1, 100, 1234);
+        controller.memory().setHoldingRegister(1, 0xF700, 0x5678);
+        controller.memory().setHoldingRegister(1, 0xF701, 0x1234);
+        controller.memory().setCoil(1, 0xF800 + 15, true);
+    }
+
+    QString path(const char* name) const { return folder.filePath(QLatin1String(name)); }
+
+    /// \return \a words with the controller, capturing to \a file
+    QStringList line(const char* words, const QString& file) const
+    {
+        return QString::fromLatin1(words).split(QLatin1Char(' ')) +
+               QStringList{QStringLiteral("--controller"),
+                           QStringLiteral("127.0.0.1:%1").arg(controller.port()), QStringLiteral("--capture"),
+                           file};
+    }
+
+    RunResult run(const char* words, const char* name) const { return plcpanel(line(words, path(name))); }
+
+    RunResult replay(const char* name, const char* words = "") const
+    {
+        return plcpanel(QStringList{QStringLiteral("replay"), path(name)} +
+                        QString::fromLatin1(words).split(QLatin1Char(' '), Qt::SkipEmptyParts));
+    }
+
+    QByteArray bytesOf(const char* name) const
+    {
+        QFile file(path(name));
+        file.open(QIODevice::ReadOnly);
+        return file.readAll();
+    }
+
+    const QTemporaryDir folder;
+    simulator::SimulatedController controller;
+};
+
+/// \return the lines with values, without the age
+std::string valuesIn(const std::string& table)
+{
+    QString text = QString::fromStdString(table);
+    text = text.mid(text.indexOf(QLatin1String("VARIABLE")));
+    return text.replace(QRegularExpression(QStringLiteral(" +[0-9.]+ s +")), QStringLiteral(" "))
+        .toStdString();
+}
+
+TEST_F(PlcpanelCapture, ShowsTheSameValuesAtTheDesk)
+{
+    const char* const variables = "watch 9:100x4 0:17 14:200 8:100.1 9:600 --once --retries 1";
+    for (const char* name : {"live.jsonl", "live.pcap"}) {
+        const RunResult live = run(variables, name);
+        const RunResult desk = replay(name, "9:100x4 0:17 14:200 8:100.1 9:600 --retries 1");
+        EXPECT_THAT(live.out, HasSubstr("305419896"));
+        EXPECT_EQ(valuesIn(desk.out), valuesIn(live.out)) << name;
+        EXPECT_EQ(desk.errors, "") << name;
+        EXPECT_EQ(desk.status, 0) << name;
+    }
+}
+
+TEST_F(PlcpanelCapture, ShowsWhatWasReadWhereNoVariableIsNamed)
+{
+    run("read 9:100x2 14:200 0:17", "read.pcap");
+    const RunResult desk = replay("read.pcap");
+    EXPECT_EQ(valuesIn(desk.out), "VARIABLE  VALUE      AGE      STATE\n"
+                                  "0:17      1 fresh\n"
+                                  "9:100x2   1234 0 fresh\n"
+                                  "14:200    305419896 fresh\n");
+}
+
+TEST_F(PlcpanelCapture, PrintsEachChangeWithTheTimeOfTheCapture)
+{
+    QFile file(path("two.jsonl"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(test::captured<plc::JsonCapture>([](plc::LinkTap* tap) {
+        test::connect(tap);
+        for (const char* reply :
+             {"0001000000070103040007FFFF", "0001000000070103040007FFFF", "0001000000070103040008FFFF"}) {
+            tap->sent(test::readTwo);
+            tap->received(QByteArray::fromHex(reply));
+        }
+    }));
+    file.close();
+    EXPECT_EQ(
+        replay("two.jsonl", "9:100 --json").out,
+        R"({"address":"100","area":9,"count":1,"state":"fresh","station":1,"time":"2026-11-21T14:03:22.004Z",)"
+        R"("values":[7]})"
+        "\n"
+        R"({"address":"100","area":9,"count":1,"state":"fresh","station":1,"time":"2026-11-21T14:03:22.008Z",)"
+        R"("values":[8]})"
+        "\n");
+}
+
+TEST_F(PlcpanelCapture, IsCompleteAfterCtrlC)
+{
+    Plcpanel watch(line("watch 9:100 --json", path("long.jsonl")));
+    ASSERT_TRUE(watch.eventually([](const std::string& out) { return !out.empty(); }));
+    EXPECT_EQ(watch.endBy(SIGINT).status, 0);
+    const test::Read read = test::read(bytesOf("long.jsonl"));
+    EXPECT_EQ(read.end.error, QString());
+    EXPECT_THAT(read.end.notes, IsEmpty());
+    EXPECT_EQ(read.entries.back(), "-");
+    const auto requests = std::count_if(read.entries.begin(), read.entries.end(),
+                                        [](const std::string& entry) { return entry[0] == '>'; });
+    EXPECT_EQ(static_cast<unsigned long>(requests), controller.requests());
+}
+
+TEST_F(PlcpanelCapture, HoldsTheNumbersThatWentOverTheLink)
+{
+    run("read 9:100 9:101", "numbers.jsonl");
+    const std::string json = bytesOf("numbers.jsonl").toStdString();
+    EXPECT_THAT(json, HasSubstr(R"("hex":"00 01 00 00 00 06 01 03 00 64 00 01")"));
+    EXPECT_THAT(json, HasSubstr(R"("hex":"00 02 00 00 00 06 01 03 00 65 00 01")"));
+    EXPECT_THAT(json, HasSubstr(R"("hex":"00 02 00 00 00 05 01 03 02 00 00")"));
+}
+
+TEST_F(PlcpanelCapture, IsThereForEveryCommandWithALink)
+{
+    EXPECT_EQ(run("write 9:7=5", "write.jsonl").status, 0);
+    EXPECT_THAT(bytesOf("write.jsonl").toStdString(), HasSubstr("write register 7: 5"));
+    EXPECT_EQ(run("check 9:7", "check.jsonl").status, 0);
+    EXPECT_THAT(bytesOf("check.jsonl").toStdString(), HasSubstr("read 1 registers from 7"));
+    const RunResult demo =
+        plcpanel({QStringLiteral("demo"), QStringLiteral("--capture"), path("demo.jsonl")});
+    EXPECT_EQ(demo.status, 0);
+    EXPECT_EQ(bytesOf("demo.jsonl").count("\"event\":\"connected\""), 2) << "both parts of the demo";
+}
+
+TEST_F(PlcpanelCapture, ThatCannotBeWrittenIsToldAndStopsNothing)
+{
+    const RunResult read = plcpanel(line("read 9:100", QStringLiteral("/nowhere/a.pcap")));
+    EXPECT_EQ(read.out, "9:100  1234\n");
+    EXPECT_EQ(read.status, 0);
+    EXPECT_THAT(read.errors, HasSubstr("plcpanel: --capture /nowhere/a.pcap: No such file or directory; the "
+                                       "exchange goes on without\n"));
+}
+
+TEST_F(PlcpanelCapture, ToAFullDiskIsToldAndStopsNothing)
+{
+    ASSERT_TRUE(QFile::link(QStringLiteral("/dev/full"), path("full.jsonl")));
+    const RunResult read = run("read 9:100", "full.jsonl");
+    EXPECT_EQ(read.out, "9:100  1234\n");
+    EXPECT_EQ(read.status, 0);
+    EXPECT_THAT(read.errors,
+                HasSubstr("full.jsonl: No space left on device; the exchange goes on without\n"));
+}
+
+TEST_F(PlcpanelCapture, ToAFileOfAnotherKindIsRefused)
+{
+    const RunResult read = run("read 9:100", "capture.txt");
+    EXPECT_EQ(read.status, 2);
+    EXPECT_THAT(read.errors, HasSubstr("the file's ending says what is written: .pcap"));
+    EXPECT_EQ(controller.requests(), 0u);
+}
+
+TEST_F(PlcpanelCapture, IsNothingThatReplayHas)
+{
+    const RunResult run = replay("none.jsonl", "--capture a.pcap");
+    EXPECT_EQ(run.status, 2);
+    EXPECT_THAT(run.errors, HasSubstr("--capture is no option of replay"));
+}
+
+TEST_F(PlcpanelCapture, ReplayTellsAFileThatItCannotUse)
+{
+    EXPECT_THAT(replay("none.jsonl").errors, HasSubstr("none.jsonl: cannot read it: No such file"));
+    EXPECT_THAT(replay(".").errors, HasSubstr("cannot read it"));
+    QFile file(path("wrong.jsonl"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("{\"capture\":\"plcpanel\",\"version\":1}\n\nhello\n");
+    file.close();
+    const RunResult wrong = replay("wrong.jsonl");
+    EXPECT_THAT(wrong.errors, HasSubstr("wrong.jsonl: line 3: it is no JSON"));
+    EXPECT_EQ(wrong.status, 2);
+    EXPECT_THAT(plcpanel({QStringLiteral("replay")}).errors, HasSubstr("no capture is given"));
+}
+
+/// \return what tshark shows of the fields of each Modbus/TCP packet
+std::string dissected(const QString& path, const QStringList& fields)
+{
+    QStringList arguments = {QStringLiteral("-r"), path,
+                             QStringLiteral("-Y"), QStringLiteral("mbtcp"),
+                             QStringLiteral("-o"), QStringLiteral("tcp.check_checksum:TRUE"),
+                             QStringLiteral("-T"), QStringLiteral("fields")};
+    for (const QString& field : fields)
+        arguments << QStringLiteral("-e") << field;
+    QProcess tshark;
+    tshark.start(QStringLiteral("tshark"), arguments);
+    EXPECT_TRUE(tshark.waitForFinished(60000));
+    return tshark.readAllStandardOutput().toStdString();
+}
+
+TEST_F(PlcpanelCapture, OpensWhereNetworkTrafficIsShown)
+{
+    if (QStandardPaths::findExecutable(QStringLiteral("tshark")).isEmpty())
+        GTEST_SKIP() << "tshark is not installed, so nothing shows that its format is right";
+    QFile file(path("twice.pcap"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(test::captured<plc::PcapCapture>([](plc::LinkTap* tap) {
+        for (int connection = 0; connection < 2; ++connection) {
+            test::connect(tap);
+            tap->sent(test::readTwo);
+            tap->received(test::twoValues.left(9));
+            tap->received(test::twoValues.mid(9));
+            tap->sent(test::readTwo);
+            tap->received(test::refusedTwo);
+            tap->closed(QString());
+        }
+    }));
+    file.close();
+    // Stream, number, function, exception, state of the checksum (1 is good); and nothing that is out of
+    // order.
+    EXPECT_EQ(dissected(file.fileName(),
+                        {QStringLiteral("tcp.stream"), QStringLiteral("mbtcp.trans_id"),
+                         QStringLiteral("modbus.func_code"), QStringLiteral("modbus.exception_code"),
+                         QStringLiteral("tcp.checksum.status"), QStringLiteral("tcp.analysis.flags")}),
+              "0\t1\t3\t\t1\t\n"
+              "0\t1\t3\t\t1\t\n"
+              "0\t1\t3\t\t1\t\n"
+              "0\t1\t3\t2\t1\t\n"
+              "1\t1\t3\t\t1\t\n"
+              "1\t1\t3\t\t1\t\n"
+              "1\t1\t3\t\t1\t\n"
+              "1\t1\t3\t2\t1\t\n");
+}
+
+} // namespace

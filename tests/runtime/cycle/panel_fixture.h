@@ -1,0 +1,120 @@
+/// \file
+/// \brief A runtime and a simulated controller.
+#ifndef TESTS_PANEL_FIXTURE_H
+#define TESTS_PANEL_FIXTURE_H
+
+#include "runtime/cycle/runtime.h"
+#include "simulator/simulated_controller.h"
+#include "support/controller_values.h"
+
+#include <gtest/gtest.h>
+
+#include <QThread>
+
+#include <functional>
+#include <memory>
+
+// Long enough for a busy machine; a test that has to wait so long has failed.
+const int patienceMs = 20000;
+
+/// Waits until \a condition holds. \return false when it never does
+inline bool eventually(const std::function<bool()>& condition)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (!condition()) {
+        if (clock.elapsed() > patienceMs)
+            return false;
+        QThread::msleep(2);
+    }
+    return true;
+}
+
+inline plc::Variable variable(int area, int element, int count = 1, int station = -1)
+{
+    plc::Variable result;
+    result.area = area;
+    result.element = element;
+    result.count = count;
+    result.station = station;
+    return result;
+}
+
+/// \return a value that tells element \a index of an area from its neighbours, and its halves apart
+inline quint32 testValue(int area, int index)
+{
+    if (area <= 8)
+        return index % 3 == 0 ? 1 : 0;
+    const quint32 value = 0x89AB0001u + static_cast<quint32>(index) * 0x10003u;
+    return area == 14 ? value : value & 0xFFFF;
+}
+
+/// \return testValue() of the first \a count elements
+inline std::vector<quint32> testValues(int area, int count)
+{
+    std::vector<quint32> values;
+    for (int index = 0; index < count; ++index)
+        values.push_back(testValue(area, index));
+    return values;
+}
+
+/// Starts a controller; the runtime is started by the test, after it has changed the settings.
+class PanelFixture : public testing::Test
+{
+protected:
+    PanelFixture() { useController({}); }
+
+    void useController(const simulator::Settings& controllerSettings)
+    {
+        controller = std::make_unique<simulator::SimulatedController>(controllerSettings);
+        controller->start();
+        settings.driverPath = QStringLiteral(PLC_DRIVER_LIBRARY);
+        settings.port = controller->port();
+        settings.station = 1;
+        settings.cyclePauseMs = 1;
+        // Only tests about missing replies shorten it; a busy machine may take its time.
+        settings.timeoutMs = 3000;
+    }
+
+    /// Both sides speak remote frames.
+    void useRemoteController()
+    {
+        simulator::Settings remote;
+        remote.remote = true;
+        useController(remote);
+        settings.remoteMode = true;
+    }
+
+    void makeRuntime() { runtime = std::make_unique<plc::Runtime>(settings); }
+
+    void startRuntime()
+    {
+        makeRuntime();
+        runtime->start();
+    }
+
+    plc::WriteOutcome write(const plc::Variable& where, const std::vector<quint32>& values)
+    {
+        const auto pending = runtime->write(where, values);
+        EXPECT_TRUE(pending.wait(patienceMs)) << "the write never ends";
+        return pending.done() ? pending.get() : plc::WriteOutcome();
+    }
+
+    plc::ReadOutcome read(const plc::Variable& where)
+    {
+        const auto pending = runtime->read(where);
+        EXPECT_TRUE(pending.wait(patienceMs)) << "the read never ends";
+        return pending.done() ? pending.get() : plc::ReadOutcome();
+    }
+
+    bool becomes(int index, plc::ValueState state)
+    {
+        return eventually([&] { return runtime->value(index).state == state; });
+    }
+
+    plc::Settings settings;
+    std::unique_ptr<simulator::SimulatedController> controller;
+    std::unique_ptr<plc::Runtime> runtime;
+};
+
+#endif

@@ -1,0 +1,99 @@
+// What a pass over the cyclic variables costs, counted from its requests.
+
+#include "runtime/cycle/pass_counter.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+using plc::PassCounter;
+
+TEST(PassCounter, KnowsNothingBeforeTheFirstPassIsOver)
+{
+    PassCounter counter;
+    counter.frame();
+    counter.request(9, 10, 0);
+    EXPECT_EQ(counter.last().requests, 0);
+    EXPECT_EQ(counter.last().registers, 0);
+    EXPECT_EQ(counter.perSecond(), 0.0);
+}
+
+TEST(PassCounter, CountsRegistersAndBitsApart)
+{
+    PassCounter counter;
+    counter.request(9, 10, 3);
+    counter.request(11, 5, 0);
+    counter.request(2, 40, 8);
+    counter.endPass(1000);
+    EXPECT_EQ(counter.last().requests, 3);
+    EXPECT_EQ(counter.last().registers, 15);
+    EXPECT_EQ(counter.last().registersUnused, 3);
+    EXPECT_EQ(counter.last().bits, 40);
+    EXPECT_EQ(counter.last().bitsUnused, 8);
+}
+
+TEST(PassCounter, CountsADoubleWordAsTwoRegisters)
+{
+    PassCounter counter;
+    counter.request(14, 10, 4);
+    counter.endPass(1000);
+    EXPECT_EQ(counter.last().registers, 20);
+    EXPECT_EQ(counter.last().registersUnused, 8);
+}
+
+TEST(PassCounter, CountsFramesThatWereTriedAgain)
+{
+    PassCounter counter;
+    counter.frame();
+    counter.frame();
+    counter.request(9, 1, 0);
+    counter.endPass(1000);
+    EXPECT_EQ(counter.last().frames, 2);
+    EXPECT_EQ(counter.last().requests, 1);
+}
+
+TEST(PassCounter, BeginsEachPassAtZero)
+{
+    PassCounter counter;
+    counter.frame();
+    counter.request(9, 10, 3);
+    counter.endPass(1000);
+    counter.frame();
+    counter.request(9, 2, 0);
+    counter.endPass(2000);
+    EXPECT_EQ(counter.last().frames, 1);
+    EXPECT_EQ(counter.last().registers, 2);
+    EXPECT_EQ(counter.last().registersUnused, 0);
+}
+
+TEST(PassCounter, KnowsTheRateFromTheSecondPassOn)
+{
+    PassCounter counter;
+    counter.endPass(5000000); // the first may have waited for a connection
+    EXPECT_EQ(counter.perSecond(), 0.0);
+    counter.endPass(5250000);
+    EXPECT_DOUBLE_EQ(counter.perSecond(), 4.0);
+}
+
+TEST(PassCounter, FollowsARateThatChanges)
+{
+    PassCounter counter;
+    qint64 now = 0;
+    for (int pass = 0; pass < 20; ++pass)
+        counter.endPass(now += 1000000);
+    EXPECT_DOUBLE_EQ(counter.perSecond(), 1.0);
+    for (int pass = 0; pass < 10; ++pass)
+        counter.endPass(now += 100000);
+    EXPECT_DOUBLE_EQ(counter.perSecond(), 10.0);
+}
+
+TEST(PassCounter, GivesNoRateWhenNoTimeWentBy)
+{
+    PassCounter counter;
+    counter.endPass(1000);
+    counter.endPass(1000);
+    EXPECT_EQ(counter.perSecond(), 0.0);
+}
+
+} // namespace

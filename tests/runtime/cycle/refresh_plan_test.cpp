@@ -1,0 +1,148 @@
+#include "runtime/cycle/refresh_plan.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace plc
+{
+
+namespace
+{
+
+Variable variable(int area, int element, int count, int station = 1)
+{
+    Variable variable;
+    variable.area = area;
+    variable.element = element;
+    variable.count = count;
+    variable.station = station;
+    return variable;
+}
+
+/// "station/area:element+count" of each.
+std::vector<std::string> texts(const std::vector<Variable>& runs)
+{
+    std::vector<std::string> texts;
+    for (const Variable& run : runs)
+        texts.push_back(std::to_string(run.station) + "/" + std::to_string(run.area) + ":" +
+                        std::to_string(run.element) + "+" + std::to_string(run.count));
+    return texts;
+}
+
+std::vector<std::string> shownTexts(const std::vector<ReadPiece>& parts)
+{
+    std::vector<Variable> shown;
+    for (const ReadPiece& part : parts)
+        shown.push_back(part.shown);
+    return texts(shown);
+}
+
+} // namespace
+
+using testing::ElementsAre;
+
+TEST(RemoteRefreshPlan, QueuesEachDoubleWordByItself)
+{
+    const RefreshPlan plan =
+        remoteRefreshPlan({variable(9, 10, 2), variable(14, 5, 3), variable(2, 7, 4)}, 63);
+    EXPECT_THAT(texts(plan.runs), ElementsAre("1/2:7+4", "1/9:10+2"));
+    EXPECT_THAT(texts(plan.doubleWords), ElementsAre("1/14:5+1", "1/14:6+1", "1/14:7+1"));
+    EXPECT_THAT(shownTexts(plan.parts[1]), ElementsAre("1/14:5+1", "1/14:6+1", "1/14:7+1"));
+    EXPECT_THAT(shownTexts(plan.parts[0]), ElementsAre("1/9:10+2"));
+}
+
+TEST(RemoteRefreshPlan, QueuesADoubleWordOfSeveralVariablesOnce)
+{
+    const RefreshPlan plan =
+        remoteRefreshPlan({variable(14, 5, 2), variable(14, 6, 2), variable(14, 6, 1, 2)}, 63);
+    EXPECT_THAT(texts(plan.doubleWords), ElementsAre("1/14:5+1", "1/14:6+1", "1/14:7+1", "2/14:6+1"));
+    EXPECT_THAT(shownTexts(plan.parts[1]), ElementsAre("1/14:6+1", "1/14:7+1"));
+}
+
+TEST(RefreshPlan, HandsOverWordsAsTheyAre)
+{
+    const RefreshPlan plan = refreshPlan({variable(9, 10, 2), variable(9, 0, 1), variable(14, 5, 3)}, 63);
+    EXPECT_THAT(texts(plan.runs), ElementsAre("1/9:10+2", "1/9:0+1", "1/14:5+3"));
+    EXPECT_THAT(shownTexts(plan.parts[0]), ElementsAre("1/9:10+2"));
+}
+
+TEST(RefreshPlan, CutsWhatDoesNotFitIntoABlock)
+{
+    const RefreshPlan plan = refreshPlan({variable(9, 0, 25)}, 10);
+    EXPECT_THAT(texts(plan.runs), ElementsAre("1/9:0+10", "1/9:10+10", "1/9:20+5"));
+    EXPECT_EQ(plan.parts[0].size(), 3u);
+}
+
+TEST(RefreshPlan, LeavesRoomForTheCountOfDoubleWords)
+{
+    // A block of 10 reads 9 double words.
+    EXPECT_THAT(texts(refreshPlan({variable(14, 0, 12)}, 10).runs), ElementsAre("1/14:0+9", "1/14:9+3"));
+}
+
+TEST(RefreshPlan, RefreshesBitsInWordsAsWords)
+{
+    const RefreshPlan plan = refreshPlan({variable(8, 30, 5)}, 63);
+    EXPECT_THAT(texts(plan.runs), ElementsAre("1/9:1+2"));
+    EXPECT_THAT(shownTexts(plan.parts[0]), ElementsAre("1/8:30+5"));
+}
+
+TEST(RefreshPlan, JoinsBitsThatPaddingOfABlockCouldReach)
+{
+    const RefreshPlan plan =
+        refreshPlan({variable(2, 10, 3), variable(2, 5, 5), variable(2, 14, 1), variable(2, 17, 1)}, 63);
+    EXPECT_THAT(texts(plan.runs), ElementsAre("1/2:5+10", "1/2:17+1"));
+    EXPECT_THAT(shownTexts(plan.parts[0]), ElementsAre("1/2:10+3"));
+    EXPECT_THAT(shownTexts(plan.parts[3]), ElementsAre("1/2:17+1"));
+}
+
+TEST(RefreshPlan, CutsLongRunsOfBitsAtWholeBytes)
+{
+    const RefreshPlan plan = refreshPlan({variable(2, 3, 20), variable(2, 18, 30)}, 4);
+    EXPECT_THAT(texts(plan.runs), ElementsAre("1/2:3+32", "1/2:35+13"));
+    EXPECT_THAT(shownTexts(plan.parts[0]), ElementsAre("1/2:3+20"));
+    EXPECT_THAT(shownTexts(plan.parts[1]), ElementsAre("1/2:18+17", "1/2:35+13"));
+}
+
+TEST(RefreshPlan, CutsLongRunsOfArea7WhereEveryBlockEndsAtAWholeByte)
+{
+    const RefreshPlan plan = refreshPlan({variable(7, 8000, 10), variable(7, 8020, 100)}, 63);
+    EXPECT_THAT(texts(plan.runs), ElementsAre("1/7:8000+10", "1/7:8016+56", "1/7:8072+48"));
+    EXPECT_THAT(shownTexts(plan.parts[1]), ElementsAre("1/7:8020+52", "1/7:8072+48"));
+}
+
+TEST(RefreshPlan, CutsLongRunsOfArea7IntoPartsOfAByteWhereABlockHasFewerWords)
+{
+    EXPECT_THAT(texts(refreshPlan({variable(7, 3, 10)}, 7).runs),
+                ElementsAre("1/7:0+4", "1/7:4+4", "1/7:8+4", "1/7:12+1"));
+    EXPECT_THAT(texts(refreshPlan({variable(7, 8, 3)}, 1).runs),
+                ElementsAre("1/7:8+1", "1/7:9+1", "1/7:10+1"));
+}
+
+TEST(RefreshPlan, LeavesShortRunsOfArea7AsTheyAre)
+{
+    EXPECT_THAT(texts(refreshPlan({variable(7, 3, 10), variable(7, 21, 56)}, 63).runs),
+                ElementsAre("1/7:3+10", "1/7:21+56"));
+}
+
+TEST(RefreshPlan, KeepsStationsAndAreasApart)
+{
+    const RefreshPlan plan =
+        refreshPlan({variable(2, 0, 8, 1), variable(2, 8, 8, 2), variable(3, 8, 8, 1)}, 63);
+    EXPECT_THAT(texts(plan.runs), ElementsAre("1/2:0+8", "1/3:8+8", "2/2:8+8"));
+}
+
+TEST(BlockCount, IsTheMostThatModbusAllowsForTheAreas)
+{
+    EXPECT_EQ(blockCountFor({}), 125);
+    EXPECT_EQ(blockCountFor({variable(9, 0, 1), variable(2, 0, 1)}), 125);
+    EXPECT_EQ(blockCountFor({variable(9, 0, 1), variable(14, 0, 1)}), 63); // 62 double words, 124 registers
+}
+
+TEST(BlockCount, ThatBreaksALimitIsRefusedWithTheLargestThatDoesNot)
+{
+    EXPECT_EQ(blockRefusal({variable(14, 0, 1)}, 63), QString());
+    EXPECT_TRUE(blockRefusal({variable(14, 0, 1)}, 64).endsWith(QStringLiteral("at most 63 fit")));
+    EXPECT_TRUE(blockRefusal({variable(9, 0, 1)}, 126).endsWith(QStringLiteral("at most 125 fit")));
+}
+
+} // namespace plc

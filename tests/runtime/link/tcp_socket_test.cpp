@@ -1,0 +1,167 @@
+#include "runtime/link/tcp_socket.h"
+#include "support/scripted_controller.h"
+
+#include <gtest/gtest.h>
+
+#include <QElapsedTimer>
+
+#include <algorithm>
+#include <vector>
+
+namespace
+{
+
+using plc::TcpSocket;
+
+const int patienceMs = 5000;
+const int shortMs = 50;
+const int moreThanBuffersHold = 64 << 20;
+
+const QString loopback = QStringLiteral("127.0.0.1");
+
+class TcpSocketTest : public testing::Test
+{
+protected:
+    /// Both ends of a connection; one byte goes over it.
+    void connectBoth()
+    {
+        ASSERT_TRUE(socket.connectTo(loopback, controller.port(), patienceMs));
+        ASSERT_TRUE(socket.send("?", patienceMs));
+        controller.acceptAndReceive(1);
+    }
+
+    /// \return what comes, which may take more than one wait
+    QByteArray receiveSomething()
+    {
+        QElapsedTimer clock;
+        clock.start();
+        QByteArray bytes;
+        while (bytes.isEmpty() && socket.isOpen() && clock.elapsed() < patienceMs)
+            bytes = socket.receive(patienceMs);
+        return bytes;
+    }
+
+    ScriptedController controller;
+    TcpSocket socket;
+};
+
+TEST_F(TcpSocketTest, NoListenerIsRefusedInTheSystemsWords)
+{
+    const int port = ScriptedController().port(); // closed again
+    EXPECT_FALSE(socket.connectTo(loopback, port, patienceMs));
+    EXPECT_FALSE(socket.isOpen());
+    EXPECT_EQ(socket.errorString(), QStringLiteral("Connection refused"));
+}
+
+TEST_F(TcpSocketTest, AHostThatHasNoAddressIsAnError)
+{
+    EXPECT_FALSE(socket.connectTo(QStringLiteral("no.such.host.invalid"), 502, patienceMs));
+    EXPECT_FALSE(socket.isOpen());
+    EXPECT_FALSE(socket.errorString().isEmpty());
+}
+
+TEST_F(TcpSocketTest, AHostMayBeAName)
+{
+    EXPECT_TRUE(socket.connectTo(QStringLiteral("localhost"), controller.port(), patienceMs));
+}
+
+TEST_F(TcpSocketTest, AHostThatDoesNotAnswerIsGivenUpInTime)
+{
+    std::vector<TcpSocket> waiting(16); // more than the listener lets wait
+    const auto last = std::find_if(waiting.begin(), waiting.end(), [this](TcpSocket& each) {
+        return !each.connectTo(loopback, controller.port(), shortMs);
+    });
+    ASSERT_NE(last, waiting.end());
+    EXPECT_EQ(last->errorString(), QStringLiteral("Connection timed out"));
+}
+
+TEST_F(TcpSocketTest, ASendThatTheOtherSideDoesNotReadIsGivenUpInTime)
+{
+    connectBoth();
+    EXPECT_FALSE(socket.send(QByteArray(moreThanBuffersHold, '?'), shortMs));
+    EXPECT_FALSE(socket.isOpen());
+    EXPECT_EQ(socket.errorString(), QStringLiteral("Connection timed out"));
+}
+
+TEST_F(TcpSocketTest, ASendToAClosedConnectionFails)
+{
+    connectBoth();
+    controller.send("01");
+    controller.close();
+    while (socket.isOpen() && socket.send("?", patienceMs)) {
+    }
+    EXPECT_FALSE(socket.isOpen());
+    EXPECT_FALSE(socket.send("?", patienceMs));
+}
+
+TEST_F(TcpSocketTest, ReceivesWhatCame)
+{
+    connectBoth();
+    controller.send("01 02 03");
+    EXPECT_EQ(receiveSomething(), QByteArray::fromHex("010203"));
+    EXPECT_TRUE(socket.isOpen());
+}
+
+TEST_F(TcpSocketTest, WithoutAWaitOnlyWhatIsThereCounts)
+{
+    connectBoth();
+    EXPECT_TRUE(socket.receive(0).isEmpty());
+    EXPECT_TRUE(socket.isOpen());
+}
+
+TEST_F(TcpSocketTest, ASilentOtherSideClosesNothing)
+{
+    connectBoth();
+    QElapsedTimer clock;
+    clock.start();
+    EXPECT_TRUE(socket.receive(shortMs).isEmpty());
+    EXPECT_LT(clock.elapsed(), patienceMs);
+    EXPECT_TRUE(socket.isOpen());
+}
+
+TEST_F(TcpSocketTest, AShortWaitLastsItsTime)
+{
+    connectBoth();
+    QElapsedTimer clock;
+    clock.start();
+    EXPECT_TRUE(socket.receive(10).isEmpty());
+    EXPECT_GE(clock.elapsed(), 10);
+}
+
+TEST_F(TcpSocketTest, AShortWaitBehindALongOneIsShort)
+{
+    connectBoth();
+    controller.send("01");
+    receiveSomething(); // would wait for long
+    QElapsedTimer clock;
+    clock.start();
+    EXPECT_TRUE(socket.receive(shortMs).isEmpty());
+    EXPECT_LT(clock.elapsed(), patienceMs);
+}
+
+TEST_F(TcpSocketTest, ClosesWhenTheOtherSideHas)
+{
+    connectBoth();
+    controller.close();
+    EXPECT_TRUE(receiveSomething().isEmpty());
+    EXPECT_FALSE(socket.isOpen());
+}
+
+TEST_F(TcpSocketTest, WhatCameBeforeTheEndIsNotLost)
+{
+    connectBoth();
+    controller.send("0A");
+    controller.close();
+    EXPECT_EQ(receiveSomething(), QByteArray(1, '\x0A'));
+    EXPECT_TRUE(receiveSomething().isEmpty());
+    EXPECT_FALSE(socket.isOpen());
+}
+
+TEST_F(TcpSocketTest, ConnectingAgainLeavesTheOldConnection)
+{
+    connectBoth();
+    ASSERT_TRUE(socket.connectTo(loopback, controller.port(), patienceMs));
+    EXPECT_TRUE(controller.isClosedByTheOtherSide());
+}
+
+} // namespace

@@ -1,0 +1,189 @@
+#include "runtime/model/variable_list.h"
+
+#include <gtest/gtest.h>
+
+namespace plc
+{
+
+namespace
+{
+
+const QByteArray header = "name,area,address,station,count,type\n";
+
+/// The only error that a line causes, without the line's own text.
+QString errorOf(const QByteArray& line)
+{
+    const VariableList list = parseVariableList(header + line + "\n");
+    EXPECT_EQ(list.errors.size(), 1) << line.constData();
+    return list.errors.isEmpty() ? QString() : list.errors.first().section(QLatin1Char('\n'), 0, 0);
+}
+
+} // namespace
+
+TEST(VariableList, HoldsOneVariableALine)
+{
+    const VariableList list = parseVariableList(header + "speed,9,100,3,2,int16\n"
+                                                         "lamp,0,17,1,1,bit\n");
+    EXPECT_TRUE(list.errors.isEmpty());
+    ASSERT_EQ(list.variables.size(), 2u);
+    const ListedVariable& speed = list.variables[0];
+    EXPECT_EQ(speed.name, QStringLiteral("speed"));
+    EXPECT_EQ(speed.elements.area, 9);
+    EXPECT_EQ(speed.elements.element, 100);
+    EXPECT_EQ(speed.elements.station, 3);
+    EXPECT_EQ(speed.elements.count, 2);
+    EXPECT_EQ(speed.type, ValueType::Int16);
+    EXPECT_EQ(speed.line, 2);
+    EXPECT_EQ(list.variables[1].elements.element, 15); // octal
+}
+
+TEST(VariableList, SkipsCommentsAndBlankLines)
+{
+    const VariableList list =
+        parseVariableList("# a machine\n\n" + header + "\n  # inside\nspeed,9,1,,,uint16\n\n");
+    EXPECT_TRUE(list.errors.isEmpty());
+    ASSERT_EQ(list.variables.size(), 1u);
+    EXPECT_EQ(list.variables[0].line, 6);
+}
+
+TEST(VariableList, TakesAnEmptyStationAndCountAsThePanelsOwnAndOne)
+{
+    const VariableList list = parseVariableList(header + "speed,9,1,,,uint16\n");
+    ASSERT_EQ(list.variables.size(), 1u);
+    EXPECT_EQ(list.variables[0].elements.station, -1);
+    EXPECT_EQ(list.variables[0].elements.count, 1);
+}
+
+TEST(VariableList, TakesQuotedFieldsSpacesWindowsLineEndsAndAByteOrderMark)
+{
+    const VariableList list = parseVariableList(
+        "\xEF\xBB\xBFname,area,address,station,count,type\r\n\"speed, \"\"left\"\"\" , 9, 1 ,1,1, INT16\r\n");
+    EXPECT_EQ(list.errors.join(QString()), QString());
+    ASSERT_EQ(list.variables.size(), 1u);
+    EXPECT_EQ(list.variables[0].name, QStringLiteral("speed, \"left\""));
+}
+
+TEST(VariableList, CountsValuesNotElements)
+{
+    const VariableList list =
+        parseVariableList(header + "a,9,0,1,2,float32\nb,14,200,1,2,int32\nc,9,20,1,5,text\n");
+    ASSERT_EQ(list.variables.size(), 3u);
+    EXPECT_EQ(list.variables[0].elements.count, 4);
+    EXPECT_EQ(list.variables[1].elements.count, 2);
+    EXPECT_EQ(list.variables[2].elements.count, 3);
+    EXPECT_EQ(list.variables[0].count, 2);
+    EXPECT_EQ(list.variables[2].count, 5);
+}
+
+TEST(VariableList, ReportsAllWrongLinesAtOnceWithNumberAndText)
+{
+    const VariableList list = parseVariableList(header + "a,15,0,1,1,bit\nb,9,5,1,1,uint16\nc,0,8,1,1,bit\n");
+    ASSERT_EQ(list.errors.size(), 2);
+    EXPECT_EQ(list.errors[0],
+              QStringLiteral("line 2: \"15\" is no area; 0 to 14 is expected\n    a,15,0,1,1,bit"));
+    EXPECT_TRUE(
+        list.errors[1].startsWith(QStringLiteral("line 4: \"8\" is no address of area 0; octal digits")));
+    EXPECT_TRUE(list.errors[1].endsWith(QStringLiteral("\n    c,0,8,1,1,bit")));
+}
+
+TEST(VariableList, SaysWhatIsExpectedOfEachField)
+{
+    EXPECT_EQ(errorOf(",9,0,1,1,uint16"),
+              QStringLiteral("line 2: the name is missing; it is what the value is shown under"));
+    EXPECT_EQ(errorOf("a,,0,1,1,uint16"), QStringLiteral("line 2: \"\" is no area; 0 to 14 is expected"));
+    EXPECT_EQ(errorOf("a,9,0,256,1,uint16"),
+              QStringLiteral("line 2: \"256\" is no station; 0 to 255 is expected"));
+    EXPECT_EQ(errorOf("a,9,0,1,0,uint16"),
+              QStringLiteral("line 2: \"0\" is no count; 1 to 65535 is expected"));
+    EXPECT_EQ(errorOf("a,9,0,1,1,bit"),
+              QStringLiteral(
+                  "line 2: \"bit\" is no type of area 9; it holds int16, uint16, int32, uint32, float32, "
+                  "hex, text"));
+    EXPECT_EQ(
+        errorOf("a,9,0,1,1"),
+        QStringLiteral("line 2: it has 5 fields; 6 are expected: name,area,address,station,count,type"));
+}
+
+TEST(VariableList, RefusesARunPastTheEndOfItsArea)
+{
+    EXPECT_EQ(errorOf("a,9,65534,1,1,int32"),
+              QStringLiteral("line 2: 2 elements from 65534 on run past the end of "
+                             "area 9; at most 1 are there"));
+    EXPECT_TRUE(errorOf("a,9,0,1,65535,int32").contains(QStringLiteral("run past the end")));
+}
+
+TEST(VariableList, RefusesANameTwice)
+{
+    const VariableList list = parseVariableList(header + "a,9,0,1,1,int16\na,9,1,1,1,int16\n");
+    ASSERT_EQ(list.errors.size(), 1);
+    EXPECT_TRUE(list.errors[0].startsWith(QStringLiteral("line 3: the name \"a\" is taken by line 2")));
+}
+
+TEST(VariableList, RefusesANameThatATerminalWouldActOn)
+{
+    EXPECT_TRUE(errorOf("a\x1b[2J,9,0,1,1,int16").contains(QStringLiteral("cannot be shown")));
+}
+
+TEST(VariableList, RepeatsAWrongLineWithoutWhatATerminalWouldActOn)
+{
+    const VariableList list = parseVariableList(header + "a\x1b[2J,9\n");
+    ASSERT_EQ(list.errors.size(), 1);
+    EXPECT_TRUE(list.errors[0].endsWith(QStringLiteral("\n    a.[2J,9")));
+}
+
+TEST(VariableList, QuotesAWrongFieldWithoutWhatATerminalWouldActOn)
+{
+    EXPECT_TRUE(errorOf("a,9,\x1b[2J,,,int16").startsWith(QStringLiteral("line 2: \".[2J\" is no address")));
+}
+
+TEST(VariableList, QuotesPercentSignsAsTheyAre)
+{
+    EXPECT_TRUE(errorOf("a,%3,0,,,int16").startsWith(QStringLiteral("line 2: \"%3\" is no area; 0 to 14")));
+    EXPECT_TRUE(errorOf("a,9,0,,,%2").startsWith(QStringLiteral("line 2: \"%2\" is no type of area 9")));
+    const QString doubled = errorOf("%2,9,0,,,int16\n%2,9,1,,,int16");
+    EXPECT_TRUE(doubled.startsWith(QStringLiteral("line 3: the name \"%2\" is taken by line 2")));
+}
+
+TEST(VariableList, TellsWhatElseIsAgainstAVariableAmongTheOtherErrors)
+{
+    const VariableList list =
+        parseVariableList(header + "a,9,0,1,1,int17\nb,9,0,2,1,int16\nc,9\nd,9,1,1,1,int16\n",
+                          [](const ListedVariable& variable) {
+                              return variable.elements.station == 2 ? QStringLiteral("not here") : QString();
+                          });
+    ASSERT_EQ(list.errors.size(), 3);
+    EXPECT_TRUE(list.errors[0].startsWith(QStringLiteral("line 2: ")));
+    EXPECT_EQ(list.errors[1], QStringLiteral("line 3: not here\n    b,9,0,2,1,int16"));
+    EXPECT_TRUE(list.errors[2].startsWith(QStringLiteral("line 4: ")));
+}
+
+TEST(VariableList, RefusesQuotesThatDoNotMatch)
+{
+    EXPECT_TRUE(errorOf("\"a,9,0,1,1,int16").contains(QStringLiteral("quotes do not match")));
+    EXPECT_TRUE(errorOf("a\"b,9,0,1,1,int16").contains(QStringLiteral("quotes do not match")));
+}
+
+TEST(VariableList, NeedsTheHeaderLine)
+{
+    EXPECT_TRUE(parseVariableList("speed,9,1,1,1,int16\n")
+                    .errors.join(QString())
+                    .startsWith(QStringLiteral("line 1: the first line must name the columns")));
+    EXPECT_TRUE(parseVariableList("").errors.join(QString()).contains(QStringLiteral("the list is empty")));
+}
+
+TEST(VariableList, SurvivesBytesThatAreNoText)
+{
+    QByteArray bytes = header;
+    for (int byte = 0; byte < 256; ++byte)
+        bytes.append(static_cast<char>(byte));
+    EXPECT_FALSE(parseVariableList(bytes).errors.isEmpty());
+}
+
+TEST(VariableList, SaysWhichFileCannotBeRead)
+{
+    const VariableList list = readVariableList(QStringLiteral("/no/such/file.csv"));
+    ASSERT_EQ(list.errors.size(), 1);
+    EXPECT_TRUE(list.errors[0].startsWith(QStringLiteral("cannot read it: ")));
+}
+
+} // namespace plc
