@@ -20,13 +20,17 @@ bool IsSuccess(int code)
     return code == PLC_DONE || code == PLC_REMOTE_DONE;
 }
 
-// Only lengths are judged; a reply length of -1 takes any reply but none.
+// Only the announced length is judged; a reply length of -1 takes any reply but none. The one reply that must
+// really hold its data is that to the read before the write of a bit.
 // \return one of the two failures, or LOCAL_ACCEPTED
-Outcome JudgeLength(int expected, int length, Outcome noReply, Outcome wrongLength)
+Outcome JudgeLength(const QByteArray* reply, int length, Outcome noReply, Outcome wrongLength)
 {
-    if (length == 0)
-        return expected == 0 ? LOCAL_ACCEPTED : noReply;
-    return expected == length || expected == -1 ? LOCAL_ACCEPTED : wrongLength;
+    const int expected = PLC_driver.protocolList.at(0).replyLength;
+    if (length == 0 && expected != 0)
+        return noReply;
+    if (length != 0 && expected != length && expected != -1)
+        return wrongLength;
+    return LacksWordForWrite(reply) ? wrongLength : LOCAL_ACCEPTED;
 }
 
 // Notes the head of writeList where filing is going to merge its bit into the word just read.
@@ -205,7 +209,7 @@ void TakePendingBit()
 int DealDataOfLocalArea(QByteArray* reply, int length)
 {
     const Protocol& request = PLC_driver.protocolList.at(0);
-    const Outcome judged = JudgeLength(request.replyLength, length, LOCAL_NO_REPLY, LOCAL_WRONG_LENGTH);
+    const Outcome judged = JudgeLength(reply, length, LOCAL_NO_REPLY, LOCAL_WRONG_LENGTH);
     if (judged != LOCAL_ACCEPTED)
         return GetDriverReturnValue(judged);
     if (CheckGetData(reply, length) == 1) {
@@ -219,7 +223,7 @@ int DealDataOfLocalArea(QByteArray* reply, int length)
 int DealDataOfRemoteArea(QByteArray* reply, int length)
 {
     const Protocol& request = PLC_driver.protocolList.at(0);
-    const Outcome judged = JudgeLength(request.replyLength, length, REMOTE_NO_REPLY, REMOTE_WRONG_LENGTH);
+    const Outcome judged = JudgeLength(reply, length, REMOTE_NO_REPLY, REMOTE_WRONG_LENGTH);
     if (judged != LOCAL_ACCEPTED)
         return GetDriverReturnValue(judged);
     if (request.var.storeSelector != -1) // decides filing here; accessFlag does not

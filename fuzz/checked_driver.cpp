@@ -133,7 +133,7 @@ void CheckedDriver::mirrorBuiltWrite()
 
 void CheckedDriver::reply(QByteArray* reply, int length)
 {
-    const ReplyExpectation expected(length);
+    const ReplyExpectation expected(reply, length);
     const RW_VAR* result = nullptr;
     call([&] { result = DataCom(reply, length); });
     expected.compare(result, reply, callbacks());

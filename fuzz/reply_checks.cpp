@@ -63,7 +63,7 @@ bool isSameFrame(const Protocol& a, const Protocol& b)
            a.dataOffset == b.dataOffset && a.dataLength == b.dataLength && isSameRequest(a.var, b.var);
 }
 
-ReplyExpectation::ReplyExpectation(int length)
+ReplyExpectation::ReplyExpectation(const QByteArray* reply, int length)
     : m_outstanding(PLC_driver.comInfo && !PLC_driver.protocolList.isEmpty()), m_request(Protocol()),
       m_settings(COMINFO()), m_frames(PLC_driver.protocolList.size()), m_reads(PLC_driver.readList.size()),
       m_kind(PLC_driver.requestKind), m_writes(stationsOf(PLC_driver.writeList)),
@@ -74,16 +74,24 @@ ReplyExpectation::ReplyExpectation(int length)
     m_request = PLC_driver.protocolList.at(0);
     m_settings = *PLC_driver.comInfo;
     m_bit = headOfWrites();
-    judge(length);
+    judge(reply, length);
+}
+
+// A bit is never written into a word that nobody read.
+bool ReplyExpectation::lacksWord(const QByteArray* reply) const
+{
+    const RW_VAR& var = m_request.var;
+    return var.area == bitOfWordArea && var.storeSelector == -1 && m_frames > 1 &&
+           dataOf(m_request, reply).size() < 2;
 }
 
 // Lengths alone are judged; what the bytes say is the runtime's business.
-void ReplyExpectation::judge(int length)
+void ReplyExpectation::judge(const QByteArray* reply, int length)
 {
     const RW_VAR& var = m_request.var;
     const int expected = m_request.replyLength;
     m_local = var.stationGroup == m_settings.localStation;
-    m_good = length == 0 ? expected == 0 : expected == length || expected == -1;
+    m_good = (length == 0 ? expected == 0 : expected == length || expected == -1) && !lacksWord(reply);
     m_filed = m_good && (m_local ? var.accessFlag == 0 : var.storeSelector == -1);
     const int received = m_settings.framesReceived;
     if (m_good) {
@@ -94,7 +102,7 @@ void ReplyExpectation::judge(int length)
     }
     m_final = oneMore(m_settings.failCount) > m_settings.retryLimit;
     m_finished = m_final;
-    m_code = m_final ? failureCode(m_local, length == 0, var.hostKey) : int(PLC_RETRYING);
+    m_code = m_final ? failureCode(m_local, length == 0 && expected != 0, var.hostKey) : int(PLC_RETRYING);
 }
 
 void ReplyExpectation::compare(const RW_VAR* result, const QByteArray* reply,
@@ -128,7 +136,7 @@ void ReplyExpectation::compareSuccess(const QByteArray* reply) const
     const QByteArray data = dataOf(m_request, reply);
     const bool multi = m_settings.multiStation != 0;
     if (!m_filed || m_request.var.area != bitOfWordArea || m_request.var.storeSelector != -1 ||
-        m_frames < 2 || data.size() < 2 || (multi && !m_bit.queued))
+        m_frames < 2 || (multi && !m_bit.queued))
         return;
     const unsigned int word = static_cast<unsigned int>(static_cast<unsigned char>(data.at(0)) << 8 |
                                                         static_cast<unsigned char>(data.at(1)));

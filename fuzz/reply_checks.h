@@ -16,8 +16,9 @@ namespace fuzz
 class ReplyExpectation
 {
 public:
-    /// \param length as announced to DataCom()
-    explicit ReplyExpectation(int length);
+    /// \param reply as handed to DataCom(), may be null
+    /// \param length as announced to it
+    ReplyExpectation(const QByteArray* reply, int length);
 
     /// \return whether the data of the reply is to be filed
     bool filed() const { return m_filed; }
@@ -28,7 +29,8 @@ public:
     void compare(const RW_VAR* result, const QByteArray* reply, const Callbacks& callbacks) const;
 
 private:
-    void judge(int length);
+    void judge(const QByteArray* reply, int length);
+    bool lacksWord(const QByteArray* reply) const;
     void compareFrames(const QByteArray* reply) const;
     void compareSuccess(const QByteArray* reply) const;
     void compareFailure() const;

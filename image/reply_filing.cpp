@@ -171,6 +171,13 @@ void SaveToStation(const DataBytes& data, const Protocol& request, const Area& a
 
 } // namespace
 
+bool LacksWordForWrite(const QByteArray* reply)
+{
+    const Protocol& request = Request();
+    const bool readBeforeWrite = request.var.area == AREA_BIT_OF_WORD && request.var.storeSelector == -1;
+    return readBeforeWrite && PLC_driver.protocolList.size() > 1 && DataOf(reply, request).size < 2;
+}
+
 void SaveToLocalDataErea(QByteArray* reply)
 {
     const Protocol& request = Request();

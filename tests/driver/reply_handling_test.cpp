@@ -968,7 +968,16 @@ protected:
     }
 
     static int answered() { return reply("00 00 00 00 00 05 01 03 02 12 34"); }
+
+    /// Bytes of which the runtime says that there were \a length. \return result code
+    static int announced(const char* hex, int length)
+    {
+        QByteArray bytes = Bytes(hex);
+        return DataCom(&bytes, length)->result;
+    }
 };
+
+const char* const BIT_READ = "00 00 00 00 00 06 01 03 00 02 00 01";
 
 } // namespace
 
@@ -1008,14 +1017,96 @@ TEST_F(BitRead, WithASecondFrameOfLessThan12BytesPatchesNothing)
     EXPECT_EQ(0x123C, word(2));
 }
 
-TEST_F(BitRead, WithLessThanTwoDataBytesStoresAndPatchesNothing)
+TEST_F(BitRead, WithLessThanTwoDataBytesIsRetriedAndStoresNothing)
 {
     PLC_driver.image.wordArea[0][2] = 0x7777;
     PLC_driver.protocolList.first().dataLength = 1;
 
-    EXPECT_EQ(1, answered());
+    EXPECT_EQ(0, answered());
     EXPECT_EQ(0x7777, word(2));
-    EXPECT_EQ("00 00 00 00 00 06 01 06 00 02 00 00", poll());
+    EXPECT_EQ(BIT_READ, poll());
+}
+
+// The write would go out with a word that nobody read, so the announced length does not make the reply good.
+TEST_F(BitRead, WithoutTheWordInTheArrayIsRetriedWhateverLengthWasAnnounced)
+{
+    PLC_driver.image.wordArea[0][2] = 0x7777;
+    for (const char* cut : {"", "00", "00 00 00 00 00 05 01 03 02", "00 00 00 00 00 05 01 03 02 12"}) {
+        SCOPED_TRACE(cut);
+        info.failCount = 0;
+        EXPECT_EQ(0, announced(cut, 11));
+        EXPECT_EQ(BIT_READ, poll());
+        EXPECT_EQ(1, info.failCount);
+    }
+    info.failCount = 0;
+    EXPECT_EQ(0, DataCom(nullptr, 11)->result);
+    EXPECT_EQ(0, announced("00 00 00 00 00 05 01 03 02", 9));
+    EXPECT_EQ(BIT_READ, poll());
+    EXPECT_EQ(0x7777, word(2));
+    EXPECT_EQ(1, PLC_driver.lastFailed);
+
+    EXPECT_EQ(1, answered());
+    EXPECT_EQ("00 00 00 00 00 06 01 06 00 02 12 3C", poll());
+}
+
+TEST_F(BitRead, WithoutTheWordIsRetriedAlsoWhereAnyLengthIsTaken)
+{
+    PLC_driver.protocolList.first().replyLength = -1;
+    EXPECT_EQ(0, announced("00 00 00 00 00 05 01 03 02", 9));
+    EXPECT_EQ(BIT_READ, poll());
+
+    PLC_driver.protocolList.first().replyLength = 0;
+    EXPECT_EQ(0, announced("", 0));
+    EXPECT_EQ(BIT_READ, poll());
+}
+
+TEST_F(BitRead, WithoutTheWordIsAtLastGivenUpAsAReplyOfTheWrongLength)
+{
+    info.retryLimit = 1;
+
+    EXPECT_EQ(0, DataCom(nullptr, 11)->result);
+    EXPECT_EQ(71, DataCom(nullptr, 11)->result);
+    EXPECT_EQ("nothing", poll());
+    EXPECT_TRUE(PLC_driver.writeList.isEmpty());
+}
+
+TEST_F(BitRead, OfAStationWithoutTheWordIsRetriedAndMakesNoEntry)
+{
+    info.multiStation = 1;
+
+    EXPECT_EQ(0, announced("00 00 00 00 00 05 01 03 02 12", 11));
+    EXPECT_TRUE(PLC_driver.extendList.isEmpty());
+    EXPECT_EQ(BIT_READ, poll());
+
+    EXPECT_EQ(1, answered());
+    EXPECT_EQ("00 00 00 00 00 06 01 06 00 02 12 3C", poll());
+}
+
+TEST_F(BitRead, WithoutTheWordIsGivenUpWithTheRemoteCodeInAnotherStationGroup)
+{
+    info.retryLimit = 1;
+    info.localStation = LOCAL_STATION + 1;
+    for (int multiStation : {0, 1}) {
+        SCOPED_TRACE(multiStation);
+        info.multiStation = multiStation;
+        queueWrite(Keyed(Write(8, 35, 1, "01"), 11));
+        poll();
+        PLC_driver.protocolList.first().var.hostKey = 11;
+
+        EXPECT_EQ(0, announced("00 00 00 00 00 05 01 03 02 12", 11));
+        EXPECT_EQ(BIT_READ, poll());
+        EXPECT_EQ(182, announced("00 00 00 00 00 05 01 03 02 12", 11));
+        EXPECT_EQ("nothing", poll());
+        EXPECT_TRUE(PLC_driver.extendList.isEmpty());
+    }
+}
+
+TEST_F(BitRead, WithoutTheWordAndWithoutAWriteBehindItIsJudgedByItsLengthAlone)
+{
+    PLC_driver.protocolList.removeLast();
+
+    EXPECT_EQ(1, DataCom(nullptr, 11)->result);
+    EXPECT_EQ(0, frameCount());
 }
 
 TEST_F(BitRead, TakesTheBitOfTheHeadOfTheWritesAtTheTimeOfTheReply)
