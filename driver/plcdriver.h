@@ -220,9 +220,10 @@ PLCDRIVER_API Protocol* ComCommunication();
 ///
 /// Communication thread; takes the locks of the lists and of the image, one after the other, and may run both
 /// callbacks.
-/// \param reply  the bytes received, a whole frame; the runtime's. Null is judged like an empty array. Where it
-///               holds less than \a length says, what is there is filed; only a reply that lacks the word into
-///               which a bit is to be written counts as one of the wrong length.
+/// \param reply  the bytes received, a whole frame; the runtime's. Null is judged like an empty array. Where
+/// it
+///               holds less than \a length says, what is there is filed; only a reply that lacks the word
+///               into which a bit is to be written counts as one of the wrong length.
 /// \param length number of bytes received, 0 when nothing arrived in time or no reply is expected
 /// \return the driver's result record, never null, overwritten by the next call: a PLC_RESULT, and the
 ///         identity of the request last finished, without data. Result 1 when nothing was outstanding.
@@ -266,9 +267,9 @@ PLCDRIVER_API int AddListWriteVar(RW_VAR* var, int direct);
 ///
 /// Any thread; takes the lock of the lists.
 ///
-/// Area 8 becomes a read of the words that the bits span, and always starts at word 1: read area 9
-/// instead. A read of area 14 fetches one element less than its count, in each piece: keep its count within
-/// COMINFO::maxBlockCount.
+/// Area 8 becomes a read of the words that the bits span, whose number is the count from there on (a count of
+/// 0 from bit 5 on spans one word), and always starts at word 1: read area 9 instead. A read of area 14
+/// fetches one element less than its count, in each piece: keep its count within COMINFO::maxBlockCount.
 /// \param var    the request. Its address comes from RW_VAR::name2; the record is changed (area, address,
 ///               station, count, storeSelector, spare13).
 /// \param direct 1: append the record unchanged, without parsing, search or limit

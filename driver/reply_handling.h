@@ -2,8 +2,8 @@
 /// \brief Judges replies and finishes requests. DataCom() is in the public header.
 ///
 /// Communication thread. A reply always belongs to the head of protocolList, which MUST NOT be empty; only
-/// its announced length is judged. One must also hold its data: that to the read before the write of a bit, which
-/// is of the wrong length without the word.
+/// its announced length is judged. One must also hold its data: that to the read before the write of a bit,
+/// which is of the wrong length without the word.
 #ifndef DRIVER_REPLY_HANDLING_H
 #define DRIVER_REPLY_HANDLING_H
 

@@ -10,9 +10,10 @@
 
 #include <QByteArray>
 
-/// \return whether a write of a bit waits behind the head for the word that was to be read, and \a reply (may be
-///         null) does not hold it. Such a reply MUST NOT be filed or counted as good: the write would go out with
-///         a value that nobody read.
+/// \return whether a write of a bit waits behind the head for the word that was to be read, and \a reply (may
+/// be
+///         null) does not hold it. Such a reply MUST NOT be filed or counted as good: the write would go out
+///         with a value that nobody read.
 bool LacksWordForWrite(const QByteArray* reply);
 
 /// Files into the image, or into extendList in multi-station mode. \a reply may be null: nothing is filed.

@@ -74,8 +74,8 @@ void QueuePieces(RW_VAR* var, int start, const Pieces& pieces)
     }
 }
 
-// Turns bits inside words into the words that they span. They are read from word 1 on, whatever the text
-// says; on purpose.
+// Turns bits inside words into the words that they span, which are what counts from here on: no bit from bit
+// 5 on still is one word. They are read from word 1 on, whatever the text says; on purpose.
 int ReadWordsInstead(RW_VAR* var, int bitAddress)
 {
     var->area = AREA_WORD;
@@ -103,13 +103,12 @@ int AddOnceRead(RW_VAR* var)
         var->station = info.defaultStation;
     if (!FindArea(var->area))
         return 0;
-    const bool nothing = var->count < 1;
     const int limit = BlockLimit(var->area);
     int count = ServableCount(var->area, var->count, COUNT_OF_READ);
     if (var->area == AREA_BIT_OF_WORD) {
         var->count = count;
         start = ReadWordsInstead(var, start);
-        count = nothing ? 0 : var->count;
+        count = var->count;
     }
     QMutexLocker lock(&PLC_driver.listMutex);
     QueuePieces(var, start, CutIntoPieces(count, limit));

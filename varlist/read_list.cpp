@@ -110,6 +110,7 @@ struct Chunks {
     }
 };
 
+// Counts of 0 or below make no piece; of bits inside words it is the words they span that count.
 void InsertPieces(Chunks& chunks, RW_VAR& var)
 {
     const int start = var.address;
@@ -128,7 +129,7 @@ int RebuildMultiStation(const QList<HOST_VAR>& variables)
     for (int i = 0; i < variables.size(); ++i) {
         const HOST_VAR& variable = variables.at(i);
         var.station = variable.station;
-        if (variable.count > 0 && Describe(variables, i, var))
+        if (Describe(variables, i, var))
             InsertPieces(chunks, var);
     }
     int size = 0;

@@ -548,10 +548,45 @@ TEST_F(AddListOnceReadVarTest, CountsBelow1QueueNothingAndGiveTheSize)
         for (int count : {0, -1, -5, -100, INT_MIN}) {
             SCOPED_TRACE("count " + std::to_string(count) + " block " + std::to_string(maxBlockCount));
             EXPECT_EQ(2, Add(2, "5", count));
-            EXPECT_EQ(2, Add(8, "0.5", count));
-            EXPECT_EQ(2, Add(8, "0.15", count));
+            EXPECT_EQ(2, Add(8, "0.0", count));
             EXPECT_EQ(2, Add(9, "5", count));
             EXPECT_EQ(2, Add(14, "205", count));
+        }
+    }
+}
+
+// The words that are spanned count, not the bits asked for: they reach back to the first bit of their word.
+TEST_F(AddListOnceReadVarTest, CountsBelow1OfBitsInsideWordsAreReadWhileTheySpanAWord)
+{
+    struct Row {
+        const char* text;
+        int count;
+        std::vector<std::string> queued;
+        int returned;
+    };
+    const Row rows[] = {
+        {"0.5", 0, {"9:1+1"}, 1},
+        {"7.15", 0, {"9:1+1"}, 1},
+        {"0.5", -4, {"9:1+1"}, 1},
+        {"0.15", -14, {"9:1+1"}, 1},
+        {"0.5", -5, {}, 0},
+        {"0.0", 0, {}, 0},
+        {"0.5", -6, {}, 0},
+        {"0.0", -1, {}, 0},
+        {"0.5", -21, {}, -1},
+        {"0.0", -16, {}, -1},
+        {"0.15", INT_MIN, {}, -134217727},
+    };
+    for (int maxBlockCount : {100, 1, 0, -5, INT_MAX}) {
+        info.maxBlockCount = maxBlockCount;
+        for (const Row& row : rows) {
+            SCOPED_TRACE(std::string(row.text) + " count " + std::to_string(row.count) + " block " +
+                         std::to_string(maxBlockCount));
+            PLC_driver.onceReadList.clear();
+            EXPECT_EQ(static_cast<int>(row.queued.size()), Add(8, row.text, row.count));
+            EXPECT_EQ(row.queued, Runs(Queue()));
+            EXPECT_EQ(row.returned, returned.count);
+            EXPECT_EQ(9, returned.area);
         }
     }
 }

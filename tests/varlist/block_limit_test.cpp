@@ -134,7 +134,8 @@ TEST(WordsOfBits, CountsTheWordsThatBitsTouch)
         int address, count, words;
     };
     const Row rows[] = {
-        {0, 1, 1}, {0, 16, 1}, {0, 17, 2}, {15, 1, 1}, {15, 2, 2}, {163, 20, 2}, {1, 16, 2}, {16, 16, 1},
+        {0, 1, 1},   {0, 16, 1}, {0, 17, 2}, {15, 1, 1}, {15, 2, 2}, {163, 20, 2}, {1, 16, 2},
+        {16, 16, 1}, {5, 0, 1},  {0, 0, 0},  {5, -4, 1}, {5, -5, 0}, {0, -1, 0},   {0, -16, -1},
     };
     for (const Row& row : rows)
         EXPECT_EQ(row.words, WordsOfBits(row.address, row.count)) << row.count << " bits at " << row.address;

@@ -131,9 +131,12 @@ public:
 
     std::vector<Piece> piecesOf(const Drawn& variable) const
     {
-        if (!variable.element || (!multi && variable.host.area > 14) || (multi && variable.host.count <= 0))
+        if (!variable.element || (!multi && variable.host.area > 14))
             return {};
-        return cut(wholeOf(variable), splitLimit(variable.host.area));
+        const Piece whole = wholeOf(variable); // for bits inside words it is the words that count
+        if (multi && whole.count <= 0)
+            return {};
+        return cut(whole, splitLimit(variable.host.area));
     }
 
     // Variables of one key are merged with each other.

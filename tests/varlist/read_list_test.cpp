@@ -582,9 +582,22 @@ TEST_F(MultiStationReadList, CountsOf0AndBelowAreSkipped)
 {
     for (int count : {0, -1, -3, -1000, INT_MIN}) {
         SCOPED_TRACE(count);
-        EXPECT_EQ(0, Rebuild({Cyclic(9, "5", count), Cyclic(2, "5", count), Cyclic(8, "3.14", count),
+        EXPECT_EQ(0, Rebuild({Cyclic(9, "5", count), Cyclic(2, "5", count), Cyclic(8, "3.0", count),
                               Cyclic(14, "205", count), Cyclic(15, "", count)}));
         EXPECT_THAT(BlockReads(), IsEmpty());
+    }
+}
+
+TEST_F(MultiStationReadList, CountsOf0AndBelowOfBitsInsideWordsAreReadWhileTheySpanAWord)
+{
+    for (int limit : {10, 1, 0, -3}) {
+        SCOPED_TRACE(limit);
+        info.maxBlockCount = limit;
+        EXPECT_THAT(BlockReadsFor({Cyclic(8, "3.5", 0)}), ElementsAre(BlockRead{9, 3, 1, 5}));
+        EXPECT_THAT(BlockReadsFor({Cyclic(8, "3.14", -13)}), ElementsAre(BlockRead{9, 3, 1, 5}));
+        EXPECT_THAT(BlockReadsFor({Cyclic(8, "3.14", -14)}), IsEmpty());
+        EXPECT_THAT(BlockReadsFor({Cyclic(8, "3.1", -20)}), IsEmpty());
+        EXPECT_THAT(BlockReadsFor({Cyclic(8, "3.15", INT_MIN)}), IsEmpty());
     }
 }
 
