@@ -3,6 +3,7 @@
 //
 //     dead_station_bench [SECONDS]    how long each of the three is measured; 60 by default
 
+#include "runtime/cycle/exchange_record.h"
 #include "runtime/cycle/refresh_plan.h"
 #include "runtime/cycle/runtime.h"
 #include "runtime/host/request_keys.h"

@@ -2,6 +2,7 @@
 
 #include "bench/peers.h"
 #include "runtime/cycle/cyclic_values.h"
+#include "runtime/cycle/exchange_record.h"
 #include "runtime/host/driver_library.h"
 #include "runtime/host/request_keys.h"
 

@@ -1,5 +1,6 @@
 #include "panel/check/read_answer.h"
 
+#include "runtime/cycle/exchange_record.h"
 #include "runtime/cycle/runtime.h"
 #include "runtime/modbus/return_code_words.h"
 

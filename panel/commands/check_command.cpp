@@ -8,6 +8,7 @@
 #include "panel/terminal/terminal.h"
 #include "panel/terminal/watch_signals.h"
 #include "runtime/cycle/driver_blocks.h"
+#include "runtime/cycle/exchange_record.h"
 #include "runtime/cycle/refresh_plan.h"
 #include "runtime/modbus/frame_fields.h"
 #include "runtime/modbus/return_code_words.h"

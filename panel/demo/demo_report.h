@@ -3,6 +3,7 @@
 #ifndef PANEL_DEMO_DEMO_REPORT_H
 #define PANEL_DEMO_DEMO_REPORT_H
 
+#include "runtime/cycle/exchange_record.h"
 #include "runtime/cycle/runtime.h"
 
 #include <QString>

@@ -1,5 +1,6 @@
 #include "panel/demo/demo_stage.h"
 
+#include "runtime/cycle/exchange_record.h"
 #include "runtime/host/request_keys.h"
 #include "runtime/model/request_pieces.h"
 #include "runtime/model/value_text.h"

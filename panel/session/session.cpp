@@ -1,6 +1,7 @@
 #include "panel/session/session.h"
 
 #include "panel/terminal/output.h"
+#include "runtime/cycle/exchange_record.h"
 
 #include <QElapsedTimer>
 

@@ -1,6 +1,7 @@
 #include "panel/session/trace.h"
 
 #include "panel/terminal/output.h"
+#include "runtime/cycle/exchange_record.h"
 #include "runtime/modbus/frame_words.h"
 #include "runtime/modbus/remote_words.h"
 #include "runtime/modbus/return_code_words.h"

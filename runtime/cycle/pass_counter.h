@@ -3,22 +3,14 @@
 #ifndef RUNTIME_CYCLE_PASS_COUNTER_H
 #define RUNTIME_CYCLE_PASS_COUNTER_H
 
+#include "runtime/cycle/statistics.h"
+
 #include <QtGlobal>
 
 #include <deque>
 
 namespace plc
 {
-
-/// What one pass sent and asked for.
-struct PassCost {
-    int requests = 0;         ///< block reads that ended, answered or given up
-    int frames = 0;           ///< sent for them: more than requests when some were tried again
-    long registers = 0;       ///< that the requests read, a double word being two
-    long registersUnused = 0; ///< of these, in gaps between variables
-    long bits = 0;            ///< that the requests read
-    long bitsUnused = 0;      ///< of these, in gaps between variables
-};
 
 /// Counts one pass while it runs. Not thread-safe.
 class PassCounter

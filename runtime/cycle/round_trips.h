@@ -3,6 +3,8 @@
 #ifndef RUNTIME_CYCLE_ROUND_TRIPS_H
 #define RUNTIME_CYCLE_ROUND_TRIPS_H
 
+#include "runtime/export.h"
+
 #include <QtGlobal>
 
 #include <array>
@@ -11,7 +13,7 @@ namespace plc
 {
 
 /// Counts times in steps of 1, 2, 5, 10, ... 1000 ms. Not thread-safe.
-class RoundTrips
+class PLCRUNTIME_API RoundTrips
 {
 public:
     /// Milliseconds at which the bins end: bin i holds the times below limits[i] and not below the limit

@@ -1,11 +1,13 @@
 #include "runtime/cycle/runtime.h"
 
 #include "runtime/cycle/cyclic_values.h"
+#include "runtime/cycle/exchange_record.h"
 #include "runtime/cycle/once_reads.h"
 #include "runtime/cycle/station_pauses.h"
 #include "runtime/cycle/write_queue.h"
 #include "runtime/host/driver_settings.h"
 #include "runtime/host/request_keys.h"
+#include "runtime/link/link.h"
 #include "runtime/modbus/failure_words.h"
 #include "runtime/modbus/return_code_words.h"
 

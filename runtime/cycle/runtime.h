@@ -3,10 +3,10 @@
 #ifndef RUNTIME_CYCLE_RUNTIME_H
 #define RUNTIME_CYCLE_RUNTIME_H
 
-#include "driver/plcdriver.h"
-#include "runtime/cycle/pass_counter.h"
-#include "runtime/cycle/round_trips.h"
-#include "runtime/link/link.h"
+#include "runtime/cycle/statistics.h"
+#include "runtime/export.h"
+#include "runtime/link/link_exchange.h"
+#include "runtime/link/link_tap.h"
 #include "runtime/model/cyclic_value.h"
 #include "runtime/model/outcome.h"
 #include "runtime/model/pending.h"
@@ -15,50 +15,17 @@
 #include "runtime/model/variable.h"
 
 #include <functional>
-#include <map>
 #include <memory>
 #include <vector>
 
 namespace plc
 {
 
-/// One frame, what came back, and what the driver made of it.
-struct ExchangeRecord {
-    int durationMs = 0;    ///< until the reply or the time-out
-    QByteArray frame;      ///< as the driver built it, number 0
-    LinkExchange exchange; ///< as it went over the link
-    RW_VAR request;        ///< the request that the frame was built for
-    bool replyExpected = true;
-    int result = 0; ///< the driver's code: 1 done, 0 to be retried, else failed for good
-};
+struct ExchangeRecord;
 
 /// Runs on the communication thread with no lock held; must not throw and must not stop the runtime.
+/// What it is told is in exchange_record.h.
 using ExchangeObserver = std::function<void(const ExchangeRecord&)>;
-
-/// What the exchanges with one station came to, of writes and one-shot reads too.
-struct StationStatistics {
-    RoundTrips roundTrips;              ///< of every reply that came, refusals included
-    long retried = 0;                   ///< failures that were retried
-    std::map<int, long> failuresByCode; ///< requests given up, by the driver's result code
-};
-
-struct Statistics {
-    long exchanges = 0;                        ///< frames handed to the link
-    long good = 0;                             ///< replies that the driver took
-    long retried = 0;                          ///< failures that were retried
-    long failed = 0;                           ///< requests given up
-    std::map<int, long> failuresByCode;        ///< the same by the driver's result code
-    std::map<int, StationStatistics> stations; ///< of each that a frame was due for
-    long passes = 0;                           ///< passes over the cyclic variables
-    double passesPerSecond = 0;                ///< over the last ten passes, the pauses between them included
-    PassCost lastPass;                         ///< of the last pass that is over
-    long writesConfirmed = 0;                  ///< whole writes, as write() took them
-    long writesFailed = 0;
-    long readsDone = 0; ///< whole one-shot reads
-    long readsFailed = 0;
-    long readsQueuedAgain = 0; ///< requests of one-shot reads that fell to the failure of another request
-    int writesWaiting = 0;     ///< requests of writes that have not ended
-};
 
 /// One runtime at a time in a process, because the driver's state is one per process.
 ///
@@ -72,7 +39,7 @@ struct Statistics {
 ///
 /// write(), read(), value(), setStation() and the reports may be called from any thread, also at once,
 /// between start() and stop().
-class Runtime
+class PLCRUNTIME_API Runtime
 {
 public:
     explicit Runtime(const Settings& settings);
@@ -122,7 +89,7 @@ public:
     Statistics statistics() const;
 
 private:
-    class Private;
+    class PLCRUNTIME_INTERNAL Private;
     std::unique_ptr<Private> d;
 };
 

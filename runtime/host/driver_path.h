@@ -3,6 +3,8 @@
 #ifndef RUNTIME_HOST_DRIVER_PATH_H
 #define RUNTIME_HOST_DRIVER_PATH_H
 
+#include "runtime/export.h"
+
 #include <QString>
 
 namespace plc
@@ -12,7 +14,7 @@ namespace plc
 /// program, and where the system looks for libraries.
 /// \return its absolute path
 /// \throws std::runtime_error when there is none, saying where it was looked for and what to do
-QString findDriver(const QString& programDirectory);
+PLCRUNTIME_API QString findDriver(const QString& programDirectory);
 
 } // namespace plc
 

@@ -3,6 +3,7 @@
 #ifndef RUNTIME_LINK_LINK_H
 #define RUNTIME_LINK_LINK_H
 
+#include "runtime/link/link_exchange.h"
 #include "runtime/link/link_tap.h"
 #include "runtime/link/owed_replies.h"
 #include "runtime/link/reconnect_pause.h"
@@ -22,28 +23,6 @@
 
 namespace plc
 {
-
-struct LinkState {
-    bool connected = false;
-    qint64 sinceMs = 0; ///< how long it has been so
-    int connects = 0;   ///< connections made; every one after the first is a reconnect
-    int untrusted = 0;  ///< connections dropped because the stream was no longer in step or full of other
-                        ///< replies, or because with remote frames a late reply could still have come
-    DropCounts dropped; ///< replies that did not belong to the request
-    QString lastError;  ///< why the last connection was lost or could not be made
-};
-
-/// What one exchange brought.
-struct LinkExchange {
-    bool remote = false;               ///< frame and replies are remote frames and carry no number
-    bool sent = false;                 ///< the frame went out
-    QByteArray sentFrame;              ///< as it went out, with its number; empty when it did not
-    QByteArray reply;                  ///< one whole reply with the number put back to 0; empty: none came
-    Clock::time_point repliedAt;       ///< when the reply was there
-    qint64 replyMicroseconds = -1;     ///< from sending to the reply; -1: none came
-    qint64 durationMs = 0;             ///< of the whole, connecting included
-    std::vector<DroppedReply> dropped; ///< other replies that came meanwhile
-};
 
 enum class FrameFormat { ModbusTcp, Remote };
 

@@ -3,6 +3,8 @@
 #ifndef RUNTIME_LINK_LINK_TAP_H
 #define RUNTIME_LINK_LINK_TAP_H
 
+#include "runtime/export.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -16,7 +18,7 @@ struct LinkEnd {
 };
 
 /// All functions are called on the communication thread, at the time of what they tell, and must not throw.
-class LinkTap
+class PLCRUNTIME_API LinkTap
 {
 public:
     virtual ~LinkTap() = default;

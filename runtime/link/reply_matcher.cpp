@@ -11,50 +11,6 @@ const int highestNumber = 0xFFFF;
 const int noNumber = 0;
 } // namespace
 
-QString dropReasonWords(DropReason reason)
-{
-    switch (reason) {
-    case DropReason::Late:
-        return QStringLiteral("late: it answers an earlier request");
-    case DropReason::Doubled:
-        return QStringLiteral("doubled: its request was answered before");
-    case DropReason::WrongUnit:
-        return QStringLiteral("from another station than the one asked");
-    case DropReason::WrongFunction:
-        return QStringLiteral("to another function than the one asked for");
-    case DropReason::WrongArea:
-        return QStringLiteral("of another area than the one asked for");
-    case DropReason::WrongSize:
-        return QStringLiteral("with another size than what was asked for");
-    case DropReason::WrongElements:
-        return QStringLiteral("for other elements than those written");
-    }
-    return QString();
-}
-
-void DropCounts::count(DropReason reason)
-{
-    switch (reason) {
-    case DropReason::Late:
-        ++late;
-        break;
-    case DropReason::Doubled:
-        ++doubled;
-        break;
-    case DropReason::WrongUnit:
-        ++wrongUnit;
-        break;
-    case DropReason::WrongFunction:
-        ++wrongFunction;
-        break;
-    case DropReason::WrongArea:
-    case DropReason::WrongSize:
-    case DropReason::WrongElements:
-        ++wrongPlace;
-        break;
-    }
-}
-
 QByteArray ReplyMatcher::number(const QByteArray& frame)
 {
     // A device that does not echo the number answers with 0, which must not look like a match.

@@ -3,6 +3,8 @@
 #ifndef RUNTIME_MODBUS_RETURN_CODE_WORDS_H
 #define RUNTIME_MODBUS_RETURN_CODE_WORDS_H
 
+#include "runtime/export.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -10,16 +12,16 @@ namespace plc
 {
 
 /// \return a PLC_RESULT code of the driver in words, e.g. "no reply" for 41..52
-QString resultWords(int code);
+PLCRUNTIME_API QString resultWords(int code);
 
 /// \return true for the two codes of success
-bool isSuccess(int code);
+PLCRUNTIME_API bool isSuccess(int code);
 
 /// \return a Modbus exception code in words, e.g. "illegal data address" for 2
-QString exceptionWords(int code);
+PLCRUNTIME_API QString exceptionWords(int code);
 
 /// \return the exception code that \a reply carries; 0 when it is no exception
-int exceptionCode(const QByteArray& reply);
+PLCRUNTIME_API int exceptionCode(const QByteArray& reply);
 
 } // namespace plc
 

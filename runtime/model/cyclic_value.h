@@ -3,6 +3,8 @@
 #ifndef RUNTIME_MODEL_CYCLIC_VALUE_H
 #define RUNTIME_MODEL_CYCLIC_VALUE_H
 
+#include "runtime/export.h"
+
 #include <QString>
 
 #include <vector>
@@ -20,7 +22,7 @@ enum class ValueState {
 };
 
 /// \return "fresh", "stale", ... for tables and JSON
-QString valueStateWord(ValueState state);
+PLCRUNTIME_API QString valueStateWord(ValueState state);
 
 struct CyclicValue {
     ValueState state = ValueState::NeverRead;

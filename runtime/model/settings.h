@@ -3,6 +3,8 @@
 #ifndef RUNTIME_MODEL_SETTINGS_H
 #define RUNTIME_MODEL_SETTINGS_H
 
+#include "runtime/export.h"
+
 #include <QString>
 
 namespace plc
@@ -29,7 +31,7 @@ struct Settings {
 };
 
 /// \return what is wrong with \a settings and what is expected, or an empty text
-QString settingsError(const Settings& settings);
+PLCRUNTIME_API QString settingsError(const Settings& settings);
 
 } // namespace plc
 

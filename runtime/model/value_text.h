@@ -3,6 +3,7 @@
 #ifndef RUNTIME_MODEL_VALUE_TEXT_H
 #define RUNTIME_MODEL_VALUE_TEXT_H
 
+#include "runtime/export.h"
 #include "runtime/model/variable.h"
 
 #include <QJsonObject>
@@ -21,16 +22,16 @@ enum class ValueFormat {
 };
 
 /// \return one text per value of \a area; Json is written like Decimal
-QStringList valueTexts(int area, const std::vector<quint32>& values, ValueFormat format);
+PLCRUNTIME_API QStringList valueTexts(int area, const std::vector<quint32>& values, ValueFormat format);
 
 /// \return the members "area", "address" (a text, as it is typed), "count" and "station"
-QJsonObject jsonOfVariable(const Variable& variable, int station);
+PLCRUNTIME_API QJsonObject jsonOfVariable(const Variable& variable, int station);
 
 /// Adds the member "values", an array of numbers.
-void addValues(QJsonObject* object, const std::vector<quint32>& values);
+PLCRUNTIME_API void addValues(QJsonObject* object, const std::vector<quint32>& values);
 
 /// \return \a object on one line, without the line's end
-QString jsonLine(const QJsonObject& object);
+PLCRUNTIME_API QString jsonLine(const QJsonObject& object);
 
 } // namespace plc
 

@@ -3,6 +3,8 @@
 #ifndef RUNTIME_MODEL_VALUE_TYPE_H
 #define RUNTIME_MODEL_VALUE_TYPE_H
 
+#include "runtime/export.h"
+
 #include <QString>
 
 #include <optional>
@@ -16,23 +18,24 @@ namespace plc
 enum class ValueType { Bit, Int16, Uint16, Int32, Uint32, Float32, Hex, Text };
 
 /// \return the type of a word such as "int16"; nothing for any other text
-std::optional<ValueType> parseValueType(const QString& text);
+PLCRUNTIME_API std::optional<ValueType> parseValueType(const QString& text);
 
 /// \return the word that parseValueType() takes
-QString valueTypeWord(ValueType type);
+PLCRUNTIME_API QString valueTypeWord(ValueType type);
 
 /// \return the words of all types that \a area can hold, for messages
-QString valueTypesOfArea(int area);
+PLCRUNTIME_API QString valueTypesOfArea(int area);
 
 /// \return elements of \a area that \a count values (for text: characters) take; 0 when the area cannot hold
 ///         the type
-int elementsOfType(ValueType type, int area, int count);
+PLCRUNTIME_API int elementsOfType(ValueType type, int area, int count);
 
 /// \param elements one per element of \a area, as CyclicValue::values
 /// \param characters of text, the rest of whose last element is not shown; -1: all that the elements hold
 /// \return the values as a person reads them, separated by spaces; text in quotes, without zero bytes at its
 /// end
-QString valueText(ValueType type, int area, const std::vector<quint32>& elements, int characters = -1);
+PLCRUNTIME_API QString valueText(ValueType type, int area, const std::vector<quint32>& elements,
+                                 int characters = -1);
 
 } // namespace plc
 

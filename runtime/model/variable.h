@@ -3,6 +3,8 @@
 #ifndef RUNTIME_MODEL_VARIABLE_H
 #define RUNTIME_MODEL_VARIABLE_H
 
+#include "runtime/export.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -34,36 +36,36 @@ inline int endOf(const Variable& variable)
 }
 
 /// \return the kind of elements in \a area, which must be 0..14
-ElementKind kindOf(int area);
+PLCRUNTIME_API ElementKind kindOf(int area);
 
 /// \return value bytes of one element of \a area: 1 for bits, 2 for words, 4 for double words
-int bytesOfElement(int area);
+PLCRUNTIME_API int bytesOfElement(int area);
 
 /// \return elements of \a area: 65535, for area 8 sixteen times as many
-int areaSize(int area);
+PLCRUNTIME_API int areaSize(int area);
 
 /// \return the address text that the driver takes for \a element, e.g. "17" (octal) for element 15 of area 0
-QString addressText(int area, int element);
+PLCRUNTIME_API QString addressText(int area, int element);
 
 /// \return the element that \a text names; nothing when it names none, then \a error says what is expected
-std::optional<int> parseAddress(int area, const QString& text, QString* error);
+PLCRUNTIME_API std::optional<int> parseAddress(int area, const QString& text, QString* error);
 
 /// Parses "AREA:ADDRESS[xCOUNT][@STATION]", e.g. "9:100x10", "0:17", "8:10.3", "14:200x2@3".
 /// \return nothing when \a text is wrong, then \a error says what was wrong and what is expected
-std::optional<Variable> parseVariable(const QString& text, QString* error);
+PLCRUNTIME_API std::optional<Variable> parseVariable(const QString& text, QString* error);
 
 /// \return the variable as parseVariable() takes it
-QString variableText(const Variable& variable);
+PLCRUNTIME_API QString variableText(const Variable& variable);
 
 /// Parses "VALUE[,VALUE...]" for \a area: decimal, negative decimal or 0x hexadecimal that fits an element.
 /// \return nothing when one is wrong, then \a error names it and says what is expected
-std::optional<std::vector<quint32>> parseValues(int area, const QString& text, QString* error);
+PLCRUNTIME_API std::optional<std::vector<quint32>> parseValues(int area, const QString& text, QString* error);
 
 /// \return the value bytes that the driver takes: one per bit, words and double words little-endian
-QByteArray bytesOfValues(int area, const std::vector<quint32>& values);
+PLCRUNTIME_API QByteArray bytesOfValues(int area, const std::vector<quint32>& values);
 
 /// The inverse of bytesOfValues(); bytes beyond the last whole element are ignored.
-std::vector<quint32> valuesOfBytes(int area, const QByteArray& bytes);
+PLCRUNTIME_API std::vector<quint32> valuesOfBytes(int area, const QByteArray& bytes);
 
 } // namespace plc
 

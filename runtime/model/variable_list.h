@@ -8,6 +8,7 @@
 #ifndef RUNTIME_MODEL_VARIABLE_LIST_H
 #define RUNTIME_MODEL_VARIABLE_LIST_H
 
+#include "runtime/export.h"
 #include "runtime/model/value_type.h"
 #include "runtime/model/variable.h"
 
@@ -39,10 +40,10 @@ using VariableCheck = std::function<QString(const ListedVariable& variable)>;
 
 /// Parses a whole file. All wrong lines are reported at once; a list with errors is not to be used.
 /// \param check may be empty
-VariableList parseVariableList(const QByteArray& csv, const VariableCheck& check = {});
+PLCRUNTIME_API VariableList parseVariableList(const QByteArray& csv, const VariableCheck& check = {});
 
 /// Reads and parses a file. A file that cannot be read is an error of the list.
-VariableList readVariableList(const QString& path, const VariableCheck& check = {});
+PLCRUNTIME_API VariableList readVariableList(const QString& path, const VariableCheck& check = {});
 
 } // namespace plc
 

@@ -1,4 +1,5 @@
 #include "soak/pair.h"
+#include "runtime/cycle/exchange_record.h"
 
 #include "soak/memory_watch.h"
 #include "soak/users.h"

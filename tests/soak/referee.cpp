@@ -1,4 +1,5 @@
 #include "soak/referee.h"
+#include "runtime/cycle/exchange_record.h"
 
 #include "runtime/modbus/return_code_words.h"
 #include "runtime/model/area_guide.h"

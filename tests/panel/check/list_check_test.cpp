@@ -3,6 +3,7 @@
 #include "panel/check/list_check.h"
 
 #include "panel/commands/check_command.h"
+#include "runtime/cycle/exchange_record.h"
 #include "runtime/cycle/runtime.h"
 
 #include <gmock/gmock.h>

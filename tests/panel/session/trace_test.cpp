@@ -1,6 +1,7 @@
 // Frames and replies as --trace shows them, without the times of day.
 
 #include "panel/session/trace.h"
+#include "runtime/cycle/exchange_record.h"
 
 #include <QDateTime>
 

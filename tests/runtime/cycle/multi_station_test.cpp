@@ -1,5 +1,6 @@
 // Several stations on one link: each has values of its own, and one that is dead does not hold up the others.
 
+#include "runtime/cycle/exchange_record.h"
 #include "runtime/cycle/panel_fixture.h"
 
 #include <gmock/gmock.h>

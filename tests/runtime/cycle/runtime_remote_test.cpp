@@ -1,4 +1,5 @@
 // The panel and the simulated controller with remote frames.
+#include "runtime/cycle/exchange_record.h"
 #include "runtime/cycle/panel_fixture.h"
 
 #include "runtime/modbus/frame_fields.h"

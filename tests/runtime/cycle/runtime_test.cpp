@@ -1,3 +1,4 @@
+#include "runtime/cycle/exchange_record.h"
 #include "runtime/cycle/panel_fixture.h"
 
 #include <gmock/gmock.h>
