@@ -56,8 +56,11 @@ public:
     std::atomic<unsigned char>
         lastFailed;          ///< 1 after a failed reply, 0 after a good one; any thread reads it
     unsigned char spareFlag; ///< always 0
-    PendingBit pendingBit;   ///< set before each reply is filed
     Image image;             ///< the local copy of the controller's memory
+
+    PendingBit pendingBit;                       ///< set before each reply is filed
+    std::atomic<unsigned int> communicationTurn; ///< odd while the communication thread is inside; see
+                                                 ///< communication_turn.h
 
 private:
     Modbus_RTU_Master(const Modbus_RTU_Master&);

@@ -28,9 +28,9 @@
 /// Failures: no entry point throws and none prints. A null record, list, string or byte array is refused:
 /// nothing changes and the result is the one given for it. A call that runs out of memory gives up with the
 /// same result, DataCom() with PLC_RETRYING. It may be made again: nothing of the request is queued, no lock
-/// is held and a record handed over is as it was. Two calls leave something behind: ReCreatReadVarList() an
-/// empty list, and what writes values in multi-station mode, or after a failed reply, the first of them in
-/// the driver's memory.
+/// is held and a record handed over is as it was. Three calls leave something behind: ReCreatReadVarList() an
+/// empty list, SetRegisterData() the pieces that it queued before, each of them whole, and what writes values
+/// in multi-station mode, or after a failed reply, the first of them in the driver's memory.
 #ifndef PLCDRIVER_H
 #define PLCDRIVER_H
 
@@ -309,8 +309,9 @@ PLCDRIVER_API void EnCommStation(int station, int flag);
 /// each, words and double words in blocks of COMINFO::maxBlockCount; with any other mode only the
 /// driver's memory changes.
 ///
-/// Any thread; takes the lock of the lists when it queues, and that of the image. Its pieces are queued
-/// together: no poll comes between them.
+/// Any thread; takes the lock of the lists for each piece that it queues, and that of the image. Its pieces
+/// are not queued together: a poll may come between two of them, and so may a write of another thread. The
+/// communication thread waits for one piece at most.
 /// \param name       carried through in RW_VAR::name
 /// \param area       1..14
 /// \param address    address text, as PLCAddressChangeIntef() takes it

@@ -1,5 +1,6 @@
 #include "driver/reply_handling.h"
 
+#include "driver/communication_turn.h"
 #include "driver/host_interface.h"
 #include "driver/modbus_rtu_master.h"
 #include "driver/return_codes.h"
@@ -236,6 +237,7 @@ int DealDataOfRemoteArea(QByteArray* reply, int length)
 
 RW_VAR* DataCom(QByteArray* reply, int length)
 try {
+    CommunicationTurn turn;
     const bool outstanding = PLC_driver.comInfo && !PLC_driver.protocolList.isEmpty();
     const bool local = outstanding && IsLocal(PLC_driver.protocolList.at(0).var);
     int code = PLC_DONE;

@@ -5,11 +5,11 @@
 
 /// How a reply was judged.
 enum Outcome {
-    LOCAL_ACCEPTED = 0,    ///< local or remote reply accepted
+    LOCAL_ACCEPTED = 0, ///< local or remote reply accepted
     LOCAL_CHECK_FAILED = 1,
     LOCAL_NO_REPLY = 2,
     LOCAL_WRONG_LENGTH = 3,
-    REMOTE_ACCEPTED = 4,   ///< accepted but not filed, or second frame of a request
+    REMOTE_ACCEPTED = 4, ///< accepted but not filed, or second frame of a request
     REMOTE_CHECK_FAILED = 5,
     REMOTE_NO_REPLY = 6,
     REMOTE_WRONG_LENGTH = 7

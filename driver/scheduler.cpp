@@ -1,3 +1,4 @@
+#include "driver/communication_turn.h"
 #include "driver/modbus_rtu_master.h"
 #include "driver/station_table.h"
 #include "frames/read_request.h"
@@ -117,6 +118,7 @@ try {
         return nullptr;
     if (Protocol* pending = HeadFrame()) // the communication thread's own list: no lock
         return pending;
+    CommunicationTurn turn;
     QMutexLocker lock(&PLC_driver.listMutex);
     TakeTurn();
     return HeadFrame();

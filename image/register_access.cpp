@@ -1,11 +1,12 @@
+#include "driver/communication_turn.h"
 #include "driver/modbus_rtu_master.h"
 #include "frames/address_map.h"
 #include "frames/frame_bytes.h"
 #include "image/element_run.h"
 #include "image/image_write.h"
+#include "varlist/add_variables.h"
 #include "varlist/address_text.h"
 #include "varlist/block_limit.h"
-#include "varlist/write_batch.h"
 
 #include <algorithm>
 
@@ -61,24 +62,32 @@ WriteCut CutOf(const Area& area, int code, int count)
     }
 }
 
-// Queues the pieces of one write, all or none. Once a reply failed, each piece is mirrored at once: the
-// builder, which mirrors it otherwise, does not do so after a failure.
+// Once a reply failed, each piece is mirrored at once: the builder, which mirrors it otherwise, does not do
+// so after a failure. Neither lock is held when it returns. \return entries in the write list
+int QueuePiece(RW_VAR& piece)
+{
+    const int size = AddWrite(piece);
+    if (PLC_driver.lastFailed != 0)
+        WriteDataToLocal(&piece);
+    return size;
+}
+
+// Queues the pieces of one write one by one, so that the communication thread waits for one at most. Without
+// memory those queued before stay.
 int QueueWrite(RW_VAR var, const Area& area, int start, const QByteArray& value, int count)
 {
     const WriteCut cut = CutOf(area, var.area, count);
     const Pieces pieces = CutIntoPieces(cut.elements, cut.limit);
-    if (pieces.number == 0)
-        return 0;
-    WriteBatch batch;
+    int size = 0;
     for (int i = 0; i < pieces.number; ++i) {
+        if (i > 0)
+            LetCommunicationPass();
         var.address = pieces.begin(start, i);
         var.count = pieces.count(i);
         var.data = Slice(value, i * pieces.size * cut.bytesPerElement, var.count * cut.bytesPerElement);
-        batch.add(var);
-        if (PLC_driver.lastFailed != 0)
-            WriteDataToLocal(&var);
+        size = QueuePiece(var);
     }
-    return batch.keep();
+    return size;
 }
 
 // GetRegisterData(): elements that do not exist read as zero bytes, so the output has the size asked for.

@@ -1,8 +1,9 @@
+#include "varlist/add_variables.h"
+
 #include "driver/modbus_rtu_master.h"
 #include "frames/address_map.h"
 #include "varlist/address_text.h"
 #include "varlist/block_limit.h"
-#include "varlist/write_batch.h"
 
 namespace
 {
@@ -123,28 +124,10 @@ int SizeOf(const QList<RW_VAR>& list)
 
 } // namespace
 
-WriteBatch::WriteBatch() : lock_(&PLC_driver.listMutex), before_(PLC_driver.writeList.size()), kept_(false) {}
-
-WriteBatch::~WriteBatch()
+int AddWrite(const RW_VAR& var)
 {
-    QList<RW_VAR>& list = PLC_driver.writeList;
-    while (!kept_ && list.size() > before_)
-        list.removeLast();
-    for (; !kept_ && !replaced_.isEmpty(); replaced_.removeLast())
-        list[ReplaceableWrite(replaced_.last())] = replaced_.last();
-}
-
-void WriteBatch::add(const RW_VAR& var)
-{
-    const int replaceable = ReplaceableWrite(var);
-    if (replaceable >= 0)
-        replaced_.append(PLC_driver.writeList.at(replaceable));
-    PutWrite(var, replaceable);
-}
-
-int WriteBatch::keep()
-{
-    kept_ = true;
+    QMutexLocker lock(&PLC_driver.listMutex);
+    PutWrite(var, ReplaceableWrite(var));
     return PLC_driver.writeList.size();
 }
 
@@ -163,9 +146,7 @@ try {
         return SizeOf(PLC_driver.writeList);
     if (direct == 1)
         return AddDirectly(PLC_driver.writeList, *var);
-    QMutexLocker lock(&PLC_driver.listMutex);
-    PutWrite(*var, ReplaceableWrite(*var));
-    return PLC_driver.writeList.size();
+    return AddWrite(*var);
 } catch (...) {
     return SizeOf(PLC_driver.writeList);
 }

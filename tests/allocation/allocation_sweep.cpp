@@ -67,6 +67,7 @@ bool Acceptable(Leaves leaves, const std::string& state, const std::string& befo
     case Leaves::REFUSED_LIST:
         return state == Lines(before, [](const std::string& line) { return !StartsWith(line, "cyclic"); });
     case Leaves::FINISHED_ELEMENTS:
+    case Leaves::FIRST_PIECES:
         return OnlyFinishedElements(state, before, after);
     }
     return state == before;
@@ -82,6 +83,17 @@ bool Acceptable(const Situation& situation, const std::string& state, const std:
         return std::regex_replace(text, ignored, "");
     };
     return Acceptable(situation.leaves, without(state), without(before), without(after));
+}
+
+// Whether everything that waits to be written in one state does so in the other too.
+bool HoldsWritesOf(const std::string& state, const std::string& other)
+{
+    const auto isWrite = [](const std::string& line) { return StartsWith(line, "write"); };
+    std::istringstream writes(Lines(other, isWrite));
+    for (std::string line; std::getline(writes, line);)
+        if (state.find(line + "\n") == std::string::npos)
+            return false;
+    return true;
 }
 
 void ExpectFree(QMutex& mutex, const char* name)
@@ -121,14 +133,38 @@ AllocationSweep::Reference AllocationSweep::reference(const Situation& situation
 {
     SCOPED_TRACE("without a failure"); // also lets everybody get what they keep for good
     Reference expected;
+    for (const auto& call : situation.shorter) {
+        SetUp();
+        situation.prepare();
+        call();
+        expected.between.push_back(State(situation));
+    }
+    SetUp();
     situation.prepare();
     expected.before = State(situation);
     AllocationWatch watch;
     expected.result = situation.call();
     expected.after = State(situation);
+    if (situation.leaves == Leaves::FIRST_PIECES) // the last piece is queued before it is mirrored
+        expected.between.push_back(expected.after);
     expected.story = story();
     Acceptable(situation, expected.before, expected.before, expected.after);
     return expected;
+}
+
+// The call is made once more, now that there is memory.
+void AllocationSweep::again(const Situation& situation, const Reference& expected)
+{
+    SCOPED_TRACE("with memory again");
+    const int result = situation.call();
+    if (situation.leaves == Leaves::FIRST_PIECES) {
+        EXPECT_GE(result, expected.result);
+        EXPECT_TRUE(HoldsWritesOf(State(situation), expected.after)) << State(situation);
+        return;
+    }
+    EXPECT_EQ(expected.result, result);
+    EXPECT_EQ(expected.after, State(situation));
+    EXPECT_EQ(expected.story, story());
 }
 
 // \return whether an allocation failed
@@ -151,10 +187,12 @@ bool AllocationSweep::round(const Situation& situation, const Reference& expecte
     if (!served) {
         EXPECT_TRUE(failed);
         EXPECT_EQ(situation.refused, result);
-        EXPECT_TRUE(Acceptable(situation, state, expected.before, expected.after)) << state << "\ncame from\n"
-                                                                                   << expected.before;
-        EXPECT_EQ(expected.result, situation.call()) << "with memory again";
-        EXPECT_EQ(expected.after, State(situation)) << "with memory again";
+        bool acceptable = Acceptable(situation, state, expected.before, expected.after);
+        for (const std::string& between : expected.between)
+            acceptable = acceptable || Acceptable(situation, state, between, expected.after);
+        EXPECT_TRUE(acceptable) << state << "\ncame from\n" << expected.before;
+        again(situation, expected);
+        return failed;
     }
     EXPECT_EQ(expected.story, story()) << "afterwards";
     return failed;

@@ -23,6 +23,21 @@ protected:
                needs});
     }
 
+    /// Writes \a count elements in pieces of \a block after \a prepare; the first pieces may stay.
+    void sweepPieces(
+        int area, const char* address, int count, int block, const std::function<void()>& prepare = [] {})
+    {
+        QString text(address);
+        QByteArray data(4 * count, '\1');
+        const auto write = [&, area](int elements) {
+            return SetRegisterData(&name, area, &text, 2, &data, elements, 5, 6);
+        };
+        Situation situation = {prepare, [&] { return write(count); }, 0, {}, Leaves::FIRST_PIECES};
+        for (int elements = block; elements < count; elements += block)
+            situation.shorter.push_back([&write, elements] { write(elements); });
+        sweep(situation);
+    }
+
     /// Reads elements; the output is part of the state.
     void sweepGet(int area, const char* address, int count, const std::function<void()>& prepare, Needs needs)
     {
@@ -52,27 +67,27 @@ TEST_F(RegisterSweep, AQueuedWriteOfOnePiece)
 
 TEST_F(RegisterSweep, AQueuedWriteOfThreePieces)
 {
-    sweepSet(9, "0", 250);
+    sweepPieces(9, "0", 250, 100);
 }
 
 TEST_F(RegisterSweep, AQueuedWriteOfThreeBits)
 {
-    sweepSet(1, "0", 3);
+    sweepPieces(1, "0", 3, 1);
 }
 
 TEST_F(RegisterSweep, AQueuedWriteOfThreeBitsInsideWords)
 {
-    sweepSet(8, "0.14", 3);
+    sweepPieces(8, "0.14", 3, 1);
 }
 
 TEST_F(RegisterSweep, AQueuedWriteOfDoubleWords)
 {
-    sweepSet(14, "200", 240);
+    sweepPieces(14, "200", 240, 200); // 120 double words
 }
 
 TEST_F(RegisterSweep, AQueuedWriteOfThreePiecesOfWhichTwoReplaceOthers)
 {
-    sweepSet(9, "0", 250, [this] {
+    sweepPieces(9, "0", 250, 100, [this] {
         queueWriteOf(1, 700);
         QString text("100");
         QByteArray data(300, '\2');
@@ -83,20 +98,16 @@ TEST_F(RegisterSweep, AQueuedWriteOfThreePiecesOfWhichTwoReplaceOthers)
 // Once a reply failed, each piece is mirrored at once.
 TEST_F(RegisterSweep, AQueuedWriteAfterAFailure)
 {
-    sweepSet(
-        9, "0", 250, [] { PLC_driver.lastFailed = 1; }, Leaves::FINISHED_ELEMENTS);
+    sweepPieces(9, "0", 250, 100, [] { PLC_driver.lastFailed = 1; });
 }
 
 TEST_F(RegisterSweep, AQueuedWriteToAStationAfterAFailure)
 {
-    sweepSet(
-        9, "0", 3,
-        [this] {
-            perStation();
-            info.maxBlockCount = 2;
-            PLC_driver.lastFailed = 1;
-        },
-        Leaves::FINISHED_ELEMENTS);
+    sweepPieces(9, "0", 3, 2, [this] {
+        perStation();
+        info.maxBlockCount = 2;
+        PLC_driver.lastFailed = 1;
+    });
 }
 
 TEST_F(RegisterSweep, AWriteInMemory)

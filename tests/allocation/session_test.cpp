@@ -39,11 +39,13 @@ protected:
         info.multiStation = multiStation;
     }
 
-    /// Rebuilds, writes and reads once, then polls and answers.
+    /// Rebuilds, writes and reads once, then polls and answers. The pieces of the large writes wait behind a
+    /// small one, so that those which were queued before memory ran out are replaced, not doubled.
     void run()
     {
         unlessRefused(
             [this] { return ReCreatReadVarList(&cyclic_) >= 0 && PLC_driver.readList.size() == 2; });
+        unlessRefused([this] { return SetRegisterData(&name_, 9, &wordText_, 1, &data_, 1, 5, 5) > 0; });
         unlessRefused([this] { return SetRegisterData(&name_, 9, &wordText_, 1, &data_, 250, 5, 6) > 0; });
         unlessRefused([this] { return SetRegisterData(&name_, 8, &bitText_, 1, &data_, 2, 5, 7) > 0; });
         unlessRefused([this] { return AddListOnceReadVar(&once_, 0) > 0; });

@@ -1,0 +1,25 @@
+/// \file
+/// \brief Lets the communication thread come between the pieces of a large write.
+///
+/// A mutex alone would not: it is free for a moment between two pieces, but whoever has just released it
+/// takes it again before the thread that waits for it is awake.
+#ifndef DRIVER_COMMUNICATION_TURN_H
+#define DRIVER_COMMUNICATION_TURN_H
+
+/// Says, as long as it lives, that the communication thread is inside an entry point. One at a time.
+class CommunicationTurn
+{
+public:
+    CommunicationTurn();
+    ~CommunicationTurn();
+
+private:
+    CommunicationTurn(const CommunicationTurn&);
+    CommunicationTurn& operator=(const CommunicationTurn&);
+};
+
+/// Waits until the call that the communication thread is inside of, if any, has ended. Later calls are not
+/// waited for, so a thread that polls without pause does not hold up the writer either. No lock may be held.
+void LetCommunicationPass();
+
+#endif

@@ -1,0 +1,12 @@
+/// \file
+/// \brief Queues one write for the driver itself. The entry points are in the public header.
+#ifndef VARLIST_ADD_VARIABLES_H
+#define VARLIST_ADD_VARIABLES_H
+
+struct RW_VAR;
+
+/// As AddListWriteVar() without direct, but throws when there is no memory; \a var is not in the list then,
+/// not even in part. Takes listMutex. \return entries in the write list
+int AddWrite(const RW_VAR& var);
+
+#endif
