@@ -1,7 +1,7 @@
 #include "bench/block.h"
 
 #include "frames/frame_bytes.h"
-#include "runtime/model/request_pieces.h"
+#include "runtime/modbus/request_pieces.h"
 
 namespace bench
 {

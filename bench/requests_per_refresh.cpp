@@ -8,7 +8,7 @@
 #include "driver/modbus_rtu_master.h"
 #include "runtime/cycle/cyclic_values.h"
 #include "runtime/host/request_keys.h"
-#include "runtime/model/request_pieces.h"
+#include "runtime/modbus/request_pieces.h"
 #include "runtime/model/variable_list.h"
 
 #include <QFileInfo>

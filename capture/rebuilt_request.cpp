@@ -3,8 +3,8 @@
 #include "runtime/host/request_keys.h"
 #include "runtime/modbus/frame_fields.h"
 #include "runtime/modbus/remote_fields.h"
-#include "runtime/model/area_guide.h"
-#include "runtime/model/request_pieces.h"
+#include "runtime/modbus/request_pieces.h"
+#include "runtime/model/modbus_address.h"
 
 #include <algorithm>
 
@@ -14,16 +14,6 @@ namespace plc
 namespace
 {
 
-enum FunctionCode { CoilsRead = 1, RegistersRead = 3, CoilWrite = 5, RegisterWrite = 6, RegistersWrite = 16 };
-
-const int areaCodes = 15;
-const int bitInWordCode = 8;
-const int readOnlyCode = 0;
-
-const int firstField = 8; // of all requests: the first coil or register
-const int secondField = 10;
-const int valuesField = 13; // of RegistersWrite
-const int onValue = 0xFF00;
 const int notFiled = 1; // RW_VAR::accessFlag of writes
 
 /// What a frame asks for, before an area is chosen.
@@ -52,38 +42,38 @@ std::optional<AskedFor> askedFor(const QByteArray& frame)
     AskedFor asked;
     asked.function = byteAt(frame, functionOffset);
     asked.unit = byteAt(frame, unitOffset);
-    asked.first = wordAt(frame, firstField);
-    asked.quantity = wordAt(frame, secondField);
-    asked.isCoils = asked.function == CoilsRead || asked.function == CoilWrite;
-    asked.isWrite = asked.function != CoilsRead && asked.function != RegistersRead;
+    asked.first = wordAt(frame, addressOffset);
+    asked.quantity = wordAt(frame, quantityOffset);
+    asked.isCoils = asked.function == ReadCoils || asked.function == WriteCoil;
+    asked.isWrite = asked.function != ReadCoils && asked.function != ReadRegisters;
     switch (asked.function) {
-    case CoilsRead:
-    case RegistersRead:
+    case ReadCoils:
+    case ReadRegisters:
         break;
-    case CoilWrite:
-        asked.data = QByteArray(1, asked.quantity == onValue ? '\1' : '\0');
+    case WriteCoil:
+        asked.data = QByteArray(1, asked.quantity == coilOn ? '\1' : '\0');
         asked.quantity = 1;
         break;
-    case RegisterWrite:
-        asked.data = littleEndian(frame.mid(secondField, 2));
+    case WriteRegister:
+        asked.data = littleEndian(frame.mid(singleValueOffset, 2));
         asked.quantity = 1;
         break;
-    case RegistersWrite:
-        asked.data = littleEndian(frame.mid(valuesField));
+    case WriteRegisters:
+        asked.data = littleEndian(frame.mid(multipleValuesOffset));
         break;
     default:
         return std::nullopt;
     }
-    const bool isWhole = frame.size() >= secondField + 2 && asked.quantity > 0;
+    const bool isWhole = frame.size() >= quantityOffset + 2 && asked.quantity > 0;
     return isWhole ? std::make_optional(asked) : std::nullopt;
 }
 
 /// Bits in words are read and written as their words.
 bool serves(int area, const AskedFor& asked)
 {
-    if (area == bitInWordCode || liesInCoils(area) != asked.isCoils)
+    if (kindOf(area) == ElementKind::BitInWord || liesInCoils(area) != asked.isCoils)
         return false;
-    return !asked.isWrite || area != readOnlyCode;
+    return !asked.isWrite || areaOf(area).isWritable;
 }
 
 /// \return how far the frame's first coil or register lies behind the beginning of \a area
@@ -95,7 +85,7 @@ int offsetIn(int area, const AskedFor& asked)
 /// \return the elements of \a area that a frame asks for; nothing when it does not ask for whole ones
 std::optional<Variable> elementsIn(int area, const AskedFor& asked)
 {
-    const int places = kindOf(area) == ElementKind::DoubleWord ? 2 : 1;
+    const int places = placesOfElement(area);
     const int offset = offsetIn(area, asked);
     Variable elements;
     elements.area = area;
@@ -166,7 +156,7 @@ std::vector<int> RequestRebuilder::areasFor(const QByteArray& frame) const
             areas.push_back(words.area);
     }
     std::vector<int> others;
-    for (int area = 0; area < areaCodes; ++area) {
+    for (int area = 0; area < areaCount(); ++area) {
         if (serves(area, *asked))
             others.push_back(area);
     }
@@ -188,7 +178,7 @@ std::optional<RebuiltRequest> RequestRebuilder::rebuildIn(int area, const QByteA
 std::optional<RebuiltRequest> rebuildRemote(const QByteArray& frame)
 {
     const int area = wordAt(frame, remoteAreaOffset);
-    if (frame.size() < remoteReadSize || area >= areaCodes)
+    if (frame.size() < remoteReadSize || !isArea(area))
         return std::nullopt;
     RebuiltRequest rebuilt = {};
     rebuilt.isWrite = frame.size() > remoteReadSize;

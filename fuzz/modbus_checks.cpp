@@ -14,6 +14,7 @@ using simulator::Bytes;
 using simulator::ControllerMemory;
 using simulator::get16;
 
+// Offsets, codes and limits stand here once more on purpose: this checks those of others.
 constexpr std::size_t addressAt = 8;
 constexpr std::size_t quantityAt = 10;
 constexpr std::size_t requestCountAt = 12;

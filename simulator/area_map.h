@@ -1,5 +1,7 @@
 /// \file
 /// \brief Where the areas that remote frames speak of lie among coils and registers.
+///
+/// A table of its own, on purpose: it would not notice a wrong row of the driver or of the tools otherwise.
 #ifndef SIMULATOR_AREA_MAP_H
 #define SIMULATOR_AREA_MAP_H
 

@@ -2,6 +2,7 @@
 
 #include "runtime/cycle/exchange_record.h"
 #include "runtime/cycle/runtime.h"
+#include "runtime/modbus/frame_fields.h"
 #include "runtime/modbus/return_code_words.h"
 
 namespace plc
@@ -10,15 +11,10 @@ namespace plc
 namespace
 {
 
-// Modbus exceptions that are not about the addresses: the controller is at work, or a gateway reaches it not.
-const int acknowledged = 5;
-const int busy = 6;
-const int gatewayCodes[] = {10, 11};
-
+/// Others are not about the addresses: the controller is at work, or a gateway reaches it not.
 bool isAboutTheRequest(int exception)
 {
-    return exception != acknowledged && exception != busy && exception != gatewayCodes[0] &&
-           exception != gatewayCodes[1];
+    return exception != Acknowledge && exception != DeviceBusy && !isFromGateway(exception);
 }
 
 } // namespace

@@ -11,8 +11,8 @@
 #include "runtime/cycle/exchange_record.h"
 #include "runtime/cycle/refresh_plan.h"
 #include "runtime/modbus/frame_fields.h"
+#include "runtime/modbus/request_pieces.h"
 #include "runtime/modbus/return_code_words.h"
-#include "runtime/model/request_pieces.h"
 
 #include <mutex>
 
@@ -23,13 +23,6 @@ namespace
 {
 
 const int betweenLooksMs = 10; // between two looks for an answer or a signal
-
-const int quantityField = 10; // of a read request
-const int readCoils = 1;
-const int mostCoils = 2000;
-const int mostRegistersAtOnce = 125;
-
-const int smallestBlockCount = 2;
 
 /// The variables as they are asked for, with what they are called.
 struct CheckedList {
@@ -67,8 +60,8 @@ std::vector<LongBlock> longBlocks(const CheckedList& list, const std::vector<Dri
     for (const DriverBlock& block : blocks) {
         LongBlock each;
         each.elements = elementsOf(block);
-        each.quantity = wordAt(block.frame, quantityField);
-        each.allowed = byteAt(block.frame, functionOffset) == readCoils ? mostCoils : mostRegistersAtOnce;
+        each.quantity = wordAt(block.frame, quantityOffset);
+        each.allowed = byteAt(block.frame, functionOffset) == ReadCoils ? mostCoilsRead : mostRegistersRead;
         for (const CheckedPart& part : partsIn(each.elements, list.parts))
             each.variables.insert(part.variable);
         if (each.quantity > each.allowed)

@@ -76,14 +76,15 @@ Settings settingsOf(const QCommandLineParser& parser, Command command)
     Settings settings = command == Command::Replay ? replayedSettings(parser) : Settings();
     settings.timeoutMs = numberOf(parser, "timeout", 1, 60000, settings.timeoutMs);
     settings.retryLimit = numberOf(parser, "retries", 0, 1000, settings.retryLimit);
-    settings.maxBlockCount = numberOf(parser, "max-block", 2, 125, settings.maxBlockCount);
+    settings.maxBlockCount =
+        numberOf(parser, "max-block", smallestBlockCount, largestBlockCount, settings.maxBlockCount);
     settings.driverPath = parser.value(QStringLiteral("driver"));
     if (parser.isSet(QStringLiteral("driver")) && settings.driverPath.isEmpty())
         refuse(QStringLiteral("--driver: give the path of libplcdriver.so"));
     if (command == Command::Demo)
         return settings;
     settings.remoteMode = settings.remoteMode || parser.isSet(QStringLiteral("remote"));
-    settings.station = numberOf(parser, "station", 0, 255, settings.station);
+    settings.station = numberOf(parser, "station", 0, lastStation, settings.station);
     settings.multiStation = settings.multiStation || parser.isSet(QStringLiteral("multi-station"));
     if (command == Command::Replay) {
         settings.port = numberOf(parser, "port", 1, 65535, settings.port);

@@ -4,7 +4,7 @@
 #include "panel/session/session.h"
 #include "panel/session/waiting.h"
 #include "panel/terminal/output.h"
-#include "runtime/model/request_pieces.h"
+#include "runtime/modbus/request_pieces.h"
 
 #include <algorithm>
 

@@ -10,7 +10,7 @@
 #include "panel/watch/watch_json.h"
 #include "panel/watch/watch_rows.h"
 #include "runtime/cycle/refresh_plan.h"
-#include "runtime/model/request_pieces.h"
+#include "runtime/modbus/request_pieces.h"
 
 #include <QFileInfo>
 

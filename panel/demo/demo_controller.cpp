@@ -1,7 +1,7 @@
 #include "panel/demo/demo_controller.h"
 
 #include "runtime/modbus/frame_fields.h"
-#include "runtime/model/area_guide.h"
+#include "runtime/model/modbus_address.h"
 
 namespace plc
 {

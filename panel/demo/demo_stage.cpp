@@ -2,7 +2,7 @@
 
 #include "runtime/cycle/exchange_record.h"
 #include "runtime/host/request_keys.h"
-#include "runtime/model/request_pieces.h"
+#include "runtime/modbus/request_pieces.h"
 #include "runtime/model/value_text.h"
 
 #include <QElapsedTimer>

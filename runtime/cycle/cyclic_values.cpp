@@ -17,7 +17,6 @@ const int pacingReplySize = 11; // what the driver expects for one word
 
 const int judgedOnly = 1; // RW_VAR::accessFlag: the reply's data is not filed
 
-
 // Behind the bits asked for the driver files one bit of padding, and when values are kept per station it
 // empties a further one.
 const int spoiledBits = 2;
@@ -62,7 +61,7 @@ RW_VAR pacingRecord()
     RW_VAR request = {};
     request.hostKey = pacingKey;
     request.accessFlag = judgedOnly;
-    request.area = 9;
+    request.area = wordArea;
     request.station = pacingStation;
     request.count = 1;
     return request;

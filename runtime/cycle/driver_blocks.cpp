@@ -2,7 +2,7 @@
 
 #include "runtime/cycle/cyclic_values.h"
 #include "runtime/host/driver_settings.h"
-#include "runtime/model/request_pieces.h"
+#include "runtime/modbus/request_pieces.h"
 
 namespace plc
 {

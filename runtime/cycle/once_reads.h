@@ -5,9 +5,9 @@
 
 #include "runtime/cycle/request_ledger.h"
 #include "runtime/host/driver_values.h"
+#include "runtime/modbus/request_pieces.h"
 #include "runtime/model/outcome.h"
 #include "runtime/model/pending.h"
-#include "runtime/model/request_pieces.h"
 #include "runtime/model/settings.h"
 
 #include <deque>

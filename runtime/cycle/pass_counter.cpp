@@ -10,8 +10,6 @@ namespace
 
 const std::size_t countedPasses = 10;
 
-const int registersOfDoubleWord = 2;
-
 } // namespace
 
 void PassCounter::request(int area, int elements, int unused)
@@ -22,7 +20,7 @@ void PassCounter::request(int area, int elements, int unused)
         m_running.bitsUnused += unused;
         return;
     }
-    const int registers = kindOf(area) == ElementKind::DoubleWord ? registersOfDoubleWord : 1;
+    const int registers = placesOfElement(area);
     m_running.registers += elements * registers;
     m_running.registersUnused += unused * registers;
 }

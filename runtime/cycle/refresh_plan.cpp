@@ -1,5 +1,7 @@
 #include "runtime/cycle/refresh_plan.h"
 
+#include "runtime/modbus/protocol.h"
+
 #include <algorithm>
 #include <iterator>
 #include <map>
@@ -11,19 +13,11 @@ namespace plc
 namespace
 {
 
-// What one Modbus read may carry.
-const int mostRegisters = 125;
-
 // A block of double words counts one more than it reads, two registers each.
-const int mostWithDoubleWords = mostRegisters / 2 + 1;
+const int mostWithDoubleWords = mostRegistersRead / 2 + 1;
 
 // Bits behind a block that the driver overwrites with padding.
 const int paddingBits = 2;
-
-// The driver splits long variables of this area at as many bits as a block of words has words, although its
-// blocks are as long as those of the other areas of bits.
-const int splitArea = 7;
-
 
 using Group = std::pair<int, int>; // station and area
 using Runs = std::vector<Variable>;
@@ -53,8 +47,9 @@ Runs clusters(Runs bits)
     return clusters;
 }
 
-/// \return the elements of area 7 that no block splits: a divisor or a multiple of eight
-int wholeInSplitArea(int maxBlockCount)
+/// \return the elements that no block splits of an area that is cut like words: a divisor or a multiple of
+/// eight
+int wholeWhenCutLikeWords(int maxBlockCount)
 {
     int most = maxBlockCount < bitsOfByte ? 1 : maxBlockCount - maxBlockCount % bitsOfByte;
     while (most * 2 <= maxBlockCount && most < bitsOfByte)
@@ -70,11 +65,11 @@ Variable fromWholeByte(Variable bits)
     return bits;
 }
 
-/// A block of area 7 may end behind any piece of a long run. Where all runs begin and all pieces end at whole
-/// bytes, so does the block, and it has no padding.
-Runs runsOfSplitArea(const Runs& bits, int maxBlockCount)
+/// A block of such an area may end behind any piece of a long run. Where all runs begin and all pieces end at
+/// whole bytes, so does the block, and it has no padding.
+Runs runsCutLikeWords(const Runs& bits, int maxBlockCount)
 {
-    const int most = wholeInSplitArea(maxBlockCount);
+    const int most = wholeWhenCutLikeWords(maxBlockCount);
     const Runs whole = clusters(bits);
     if (std::all_of(whole.begin(), whole.end(), [most](const Variable& run) { return run.count <= most; }))
         return whole;
@@ -106,8 +101,9 @@ std::map<Group, Runs> runsOfBits(const std::vector<Variable>& variables, int max
             groups[{variable.station, variable.area}].push_back(variable);
     }
     for (auto& group : groups)
-        group.second = group.first.second == splitArea ? runsOfSplitArea(group.second, maxBlockCount)
-                                                       : runsOfArea(group.second, maxBlockCount);
+        group.second = areaOf(group.first.second).cut == BitCut::LikeWords
+                           ? runsCutLikeWords(group.second, maxBlockCount)
+                           : runsOfArea(group.second, maxBlockCount);
     return groups;
 }
 
@@ -177,7 +173,7 @@ RefreshPlan remoteRefreshPlan(const std::vector<Variable>& variables, int maxBlo
 int blockCountFor(const std::vector<Variable>& variables)
 {
     const bool doubleWords = std::any_of(variables.begin(), variables.end(), isDoubleWords);
-    return doubleWords ? mostWithDoubleWords : mostRegisters;
+    return doubleWords ? mostWithDoubleWords : mostRegistersRead;
 }
 
 QString blockRefusal(const std::vector<Variable>& variables, int maxBlockCount)
@@ -189,9 +185,9 @@ QString blockRefusal(const std::vector<Variable>& variables, int maxBlockCount)
                "blocks of %1 words would read more than the %2 registers that Modbus allows at once%3; "
                "at most %4 fit")
         .arg(maxBlockCount)
-        .arg(mostRegisters)
-        .arg(most == mostRegisters ? QString()
-                                   : QStringLiteral(", because area 14 has two registers an element"))
+        .arg(mostRegistersRead)
+        .arg(most == mostRegistersRead ? QString()
+                                       : QStringLiteral(", because area 14 has two registers an element"))
         .arg(most);
 }
 

@@ -3,7 +3,7 @@
 #ifndef RUNTIME_CYCLE_REFRESH_PLAN_H
 #define RUNTIME_CYCLE_REFRESH_PLAN_H
 
-#include "runtime/model/request_pieces.h"
+#include "runtime/modbus/request_pieces.h"
 
 #include <vector>
 

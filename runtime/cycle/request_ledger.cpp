@@ -1,6 +1,6 @@
 #include "runtime/cycle/request_ledger.h"
 
-#include "runtime/model/request_pieces.h"
+#include "runtime/modbus/request_pieces.h"
 
 #include <algorithm>
 

@@ -9,6 +9,7 @@
 #include "runtime/host/request_keys.h"
 #include "runtime/link/link.h"
 #include "runtime/modbus/failure_words.h"
+#include "runtime/modbus/frame_fields.h"
 #include "runtime/modbus/return_code_words.h"
 
 #include <QElapsedTimer>
@@ -36,10 +37,6 @@ const int idleMs = 50;
 // writes in a row, and when all it had was for stations that are switched off.
 const int retryPollMs = 1;
 
-// Modbus exceptions of a gateway that could not reach the station.
-const int gatewayPathUnavailable = 10;
-const int gatewayTargetSilent = 11;
-
 [[noreturn]] void fail(const QString& words)
 {
     throw std::runtime_error(words.toStdString());
@@ -63,8 +60,7 @@ TryEnd endOf(const LinkExchange& exchange, int code)
     if (!exchange.sent)
         return TryEnd::NotSent;
     const int exception = exceptionCode(exchange.reply);
-    const bool byGateway = exception == gatewayPathUnavailable || exception == gatewayTargetSilent;
-    return exchange.reply.isEmpty() || byGateway ? TryEnd::NoAnswer : TryEnd::Answered;
+    return exchange.reply.isEmpty() || isFromGateway(exception) ? TryEnd::NoAnswer : TryEnd::Answered;
 }
 
 /// What the communication thread has to do next.
@@ -296,8 +292,8 @@ CyclicValue Runtime::Private::value(int index)
 
 void Runtime::Private::setStation(int station, bool on)
 {
-    if (station < 0 || station > 255)
-        fail(QStringLiteral("%1 is no station; stations are 0 to 255").arg(station));
+    if (station < 0 || station > lastStation)
+        fail(QStringLiteral("%1 is no station; stations are 0 to %2").arg(station).arg(lastStation));
     std::lock_guard<std::mutex> lock(m_mutex);
     if (!m_started)
         fail(QStringLiteral("the panel is not running"));

@@ -1,15 +1,14 @@
 #include "runtime/cycle/write_queue.h"
 
 #include "runtime/host/request_keys.h"
-#include "runtime/model/request_pieces.h"
+#include "runtime/modbus/protocol.h"
+#include "runtime/modbus/request_pieces.h"
 
 namespace plc
 {
 
 namespace
 {
-
-const int broadcastStation = 0;
 
 QString endWords(RequestEnd end, const QString& why)
 {

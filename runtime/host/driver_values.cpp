@@ -1,6 +1,6 @@
 #include "runtime/host/driver_values.h"
 
-#include "runtime/model/request_pieces.h"
+#include "runtime/modbus/request_pieces.h"
 
 namespace plc
 {

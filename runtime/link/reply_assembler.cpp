@@ -5,12 +5,6 @@
 namespace plc
 {
 
-namespace
-{
-const int shortestLength = 2; // unit and function code
-const int longestLength = 254;
-} // namespace
-
 void ReplyAssembler::append(const QByteArray& bytes)
 {
     if (!m_outOfStep)

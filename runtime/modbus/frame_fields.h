@@ -1,21 +1,14 @@
 /// \file
-/// \brief Where the fields of a Modbus TCP frame are.
+/// \brief Getting values out of a frame, and putting them in.
 #ifndef RUNTIME_MODBUS_FRAME_FIELDS_H
 #define RUNTIME_MODBUS_FRAME_FIELDS_H
+
+#include "runtime/modbus/protocol.h"
 
 #include <QByteArray>
 
 namespace plc
 {
-
-const int numberOffset = 0;   ///< transaction identifier
-const int protocolOffset = 2; ///< protocol identifier, 0 for Modbus
-const int lengthOffset = 4;   ///< bytes behind the length field itself
-const int headerToLength = 6; ///< bytes that the length does not count
-const int unitOffset = 6;
-const int functionOffset = 7;
-const int pduDataOffset = 8;
-const int exceptionFlag = 0x80;
 
 /// \return the byte at \a offset, 0..255; 0 beyond the end
 inline int byteAt(const QByteArray& bytes, int offset)
@@ -34,6 +27,13 @@ inline void putWord(QByteArray* bytes, int offset, int value)
 {
     (*bytes)[offset] = static_cast<char>((value >> 8) & 0xFF);
     (*bytes)[offset + 1] = static_cast<char>(value & 0xFF);
+}
+
+/// \return the exception code that \a reply carries; 0 when it is no exception
+inline int exceptionCode(const QByteArray& reply)
+{
+    const bool isException = (byteAt(reply, functionOffset) & exceptionFlag) != 0;
+    return isException ? byteAt(reply, pduDataOffset) : 0;
 }
 
 } // namespace plc

@@ -11,19 +11,10 @@ namespace plc
 namespace
 {
 
-enum Function { ReadCoils = 1, ReadRegisters = 3, WriteCoil = 5, WriteRegister = 6, WriteRegisters = 16 };
-
-const int addressOffset = 8;
-const int quantityOffset = 10;
-const int singleValueOffset = 10;
-const int multipleValuesOffset = 13;
-const int readDataOffset = 9;
-const int coilOn = 0xFF00;
-
 QString unitWords(const QByteArray& frame)
 {
     const int unit = byteAt(frame, unitOffset);
-    return unit == 0 ? QStringLiteral("all units") : QStringLiteral("unit %1").arg(unit);
+    return unit == broadcastStation ? QStringLiteral("all units") : QStringLiteral("unit %1").arg(unit);
 }
 
 QString registersFrom(const QByteArray& bytes, int offset)

@@ -1,7 +1,6 @@
 /// \file
-/// \brief Where the fields of a remote request are. A reply has unit and area where frame_fields.h has unit
-/// and
-///        function.
+/// \brief Where the fields of a remote request are. A reply has unit and area where protocol.h has unit
+///        and function.
 #ifndef RUNTIME_MODBUS_REMOTE_FIELDS_H
 #define RUNTIME_MODBUS_REMOTE_FIELDS_H
 

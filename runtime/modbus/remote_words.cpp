@@ -12,8 +12,6 @@ namespace plc
 namespace
 {
 
-const int areas = 15;
-
 bool isRead(const QByteArray& frame)
 {
     return frame.size() == remoteReadSize;
@@ -44,7 +42,8 @@ Variable variableOf(const QByteArray& frame)
 
 QString stationWords(int station)
 {
-    return station == 0 ? QStringLiteral("all stations: ") : QStringLiteral("station %1: ").arg(station);
+    return station == broadcastStation ? QStringLiteral("all stations: ")
+                                       : QStringLiteral("station %1: ").arg(station);
 }
 
 QString listed(const std::vector<quint32>& values)
@@ -90,7 +89,7 @@ QString remoteRequestWords(const QByteArray& frame)
     if (frame.size() < remoteReadSize)
         return QStringLiteral("no whole request (%1 bytes)").arg(frame.size());
     const QString station = stationWords(byteAt(frame, remoteStationOffset));
-    if (area >= areas)
+    if (!isArea(area))
         return station + QStringLiteral("area %1").arg(area);
     const Variable variable = variableOf(frame);
     if (isRead(frame))
@@ -109,7 +108,7 @@ QString remoteReplyWords(const QByteArray& frame, const QByteArray& reply)
     const QString station = stationWords(byteAt(reply, unitOffset));
     if (!isRead(frame))
         return station + QStringLiteral("written");
-    if (wordAt(frame, remoteAreaOffset) >= areas)
+    if (!isArea(wordAt(frame, remoteAreaOffset)))
         return station + QStringLiteral("answer of an area that there is not");
     return station + listed(valuesOfReply(variableOf(frame), reply.mid(remoteReplyDataOffset)));
 }

@@ -1,7 +1,7 @@
 #include "runtime/modbus/return_code_words.h"
 
 #include "driver/plcdriver.h"
-#include "runtime/modbus/frame_fields.h"
+#include "runtime/modbus/protocol.h"
 
 namespace plc
 {
@@ -34,11 +34,11 @@ const Words exceptions[] = {
     {2, 2, "illegal data address"},
     {3, 3, "illegal data value"},
     {4, 4, "server device failure"},
-    {5, 5, "acknowledge: accepted, still at work"},
-    {6, 6, "server device busy"},
+    {Acknowledge, Acknowledge, "acknowledge: accepted, still at work"},
+    {DeviceBusy, DeviceBusy, "server device busy"},
     {8, 8, "memory parity error"},
-    {10, 10, "gateway path unavailable"},
-    {11, 11, "gateway target device failed to respond"},
+    {GatewayPathUnavailable, GatewayPathUnavailable, "gateway path unavailable"},
+    {GatewayTargetSilent, GatewayTargetSilent, "gateway target device failed to respond"},
 };
 
 template <std::size_t size>
@@ -66,12 +66,6 @@ bool isSuccess(int code)
 QString exceptionWords(int code)
 {
     return lookUp(exceptions, code, "an exception that Modbus does not name");
-}
-
-int exceptionCode(const QByteArray& reply)
-{
-    const bool isException = (byteAt(reply, functionOffset) & exceptionFlag) != 0;
-    return isException ? byteAt(reply, pduDataOffset) : 0;
 }
 
 } // namespace plc

@@ -20,9 +20,6 @@ PLCRUNTIME_API bool isSuccess(int code);
 /// \return a Modbus exception code in words, e.g. "illegal data address" for 2
 PLCRUNTIME_API QString exceptionWords(int code);
 
-/// \return the exception code that \a reply carries; 0 when it is no exception
-PLCRUNTIME_API int exceptionCode(const QByteArray& reply);
-
 } // namespace plc
 
 #endif

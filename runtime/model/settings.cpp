@@ -1,5 +1,7 @@
 #include "runtime/model/settings.h"
 
+#include "runtime/model/variable.h"
+
 namespace plc
 {
 
@@ -23,10 +25,10 @@ QString settingsError(const Settings& settings)
         return QStringLiteral("no controller is given; give its name or address");
     const Range ranges[] = {
         {"port", settings.port, 1, 65535},
-        {"station", settings.station, 0, 255},
+        {"station", settings.station, 0, lastStation},
         {"time-out (ms)", settings.timeoutMs, 1, 60000},
         {"retry limit", settings.retryLimit, 0, 1000},
-        {"words of one request", settings.maxBlockCount, 2, 125},
+        {"words of one request", settings.maxBlockCount, smallestBlockCount, largestBlockCount},
         {"pause between passes (ms)", settings.cyclePauseMs, 0, 3600000},
         {"age of a stale value (ms)", settings.staleAfterMs, 1, 3600000},
         {"first pause of a station (ms)", settings.stationPauseMs, 0, longestStationPauseMs},

@@ -13,6 +13,11 @@ namespace plc
 /// However often a station does not answer, it is tried again after so long (ms).
 inline constexpr int longestStationPauseMs = 30000;
 
+/// Words of a block, see Settings::maxBlockCount: a double word must fit, and one Modbus read carries so
+/// many.
+inline constexpr int smallestBlockCount = 2;
+inline constexpr int largestBlockCount = 125;
+
 struct Settings {
     QString driverPath; ///< path of the driver library, e.g. build/i386/libplcdriver.so
     QString host = QStringLiteral("127.0.0.1"); ///< name or address of the controller

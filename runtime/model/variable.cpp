@@ -8,41 +8,6 @@ namespace plc
 namespace
 {
 
-const int areaCount = 15;
-const int elementsOfArea = 65535;
-
-/// How a person writes an element of an area: in which number base, and the number of element 0.
-struct AreaText {
-    ElementKind kind;
-    int base;
-    int origin;
-    const char* expected;
-};
-
-// Row = area code.
-const AreaText areaTexts[areaCount] = {
-    {ElementKind::Bit, 8, 0, "octal digits, e.g. 17"},
-    {ElementKind::Bit, 8, 0, "octal digits, e.g. 17"},
-    {ElementKind::Bit, 10, 0, "a decimal number"},
-    {ElementKind::Bit, 10, 0, "a decimal number"},
-    {ElementKind::Bit, 10, 0, "a decimal number"},
-    {ElementKind::Bit, 10, 0, "a decimal number"},
-    {ElementKind::Bit, 10, 0, "a decimal number"},
-    {ElementKind::Bit, 10, 8000, "a decimal number from 8000 on"},
-    {ElementKind::BitInWord, 10, 0, "word.bit, e.g. 10.3"},
-    {ElementKind::Word, 10, 0, "a decimal number"},
-    {ElementKind::Word, 10, 0, "a decimal number"},
-    {ElementKind::Word, 10, 0, "a decimal number"},
-    {ElementKind::Word, 10, 0, "a decimal number"},
-    {ElementKind::Word, 10, 0, "a decimal number"},
-    {ElementKind::DoubleWord, 10, 200, "a decimal number from 200 on"},
-};
-
-const AreaText& textOf(int area)
-{
-    return areaTexts[area];
-}
-
 /// \return a number of digits only, so that neither signs nor spaces slip through; -1 when it is none
 int parseNumber(const QString& text, int base)
 {
@@ -63,7 +28,7 @@ int parseBitInWord(const QString& text)
         return -1;
     const int word = parseNumber(parts.at(0), 10);
     const int bit = parseNumber(parts.at(1), 10);
-    if (word < 0 || word >= elementsOfArea || bit < 0 || bit >= bitsOfWord)
+    if (word < 0 || word >= areaSize(wordArea) || bit < 0 || bit >= bitsOfWord)
         return -1;
     return word * bitsOfWord + bit;
 }
@@ -79,8 +44,9 @@ std::nullopt_t fail(QString* error, const QString& words)
 std::optional<int> parseArea(const QString& text, QString* error)
 {
     const int area = parseNumber(text, 10);
-    if (area < 0 || area >= areaCount)
-        return fail(error, QStringLiteral("\"%1\" is no area; areas are 0 to 14").arg(text));
+    if (!isArea(area))
+        return fail(error, QStringLiteral("\"%1\" is no area; areas are 0 to %2")
+                               .arg(text, QString::number(areaCount() - 1)));
     return area;
 }
 
@@ -139,40 +105,18 @@ QString expectedValue(int bits)
 
 } // namespace
 
-ElementKind kindOf(int area)
-{
-    return textOf(area).kind;
-}
-
-int bytesOfElement(int area)
-{
-    switch (kindOf(area)) {
-    case ElementKind::Word:
-        return 2;
-    case ElementKind::DoubleWord:
-        return 4;
-    default:
-        return 1;
-    }
-}
-
-int areaSize(int area)
-{
-    return kindOf(area) == ElementKind::BitInWord ? elementsOfArea * bitsOfWord : elementsOfArea;
-}
-
 QString addressText(int area, int element)
 {
     if (kindOf(area) == ElementKind::BitInWord)
         return QStringLiteral("%1.%2").arg(element / bitsOfWord).arg(element % bitsOfWord);
-    return QString::number(element + textOf(area).origin, textOf(area).base);
+    return QString::number(element + areaOf(area).origin, areaOf(area).numberBase);
 }
 
 std::optional<int> parseAddress(int area, const QString& text, QString* error)
 {
-    const AreaText& rule = textOf(area);
+    const Area& rule = areaOf(area);
     const bool bitInWord = rule.kind == ElementKind::BitInWord;
-    const int element = bitInWord ? parseBitInWord(text) : parseNumber(text, rule.base) - rule.origin;
+    const int element = bitInWord ? parseBitInWord(text) : parseNumber(text, rule.numberBase) - rule.origin;
     if (element < 0 || element >= areaSize(area)) {
         return fail(error, QStringLiteral("\"%1\" is no address of area %2; %3 is expected, up to %4")
                                .arg(text, QString::number(area), QLatin1String(rule.expected),

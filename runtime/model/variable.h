@@ -4,6 +4,7 @@
 #define RUNTIME_MODEL_VARIABLE_H
 
 #include "runtime/export.h"
+#include "runtime/model/area_table.h"
 
 #include <QByteArray>
 #include <QString>
@@ -14,11 +15,7 @@
 namespace plc
 {
 
-inline constexpr int bitsOfByte = 8;
-inline constexpr int bitsOfWord = 16;
 inline constexpr int lastStation = 255;
-
-enum class ElementKind { Bit, BitInWord, Word, DoubleWord };
 
 /// A run of elements of one area. Area codes: 0..7 bits, 8 bits inside the words of area 9, 9..13 words,
 /// 14 double words.
@@ -34,15 +31,6 @@ inline int endOf(const Variable& variable)
 {
     return variable.element + variable.count;
 }
-
-/// \return the kind of elements in \a area, which must be 0..14
-PLCRUNTIME_API ElementKind kindOf(int area);
-
-/// \return value bytes of one element of \a area: 1 for bits, 2 for words, 4 for double words
-PLCRUNTIME_API int bytesOfElement(int area);
-
-/// \return elements of \a area: 65535, for area 8 sixteen times as many
-PLCRUNTIME_API int areaSize(int area);
 
 /// \return the address text that the driver takes for \a element, e.g. "17" (octal) for element 15 of area 0
 PLCRUNTIME_API QString addressText(int area, int element);

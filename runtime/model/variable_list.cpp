@@ -124,7 +124,7 @@ ListedVariable variableOf(const QStringList& fields)
     ListedVariable variable;
     variable.name = nameIn(fields);
     Variable& elements = variable.elements;
-    elements.area = numberIn(fields, AreaColumn, 0, 14);
+    elements.area = numberIn(fields, AreaColumn, 0, areaCount() - 1);
     elements.element = elementIn(fields, elements.area);
     elements.station = numberIn(fields, StationColumn, 0, lastStation, -1);
     variable.count = numberIn(fields, CountColumn, 1, areaSize(elements.area), 1);

@@ -1,6 +1,6 @@
 #include "soak/write_frame.h"
 
-#include "runtime/model/area_guide.h"
+#include "runtime/model/modbus_address.h"
 #include "runtime/model/variable.h"
 #include "simulator/remote_frame.h"
 
@@ -13,6 +13,7 @@ namespace
 using simulator::Bytes;
 using simulator::get16;
 
+// Of its own, so that the referee does not believe what the panel believes.
 constexpr std::size_t addressOffset = 8;
 constexpr std::size_t valueOffset = 10; // of a write of one element
 constexpr std::size_t registersOffset = 13;

@@ -1,4 +1,4 @@
-#include "runtime/model/request_pieces.h"
+#include "runtime/modbus/request_pieces.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 /// \file
 /// \brief Variables cut into requests that the driver queues as one entry each and Modbus allows.
-#ifndef RUNTIME_MODEL_REQUEST_PIECES_H
-#define RUNTIME_MODEL_REQUEST_PIECES_H
+#ifndef RUNTIME_MODBUS_REQUEST_PIECES_H
+#define RUNTIME_MODBUS_REQUEST_PIECES_H
 
 #include "runtime/model/settings.h"
 #include "runtime/model/variable.h"

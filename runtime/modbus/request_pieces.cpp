@@ -1,4 +1,6 @@
-#include "runtime/model/request_pieces.h"
+#include "runtime/modbus/request_pieces.h"
+
+#include "runtime/modbus/protocol.h"
 
 #include <algorithm>
 
@@ -8,21 +10,11 @@ namespace plc
 namespace
 {
 
-// What one Modbus request may carry.
-const int mostCoilsRead = 2000;
-const int mostRegistersRead = 125;
-const int mostRegistersWritten = 123;
-
-const int bitInWordArea = 8;
-const int wordArea = 9;
-const int readOnlyArea = 0;
-const int broadcastStation = 0;
-
 int mostElementsRead(int area, int maxBlockCount)
 {
     switch (kindOf(area)) {
     case ElementKind::Bit:
-        return std::min(8 * maxBlockCount, mostCoilsRead);
+        return std::min(bitsOfByte * maxBlockCount, mostCoilsRead);
     case ElementKind::DoubleWord:
         // Asked for as one more than is fetched, so one less fits into a block.
         return std::min(maxBlockCount - 1, mostRegistersRead / 2);
@@ -60,8 +52,10 @@ bool sameStation(const Variable& a, const Variable& b)
 
 QString stationRefusal(const Variable& variable, const Settings& settings)
 {
-    if (variable.station < 0 || variable.station > 255)
-        return QStringLiteral("%1 is no station; stations are 0 to 255").arg(variable.station);
+    if (variable.station < 0 || variable.station > lastStation)
+        return QStringLiteral("%1 is no station; stations are 0 to %2")
+            .arg(variable.station)
+            .arg(lastStation);
     if (!settings.multiStation && variable.station != settings.station)
         return QStringLiteral("station %1 is not served; only station %2 is, unless several stations are "
                               "switched on in the settings (--multi-station)")
@@ -72,8 +66,8 @@ QString stationRefusal(const Variable& variable, const Settings& settings)
 
 QString runRefusal(const Variable& variable)
 {
-    if (variable.area < 0 || variable.area > 14)
-        return QStringLiteral("%1 is no area; areas are 0 to 14").arg(variable.area);
+    if (!isArea(variable.area))
+        return QStringLiteral("%1 is no area; areas are 0 to %2").arg(variable.area).arg(areaCount() - 1);
     if (variable.element < 0 || variable.count < 1 || variable.element >= areaSize(variable.area) ||
         variable.count > areaSize(variable.area) - variable.element)
         return QStringLiteral("%1 elements from %2 on do not lie in area %3, which has %4")
@@ -142,8 +136,8 @@ QString writeRefusal(const Variable& variable, const std::vector<quint32>& value
         return words;
     // The driver builds no frame for these two, and such a write would hold back every later one. (A remote
     // frame lets the controller change the bit itself.)
-    if (variable.area == readOnlyArea)
-        return QStringLiteral("area 0 can only be read");
+    if (!areaOf(variable.area).isWritable)
+        return QStringLiteral("area %1 can only be read").arg(variable.area);
     if (variable.area == bitInWordArea && variable.station == broadcastStation && !settings.remoteMode)
         return QStringLiteral("a bit in a word cannot be written to station 0: its word would have to be "
                               "read first, and no controller answers a broadcast");
