@@ -148,18 +148,22 @@ void ReadStationBits(QByteArray& out, int station, int area, int address, int co
         out.append(static_cast<char>(ByteAt(StationValue(station, area, address, i), 0) & 1));
 }
 
+// One walk of the store for the bits inside one word. No address text names a bit before the first.
 void ReadStationBitsOfWords(QByteArray& out, int station, int address, int count)
 {
-    for (int i = 0; i < count; ++i) {
-        if (!ElementExists(address, i, AREA_BITS_OF_WORDS)) {
-            out.append('\0');
-            continue;
+    const ElementRun run = ExistingElements(address, count, AREA_BITS_OF_WORDS);
+    QByteArray value;
+    int word = -1;
+    for (int i = 0; i < run.count; ++i) {
+        const int bit = run.start + i;
+        if (bit / WORD_BITS != word) {
+            word = bit / WORD_BITS;
+            value = StationValue(station, AREA_WORD, word, 0);
         }
-        const int bit = address + i;
-        const QByteArray value = StationValue(station, AREA_WORD, bit / WORD_BITS, 0);
         const int byte = (bit % WORD_BITS) / 8;
         out.append(static_cast<char>((ByteAt(value, byte) >> (bit % 8)) & 1));
     }
+    PadTo(out, count);
 }
 
 void ReadStationElements(QByteArray& out, int station, int area, int address, int elements, int bytes)
