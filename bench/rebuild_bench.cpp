@@ -40,7 +40,7 @@ QString textOf(int area, int element)
 
 HOST_VAR variableOf(const List& list, int i)
 {
-    const int areas = list.spread == Spread::AllAreas ? AREA_COUNT : 1;
+    const int areas = list.spread == Spread::AllAreas ? PLC_AREA_COUNT : 1;
     const int perArea = (list.size + areas - 1) / areas;
     HOST_VAR variable = HOST_VAR();
     variable.area = static_cast<unsigned char>(list.spread == Spread::AllAreas ? i / perArea : wordArea);

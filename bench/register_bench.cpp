@@ -15,7 +15,6 @@ namespace
 const int wordArea = 9;
 const int firstElement = 100;
 const int queueWrites = 2;
-const int listLimit = 1024;
 
 /// A wired driver with empty lists.
 class Wiring
@@ -59,7 +58,7 @@ void driverGetsWords(benchmark::State& state)
 
 void textAndBytes(benchmark::State& state)
 {
-    static unsigned short words[65535];
+    static unsigned short words[PLC_AREA_ELEMENTS];
     const QString text = address();
     const int count = static_cast<int>(state.range(0));
     for (auto _ : state) {
@@ -96,14 +95,14 @@ RW_VAR writeTo(int element)
 void driverDropsAWrite(benchmark::State& state)
 {
     Wiring wiring;
-    for (int i = 0; i < listLimit; ++i) {
+    for (int i = 0; i < PLC_LIST_LIMIT; ++i) {
         RW_VAR write = writeTo(i);
         AddListWriteVar(&write, 0);
     }
-    RW_VAR oneMore = writeTo(listLimit);
+    RW_VAR oneMore = writeTo(PLC_LIST_LIMIT);
     for (auto _ : state)
         benchmark::DoNotOptimize(AddListWriteVar(&oneMore, 0));
-    if (PLC_driver.writeList.size() != listLimit)
+    if (PLC_driver.writeList.size() != PLC_LIST_LIMIT)
         state.SkipWithError("the list is not full");
 }
 
@@ -117,9 +116,9 @@ struct Plain {
 void walkOfPlainStructs(benchmark::State& state)
 {
     std::vector<std::unique_ptr<Plain>> entries;
-    for (int i = 0; i < listLimit; ++i)
+    for (int i = 0; i < PLC_LIST_LIMIT; ++i)
         entries.push_back(std::make_unique<Plain>(Plain{1, wordArea, i, 1}));
-    Plain wanted = {1, wordArea, listLimit, 1};
+    Plain wanted = {1, wordArea, PLC_LIST_LIMIT, 1};
     for (auto _ : state) {
         benchmark::DoNotOptimize(wanted);
         const Plain* found = nullptr;

@@ -10,7 +10,7 @@
 
 #include "driver/plcdriver.h"
 #include "image/area_buffers.h"
-#include "image/extended_variables.h"
+#include "image/extended_variable.h"
 
 #include <QMap>
 #include <QMutex>

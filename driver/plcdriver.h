@@ -43,6 +43,21 @@
 /// Marks what the library exports.
 #define PLCDRIVER_API __attribute__((visibility("default")))
 
+/// \name Limits
+/// What the driver holds, and how far it counts. Counts beyond the largest are cut to it where an entry point takes
+/// an address text; whole records are queued as they are.
+/// @{
+const int PLC_AREA_COUNT = 15;                                 ///< area codes, 0..14
+const int PLC_AREA_ELEMENTS = 65535;                           ///< elements of an area, 0..65534
+const int PLC_WORD_BITS = 16;                                  ///< bits of a word, for area 8
+const int PLC_AREA8_BITS = PLC_WORD_BITS * PLC_AREA_ELEMENTS;  ///< bits of area 8, 0..1048559
+const int PLC_AREA14_READ_COUNT_MAX = PLC_AREA_ELEMENTS + 1;   ///< a read counts one more than it reads
+const int PLC_AREA14_QUEUED_COUNT_MAX = 2 * PLC_AREA_ELEMENTS; ///< a queued write counts 16-bit words
+const int PLC_BITS_PER_BLOCK_WORD = 8;                         ///< see COMINFO::maxBlockCount
+const int PLC_LIST_LIMIT = 1024;                               ///< queued writes, and one-shot reads
+const int PLC_LONGEST_RUN = 5;                                 ///< of writes, and of one-shot reads, in a row
+/// @}
+
 /// Result codes: what RW_VAR::result of the record returned by DataCom() says.
 ///
 /// A failure is one of the six bases plus a fine offset that tells which of the runtime's variables failed:
@@ -204,13 +219,13 @@ PLCDRIVER_API int QueryFinishFlag();
 /// \name Request cycle
 /// @{
 
-/// Chooses the next request and returns its frame: writes first, then one-shot reads (each at most five in
-/// a row), then the cyclic reads in turn. While a frame is unanswered the same pointer is returned.
+/// Chooses the next request and returns its frame: writes first, then one-shot reads (each at most
+/// #PLC_LONGEST_RUN in a row), then the cyclic reads in turn. While a frame is unanswered the same pointer is returned.
 ///
 /// Communication thread; takes the lock of the lists unless a frame is unanswered, and may run
 /// ListDoneCallback.
 /// \return the frame to send, valid until DataCom() is called. Null when this call found nothing to send,
-///         which does not mean that nothing is queued: it also happens after five writes in a row, and when a
+///         which does not mean that nothing is queued: it also happens after #PLC_LONGEST_RUN writes in a row, and when a
 ///         turn was spent on requests of switched-off stations.
 PLCDRIVER_API Protocol* ComCommunication();
 
@@ -253,7 +268,7 @@ PLCDRIVER_API int PLCAddressChangeIntef(int area, QString text);
 PLCDRIVER_API int AddListReadVar(RW_VAR* var);
 
 /// Queues a write. A queued write to the same station, area, address and count is replaced in its place,
-/// unless it is at the head (it may be on its way). At 1024 entries a new write is dropped.
+/// unless it is at the head (it may be on its way). At #PLC_LIST_LIMIT entries a new write is dropped.
 ///
 /// Any thread; takes the lock of the lists.
 /// \param var    the request; not checked, see RW_VAR. Only the first of several bits is sent.
@@ -262,8 +277,8 @@ PLCDRIVER_API int AddListReadVar(RW_VAR* var);
 PLCDRIVER_API int AddListWriteVar(RW_VAR* var, int direct);
 
 /// Queues a one-shot read, split into requests of at most COMINFO::maxBlockCount words (bit areas: eight
-/// times as many elements). Pieces that are already queued under the same keys are skipped; at 1024 entries
-/// new ones are dropped. A count beyond the size of the area is cut to it; a count below 1 queues nothing.
+/// times as many elements). Pieces that are already queued under the same keys are skipped; at
+/// #PLC_LIST_LIMIT entries new ones are dropped. A count beyond the size of the area is cut to it; a count below 1 queues nothing.
 ///
 /// Any thread; takes the lock of the lists.
 ///
@@ -387,10 +402,11 @@ PLCDRIVER_API int ASCIIToDigital(int character);
 
 } // extern "C"
 
-#if defined(__i386__)
+#if defined(__SIZEOF_POINTER__) && __SIZEOF_POINTER__ == 4
 #define PLC_OFFSET(record, field, offset)                                                                    \
     static_assert(offsetof(record, field) == (offset), #record "." #field " has moved")
 
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the records are little-endian");
 static_assert(sizeof(int) == 4 && sizeof(QString) == 4 && sizeof(QByteArray) == 4, "32-bit handles");
 
 static_assert(sizeof(RW_VAR) == 60, "RW_VAR is 60 bytes");

@@ -8,9 +8,6 @@
 namespace
 {
 
-// Writes, and one-shot reads, that may go out in a row before a cyclic read gets its turn.
-const int LONGEST_RUN = 5;
-
 // All of these run with listMutex held.
 
 bool HeadIsSwitchedOff(const QList<RW_VAR>& list)
@@ -97,9 +94,9 @@ void TakeCyclicReadTurn()
 // One list gets the turn. A turn that yields no frame does not fall back to another list.
 void TakeTurn()
 {
-    if (!PLC_driver.writeList.isEmpty() && PLC_driver.writeRun < LONGEST_RUN)
+    if (!PLC_driver.writeList.isEmpty() && PLC_driver.writeRun < PLC_LONGEST_RUN)
         TakeWriteTurn();
-    else if (!PLC_driver.onceReadList.isEmpty() && PLC_driver.onceReadRun < LONGEST_RUN)
+    else if (!PLC_driver.onceReadList.isEmpty() && PLC_driver.onceReadRun < PLC_LONGEST_RUN)
         TakeOnceReadTurn();
     else
         TakeCyclicReadTurn();

@@ -13,8 +13,8 @@ enum FunctionCode {
     FC_WRITE_MULTIPLE_REGISTERS = 16
 };
 
-/// Area codes that the code names; the others only ever appear as rows. AREA_COUNT is their number.
-enum { AREA_BIT_OF_WORD = 8, AREA_WORD = 9, AREA_DWORD = 14, AREA_COUNT = 15 };
+/// Area codes that the code names; the others only ever appear as rows.
+enum { AREA_BIT_OF_WORD = 8, AREA_WORD = 9, AREA_DWORD = 14 };
 
 /// One row of the table: everything that distinguishes one area code from another on the line, in address
 /// texts and in the image. What concerns only the grouping of cyclic reads stands in varlist/read_list.cpp.
@@ -23,14 +23,13 @@ struct Area {
     /// Every switch over it names all kinds (-Wswitch-enum); its `default` only says that there is no other.
     enum Kind { Bit, BitOfWord, Word, DoubleWord };
 
-    unsigned short base;    ///< Modbus address of element 0
-    Kind kind;              ///< decides scaling, blocks, and the element view of the image
-    int buffer;             ///< index among the image's buffers of its kind
-    int textBase;           ///< number base of the address text
-    int textOrigin;         ///< what the text of element 0 says; a smaller text is refused (0: no check)
-    FunctionCode read;      ///< FC_NONE: a read request is dropped
-    FunctionCode writeOne;  ///< FC_NONE: never written
-    FunctionCode writeMany; ///< FC_NONE: only ever one element a frame
+    unsigned short base; ///< Modbus address of element 0
+    Kind kind;           ///< decides scaling, blocks, and the element view of the image
+    int buffer;          ///< index among the image's buffers of its kind
+    int textBase;        ///< number base of the address text
+    int textOrigin;      ///< what the text of element 0 says; a smaller text is refused (0: no check)
+    FunctionCode read;   ///< FC_NONE: a read request is dropped
+    bool written;        ///< false: a write is refused or dropped
 };
 
 /// \return the row of an area code, null outside 0..14. Any thread.

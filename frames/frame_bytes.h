@@ -6,8 +6,9 @@
 #ifndef FRAMES_FRAME_BYTES_H
 #define FRAMES_FRAME_BYTES_H
 
-#include "driver/plcdriver.h"
 #include "frames/address_map.h"
+
+#include <QByteArray>
 
 enum {
     MBAP_LENGTH_OFFSET = 4,  ///< the header's length field
@@ -51,22 +52,5 @@ void PadTo(QByteArray& bytes, int size);
 /// A frame as far as its Modbus address: transaction and protocol number 0, the length field, the low byte of
 /// \a station, function code and address. The \a bytesAfterAddress that follow are there and 0.
 QByteArray BeginFrame(int station, FunctionCode function, int modbusAddress, int bytesAfterAddress);
-
-/// What the reply to a frame looks like, in bytes.
-struct ReplyShape {
-    int length;     ///< the whole reply; 0: none is awaited
-    int dataOffset; ///< first data byte
-    int dataLength; ///< data bytes
-};
-
-/// \return \a shape, or all zeros for station 0: a Modbus broadcast is never answered
-ReplyShape UnlessBroadcast(int station, ReplyShape shape);
-
-/// Appends a frame for \a request to protocolList.
-/// \return the frame's own copy of the request
-RW_VAR& QueueFrame(const RW_VAR& request, QByteArray frame, ReplyShape reply);
-
-/// Tells reply handling how many replies make up the request just queued.
-void ExpectFrames(int frames);
 
 #endif

@@ -1,6 +1,7 @@
 #include "frames/read_request.h"
 
 #include "frames/frame_bytes.h"
+#include "frames/frame_queue.h"
 
 #include <utility>
 

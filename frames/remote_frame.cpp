@@ -2,6 +2,7 @@
 
 #include "driver/modbus_rtu_master.h"
 #include "frames/frame_bytes.h"
+#include "frames/frame_queue.h"
 #include "image/image_write.h"
 
 #include <algorithm>

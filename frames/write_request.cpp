@@ -3,6 +3,7 @@
 #include "driver/host_interface.h"
 #include "driver/modbus_rtu_master.h"
 #include "frames/frame_bytes.h"
+#include "frames/frame_queue.h"
 #include "image/image_write.h"
 
 #include <utility>
@@ -81,7 +82,7 @@ QByteArray WriteFrame(const Area& area, RW_VAR& request)
 void WriteRegister(RW_VAR* request)
 {
     const Area* area = FindArea(request->area);
-    if (!area || area->writeOne == FC_NONE)
+    if (!area || !area->written)
         return;
     if (area->kind == Area::BitOfWord)
         WriteBool_WordOfBit(request);
@@ -96,7 +97,7 @@ void WriteRegister(RW_VAR* request)
 void WriteAnalog(RW_VAR* request)
 {
     const Area* area = FindArea(request->area);
-    if (!area || area->writeOne == FC_NONE)
+    if (!area || !area->written)
         return;
     QByteArray frame = WriteFrame(*area, *request);
     if (frame.isEmpty())

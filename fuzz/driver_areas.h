@@ -13,6 +13,7 @@ constexpr int bitOfWordArea = 8; ///< the areas below hold bits
 constexpr int wordArea = 9;      ///< whose words hold the bits of area 8; the areas up to 13 hold words
 constexpr int doubleWordArea = 14;
 
+// A second opinion: not those of driver/plcdriver.h, so that a wrong limit there shows.
 constexpr int elementsOfArea = 65535;
 constexpr int bitsOfWord = 16;
 constexpr int bitsOfWords = bitsOfWord * elementsOfArea; ///< elements of area 8

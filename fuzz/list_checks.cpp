@@ -14,6 +14,7 @@ namespace fuzz
 namespace
 {
 
+// The checks have limits of their own, so that a wrong one of the driver shows.
 const int listLimit = 1024;
 const int longestRun = 5;
 

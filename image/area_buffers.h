@@ -8,16 +8,13 @@
 #ifndef IMAGE_AREA_BUFFERS_H
 #define IMAGE_AREA_BUFFERS_H
 
-#include <QByteArray>
-
-/// Elements of every area: 0..65534. Element 65535 does not exist.
-const int AREA_ELEMENTS = 65535;
+#include "driver/plcdriver.h"
 
 /// The areas, back to back, about 1.4 MB: never build one on a stack.
 struct Image {
-    bool bitArea[8][AREA_ELEMENTS];            ///< one byte per bit, 0 or 1
-    unsigned short wordArea[5][AREA_ELEMENTS]; ///< native order
-    unsigned int dwordArea[AREA_ELEMENTS];     ///< native order
+    bool bitArea[8][PLC_AREA_ELEMENTS];            ///< one byte per bit, 0 or 1
+    unsigned short wordArea[5][PLC_AREA_ELEMENTS]; ///< native order
+    unsigned int dwordArea[PLC_AREA_ELEMENTS];     ///< native order
 };
 
 /// \name Image to bytes

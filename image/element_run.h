@@ -3,14 +3,6 @@
 #ifndef IMAGE_ELEMENT_RUN_H
 #define IMAGE_ELEMENT_RUN_H
 
-#include "image/area_buffers.h"
-
-/// Bits of a word.
-const int WORD_BITS = 16;
-
-/// All the bits that area 8 reaches in the words.
-const int AREA_BITS_OF_WORDS = WORD_BITS * AREA_ELEMENTS;
-
 /// The part of a run that lies inside its area.
 struct ElementRun {
     int skipped; ///< elements before it that do not exist

@@ -4,6 +4,7 @@
 #include "frames/address_map.h"
 #include "frames/frame_bytes.h"
 #include "image/element_run.h"
+#include "image/extended_variables.h"
 
 #include <algorithm>
 
@@ -28,7 +29,7 @@ QByteArray* BytesOf(RW_VAR& var, const ElementRun& run, int bytesPerElement, QBy
 void MirrorBits(RW_VAR& var, bool* area)
 {
     QByteArray rest;
-    const ElementRun run = ExistingElements(var.address, ElementsInReach(var, 1), AREA_ELEMENTS);
+    const ElementRun run = ExistingElements(var.address, ElementsInReach(var, 1), PLC_AREA_ELEMENTS);
     SetBitToUC(run.start, area, BytesOf(var, run, 1, rest), run.count);
 }
 
@@ -36,21 +37,21 @@ void MirrorBitsOfWords(RW_VAR& var, unsigned short* area)
 {
     QByteArray rest;
     const int reach = std::min(var.count, var.data.size());
-    const ElementRun run = ExistingElements(var.address, reach, AREA_BITS_OF_WORDS);
+    const ElementRun run = ExistingElements(var.address, reach, PLC_AREA8_BITS);
     SetBitToUS(run.start, area, BytesOf(var, run, 1, rest), run.count);
 }
 
 void MirrorWords(RW_VAR& var, unsigned short* area)
 {
     QByteArray rest;
-    const ElementRun run = ExistingElements(var.address, ElementsInReach(var, 2), AREA_ELEMENTS);
+    const ElementRun run = ExistingElements(var.address, ElementsInReach(var, 2), PLC_AREA_ELEMENTS);
     SetWordToUS(run.start, area, BytesOf(var, run, 2, rest), run.count);
 }
 
 void MirrorDoubleWords(RW_VAR& var, unsigned int* area)
 {
     QByteArray rest;
-    const ElementRun run = ExistingElements(var.address, ElementsInReach(var, 4), AREA_ELEMENTS);
+    const ElementRun run = ExistingElements(var.address, ElementsInReach(var, 4), PLC_AREA_ELEMENTS);
     SetDWordToUS(run.start, area, BytesOf(var, run, 4, rest), run.count);
 }
 
@@ -74,7 +75,7 @@ void MirrorIntoImage(RW_VAR& var, const Area& area)
 void MirrorElementsOfStation(const RW_VAR& var, int bytesPerElement)
 {
     const ElementRun run =
-        ExistingElements(var.address, ElementsInReach(var, bytesPerElement), AREA_ELEMENTS);
+        ExistingElements(var.address, ElementsInReach(var, bytesPerElement), PLC_AREA_ELEMENTS);
     for (int i = 0; i < run.count; ++i) {
         const int at = (run.skipped + i) * bytesPerElement;
         QByteArray value(bytesPerElement, '\0');
@@ -101,12 +102,12 @@ void MirrorBitsOfWordsOfStation(const RW_VAR& var)
 {
     const int byte = (var.address & 15) / 8;
     const int mask = 1 << (var.address & 7);
-    const ElementRun run = ExistingElements(var.address, var.count, AREA_BITS_OF_WORDS);
+    const ElementRun run = ExistingElements(var.address, var.count, PLC_AREA8_BITS);
     int word = -1;
     int entry = -1;
     for (int i = 0; i < run.count; ++i) {
-        if ((run.start + i) / WORD_BITS != word) {
-            word = (run.start + i) / WORD_BITS;
+        if ((run.start + i) / PLC_WORD_BITS != word) {
+            word = (run.start + i) / PLC_WORD_BITS;
             entry = ExtendFindSameVar(var.station, AREA_WORD, word);
         }
         const int at = run.skipped + i;
@@ -136,7 +137,7 @@ void WriteDataToLocal(RW_VAR* var)
 {
     QMutexLocker lock(&PLC_driver.imageMutex);
     const Area* area = FindArea(var->area);
-    if (!area || area->writeOne == FC_NONE) // area 0 keeps its cells until the next read, on purpose
+    if (!area || !area->written) // area 0 keeps its cells until the next read, on purpose
         return;
     if (PLC_driver.comInfo->multiStation == 0)
         MirrorIntoImage(*var, *area);

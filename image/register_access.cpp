@@ -3,10 +3,11 @@
 #include "frames/address_map.h"
 #include "frames/frame_bytes.h"
 #include "image/element_run.h"
+#include "image/extended_variables.h"
 #include "image/image_write.h"
 #include "varlist/add_variables.h"
 #include "varlist/address_text.h"
-#include "varlist/block_limit.h"
+#include "varlist/pieces.h"
 
 #include <algorithm>
 
@@ -96,12 +97,12 @@ void ReadDoubleWords(QByteArray& out, int address, int count)
 {
     unsigned int* area = PLC_driver.image.dwordArea;
     if (count == 1) {
-        if (ElementExists(address, 1, AREA_ELEMENTS))
+        if (ElementExists(address, 1, PLC_AREA_ELEMENTS))
             GetDWordFromUS(out, area, address, 1);
         return PadTo(out, 2);
     }
     const int elements = count < 2 ? 1 : count - 1;
-    const ElementRun run = ExistingElements(address, elements, AREA_ELEMENTS);
+    const ElementRun run = ExistingElements(address, elements, PLC_AREA_ELEMENTS);
     if (run.count > 0)
         GetDWordFromUS(out, area, run.start, run.count + 1);
     PadTo(out, 4 * elements);
@@ -111,7 +112,7 @@ void ReadImage(QByteArray& out, const Area& area, int address, int count)
 {
     Image& image = PLC_driver.image;
     const bool bitsOfWords = area.kind == Area::BitOfWord;
-    const ElementRun run = ExistingElements(address, count, bitsOfWords ? AREA_BITS_OF_WORDS : AREA_ELEMENTS);
+    const ElementRun run = ExistingElements(address, count, bitsOfWords ? PLC_AREA8_BITS : PLC_AREA_ELEMENTS);
     switch (area.kind) {
     case Area::Bit:
         GetBitFromUC(out, image.bitArea[area.buffer], run.start, run.count);
@@ -131,7 +132,7 @@ void ReadImage(QByteArray& out, const Area& area, int address, int count)
 // The value of a station's element, made when it is new; an empty one where the element does not exist.
 QByteArray StationValue(int station, int area, int address, int offset)
 {
-    if (!ElementExists(address, offset, AREA_ELEMENTS))
+    if (!ElementExists(address, offset, PLC_AREA_ELEMENTS))
         return QByteArray();
     return PLC_driver.extendList.at(ExtendFindSameVar(station, area, address + offset)).value;
 }
@@ -151,16 +152,16 @@ void ReadStationBits(QByteArray& out, int station, int area, int address, int co
 // One walk of the store for the bits inside one word. No address text names a bit before the first.
 void ReadStationBitsOfWords(QByteArray& out, int station, int address, int count)
 {
-    const ElementRun run = ExistingElements(address, count, AREA_BITS_OF_WORDS);
+    const ElementRun run = ExistingElements(address, count, PLC_AREA8_BITS);
     QByteArray value;
     int word = -1;
     for (int i = 0; i < run.count; ++i) {
         const int bit = run.start + i;
-        if (bit / WORD_BITS != word) {
-            word = bit / WORD_BITS;
+        if (bit / PLC_WORD_BITS != word) {
+            word = bit / PLC_WORD_BITS;
             value = StationValue(station, AREA_WORD, word, 0);
         }
-        const int byte = (bit % WORD_BITS) / 8;
+        const int byte = (bit % PLC_WORD_BITS) / 8;
         out.append(static_cast<char>((ByteAt(value, byte) >> (bit % 8)) & 1));
     }
     PadTo(out, count);
@@ -207,7 +208,7 @@ try {
         return 1;
     }
     const Area* row = FindArea(area);
-    if (!row || row->writeOne == FC_NONE) // area 0 is refused here, although it can be read
+    if (!row || !row->written) // area 0 is refused here, although it can be read
         return 0;
     return QueueWrite(var, *row, start, *data, count);
 } catch (...) {

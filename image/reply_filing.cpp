@@ -4,6 +4,7 @@
 #include "frames/address_map.h"
 #include "frames/frame_bytes.h"
 #include "image/element_run.h"
+#include "image/extended_variables.h"
 
 #include <algorithm>
 #include <cstring>
@@ -118,7 +119,7 @@ void SaveStationBits(const DataBytes& data, const Protocol& request)
     const int bits = 8 * data.size;
     for (int n = 0; n < bits; ++n) {
         const bool past = n > request.var.count;
-        if (ElementExists(request.var.address, n, AREA_ELEMENTS)) {
+        if (ElementExists(request.var.address, n, PLC_AREA_ELEMENTS)) {
             char* value = StationValue(request, request.var.address + n, past ? 0 : 1);
             if (!past)
                 *value = static_cast<char>(data.bit(n));
@@ -130,14 +131,14 @@ void SaveStationBits(const DataBytes& data, const Protocol& request)
 
 void SaveStationWords(const DataBytes& data, const Protocol& request)
 {
-    const ElementRun run = ExistingElements(request.var.address, data.size / 2, AREA_ELEMENTS);
+    const ElementRun run = ExistingElements(request.var.address, data.size / 2, PLC_AREA_ELEMENTS);
     for (int i = 0; i < run.count; ++i)
         PutLittleEndian(StationValue(request, run.start + i, 2), data.word(run.skipped + i), 2);
 }
 
 void SaveStationDoubleWords(const DataBytes& data, const Protocol& request)
 {
-    const ElementRun run = ExistingElements(request.var.address, data.size / 4, AREA_ELEMENTS);
+    const ElementRun run = ExistingElements(request.var.address, data.size / 4, PLC_AREA_ELEMENTS);
     for (int k = 0; k < run.count; ++k)
         PutLittleEndian(StationValue(request, run.start + k, 4), data.doubleWord(run.skipped + k), 4);
 }
@@ -150,7 +151,7 @@ void SaveStationRegister(const DataBytes& data, const Protocol& request)
     unsigned int value = data.word(0);
     if (request.var.storeSelector == -1 && PLC_driver.pendingBit.queued)
         value = MergePendingBit(value);
-    if (ElementExists(request.var.address, 0, AREA_ELEMENTS))
+    if (ElementExists(request.var.address, 0, PLC_AREA_ELEMENTS))
         PutLittleEndian(StationValue(request, request.var.address, 2), value, 2);
 }
 
@@ -195,7 +196,7 @@ void SaveBitToUC(QByteArray* reply, bool* area)
     const Protocol& request = Request();
     const DataBytes data = DataOf(reply, request);
     const int bits = BitsToFile(data, request.var.count);
-    const ElementRun run = ExistingElements(request.var.address, bits, AREA_ELEMENTS);
+    const ElementRun run = ExistingElements(request.var.address, bits, PLC_AREA_ELEMENTS);
     bool* const cells = area + run.start;
     const int wholeBytes = run.skipped == 0 ? run.count / 8 : 0;
     for (int byte = 0; byte < wholeBytes; ++byte)
@@ -208,7 +209,7 @@ void SaveWordToUS(QByteArray* reply, unsigned short* area)
 {
     const Protocol& request = Request();
     const DataBytes data = DataOf(reply, request);
-    const ElementRun run = ExistingElements(request.var.address, data.size / 2, AREA_ELEMENTS);
+    const ElementRun run = ExistingElements(request.var.address, data.size / 2, PLC_AREA_ELEMENTS);
     for (int i = 0; i < run.count; ++i)
         area[run.start + i] = static_cast<unsigned short>(data.word(run.skipped + i));
 }
@@ -217,7 +218,7 @@ void SaveDWordToUS(QByteArray* reply, unsigned int* area)
 {
     const Protocol& request = Request();
     const DataBytes data = DataOf(reply, request);
-    const ElementRun run = ExistingElements(request.var.address, data.size / 4, AREA_ELEMENTS);
+    const ElementRun run = ExistingElements(request.var.address, data.size / 4, PLC_AREA_ELEMENTS);
     for (int k = 0; k < run.count; ++k)
         area[run.start + k] = data.doubleWord(run.skipped + k);
 }
@@ -231,6 +232,6 @@ void SpecialRegisterSave(QByteArray* reply, unsigned short* area)
     unsigned int value = data.word(0);
     if (request.var.storeSelector == -1)
         value = MergePendingBit(value);
-    if (ElementExists(request.var.address, 0, AREA_ELEMENTS))
+    if (ElementExists(request.var.address, 0, PLC_AREA_ELEMENTS))
         area[request.var.address] = static_cast<unsigned short>(value);
 }

@@ -4,12 +4,10 @@
 #include "frames/address_map.h"
 #include "varlist/address_text.h"
 #include "varlist/block_limit.h"
+#include "varlist/pieces.h"
 
 namespace
 {
-
-// Entries of writeList and onceReadList beyond which new ones are dropped.
-const int LIST_LIMIT = 1024;
 
 bool SamePlace(const RW_VAR& a, const RW_VAR& b)
 {
@@ -37,7 +35,7 @@ void PutWrite(const RW_VAR& var, int replaceable)
     QList<RW_VAR>& list = PLC_driver.writeList;
     if (replaceable >= 0)
         list[replaceable] = var;
-    else if (list.size() < LIST_LIMIT)
+    else if (list.size() < PLC_LIST_LIMIT)
         list.append(var);
 }
 
@@ -52,7 +50,7 @@ bool IsQueued(const RW_VAR& var)
 
 void QueueUnlessKnown(const RW_VAR& var)
 {
-    if (!IsQueued(var) && PLC_driver.onceReadList.size() < LIST_LIMIT)
+    if (!IsQueued(var) && PLC_driver.onceReadList.size() < PLC_LIST_LIMIT)
         PLC_driver.onceReadList.append(var);
 }
 

@@ -5,6 +5,7 @@
 #include "image/element_run.h"
 #include "varlist/address_text.h"
 #include "varlist/block_limit.h"
+#include "varlist/pieces.h"
 
 #include <QMap>
 
@@ -23,7 +24,7 @@ struct Gathering {
     bool splitByBits;
 };
 
-const Gathering gatherings[AREA_COUNT] = {
+const Gathering gatherings[PLC_AREA_COUNT] = {
     {0, true},   // 0
     {1, true},   // 1
     {2, true},   // 2
@@ -70,7 +71,7 @@ bool Describe(const QList<HOST_VAR>& variables, int i, RW_VAR& var)
     var.count = ServableCount(variable.area, variable.count, COUNT_OF_READ);
     if (var.area == AREA_BIT_OF_WORD) {
         var.area = AREA_WORD;
-        var.address = element / WORD_BITS;
+        var.address = element / PLC_WORD_BITS;
         var.count = WordsOfBits(element, var.count);
     }
     return true;

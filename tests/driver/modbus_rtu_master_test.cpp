@@ -10,10 +10,11 @@ namespace
 {
 
 template <typename Element, size_t areas>
-bool AllZero(const Element (&buffers)[areas][AREA_ELEMENTS])
+bool AllZero(const Element (&buffers)[areas][PLC_AREA_ELEMENTS])
 {
     const Element* first = &buffers[0][0];
-    return std::all_of(first, first + areas * AREA_ELEMENTS, [](Element element) { return element == 0; });
+    return std::all_of(first, first + areas * PLC_AREA_ELEMENTS,
+                       [](Element element) { return element == 0; });
 }
 
 class DriverObject : public ::testing::Test
@@ -71,7 +72,7 @@ TEST_F(DriverObject, StartsWithEveryImageCell0)
 {
     EXPECT_TRUE(AllZero(driver->image.bitArea));
     EXPECT_TRUE(AllZero(driver->image.wordArea));
-    EXPECT_TRUE(std::all_of(driver->image.dwordArea, driver->image.dwordArea + AREA_ELEMENTS,
+    EXPECT_TRUE(std::all_of(driver->image.dwordArea, driver->image.dwordArea + PLC_AREA_ELEMENTS,
                             [](unsigned int element) { return element == 0; }));
 }
 
@@ -84,6 +85,26 @@ TEST_F(DriverObject, ImageAreasLieBackToBack)
     EXPECT_EQ(image + 7 * 65535, at(driver->image.bitArea[7]));
     EXPECT_EQ(at(driver->image.wordArea[0]) + 4 * 2 * 65535, at(driver->image.wordArea[4]));
     EXPECT_LT(at(driver->image.wordArea[4]), at(driver->image.dwordArea));
+}
+
+TEST_F(DriverObject, HasItsMembersInTheirOrderAndTheImageBeforeWhatItNeedsBesides)
+{
+    const Modbus_RTU_Master& d = *driver;
+    const std::vector<const void*> members = {
+        &d.comInfo,          &d.readList,         &d.writeList,
+        &d.onceReadList,     &d.spareList,        &d.protocolList,
+        &d.extendList,       &d.stationMap,       &d.onceReadDoneCallback,
+        &d.listDoneCallback, &d.listMutex,        &d.imageMutex,
+        &d.stationMutex,     &d.retVar,           &d.requestKind,
+        &d.writeRun,         &d.onceReadRun,      &d.readReplyCount,
+        &d.lastFailed,       &d.spareFlag,        &d.image,
+        &d.pendingBit,       &d.communicationTurn};
+
+    EXPECT_EQ(static_cast<const void*>(driver.get()), members.front());
+    for (std::size_t i = 1; i < members.size(); ++i)
+        EXPECT_LT(members[i - 1], members[i]) << "member " << i;
+    EXPECT_EQ(1u, sizeof d.lastFailed);
+    EXPECT_EQ(static_cast<const unsigned char*>(static_cast<const void*>(&d.lastFailed)) + 1, &d.spareFlag);
 }
 
 TEST_F(DriverObject, HasThreeNonRecursiveMutexes)

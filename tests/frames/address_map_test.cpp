@@ -30,19 +30,20 @@ TEST(FindArea, IsNullForCodesThatAreNoArea)
     }
 }
 
-TEST(FindArea, RowsSayKindAndFunctionCodes)
+TEST(FindArea, RowsSayKindAndHowTheyAreReadAndWritten)
 {
     struct Row {
         int area;
         Area::Kind kind;
-        int read, writeOne, writeMany;
+        int read;
+        bool written;
     };
     const Row rows[] = {
-        {0, Area::Bit, 1, 0, 0},    {1, Area::Bit, 1, 5, 0},    {2, Area::Bit, 1, 5, 0},
-        {3, Area::Bit, 1, 5, 0},    {4, Area::Bit, 1, 5, 0},    {5, Area::Bit, 1, 5, 0},
-        {6, Area::Bit, 1, 5, 0},    {7, Area::Bit, 1, 5, 0},    {9, Area::Word, 3, 6, 16},
-        {10, Area::Word, 3, 6, 16}, {11, Area::Word, 3, 6, 16}, {12, Area::Word, 3, 6, 16},
-        {13, Area::Word, 3, 6, 16},
+        {0, Area::Bit, 1, false},  {1, Area::Bit, 1, true},   {2, Area::Bit, 1, true},
+        {3, Area::Bit, 1, true},   {4, Area::Bit, 1, true},   {5, Area::Bit, 1, true},
+        {6, Area::Bit, 1, true},   {7, Area::Bit, 1, true},   {8, Area::BitOfWord, 0, true},
+        {9, Area::Word, 3, true},  {10, Area::Word, 3, true}, {11, Area::Word, 3, true},
+        {12, Area::Word, 3, true}, {13, Area::Word, 3, true}, {14, Area::DoubleWord, 3, true},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.area);
@@ -50,24 +51,8 @@ TEST(FindArea, RowsSayKindAndFunctionCodes)
         ASSERT_NE(nullptr, area);
         EXPECT_EQ(row.kind, area->kind);
         EXPECT_EQ(row.read, area->read);
-        EXPECT_EQ(row.writeOne, area->writeOne);
-        EXPECT_EQ(row.writeMany, area->writeMany);
+        EXPECT_EQ(row.written, area->written);
     }
-}
-
-TEST(FindArea, BitInsideAWordIsNeverRead)
-{
-    ASSERT_NE(nullptr, FindArea(8));
-    EXPECT_EQ(Area::BitOfWord, FindArea(8)->kind);
-    EXPECT_EQ(FC_NONE, FindArea(8)->read);
-}
-
-TEST(FindArea, DoubleWordsAreOnlyEverWrittenAsSeveralRegisters)
-{
-    ASSERT_NE(nullptr, FindArea(14));
-    EXPECT_EQ(Area::DoubleWord, FindArea(14)->kind);
-    EXPECT_EQ(FC_READ_HOLDING_REGISTERS, FindArea(14)->read);
-    EXPECT_EQ(FC_WRITE_MULTIPLE_REGISTERS, FindArea(14)->writeMany);
 }
 
 TEST(FindArea, BothWordViewsOfTheFirstRegistersShareOneBuffer)

@@ -1,0 +1,25 @@
+/// \file
+/// \brief Puts finished frames into protocolList. Communication thread.
+#ifndef FRAMES_FRAME_QUEUE_H
+#define FRAMES_FRAME_QUEUE_H
+
+#include "driver/plcdriver.h"
+
+/// What the reply to a frame looks like, in bytes.
+struct ReplyShape {
+    int length;     ///< the whole reply; 0: none is awaited
+    int dataOffset; ///< first data byte
+    int dataLength; ///< data bytes
+};
+
+/// \return \a shape, or all zeros for station 0: a Modbus broadcast is never answered
+ReplyShape UnlessBroadcast(int station, ReplyShape shape);
+
+/// Appends a frame for \a request to protocolList.
+/// \return the frame's own copy of the request
+RW_VAR& QueueFrame(const RW_VAR& request, QByteArray frame, ReplyShape reply);
+
+/// Tells reply handling how many replies make up the request just queued.
+void ExpectFrames(int frames);
+
+#endif
