@@ -1,4 +1,5 @@
-# What `cmake --install` puts where. Three components, one for each package: library, development, tools.
+# What `cmake --install` puts where. One component for each package: library and development of the driver, runtime and
+# runtime_development of libplcruntime, tools.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -40,6 +41,30 @@ install(FILES examples/minimal_runtime/main.cpp examples/minimal_runtime/CMakeLi
   DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/libplcdriver-dev/examples/minimal_runtime" COMPONENT development)
 
 if(PLC_BUILD_TOOLS)
+  # libplcruntime: what it was built from says "runtime/..." and "driver/plcdriver.h", and so may its users.
+  target_include_directories(plcruntime INTERFACE
+    "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>" "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/plcdriver>")
+  install(TARGETS plcruntime EXPORT plcruntimeTargets
+    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" PERMISSIONS ${PLC_DATA_PERMISSIONS}
+      COMPONENT runtime NAMELINK_COMPONENT runtime_development)
+  foreach(header IN LISTS PLC_RUNTIME_HEADERS)
+    cmake_path(GET header PARENT_PATH folder)
+    install(FILES ${header} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/plcdriver/${folder}"
+      COMPONENT runtime_development)
+  endforeach()
+  file(CONFIGURE OUTPUT "${PLC_GENERATED_DIR}/driver/plcdriver.h" CONTENT "#include \"../plcdriver.h\"\n")
+  install(FILES "${PLC_GENERATED_DIR}/driver/plcdriver.h" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/plcdriver/driver"
+    COMPONENT runtime_development)
+  install(EXPORT plcruntimeTargets NAMESPACE plcdriver:: DESTINATION "${PLC_CONFIG_DIR}"
+    COMPONENT runtime_development)
+  configure_file(cmake/plcruntime.pc.in "${PLC_GENERATED_DIR}/plcruntime.pc" @ONLY)
+  install(FILES "${PLC_GENERATED_DIR}/plcruntime.pc"
+    DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT runtime_development)
+  install(FILES examples/runtime_library/main.cpp examples/runtime_library/CMakeLists.txt
+    examples/runtime_library/README.md
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/libplcruntime-dev/examples/runtime_library"
+    COMPONENT runtime_development)
+
   install(TARGETS plcpanel plcsim RUNTIME COMPONENT tools)
   # How the installed panel gets to the installed driver, wherever both are moved.
   file(RELATIVE_PATH libraries_from_programs "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")

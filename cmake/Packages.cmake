@@ -1,4 +1,5 @@
-# What `cpack` makes: Debian packages of the library, of what developing with it takes, and of the tools.
+# What `cpack` makes: Debian packages of the driver and of libplcruntime, of what developing with each takes, and of the
+# tools.
 # scripts/package builds for them; they belong to the 32-bit build, and to one configured for /usr.
 include(GNUInstallDirs)
 
@@ -11,7 +12,7 @@ set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_ALL library development)
 if(PLC_BUILD_TOOLS)
-  list(APPEND CPACK_COMPONENTS_ALL tools)
+  list(APPEND CPACK_COMPONENTS_ALL runtime runtime_development tools)
 endif()
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -46,6 +47,25 @@ set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "controller communication driver for
 The header, the CMake and pkg-config files, and the smallest runtime as an
 example: for writing an HMI runtime that loads the driver.")
 
+set(runtime_package libplcruntime${PROJECT_VERSION_MAJOR})
+
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${runtime_package})
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "${library_package} (= ${PROJECT_VERSION})") # loaded, so not found by itself
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "runtime around the plcdriver library
+Link, communication thread and accounts: a program that has no link layer of
+its own uses this library to read, write and watch the memory of a controller
+through the driver.")
+
+set(CPACK_DEBIAN_RUNTIME_DEVELOPMENT_PACKAGE_NAME libplcruntime-dev)
+set(CPACK_DEBIAN_RUNTIME_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_RUNTIME_DEVELOPMENT_PACKAGE_DEPENDS
+  "${runtime_package} (= ${PROJECT_VERSION}), libplcdriver-dev (= ${PROJECT_VERSION}), qtbase5-dev")
+set(CPACK_COMPONENT_RUNTIME_DEVELOPMENT_DESCRIPTION "runtime around the plcdriver library - development
+The headers, the CMake target plcdriver::runtime, the pkg-config file and an
+example: for writing a program that reads, writes and watches a controller.")
+
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME plcdriver-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
@@ -58,9 +78,14 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON) # so that packages of runtimes find
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 # cpack refreshes the linker's cache in scripts of its own as well, which cannot be switched off.
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/cmake/debian/triggers")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/cmake/debian/triggers")
 
 configure_file(cmake/debian/changelog.in "${CMAKE_BINARY_DIR}/install/changelog" @ONLY)
-foreach(package IN ITEMS "library:${library_package}" development:libplcdriver-dev tools:plcdriver-tools)
+set(packages "library:${library_package}" development:libplcdriver-dev)
+if(PLC_BUILD_TOOLS)
+  list(APPEND packages "runtime:${runtime_package}" runtime_development:libplcruntime-dev tools:plcdriver-tools)
+endif()
+foreach(package IN LISTS packages)
   string(REGEX MATCH "^([^:]+):(.+)$" matched "${package}")
   install(FILES cmake/debian/copyright "${CMAKE_BINARY_DIR}/install/changelog"
     DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/${CMAKE_MATCH_2}" COMPONENT ${CMAKE_MATCH_1})

@@ -13,17 +13,27 @@
 
 #include <QCoreApplication>
 
-#include <exception>
+#include <stdexcept>
+#include <string>
 
 namespace
 {
 
 using namespace plc;
 
+QString driverOfThisProgram()
+{
+    try {
+        return findDriver(QCoreApplication::applicationDirPath());
+    } catch (const std::runtime_error& error) {
+        throw std::runtime_error(std::string(error.what()) + " with --driver PATH");
+    }
+}
+
 ExitStatus run(Options options)
 {
     if (options.settings.driverPath.isEmpty())
-        options.settings.driverPath = findDriver(QCoreApplication::applicationDirPath());
+        options.settings.driverPath = driverOfThisProgram();
     switch (options.command) {
     case Command::Read:
         return runRead(options);

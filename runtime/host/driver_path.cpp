@@ -3,11 +3,11 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QStringList>
 
 #include <dlfcn.h>
 #include <link.h>
 
-#include <initializer_list>
 #include <stdexcept>
 
 namespace plc
@@ -34,28 +34,55 @@ QString systemPath(const QString& name)
     return path;
 }
 
+/// \return the path of the library that this code was loaded from; empty when it is part of the program
+QString ownLibrary()
+{
+    Dl_info info;
+    void* map = nullptr;
+    if (dladdr1(&fileName, &info, &map, RTLD_DL_LINKMAP) == 0 || map == nullptr)
+        return QString();
+    return QFile::decodeName(static_cast<const link_map*>(map)->l_name); // a program's is empty
+}
+
+/// \return the files that may be the driver, the likeliest first
+QStringList candidates(const QString& programDirectory)
+{
+    const QString name = QLatin1String(fileName);
+    const QString installed = QLatin1String(installedDriver);
+    QStringList paths;
+    if (!programDirectory.isEmpty()) {
+        const QDir directory(programDirectory);
+        for (const QString& place : {name, QLatin1String("../") + name, installed})
+            paths << QDir::cleanPath(directory.absoluteFilePath(place));
+    }
+    const QString library = ownLibrary();
+    if (!library.isEmpty()) {
+        const QDir directory = QFileInfo(library).absoluteDir();
+        paths << directory.absoluteFilePath(QFileInfo(installed).fileName())
+              << directory.absoluteFilePath(name);
+    }
+    return paths;
+}
+
 } // namespace
 
 QString findDriver(const QString& programDirectory)
 {
-    const QString name = QLatin1String(fileName);
-    const QString installed = QLatin1String(installedDriver);
-    const QDir directory(programDirectory);
-    for (const QString& place : {name, QLatin1String("../") + name, installed}) {
-        const QString path = directory.absoluteFilePath(place);
+    for (const QString& path : candidates(programDirectory)) {
         if (QFileInfo(path).isFile())
-            return QDir::cleanPath(path);
+            return path;
     }
-    for (const QString& bareName : {name, QFileInfo(installed).fileName()}) {
+    for (const QString& bareName :
+         {QString(QLatin1String(fileName)), QFileInfo(QLatin1String(installedDriver)).fileName()}) {
         const QString path = systemPath(bareName);
         if (!path.isEmpty())
             return path;
     }
     throw std::runtime_error(
-        QStringLiteral("no driver library: %1 is neither in %2 nor one directory up nor installed with this "
-                       "program nor where the system looks for libraries; build it, or give its path with "
-                       "--driver PATH")
-            .arg(name, directory.absolutePath())
+        (QStringList(QStringLiteral("no driver library: the system finds no ") + QLatin1String(fileName)) +
+         candidates(programDirectory))
+            .join(QStringLiteral(", and there is no "))
+            .append(QStringLiteral("; build it, or give its path"))
             .toStdString());
 }
 
