@@ -51,12 +51,8 @@ ExitStatus run(Options options)
     return WrongCommandLine;
 }
 
-} // namespace
-
-int main(int argc, char* argv[])
+ExitStatus obey(const CommandLine& line)
 {
-    const QCoreApplication application(argc, argv);
-    const CommandLine line = parseCommandLine(QCoreApplication::arguments());
     if (line.wish == CommandLine::ShowText) {
         print(line.text);
         return AllGood;
@@ -71,4 +67,15 @@ int main(int argc, char* argv[])
         complain(QString::fromStdString(error.what()));
         return WrongCommandLine;
     }
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    keepStandardDescriptors();
+    const QCoreApplication application(argc, argv);
+    preferUtf8();
+    const ExitStatus status = obey(parseCommandLine(QCoreApplication::arguments()));
+    return outputFailed() ? OutputFailed : status;
 }

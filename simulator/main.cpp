@@ -2,22 +2,28 @@
 
 #include "simulator/command_line.h"
 #include "simulator/memory_text.h"
+#include "simulator/output.h"
 #include "simulator/simulated_controller.h"
 
 #include <QCoreApplication>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <iostream>
-#include <sstream>
+#include <memory>
 
 namespace
 {
 
 using namespace simulator;
 
-enum ExitStatus { Done = 0, Failed = 1, WrongInput = 2 };
+enum ExitStatus { Done = 0, Failed = 1, WrongInput = 2, OutputFailed = 3 };
+
+// A file may be a device or a pipe without an end. This is two million values.
+constexpr std::size_t longestFile = 64UL * 1024 * 1024;
 
 // Blocked in every thread, since threads inherit it, so that sigwait() gets them.
 sigset_t blockEndSignals()
@@ -48,17 +54,43 @@ void printTrace(const TraceEntry& entry)
     std::fputc('\n', stderr);
 }
 
+bool refuseFile(const std::string& what)
+{
+    std::cerr << "plcsim: " << what << '\n';
+    return false;
+}
+
+std::string errorWords()
+{
+    return std::strerror(errno);
+}
+
+/// False when it cannot be read or is too long, which a message tells.
+bool readFile(const std::string& fileName, std::string& text)
+{
+    const std::string begin = "--load: cannot read '" + fileName + "': ";
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(fileName.c_str(), "re"),
+                                                               std::fclose);
+    std::vector<char> piece(1024UL * 1024);
+    while (file != nullptr && text.size() <= longestFile) {
+        const std::size_t size = std::fread(piece.data(), 1, piece.size(), file.get());
+        text.append(piece.data(), size);
+        if (size == 0 && std::ferror(file.get()) == 0)
+            return true;
+        if (size == 0)
+            break;
+    }
+    if (text.size() > longestFile)
+        return refuseFile(begin + "it is longer than 64 MiB; give a file of values");
+    return refuseFile(begin + errorWords() + "; check its name and its rights");
+}
+
 bool load(const std::string& fileName, ControllerMemory& memory)
 {
-    std::ifstream file(fileName);
-    std::ostringstream text;
-    if (file.is_open() && file.peek() != std::ifstream::traits_type::eof())
-        text << file.rdbuf();
-    if (!file.is_open() || file.bad()) {
-        std::cerr << "plcsim: --load: cannot read '" << fileName << "'; check its name and its rights\n";
+    std::string text;
+    if (!readFile(fileName, text))
         return false;
-    }
-    const MemoryText parsed = parseMemoryText(text.str(), fileName);
+    const MemoryText parsed = parseMemoryText(text, fileName);
     for (const std::string& error : parsed.errors)
         std::cerr << "plcsim: " << error << '\n';
     for (const MemoryValue& value : parsed.values)
@@ -69,24 +101,17 @@ bool load(const std::string& fileName, ControllerMemory& memory)
 // Tried before anything is served: what is wrong with the name shall not come out when the values are lost.
 bool isWritable(const std::string& fileName)
 {
-    if (std::ofstream(fileName, std::ios::app).is_open())
-        return true;
-    std::cerr << "plcsim: --dump-file: cannot write '" << fileName << "'; check its name and its rights\n";
-    return false;
+    return std::ofstream(fileName, std::ios::app).is_open() ||
+           refuseFile("--dump-file: cannot write '" + fileName + "': " + errorWords() +
+                      "; check its name and its rights");
 }
 
 bool dump(const Options& options, const ControllerMemory& memory)
 {
     const std::string text = formatMemoryText(memory.values());
-    if (options.dump)
-        std::cout << text << std::flush;
-    if (options.dumpFile.isEmpty())
-        return bool(std::cout);
-    std::ofstream file(options.dumpFile.toStdString(), std::ios::trunc);
-    file << text << std::flush;
-    if (!file)
-        std::cerr << "plcsim: --dump-file: writing '" << options.dumpFile.toStdString() << "' failed\n";
-    return file && std::cout;
+    const bool printed = !options.dump || print(text);
+    return (options.dumpFile.isEmpty() || writeFile("--dump-file", options.dumpFile.toStdString(), text)) &&
+           printed;
 }
 
 void printSummary(const SimulatedController& controller)
@@ -103,13 +128,14 @@ void printSummary(const SimulatedController& controller)
 ExitStatus serve(const Options& options, SimulatedController& controller, const sigset_t& endSignals)
 {
     controller.start();
-    std::cout << "listening on 127.0.0.1:" << controller.port() << std::endl;
+    if (!print("listening on 127.0.0.1:" + std::to_string(controller.port()) + '\n'))
+        return OutputFailed;
     int signal = 0;
     sigwait(&endSignals, &signal);
     controller.stop();
     if (!options.quiet)
         printSummary(controller);
-    return dump(options, controller.memory()) ? Done : Failed;
+    return dump(options, controller.memory()) ? Done : OutputFailed;
 }
 
 ExitStatus run(Options options, const sigset_t& endSignals)
@@ -128,13 +154,12 @@ ExitStatus run(Options options, const sigset_t& endSignals)
 
 int main(int argc, char* argv[])
 {
+    keepStandardDescriptors();
     const sigset_t endSignals = blockEndSignals();
     const QCoreApplication application(argc, argv);
     const CommandLine line = parseCommandLine(QCoreApplication::arguments());
-    if (line.wish == CommandLine::ShowText) {
-        std::cout << line.text.toStdString();
-        return Done;
-    }
+    if (line.wish == CommandLine::ShowText)
+        return print(line.text.toStdString()) ? Done : OutputFailed;
     if (line.wish == CommandLine::Refuse) {
         std::cerr << "plcsim: " << line.text.toStdString() << "\nplcsim --help explains the options.\n";
         return WrongInput;

@@ -15,6 +15,12 @@ namespace
 constexpr const char* expectedLine =
     "expected 'unit 1..255 coil 0..65535 0|1' or 'unit 1..255 register 0..65535 0..65535'";
 
+const std::string byteOrderMark = "\xEF\xBB\xBF";
+
+constexpr std::size_t mostErrors = 20;
+
+constexpr std::size_t wordsOfLine = 5;
+
 std::optional<unsigned> digitValue(char digit)
 {
     if (digit >= '0' && digit <= '9')
@@ -29,14 +35,14 @@ std::vector<std::string> wordsOf(const std::string& line)
 {
     std::istringstream stream(line.substr(0, line.find('#')));
     std::vector<std::string> words;
-    for (std::string word; stream >> word;)
+    for (std::string word; words.size() <= wordsOfLine && stream >> word;)
         words.push_back(word);
     return words;
 }
 
 std::optional<MemoryValue> parseWords(const std::vector<std::string>& words)
 {
-    if (words.size() != 5 || words[0] != "unit" || (words[2] != "coil" && words[2] != "register"))
+    if (words.size() != wordsOfLine || words[0] != "unit" || (words[2] != "coil" && words[2] != "register"))
         return std::nullopt;
     const bool isCoil = words[2] == "coil";
     const auto unit = parseNumber(words[1], lastUnit);
@@ -83,7 +89,10 @@ MemoryText parseMemoryText(const std::string& text, const std::string& fileName)
 {
     MemoryText result;
     std::istringstream stream(text);
+    if (text.compare(0, byteOrderMark.size(), byteOrderMark) == 0)
+        stream.ignore(static_cast<std::streamsize>(byteOrderMark.size()));
     int number = 0;
+    unsigned long unsaid = 0;
     for (std::string line; std::getline(stream, line);) {
         ++number;
         const auto words = wordsOf(line);
@@ -91,10 +100,14 @@ MemoryText parseMemoryText(const std::string& text, const std::string& fileName)
             continue;
         if (const auto value = parseWords(words))
             result.values.push_back(*value);
+        else if (result.errors.size() == mostErrors)
+            ++unsaid;
         else
             result.errors.push_back(fileName + ":" + std::to_string(number) + ": '" + printable(line) +
                                     "': " + expectedLine);
     }
+    if (unsaid > 0)
+        result.errors.push_back(fileName + ": and " + std::to_string(unsaid) + " more wrong lines");
     return result;
 }
 

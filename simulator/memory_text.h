@@ -8,7 +8,7 @@
 ///     unit 1 register 8192 1234    # a comment
 ///
 /// Units go from 1 to 255, addresses from 0 to 65535, a coil is 0 or 1, a register 0 to 65535. A value
-/// given twice: the last line counts.
+/// given twice: the last line counts. A byte order mark at the beginning is skipped.
 #ifndef SIMULATOR_MEMORY_TEXT_H
 #define SIMULATOR_MEMORY_TEXT_H
 
@@ -23,7 +23,9 @@ namespace simulator
 
 struct MemoryText {
     std::vector<MemoryValue> values;
-    std::vector<std::string> errors; ///< one for each wrong line: place, its text, what was expected
+    /// One for each wrong line: place, its text, what was expected. After 20 of them one that says how many
+    /// more there are.
+    std::vector<std::string> errors;
 };
 
 /// Reads `text`, whatever it holds. `fileName` is only for the messages.

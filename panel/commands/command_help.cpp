@@ -155,7 +155,8 @@ const CommandRow& rowOf(Command command)
     return commandRows[static_cast<int>(command)];
 }
 
-QString exitStatusText(std::optional<Command> command)
+/// \return the statuses of one command, but for those that all have
+QString ownExitStatusText(std::optional<Command> command)
 {
     const QString common =
         QStringLiteral("Exit status:\n"
@@ -163,7 +164,7 @@ QString exitStatusText(std::optional<Command> command)
                        "  1  something failed at the controller or on the link to it\n"
                        "  2  nothing was tried: the command line is wrong, or the driver cannot be loaded\n");
     if (!command)
-        return common + QStringLiteral("  3 and above are told by the help of the command that has them\n");
+        return common + QStringLiteral("  3 to 5 are told by the help of the command that has them\n");
     if (*command == Command::Replay)
         return QStringLiteral(
             "Exit status:\n"
@@ -180,6 +181,12 @@ QString exitStatusText(std::optional<Command> command)
         "  3  the controller refuses variables, or addresses between variables\n"
         "  4  the controller cannot be reached\n"
         "  5  nothing was tried: blocks would break a limit of Modbus\n");
+}
+
+QString exitStatusText(std::optional<Command> command)
+{
+    return ownExitStatusText(command) +
+           QStringLiteral("  6  what was to be printed could not be written, whatever else was done\n");
 }
 
 QString variablesText()

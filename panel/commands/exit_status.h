@@ -14,7 +14,10 @@ enum ExitStatus {
     // Of check alone, whose status 1 says that something was not answered.
     VariablesRefused = 3,     ///< the controller refuses variables, or addresses between them
     ControllerNotReached = 4, ///< it could not be reached
-    LimitBroken = 5           ///< nothing was tried: blocks would break a limit of Modbus
+    LimitBroken = 5,          ///< nothing was tried: blocks would break a limit of Modbus
+
+    // Of all commands, whatever else they came to.
+    OutputFailed = 6 ///< what was to be printed could not be written
 };
 
 } // namespace plc

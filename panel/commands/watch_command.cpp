@@ -120,7 +120,8 @@ public:
             WatchReport report = reportOf(m_options, m_session->runtime());
             report.prompt = prompt();
             m_display->show(report);
-        } while (goOn(WatchSignals::wait(m_options.intervalMs, m_keyboard.descriptor())));
+        } while (!outputFailed() && !readerIsGone() &&
+                 goOn(WatchSignals::wait(m_options.intervalMs, m_keyboard.descriptor())));
     }
 
 private:

@@ -1,6 +1,17 @@
 #include "panel/terminal/output.h"
 
-#include <cstdio>
+#include <QTextCodec>
+
+#include <atomic>
+#include <cerrno>
+#include <clocale>
+#include <cstring>
+#include <mutex>
+
+#include <fcntl.h>
+#include <langinfo.h>
+#include <poll.h>
+#include <unistd.h>
 
 namespace plc
 {
@@ -8,29 +19,88 @@ namespace plc
 namespace
 {
 
-/// In one piece, so that a screen shows no half table.
-void printTo(std::FILE* file, const QString& text)
+std::atomic<bool> failed{false};
+
+/// A descriptor that does not block may be full for a while.
+bool waitForRoom(int descriptor)
 {
-    const QByteArray bytes = text.toLocal8Bit();
-    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), file);
-    std::fflush(file);
+    pollfd entry = {descriptor, POLLOUT, 0};
+    return poll(&entry, 1, -1) >= 0 || errno == EINTR;
+}
+
+/// \return 0, or the error that ended it
+int writeAll(int descriptor, const QByteArray& bytes)
+{
+    for (int at = 0; at < bytes.size();) {
+        const auto rest = static_cast<std::size_t>(bytes.size() - at);
+        const ssize_t written = ::write(descriptor, bytes.constData() + at, rest);
+        if (written >= 0)
+            at += static_cast<int>(written);
+        else if (errno != EINTR && !(errno == EAGAIN && waitForRoom(descriptor)))
+            return errno;
+    }
+    return 0;
+}
+
+/// In one piece, so that a screen shows no half table.
+int printTo(int descriptor, const QString& text)
+{
+    static std::mutex mutexes[STDERR_FILENO + 1]; // of two texts the one that cannot be written holds up none
+    std::lock_guard<std::mutex> lock(mutexes[descriptor]);
+    return writeAll(descriptor, text.toLocal8Bit());
 }
 
 } // namespace
 
+void keepStandardDescriptors()
+{
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        const int wrongWay = descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY;
+        // Those below are there, so the lowest free number, which is taken, is this one.
+        if (fcntl(descriptor, F_GETFD) == -1 && open("/dev/null", wrongWay) != descriptor)
+            failed = true;
+    }
+}
+
+void preferUtf8()
+{
+    if (qstrcmp(nl_langinfo(CODESET), "ANSI_X3.4-1968") == 0 && setlocale(LC_CTYPE, "C.UTF-8") != nullptr)
+        QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+}
+
 void print(const QString& text)
 {
-    printTo(stdout, text);
+    static std::atomic<bool> outFailed{false};
+    if (outFailed)
+        return;
+    const int error = printTo(STDOUT_FILENO, text);
+    if (error == 0 || outFailed.exchange(true))
+        return;
+    failed = true;
+    complain(QStringLiteral("cannot write the output: %1").arg(QString::fromLocal8Bit(std::strerror(error))));
 }
 
 void printError(const QString& text)
 {
-    printTo(stderr, text);
+    const int error = printTo(STDERR_FILENO, text);
+    if (error != 0 && error != EBADF)
+        failed = true;
 }
 
 void complain(const QString& message)
 {
     printError(QStringLiteral("plcpanel: %1\n").arg(message));
+}
+
+bool outputFailed()
+{
+    return failed;
+}
+
+bool readerIsGone()
+{
+    pollfd entry = {STDOUT_FILENO, 0, 0};
+    return poll(&entry, 1, 0) == 1 && (entry.revents & POLLERR) != 0;
 }
 
 } // namespace plc

@@ -51,6 +51,17 @@ RunResult plcpanel(const QStringList& arguments)
     return endOf(&process, std::string());
 }
 
+RunResult plcpanelInShell(const char* script, const QStringList& arguments)
+{
+    needApplication();
+    QProcess process;
+    process.start(QStringLiteral("/bin/bash"),
+                  QStringList{QStringLiteral("-c"), QString::fromLatin1(script), QStringLiteral("bash"),
+                              QStringLiteral(PLCPANEL_PROGRAM)} +
+                      withDriver(arguments));
+    return endOf(&process, std::string());
+}
+
 Plcpanel::Plcpanel(const QStringList& arguments)
 {
     start(&m_process, withDriver(arguments));

@@ -22,6 +22,9 @@ struct RunResult {
 /// Runs it to its end. The driver is the one that the tests were built with, unless the arguments name one.
 RunResult plcpanel(const QStringList& arguments);
 
+/// The same from a shell. \param script runs it as "$@", e.g. "\"$@\" >/dev/full"
+RunResult plcpanelInShell(const char* script, const QStringList& arguments);
+
 /// A running one.
 class Plcpanel
 {

@@ -32,6 +32,24 @@ TEST(ParseMemoryText, SkipsCommentsAndBlankLines)
     EXPECT_THAT(text.values, ElementsAre(MemoryValue{1, MemoryValue::Coil, 1, 1}));
 }
 
+TEST(ParseMemoryText, SkipsAByteOrderMark)
+{
+    const MemoryText text = parseMemoryText("\xEF\xBB\xBFunit 1 coil 1 1\n\xEF\xBB\xBFunit 1 coil 1 1", "f");
+    EXPECT_EQ(text.values.size(), 1u);
+    EXPECT_THAT(text.errors, ElementsAre(StartsWith("f:2: '???unit 1 coil 1 1'")));
+}
+
+TEST(ParseMemoryText, TellsTwentyWrongLinesAndCountsTheOthers)
+{
+    std::string lines;
+    for (int line = 0; line < 1000; ++line)
+        lines += "nonsense\n";
+    const MemoryText text = parseMemoryText(lines, "f");
+    ASSERT_EQ(text.errors.size(), 21u);
+    EXPECT_THAT(text.errors[19], StartsWith("f:20: 'nonsense'"));
+    EXPECT_EQ(text.errors[20], "f: and 980 more wrong lines");
+}
+
 TEST(ParseMemoryText, TakesLinesOfOtherSystemsAndALastLineWithoutEnd)
 {
     const MemoryText text = parseMemoryText("unit 1 coil 1 1\r\n\tunit  2 coil 0X2 0x1", "f");

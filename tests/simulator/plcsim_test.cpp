@@ -219,6 +219,17 @@ TEST(Plcsim, ReportsEveryWrongLineOfAFile)
     EXPECT_THAT(plcsim.restOfErrors, Not(HasSubstr(file.name + ":1:")));
 }
 
+/// What a line of the shell prints.
+std::string outputOf(const std::string& line)
+{
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> shell(popen(line.c_str(), "re"), pclose);
+    std::string all;
+    char text[4096];
+    for (std::size_t size; (size = std::fread(text, 1, sizeof text, shell.get())) > 0;)
+        all.append(text, size);
+    return all;
+}
+
 TEST(Plcsim, ReportsFilesThatItCannotReadOrWrite)
 {
     for (const std::string option : {"--load", "--dump-file"}) {
@@ -230,6 +241,38 @@ TEST(Plcsim, ReportsFilesThatItCannotReadOrWrite)
             EXPECT_THAT(plcsim.restOfErrors, HasSubstr("'" + name + "'"));
         }
     }
+}
+
+TEST(Plcsim, SaysWhyAFileCannotBeReadOrWritten)
+{
+    Plcsim missing({"--load", "/nonexistent"});
+    EXPECT_EQ(missing.end(), 2);
+    EXPECT_THAT(missing.restOfErrors, HasSubstr("No such file or directory"));
+    Plcsim full({"--dump-file", "/dev/full"});
+    full.firstLine();
+    EXPECT_EQ(full.endBy(SIGINT), 0); // there is nothing to be written
+    const TemporaryFile file("unit 1 register 1 1\n");
+    Plcsim written({"--load", file.name, "--dump-file", "/dev/full"});
+    written.firstLine();
+    EXPECT_EQ(written.endBy(SIGINT), 3);
+    EXPECT_THAT(written.restOfErrors, HasSubstr("cannot write '/dev/full': No space left on device"));
+}
+
+TEST(Plcsim, EndsWithAFileThatHasNoEnd)
+{
+    Plcsim plcsim({"--load", "/dev/zero"});
+    EXPECT_EQ(plcsim.end(), 2);
+    EXPECT_THAT(plcsim.restOfErrors, HasSubstr("'/dev/zero': it is longer than 64 MiB"));
+}
+
+TEST(Plcsim, SaysThatItsOutputCannotBeWritten)
+{
+    for (const char* option : {"", "--help", "--version"}) {
+        const std::string line = std::string(PLCSIM_PROGRAM " ") + option + " 2>&1 >/dev/full; echo $?";
+        EXPECT_EQ(outputOf(line), "plcsim: cannot write the output: No space left on device\n3\n");
+    }
+    EXPECT_EQ(outputOf(PLCSIM_PROGRAM " 2>&1 >&-; echo $?"),
+              "plcsim: cannot write the output: Bad file descriptor\n3\n");
 }
 
 TEST(Plcsim, LoadsAnEmptyFile)
