@@ -1,26 +1,24 @@
 #include "runtime/cycle/runtime.h"
 
 #include "runtime/cycle/cyclic_values.h"
+#include "runtime/cycle/exchange_counter.h"
 #include "runtime/cycle/exchange_record.h"
 #include "runtime/cycle/once_reads.h"
-#include "runtime/cycle/station_pauses.h"
+#include "runtime/cycle/stations.h"
 #include "runtime/cycle/write_queue.h"
-#include "runtime/host/driver_settings.h"
+#include "runtime/host/hosted_driver.h"
 #include "runtime/host/request_keys.h"
 #include "runtime/link/link.h"
 #include "runtime/modbus/failure_words.h"
 #include "runtime/modbus/frame_fields.h"
 #include "runtime/modbus/return_code_words.h"
 
-#include <QElapsedTimer>
-
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <map>
+#include <memory>
 #include <mutex>
-#include <set>
 #include <stdexcept>
 #include <thread>
 
@@ -72,8 +70,6 @@ struct Turn {
     RW_VAR request = {};
 };
 
-std::atomic<bool> oneIsRunning{false};
-
 } // namespace
 
 /// All calls to the driver are made under m_mutex, one at a time: how the driver's lists change shows only
@@ -99,10 +95,6 @@ public:
     Link m_link;
 
 private:
-    static int noteOnceRead(int portId, int hostKey, int hostSubKey, int status);
-    static int ignoreList(QList<RW_VAR>* list, int hostKey, int flag);
-
-    void wire();
     void communicate();
     Turn takeTurn();
     void endPass();
@@ -111,15 +103,8 @@ private:
     int judge(const Turn& turn, const LinkExchange& exchange);
     void answered(const Turn& turn, Clock::time_point repliedAt);
     void givenUp(const Turn& turn, int code, const QString& why);
-    void countBlock(const RW_VAR& request, int unusedElements);
-    void countStation(int station, const LinkExchange& exchange, int code);
     void lost(int station, int code, const QString& why);
-    void endPauses();
-    void tellDriver(int station);
-    void wakeStation(int station);
     QString whyGivenUp(int code, const LinkExchange& exchange) const;
-
-    static OnceReads* s_onceReads; // the driver's callback carries no pointer of its own
 
     std::mutex m_mutex;
     std::condition_variable m_workCame;
@@ -129,22 +114,14 @@ private:
     std::atomic<bool> m_stopping{false};
     std::thread m_thread;
 
-    COMINFO m_info = {};
-    std::unique_ptr<DriverLibrary> m_library;
-    DriverCalls m_calls;
+    std::unique_ptr<HostedDriver> m_driver;
+    DriverCalls m_calls; // of m_driver
     CyclicValues m_cyclic;
     WriteQueue m_writes;
     OnceReads m_reads;
-    std::set<int> m_stationsOff;
-    StationPauses m_pauses;
-    QElapsedTimer m_clock; // of the pauses
-    Statistics m_statistics;
-    PassCounter m_passes;
-    QElapsedTimer m_polling; // since the communication thread began
-    long m_exchangesBeforePass = 0;
+    Stations m_stations;
+    ExchangeCounter m_counter;
 };
-
-OnceReads* Runtime::Private::s_onceReads = nullptr;
 
 Runtime::Private::Private(const Settings& settings)
     : m_settings(settings), m_link(settings.host, settings.port, settings.timeoutMs,
@@ -152,21 +129,13 @@ Runtime::Private::Private(const Settings& settings)
       m_cyclic(settings),
       m_writes(m_calls, settings, [this](const Variable& elements) { m_cyclic.doubt(elements); }),
       m_reads(m_calls, settings, [this](const Variable& asked) { return m_cyclic.wholeBits(asked); }),
-      m_pauses(settings.multiStation ? settings.stationPauseMs : 0, settings.retryLimit + 1)
+      m_stations(m_calls, settings)
 {
-    m_clock.start();
 }
 
 Runtime::Private::~Private()
 {
     stop();
-    if (m_library == nullptr)
-        return;
-    m_calls.SetComInfo(nullptr);
-    m_calls.RegistCallBackFuncIntf(nullptr, nullptr);
-    s_onceReads = nullptr;
-    m_library.reset();
-    oneIsRunning = false;
 }
 
 int Runtime::Private::addCyclic(const Variable& variable)
@@ -188,40 +157,13 @@ void Runtime::Private::start()
         fail(tooLong);
     if (m_started)
         fail(QStringLiteral("a runtime is started once only; make a new one"));
-    if (oneIsRunning.exchange(true))
-        fail(QStringLiteral("another runtime uses the driver in this process; destroy it first"));
-    try {
-        m_library = std::make_unique<DriverLibrary>(m_settings.driverPath);
-    } catch (...) {
-        oneIsRunning = false;
-        throw;
-    }
-    wire();
+    m_driver = std::make_unique<HostedDriver>(
+        m_settings, [this](int key, int status) { m_reads.note(key, status); }); // under m_mutex
+    m_calls = m_driver->calls();
+    m_cyclic.queue(m_calls);
     std::lock_guard<std::mutex> lock(m_mutex);
     m_started = true;
     m_thread = std::thread([this] { communicate(); });
-}
-
-void Runtime::Private::wire()
-{
-    m_info = driverSettings(m_settings);
-    m_calls = m_library->calls();
-    s_onceReads = &m_reads;
-    m_calls.SetComInfo(&m_info);
-    m_calls.RegistCallBackFuncIntf(noteOnceRead, ignoreList);
-    m_cyclic.queue(m_calls);
-}
-
-/// Called by the driver inside DataCom(), so under m_mutex.
-int Runtime::Private::noteOnceRead(int, int, int hostSubKey, int status)
-{
-    s_onceReads->note(hostSubKey, status);
-    return 0;
-}
-
-int Runtime::Private::ignoreList(QList<RW_VAR>*, int, int)
-{
-    return 0;
 }
 
 void Runtime::Private::stop()
@@ -250,8 +192,8 @@ Pending<WriteOutcome> Runtime::Private::write(const Variable& variable, const st
     if (!m_started || m_stopped)
         return refused<WriteOutcome>(QStringLiteral("the panel is not running"));
     const Pending<WriteOutcome> pending = m_writes.add(resolved, values);
-    wakeStation(resolved.station);
-    m_writes.feed(m_stationsOff);
+    m_stations.wake(resolved.station);
+    m_writes.feed(m_stations.off());
     m_hasWork = true;
     m_workCame.notify_all();
     return pending;
@@ -267,8 +209,8 @@ Pending<ReadOutcome> Runtime::Private::read(const Variable& variable)
     if (!m_started || m_stopped)
         return refused<ReadOutcome>(QStringLiteral("the panel is not running"));
     const Pending<ReadOutcome> pending = m_reads.add(resolved);
-    wakeStation(resolved.station);
-    m_reads.feed(m_stationsOff);
+    m_stations.wake(resolved.station);
+    m_reads.feed(m_stations.off());
     m_hasWork = true;
     m_workCame.notify_all();
     return pending;
@@ -285,7 +227,7 @@ CyclicValue Runtime::Private::value(int index)
     CyclicValue value = m_cyclic.value(index, m_calls);
     if (m_writes.isWriting(variable))
         value.state = std::min(value.state, ValueState::Unconfirmed);
-    if (m_stationsOff.count(variable.station) != 0)
+    if (m_stations.off().count(variable.station) != 0)
         value.state = std::min(value.state, ValueState::StationOff);
     return value;
 }
@@ -297,64 +239,21 @@ void Runtime::Private::setStation(int station, bool on)
     std::lock_guard<std::mutex> lock(m_mutex);
     if (!m_started)
         fail(QStringLiteral("the panel is not running"));
-    if (on)
-        m_stationsOff.erase(station);
-    else
-        m_stationsOff.insert(station);
-    m_pauses.forget(station);
-    tellDriver(station);
+    m_stations.turn(station, on);
     m_hasWork = true;
     m_workCame.notify_all();
-}
-
-/// A station is served when neither the user nor a pause keeps it off.
-void Runtime::Private::tellDriver(int station)
-{
-    const bool off = m_stationsOff.count(station) != 0 || m_pauses.isPausing(station);
-    m_calls.EnCommStation(station, off ? 0 : 1);
-}
-
-/// Somebody wants an answer: without it the driver would throw the request away unsent.
-void Runtime::Private::wakeStation(int station)
-{
-    if (m_pauses.end(station))
-        tellDriver(station);
-}
-
-void Runtime::Private::endPauses()
-{
-    if (!m_pauses.anyPausing())
-        return;
-    for (const int station : m_pauses.over(m_clock.elapsed()))
-        tellDriver(station);
 }
 
 std::vector<StationReport> Runtime::Private::stations()
 {
     std::lock_guard<std::mutex> lock(m_mutex);
-    std::map<int, StationReport> reports;
-    for (const int station : m_cyclic.stations())
-        reports[station].station = station;
-    for (const StationReport& report : m_pauses.reports(m_clock.elapsed()))
-        reports[report.station] = report;
-    for (const int station : m_stationsOff) {
-        reports[station].station = station;
-        reports[station].condition = StationCondition::SwitchedOff;
-        reports[station].nextTryMs = -1;
-    }
-    std::vector<StationReport> sorted;
-    sorted.reserve(reports.size());
-    for (const auto& report : reports)
-        sorted.push_back(report.second);
-    return sorted;
+    return m_stations.reports(m_cyclic.stations());
 }
 
 Statistics Runtime::Private::statistics()
 {
     std::lock_guard<std::mutex> lock(m_mutex);
-    Statistics statistics = m_statistics;
-    statistics.lastPass = m_passes.last();
-    statistics.passesPerSecond = m_passes.perSecond();
+    Statistics statistics = m_counter.statistics();
     statistics.writesConfirmed = m_writes.confirmedWrites();
     statistics.writesFailed = m_writes.failedWrites();
     statistics.writesWaiting = m_writes.waiting();
@@ -366,7 +265,7 @@ Statistics Runtime::Private::statistics()
 
 void Runtime::Private::communicate()
 {
-    m_polling.start();
+    m_counter.begin();
     while (!m_stopping) {
         Turn turn = takeTurn();
         if (!turn.frameIsDue)
@@ -383,9 +282,9 @@ Turn Runtime::Private::takeTurn()
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     m_hasWork = false;
-    endPauses();
-    m_writes.feed(m_stationsOff);
-    m_reads.feed(m_stationsOff);
+    m_stations.endPauses();
+    m_writes.feed(m_stations.off());
+    m_reads.feed(m_stations.off());
     const Protocol* protocol = m_calls.ComCommunication();
     m_writes.polled();
     m_reads.polled();
@@ -401,12 +300,9 @@ void Runtime::Private::endPass()
         std::lock_guard<std::mutex> lock(m_mutex);
         QByteArray reply = CyclicValues::pacingReply();
         m_calls.DataCom(&reply, reply.size());
-        ++m_statistics.passes;
-        m_passes.endPass(m_polling.nsecsElapsed() / 1000);
         // With every station off or pausing, nothing else would take time.
-        if (m_statistics.exchanges == m_exchangesBeforePass)
+        if (!m_counter.endPass())
             pauseMs = std::max(pauseMs, idleMs);
-        m_exchangesBeforePass = m_statistics.exchanges;
     }
     if (pauseMs > 0) // even a wait that is over at once gives the processor away
         waitForWork(pauseMs);
@@ -443,42 +339,34 @@ int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange)
         reply = QByteArray(1, '\0');
     std::lock_guard<std::mutex> lock(m_mutex);
     const int code = m_calls.DataCom(&reply, reply.size())->result;
-    ++m_statistics.exchanges;
-    if (turn.request.hostKey == cyclicKey)
-        m_passes.frame();
-    countStation(turn.request.station, exchange, code);
+    m_counter.exchanged(turn.request, exchange.replyMicroseconds, code);
     if (turn.replyExpected)
-        m_pauses.tried(turn.request.station, endOf(exchange, code));
+        m_stations.tried(turn.request.station, endOf(exchange, code));
     if (isSuccess(code))
         answered(turn, exchange.repliedAt);
-    else if (code == PLC_RETRYING)
-        ++m_statistics.retried;
-    else
+    else if (code != PLC_RETRYING)
         givenUp(turn, code, whyGivenUp(code, exchange));
     return code;
 }
 
 void Runtime::Private::answered(const Turn& turn, Clock::time_point repliedAt)
 {
-    ++m_statistics.good;
     if (turn.request.hostKey == writeKey)
         m_writes.answered();
     else if (turn.request.hostKey == onceReadKey)
         m_reads.answered();
     else if (turn.request.hostKey == cyclicKey)
-        countBlock(turn.request, m_cyclic.answered(turn.request, repliedAt));
+        m_counter.blockEnded(turn.request, m_cyclic.answered(turn.request, repliedAt));
 }
 
 void Runtime::Private::givenUp(const Turn& turn, int code, const QString& why)
 {
-    ++m_statistics.failed;
-    ++m_statistics.failuresByCode[code];
     const int key = turn.request.hostKey;
     if (key == cyclicKey)
-        countBlock(turn.request, m_cyclic.givenUp(turn.request, code, why));
+        m_counter.blockEnded(turn.request, m_cyclic.givenUp(turn.request, code, why));
     m_writes.givenUp(key == writeKey, turn.request.station, code, why);
     m_reads.givenUp(key == onceReadKey, turn.request.station, code, why);
-    if (turn.replyExpected && m_pauses.givenUp(turn.request.station, why, m_clock.elapsed()))
+    if (turn.replyExpected && m_stations.givenUp(turn.request.station, why))
         lost(turn.request.station, code, why);
 }
 
@@ -488,24 +376,7 @@ void Runtime::Private::lost(int station, int code, const QString& why)
     m_writes.lost(station, code, why);
     m_reads.lost(station, code, why);
     m_cyclic.lost(station, code, why);
-    tellDriver(station);
-}
-
-/// When it has ended: answered or given up.
-void Runtime::Private::countBlock(const RW_VAR& request, int unusedElements)
-{
-    m_passes.request(request.area, elementsRead(request.area, request.count), unusedElements);
-}
-
-void Runtime::Private::countStation(int station, const LinkExchange& exchange, int code)
-{
-    StationStatistics& statistics = m_statistics.stations[station];
-    if (exchange.replyMicroseconds >= 0)
-        statistics.roundTrips.add(exchange.replyMicroseconds);
-    if (code == PLC_RETRYING)
-        ++statistics.retried;
-    else if (!isSuccess(code))
-        ++statistics.failuresByCode[code];
+    m_stations.leaveAlone(station);
 }
 
 QString Runtime::Private::whyGivenUp(int code, const LinkExchange& exchange) const

@@ -1,0 +1,62 @@
+/// \file
+/// \brief Which stations are served: the user's switches and the pauses of those that do not answer.
+#ifndef RUNTIME_CYCLE_STATIONS_H
+#define RUNTIME_CYCLE_STATIONS_H
+
+#include "runtime/cycle/station_pauses.h"
+#include "runtime/host/driver_library.h"
+
+#include <QElapsedTimer>
+
+#include <set>
+#include <vector>
+
+namespace plc
+{
+
+/// Tells the driver of every change. Every function expects the lock that keeps all calls to the driver apart
+/// (see Runtime).
+class Stations
+{
+public:
+    /// \param calls of a driver that is loaded before any of the other functions is called
+    Stations(const DriverCalls& calls, const Settings& settings);
+
+    /// By the user. On: it is tried at once, and has to fail anew to be left alone.
+    void turn(int station, bool on);
+
+    /// \return the stations that the user has switched off
+    const std::set<int>& off() const { return m_off; }
+
+    /// Somebody wants an answer: without it the driver would throw the request away unsent.
+    void wake(int station);
+
+    /// Serves those again whose pause is over.
+    void endPauses();
+
+    /// After each try of a request that is to be answered.
+    void tried(int station, TryEnd end) { m_pauses.tried(station, end); }
+
+    /// After the last try of such a request. \return true when the station is to be left alone: nothing may
+    /// wait for it then, and leaveAlone() is the next to be called
+    bool givenUp(int station, const QString& why);
+
+    /// The driver throws away what waits for the station without having tried.
+    void leaveAlone(int station) { tellDriver(station); }
+
+    /// \param named to be reported even when they were neither tried nor switched
+    /// \return by number
+    std::vector<StationReport> reports(const std::set<int>& named) const;
+
+private:
+    void tellDriver(int station);
+
+    const DriverCalls& m_calls;
+    std::set<int> m_off;
+    StationPauses m_pauses;
+    QElapsedTimer m_clock; // of the pauses
+};
+
+} // namespace plc
+
+#endif

@@ -1,0 +1,56 @@
+#include "runtime/host/hosted_driver.h"
+
+#include "runtime/host/driver_settings.h"
+
+#include <atomic>
+#include <stdexcept>
+
+namespace plc
+{
+
+namespace
+{
+std::atomic<bool> isClaimed{false};
+} // namespace
+
+HostedDriver::Claim::Claim()
+{
+    if (isClaimed.exchange(true))
+        throw std::runtime_error("another runtime uses the driver in this process; destroy it first");
+}
+
+HostedDriver::Claim::~Claim()
+{
+    isClaimed = false;
+}
+
+HostedDriver* HostedDriver::s_hosted = nullptr;
+
+HostedDriver::HostedDriver(const Settings& settings, OnceReadDone onceReadDone)
+    : m_library(settings.driverPath), m_onceReadDone(std::move(onceReadDone)),
+      m_info(driverSettings(settings))
+{
+    s_hosted = this;
+    calls().SetComInfo(&m_info);
+    calls().RegistCallBackFuncIntf(noteOnceRead, ignoreList);
+}
+
+HostedDriver::~HostedDriver()
+{
+    calls().SetComInfo(nullptr);
+    calls().RegistCallBackFuncIntf(nullptr, nullptr);
+    s_hosted = nullptr;
+}
+
+int HostedDriver::noteOnceRead(int, int, int hostSubKey, int status)
+{
+    s_hosted->m_onceReadDone(hostSubKey, status);
+    return 0;
+}
+
+int HostedDriver::ignoreList(QList<RW_VAR>*, int, int)
+{
+    return 0;
+}
+
+} // namespace plc
