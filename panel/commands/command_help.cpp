@@ -42,10 +42,10 @@ const OptionRow optionRows[] = {
      "wait for it.",
      R | W | V | C | P, nullptr},
     {"vars", "FILE",
-     "Watch or check the variables of a list: CSV, its first line name,area,address,station,count,type, then "
-     "a "
-     "variable "
-     "a line. Types: bit, int16, uint16, int32, uint32, float32, hex, text. An empty station is that of the "
+     "Watch, check or replay the variables of a list. CSV, its first line "
+     "name,area,address,station,count,type, "
+     "then a variable a line. Types: bit, int16, uint16, int32, uint32, float32, hex, text. An empty station "
+     "is that of the "
      "option, an empty count 1; lines that begin with # are comments. Goes with AREA:ADDRESS as well.",
      V | C | P, nullptr},
     {"remote", nullptr,
