@@ -1,8 +1,8 @@
 #include "runtime/cycle/exchange_counter.h"
 
 #include "runtime/host/request_keys.h"
+#include "runtime/modbus/request_pieces.h"
 #include "runtime/modbus/return_code_words.h"
-#include "runtime/model/request_pieces.h"
 
 namespace plc
 {
