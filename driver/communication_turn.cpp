@@ -1,7 +1,5 @@
 #include "driver/communication_turn.h"
 
-#include "driver/modbus_rtu_master.h"
-
 #include <chrono>
 #include <thread>
 
@@ -21,12 +19,12 @@ void WaitALittle(int round)
 
 } // namespace
 
-CommunicationTurn::CommunicationTurn()
+CommunicationTurn::CommunicationTurn() PLC_UNCHECKED("the count is what it acquires")
 {
     ++PLC_driver.communicationTurn;
 }
 
-CommunicationTurn::~CommunicationTurn()
+CommunicationTurn::~CommunicationTurn() PLC_UNCHECKED("the count is what it releases")
 {
     ++PLC_driver.communicationTurn;
 }

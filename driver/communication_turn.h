@@ -6,12 +6,14 @@
 #ifndef DRIVER_COMMUNICATION_TURN_H
 #define DRIVER_COMMUNICATION_TURN_H
 
+#include "driver/modbus_rtu_master.h"
+
 /// Says, as long as it lives, that the communication thread is inside an entry point. One at a time.
-class CommunicationTurn
+class PLC_SCOPED_CAPABILITY CommunicationTurn
 {
 public:
-    CommunicationTurn();
-    ~CommunicationTurn();
+    CommunicationTurn() PLC_ACQUIRE(PLC_driver.communicationTurn);
+    ~CommunicationTurn() PLC_RELEASE();
 
 private:
     CommunicationTurn(const CommunicationTurn&);
@@ -20,6 +22,7 @@ private:
 
 /// Waits until the call that the communication thread is inside of, if any, has ended. Later calls are not
 /// waited for, so a thread that polls without pause does not hold up the writer either. No lock may be held.
-void LetCommunicationPass();
+void LetCommunicationPass()
+    PLC_EXCLUDES(PLC_driver.communicationTurn, PLC_driver.listMutex, PLC_driver.imageMutex);
 
 #endif

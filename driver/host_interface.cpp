@@ -1,7 +1,5 @@
 #include "driver/host_interface.h"
 
-#include "driver/modbus_rtu_master.h"
-
 void* LB = nullptr;
 void* LW = nullptr;
 void* RWI = nullptr;

@@ -3,7 +3,9 @@
 #ifndef DRIVER_HOST_INTERFACE_H
 #define DRIVER_HOST_INTERFACE_H
 
-/// Calls listDoneCallback, where there is one, with an empty list and \a hostKey. listMutex is held.
-void TellListDone(int hostKey);
+#include "driver/modbus_rtu_master.h"
+
+/// Calls listDoneCallback, where there is one, with an empty list and \a hostKey.
+void TellListDone(int hostKey) PLC_REQUIRES(PLC_driver.listMutex);
 
 #endif

@@ -1,19 +1,19 @@
 /// \file
 /// \brief The one object that holds all driver state.
 ///
-/// Locks: listMutex guards the request lists, the scheduler counters and retVar; imageMutex guards the image
-/// and extendList; stationMutex guards stationMap. The only nestings are listMutex before stationMutex and
-/// listMutex before imageMutex. protocolList, requestKind and pendingBit belong to the communication thread
-/// alone and need no lock. The runtime's callbacks run with listMutex held.
+/// What guards which member stands at the member, and clang holds every function to it (thread_safety.h). The only
+/// nestings are listMutex before stationMutex and listMutex before imageMutex. What belongs to the communication
+/// thread alone needs no lock: it is guarded by the turn of that thread (communication_turn.h). The runtime's
+/// callbacks run with listMutex held.
 #ifndef DRIVER_MODBUS_RTU_MASTER_H
 #define DRIVER_MODBUS_RTU_MASTER_H
 
 #include "driver/plcdriver.h"
+#include "driver/thread_safety.h"
 #include "image/area_buffers.h"
 #include "image/extended_variable.h"
 
 #include <QMap>
-#include <QMutex>
 
 #include <atomic>
 
@@ -29,38 +29,51 @@ struct PendingBit {
     int address;   ///< its bit address
 };
 
+/// Which call of the communication thread it is. Whoever is that thread, inside such a call, holds it like a lock.
+typedef std::atomic<unsigned int> TurnCount PLC_CAPABILITY("role");
+
 /// All driver state. There is one object, PLC_driver; free functions work on it.
 class Modbus_RTU_Master
 {
 public:
     Modbus_RTU_Master();
 
-    COMINFO* comInfo;                          ///< the runtime's settings block; null until SetComInfo()
-    QList<RW_VAR> readList;                    ///< cyclic reads; the head is next or in flight
-    QList<RW_VAR> writeList;                   ///< pending writes
-    QList<RW_VAR> onceReadList;                ///< pending one-shot reads
-    QList<RW_VAR> spareList;                   ///< always empty
-    QList<Protocol> protocolList;              ///< frames of the request in flight; the head is unanswered
-    QList<EXTENDVAR> extendList;               ///< values per station (multi-station mode)
-    QMap<int, int> stationMap;                 ///< keys: the stations that are switched off
-    OnceReadDoneCallback onceReadDoneCallback; ///< the runtime's, or null; runs with listMutex held
-    ListDoneCallback listDoneCallback;         ///< the runtime's, or null; runs with listMutex held
-    QMutex listMutex;                          ///< request lists, scheduler counters, retVar
-    QMutex imageMutex;                         ///< image, extendList
-    QMutex stationMutex;                       ///< stationMap
-    RW_VAR retVar;                             ///< what DataCom() returns
-    int requestKind;                           ///< a RequestKind
-    int writeRun;                              ///< writes built since the last cyclic read
-    int onceReadRun;                           ///< one-shot reads built since the last cyclic read
-    int readReplyCount;                        ///< good local replies in the current pass of the read list
-    std::atomic<unsigned char>
-        lastFailed;          ///< 1 after a failed reply, 0 after a good one; any thread reads it
-    unsigned char spareFlag; ///< always 0
-    Image image;             ///< the local copy of the controller's memory
+    /// The runtime's settings block; null until SetComInfo().
+    COMINFO* comInfo PLC_UNGUARDED("set before other threads begin");
 
-    PendingBit pendingBit;                       ///< set before each reply is filed
-    std::atomic<unsigned int> communicationTurn; ///< odd while the communication thread is inside; see
-                                                 ///< communication_turn.h
+    QList<RW_VAR> readList PLC_GUARDED_BY(listMutex);     ///< cyclic reads; the head is next or in flight
+    QList<RW_VAR> writeList PLC_GUARDED_BY(listMutex);    ///< pending writes
+    QList<RW_VAR> onceReadList PLC_GUARDED_BY(listMutex); ///< pending one-shot reads
+    QList<RW_VAR> spareList PLC_UNGUARDED("always empty");
+
+    /// Frames of the request in flight; the head is unanswered.
+    QList<Protocol> protocolList PLC_GUARDED_BY(communicationTurn);
+    QList<EXTENDVAR> extendList PLC_GUARDED_BY(imageMutex); ///< values per station (multi-station mode)
+    QMap<int, int> stationMap PLC_GUARDED_BY(stationMutex); ///< keys: the stations that are switched off
+
+    /// The runtime's, or null; they run with listMutex held.
+    OnceReadDoneCallback onceReadDoneCallback PLC_UNGUARDED("set before other threads begin");
+    ListDoneCallback listDoneCallback PLC_UNGUARDED("set before other threads begin");
+
+    DriverMutex listMutex PLC_ACQUIRED_BEFORE(imageMutex, stationMutex);
+    DriverMutex imageMutex;
+    DriverMutex stationMutex;
+
+    RW_VAR retVar PLC_GUARDED_BY(listMutex);           ///< what DataCom() returns
+    int requestKind PLC_GUARDED_BY(communicationTurn); ///< a RequestKind
+    int writeRun PLC_GUARDED_BY(listMutex);            ///< writes built since the last cyclic read
+    int onceReadRun PLC_GUARDED_BY(listMutex);         ///< one-shot reads built since the last cyclic read
+    int readReplyCount PLC_GUARDED_BY(listMutex);      ///< good local replies in this pass of the read list
+
+    /// 1 after a failed reply, 0 after a good one; any thread reads it.
+    std::atomic<unsigned char> lastFailed PLC_UNGUARDED("atomic");
+    unsigned char spareFlag PLC_UNGUARDED("always 0");
+
+    Image image PLC_GUARDED_BY(imageMutex); ///< the local copy of the controller's memory
+
+    PendingBit pendingBit PLC_GUARDED_BY(communicationTurn); ///< set before each reply is filed
+    /// Odd while the communication thread is inside; see communication_turn.h.
+    TurnCount communicationTurn PLC_UNGUARDED("atomic");
 
 private:
     Modbus_RTU_Master(const Modbus_RTU_Master&);

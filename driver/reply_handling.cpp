@@ -2,7 +2,6 @@
 
 #include "driver/communication_turn.h"
 #include "driver/host_interface.h"
-#include "driver/modbus_rtu_master.h"
 #include "driver/return_codes.h"
 #include "frames/address_map.h"
 #include "frames/frame_bytes.h"
@@ -25,6 +24,7 @@ bool IsSuccess(int code)
 // really hold its data is that to the read before the write of a bit.
 // \return one of the two failures, or LOCAL_ACCEPTED
 Outcome JudgeLength(const QByteArray* reply, int length, Outcome noReply, Outcome wrongLength)
+    PLC_REQUIRES(PLC_driver.communicationTurn)
 {
     const int expected = PLC_driver.protocolList.at(0).replyLength;
     if (length == 0 && expected != 0)
@@ -35,7 +35,8 @@ Outcome JudgeLength(const QByteArray* reply, int length, Outcome noReply, Outcom
 }
 
 // Notes the head of writeList where filing is going to merge its bit into the word just read.
-void PrepareFiling(const RW_VAR& request)
+void PrepareFiling(const RW_VAR& request) PLC_REQUIRES(PLC_driver.communicationTurn)
+    PLC_EXCLUDES(PLC_driver.listMutex)
 {
     if (request.area == AREA_BIT_OF_WORD && request.storeSelector == -1)
         TakePendingBit();
@@ -47,10 +48,8 @@ int OneMore(int word)
     return static_cast<int>(static_cast<unsigned int>(word) + 1u);
 }
 
-// Everything below, down to FinishReply(), runs with listMutex held.
-
 // \return whether the failure is final; until then the frame stays at the head and is handed out again.
-bool CountFailure()
+bool CountFailure() PLC_REQUIRES(PLC_driver.listMutex, PLC_driver.communicationTurn)
 {
     COMINFO& info = *PLC_driver.comInfo;
     PLC_driver.readReplyCount = 0;
@@ -66,7 +65,7 @@ bool CountFailure()
 }
 
 // \return whether the request is complete; a bit inside a word takes two replies.
-bool CountReply()
+bool CountReply() PLC_REQUIRES(PLC_driver.listMutex, PLC_driver.communicationTurn)
 {
     COMINFO& info = *PLC_driver.comInfo;
     PLC_driver.lastFailed = 0;
@@ -76,7 +75,7 @@ bool CountReply()
 }
 
 // A pass of the read list is answered when more local replies than entries came in.
-void CountTowardsPass(bool local)
+void CountTowardsPass(bool local) PLC_REQUIRES(PLC_driver.listMutex)
 {
     COMINFO& info = *PLC_driver.comInfo;
     if (info.cycleDone != 0 || !local)
@@ -87,13 +86,13 @@ void CountTowardsPass(bool local)
     }
 }
 
-void FinishHead(QList<RW_VAR>& list)
+void FinishHead(QList<RW_VAR>& list) PLC_REQUIRES(PLC_driver.listMutex)
 {
     passRetValue(list.at(0), PLC_driver.retVar);
     list.removeFirst();
 }
 
-bool IsLastPiece(const QList<RW_VAR>& list)
+bool IsLastPiece(const QList<RW_VAR>& list) PLC_REQUIRES(PLC_driver.listMutex)
 {
     const RW_VAR& head = list.at(0);
     for (int i = 1; i < list.size(); ++i)
@@ -102,14 +101,14 @@ bool IsLastPiece(const QList<RW_VAR>& list)
     return true;
 }
 
-void ReportOnceRead(const RW_VAR& head)
+void ReportOnceRead(const RW_VAR& head) PLC_REQUIRES(PLC_driver.listMutex)
 {
     const int status = PLC_driver.lastFailed == 0 ? 1 : 2;
     if (PLC_driver.onceReadDoneCallback)
         PLC_driver.onceReadDoneCallback(PLC_driver.comInfo->portId, head.hostKey, head.hostSubKey, status);
 }
 
-void FinishOnceRead(bool local)
+void FinishOnceRead(bool local) PLC_REQUIRES(PLC_driver.listMutex)
 {
     QList<RW_VAR>& list = PLC_driver.onceReadList;
     if (list.isEmpty())
@@ -119,13 +118,13 @@ void FinishOnceRead(bool local)
     FinishHead(list);
 }
 
-void FinishWrite()
+void FinishWrite() PLC_REQUIRES(PLC_driver.listMutex)
 {
     if (!PLC_driver.writeList.isEmpty())
         FinishHead(PLC_driver.writeList);
 }
 
-void RotateCyclicRead()
+void RotateCyclicRead() PLC_REQUIRES(PLC_driver.listMutex)
 {
     QList<RW_VAR>& list = PLC_driver.readList;
     if (list.isEmpty())
@@ -134,7 +133,7 @@ void RotateCyclicRead()
     list.move(0, list.size() - 1);
 }
 
-void FinishRequest(bool local)
+void FinishRequest(bool local) PLC_REQUIRES(PLC_driver.listMutex, PLC_driver.communicationTurn)
 {
     if (PLC_driver.requestKind == WRITE)
         FinishWrite();
@@ -144,7 +143,7 @@ void FinishRequest(bool local)
         RotateCyclicRead();
 }
 
-void RemoveStation(QList<RW_VAR>& list, int station)
+void RemoveStation(QList<RW_VAR>& list, int station) PLC_REQUIRES(PLC_driver.listMutex)
 {
     for (int i = list.size() - 1; i >= 0; --i)
         if (list.at(i).station == station)
@@ -153,7 +152,7 @@ void RemoveStation(QList<RW_VAR>& list, int station)
 
 // After a final failure nothing queued is worth keeping: in multi-station mode of the failed station only.
 // Cyclic reads stay.
-void Purge()
+void Purge() PLC_REQUIRES(PLC_driver.listMutex)
 {
     TellListDone(PLC_driver.retVar.hostKey);
     if (PLC_driver.comInfo->multiStation == 0) {
@@ -166,7 +165,7 @@ void Purge()
 }
 
 // What a reply of this code does to the request in flight. \return the result that the runtime sees.
-int FinishReply(bool local, int code)
+int FinishReply(bool local, int code) PLC_REQUIRES(PLC_driver.listMutex, PLC_driver.communicationTurn)
 {
     if (IsSuccess(code)) {
         if (!CountReply())
@@ -179,6 +178,12 @@ int FinishReply(bool local, int code)
     if (PLC_driver.lastFailed != 0)
         Purge();
     return code;
+}
+
+void FileRemoteReply(QByteArray* reply) PLC_REQUIRES(PLC_driver.communicationTurn)
+    PLC_UNCHECKED("files without imageMutex, unlike the local path; on purpose")
+{
+    SaveToLocalDataErea(reply);
 }
 
 } // namespace
@@ -197,7 +202,7 @@ int CheckGetData(QByteArray*, int)
 void TakePendingBit()
 {
     PLC_driver.pendingBit = PendingBit();
-    QMutexLocker lock(&PLC_driver.listMutex);
+    MutexHolder lock(PLC_driver.listMutex);
     if (PLC_driver.writeList.isEmpty())
         return;
     const RW_VAR& write = PLC_driver.writeList.at(0);
@@ -215,7 +220,7 @@ int DealDataOfLocalArea(QByteArray* reply, int length)
         return GetDriverReturnValue(judged);
     if (CheckGetData(reply, length) == 1) {
         PrepareFiling(request.var);
-        QMutexLocker lock(&PLC_driver.imageMutex);
+        MutexHolder lock(PLC_driver.imageMutex);
         SaveToLocalDataErea(reply);
     }
     return GetDriverReturnValue(LOCAL_ACCEPTED);
@@ -230,7 +235,7 @@ int DealDataOfRemoteArea(QByteArray* reply, int length)
     if (request.var.storeSelector != -1) // decides filing here; accessFlag does not
         return GetDriverReturnValue(REMOTE_ACCEPTED);
     PrepareFiling(request.var);
-    SaveToLocalDataErea(reply); // without imageMutex, unlike the local path; on purpose
+    FileRemoteReply(reply);
     const bool second = PLC_driver.comInfo->framesReceived == 1;
     return GetDriverReturnValue(second ? REMOTE_ACCEPTED : LOCAL_ACCEPTED);
 }
@@ -244,13 +249,13 @@ try {
     if (outstanding)
         code = local ? DealDataOfLocalArea(reply, length) : DealDataOfRemoteArea(reply, length);
 
-    QMutexLocker lock(&PLC_driver.listMutex);
+    MutexHolder lock(PLC_driver.listMutex);
     PLC_driver.retVar.result = PLC_DONE;
     if (outstanding)
         PLC_driver.retVar.result = FinishReply(local, code);
     return &PLC_driver.retVar;
 } catch (...) {
-    QMutexLocker lock(&PLC_driver.listMutex);
+    MutexHolder lock(PLC_driver.listMutex);
     PLC_driver.retVar.result = PLC_RETRYING;
     return &PLC_driver.retVar;
 }

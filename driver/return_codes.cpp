@@ -1,7 +1,5 @@
 #include "driver/return_codes.h"
 
-#include "driver/modbus_rtu_master.h"
-
 namespace
 {
 

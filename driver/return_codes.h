@@ -3,6 +3,8 @@
 #ifndef DRIVER_RETURN_CODES_H
 #define DRIVER_RETURN_CODES_H
 
+#include "driver/modbus_rtu_master.h"
+
 /// How a reply was judged.
 enum Outcome {
     LOCAL_ACCEPTED = 0, ///< local or remote reply accepted
@@ -17,10 +19,10 @@ enum Outcome {
 
 /// \return the result code of an Outcome; PLC_UNKNOWN_OUTCOME for any other number. Failures need a frame in
 ///         protocolList. Communication thread.
-int GetDriverReturnValue(int outcome);
+int GetDriverReturnValue(int outcome) PLC_REQUIRES(PLC_driver.communicationTurn);
 
 /// \return \a base plus the fine offset of the request in flight: 1 + hostKey for a hostKey of 1..11, else 1.
 ///         protocolList MUST NOT be empty. Communication thread.
-int SwitchErrorReturn(int base);
+int SwitchErrorReturn(int base) PLC_REQUIRES(PLC_driver.communicationTurn);
 
 #endif

@@ -8,21 +8,19 @@
 namespace
 {
 
-// All of these run with listMutex held.
-
-bool HeadIsSwitchedOff(const QList<RW_VAR>& list)
+bool HeadIsSwitchedOff(const QList<RW_VAR>& list) PLC_REQUIRES(PLC_driver.listMutex)
 {
     return Ethernetcontains(list.at(0).station) == 1;
 }
 
 // Writes and one-shot reads of a switched-off station are discarded, not deferred.
-void DiscardSwitchedOff(QList<RW_VAR>& list)
+void DiscardSwitchedOff(QList<RW_VAR>& list) PLC_REQUIRES(PLC_driver.listMutex)
 {
     while (!list.isEmpty() && HeadIsSwitchedOff(list))
         list.removeFirst();
 }
 
-void BuildRead(RW_VAR* request)
+void BuildRead(RW_VAR* request) PLC_REQUIRES(PLC_driver.listMutex, PLC_driver.communicationTurn)
 {
     if (PLC_driver.comInfo->remoteMode != 0)
         Remote_ReadVar(request);
@@ -30,7 +28,7 @@ void BuildRead(RW_VAR* request)
         ReadRegister(request);
 }
 
-void BuildWrite(RW_VAR* request)
+void BuildWrite(RW_VAR* request) PLC_REQUIRES(PLC_driver.listMutex, PLC_driver.communicationTurn)
 {
     if (PLC_driver.comInfo->remoteMode != 0)
         Remote_WriteVar(request);
@@ -38,7 +36,7 @@ void BuildWrite(RW_VAR* request)
         WriteRegister(request);
 }
 
-void TakeWriteTurn()
+void TakeWriteTurn() PLC_REQUIRES(PLC_driver.listMutex, PLC_driver.communicationTurn)
 {
     PLC_driver.requestKind = WRITE;
     DiscardSwitchedOff(PLC_driver.writeList);
@@ -48,7 +46,7 @@ void TakeWriteTurn()
     ++PLC_driver.writeRun;
 }
 
-void TakeOnceReadTurn()
+void TakeOnceReadTurn() PLC_REQUIRES(PLC_driver.listMutex, PLC_driver.communicationTurn)
 {
     PLC_driver.requestKind = ONCE_READ;
     DiscardSwitchedOff(PLC_driver.onceReadList);
@@ -58,7 +56,7 @@ void TakeOnceReadTurn()
     ++PLC_driver.onceReadRun;
 }
 
-void ResetRuns()
+void ResetRuns() PLC_REQUIRES(PLC_driver.listMutex)
 {
     PLC_driver.writeRun = 0;
     PLC_driver.onceReadRun = 0;
@@ -66,7 +64,7 @@ void ResetRuns()
 
 // Cyclic reads of a switched-off station move to the end, through one full turn of the list at most.
 // \return whether there is one that may be sent
-bool SkipSwitchedOff(QList<RW_VAR>& list)
+bool SkipSwitchedOff(QList<RW_VAR>& list) PLC_REQUIRES(PLC_driver.listMutex)
 {
     for (int n = list.size(); n != 0; --n) {
         if (!HeadIsSwitchedOff(list))
@@ -76,7 +74,7 @@ bool SkipSwitchedOff(QList<RW_VAR>& list)
     return false;
 }
 
-void TakeCyclicReadTurn()
+void TakeCyclicReadTurn() PLC_REQUIRES(PLC_driver.listMutex, PLC_driver.communicationTurn)
 {
     QList<RW_VAR>& list = PLC_driver.readList;
     if (list.isEmpty()) {
@@ -92,7 +90,7 @@ void TakeCyclicReadTurn()
 }
 
 // One list gets the turn. A turn that yields no frame does not fall back to another list.
-void TakeTurn()
+void TakeTurn() PLC_REQUIRES(PLC_driver.listMutex, PLC_driver.communicationTurn)
 {
     if (!PLC_driver.writeList.isEmpty() && PLC_driver.writeRun < PLC_LONGEST_RUN)
         TakeWriteTurn();
@@ -102,7 +100,7 @@ void TakeTurn()
         TakeCyclicReadTurn();
 }
 
-Protocol* HeadFrame()
+Protocol* HeadFrame() PLC_REQUIRES(PLC_driver.communicationTurn)
 {
     return PLC_driver.protocolList.isEmpty() ? nullptr : &PLC_driver.protocolList.first();
 }
@@ -113,14 +111,15 @@ Protocol* ComCommunication()
 try {
     if (!PLC_driver.comInfo)
         return nullptr;
+    CommunicationTurn turn;
     if (Protocol* pending = HeadFrame()) // the communication thread's own list: no lock
         return pending;
-    CommunicationTurn turn;
-    QMutexLocker lock(&PLC_driver.listMutex);
+    MutexHolder lock(PLC_driver.listMutex);
     TakeTurn();
     return HeadFrame();
 } catch (...) {
     // A build that ran out of memory is dropped whole; its request is built again at its next turn.
+    CommunicationTurn turn;
     PLC_driver.protocolList.clear();
     return nullptr;
 }

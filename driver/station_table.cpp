@@ -1,7 +1,5 @@
 #include "driver/station_table.h"
 
-#include "driver/modbus_rtu_master.h"
-
 namespace
 {
 
@@ -11,7 +9,7 @@ enum { SWITCH_OFF = 0, SWITCH_ON = 1 };
 
 void EnCommStation(int station, int flag)
 try {
-    QMutexLocker lock(&PLC_driver.stationMutex);
+    MutexHolder lock(PLC_driver.stationMutex);
     if (station < 0)
         PLC_driver.stationMap.clear();
     else if (flag == SWITCH_OFF)
@@ -23,6 +21,6 @@ try {
 
 int Ethernetcontains(int station)
 {
-    QMutexLocker lock(&PLC_driver.stationMutex);
+    MutexHolder lock(PLC_driver.stationMutex);
     return PLC_driver.stationMap.contains(station) ? 1 : 0;
 }

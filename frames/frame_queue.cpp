@@ -1,7 +1,5 @@
 #include "frames/frame_queue.h"
 
-#include "driver/modbus_rtu_master.h"
-
 ReplyShape UnlessBroadcast(int station, ReplyShape shape)
 {
     const ReplyShape none = {0, 0, 0};

@@ -3,7 +3,7 @@
 #ifndef FRAMES_FRAME_QUEUE_H
 #define FRAMES_FRAME_QUEUE_H
 
-#include "driver/plcdriver.h"
+#include "driver/modbus_rtu_master.h"
 
 /// What the reply to a frame looks like, in bytes.
 struct ReplyShape {
@@ -17,9 +17,10 @@ ReplyShape UnlessBroadcast(int station, ReplyShape shape);
 
 /// Appends a frame for \a request to protocolList.
 /// \return the frame's own copy of the request
-RW_VAR& QueueFrame(const RW_VAR& request, QByteArray frame, ReplyShape reply);
+RW_VAR& QueueFrame(const RW_VAR& request, QByteArray frame, ReplyShape reply)
+    PLC_REQUIRES(PLC_driver.communicationTurn);
 
 /// Tells reply handling how many replies make up the request just queued.
-void ExpectFrames(int frames);
+void ExpectFrames(int frames) PLC_REQUIRES(PLC_driver.listMutex, PLC_driver.communicationTurn);
 
 #endif

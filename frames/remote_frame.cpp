@@ -1,6 +1,5 @@
 #include "frames/remote_frame.h"
 
-#include "driver/modbus_rtu_master.h"
 #include "frames/frame_bytes.h"
 #include "frames/frame_queue.h"
 #include "image/image_write.h"

@@ -23,16 +23,16 @@
 #ifndef FRAMES_REMOTE_FRAME_H
 #define FRAMES_REMOTE_FRAME_H
 
-struct RW_VAR;
+#include "driver/modbus_rtu_master.h"
 
 /// Queues one 22-byte read frame. Areas that cannot be read queue nothing. A broadcast awaits its reply like
 /// any other read. In area 14 the request's count becomes the number of registers read, 2 x (count - 1) and
 /// at least 2, after the frame was built: the change stays in the caller's record, and a record that is built
 /// again is rewritten again. On purpose: reply handling takes the count as registers.
-void Remote_ReadVar(RW_VAR* request);
+void Remote_ReadVar(RW_VAR* request) PLC_REQUIRES(PLC_driver.listMutex, PLC_driver.communicationTurn);
 
 /// Queues one write frame of 22 bytes and the value bytes, for any area code, and mirrors the value into the
 /// image, also after a failed reply. listDoneCallback is not called.
-void Remote_WriteVar(RW_VAR* request);
+void Remote_WriteVar(RW_VAR* request) PLC_REQUIRES(PLC_driver.listMutex, PLC_driver.communicationTurn);
 
 #endif

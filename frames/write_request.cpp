@@ -1,7 +1,6 @@
 #include "frames/write_request.h"
 
 #include "driver/host_interface.h"
-#include "driver/modbus_rtu_master.h"
 #include "frames/frame_bytes.h"
 #include "frames/frame_queue.h"
 #include "image/image_write.h"

@@ -1,13 +1,10 @@
 #include "image/extended_variables.h"
 
-#include "driver/modbus_rtu_master.h"
-
 int ExtendFindSameVar(int station, int area, int address)
 {
-    const QList<EXTENDVAR>& entries = PLC_driver.extendList;
-    const int size = entries.size();
+    const int size = PLC_driver.extendList.size();
     for (int i = 0; i < size; ++i) {
-        const EXTENDVAR& entry = entries.at(i);
+        const EXTENDVAR& entry = PLC_driver.extendList.at(i);
         // The address first: it tells nearly all entries apart, and one comparison is enough for those.
         if (entry.address == address && entry.area == area && entry.station == station)
             return i;

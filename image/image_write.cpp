@@ -1,6 +1,5 @@
 #include "image/image_write.h"
 
-#include "driver/modbus_rtu_master.h"
 #include "frames/address_map.h"
 #include "frames/frame_bytes.h"
 #include "image/element_run.h"
@@ -55,7 +54,7 @@ void MirrorDoubleWords(RW_VAR& var, unsigned int* area)
     SetDWordToUS(run.start, area, BytesOf(var, run, 4, rest), run.count);
 }
 
-void MirrorIntoImage(RW_VAR& var, const Area& area)
+void MirrorIntoImage(RW_VAR& var, const Area& area) PLC_REQUIRES(PLC_driver.imageMutex)
 {
     Image& image = PLC_driver.image;
     switch (area.kind) {
@@ -72,7 +71,7 @@ void MirrorIntoImage(RW_VAR& var, const Area& area)
 }
 
 // One entry per element, each replaced by bytesPerElement value bytes.
-void MirrorElementsOfStation(const RW_VAR& var, int bytesPerElement)
+void MirrorElementsOfStation(const RW_VAR& var, int bytesPerElement) PLC_REQUIRES(PLC_driver.imageMutex)
 {
     const ElementRun run =
         ExistingElements(var.address, ElementsInReach(var, bytesPerElement), PLC_AREA_ELEMENTS);
@@ -98,7 +97,7 @@ void PutStationBit(QByteArray& value, int byte, int mask, unsigned char bit)
 
 // The bit position comes from the first bit address and stays the same for every element, while the word
 // moves on with the address; on purpose.
-void MirrorBitsOfWordsOfStation(const RW_VAR& var)
+void MirrorBitsOfWordsOfStation(const RW_VAR& var) PLC_REQUIRES(PLC_driver.imageMutex)
 {
     const int byte = (var.address & 15) / 8;
     const int mask = 1 << (var.address & 7);
@@ -116,7 +115,7 @@ void MirrorBitsOfWordsOfStation(const RW_VAR& var)
     }
 }
 
-void MirrorIntoStation(const RW_VAR& var, const Area& area)
+void MirrorIntoStation(const RW_VAR& var, const Area& area) PLC_REQUIRES(PLC_driver.imageMutex)
 {
     switch (area.kind) {
     case Area::Bit:
@@ -135,7 +134,7 @@ void MirrorIntoStation(const RW_VAR& var, const Area& area)
 
 void WriteDataToLocal(RW_VAR* var)
 {
-    QMutexLocker lock(&PLC_driver.imageMutex);
+    MutexHolder lock(PLC_driver.imageMutex);
     const Area* area = FindArea(var->area);
     if (!area || !area->written) // area 0 keeps its cells until the next read, on purpose
         return;

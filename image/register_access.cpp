@@ -65,7 +65,7 @@ WriteCut CutOf(const Area& area, int code, int count)
 
 // Once a reply failed, each piece is mirrored at once: the builder, which mirrors it otherwise, does not do
 // so after a failure. Neither lock is held when it returns. \return entries in the write list
-int QueuePiece(RW_VAR& piece)
+int QueuePiece(RW_VAR& piece) PLC_EXCLUDES(PLC_driver.listMutex, PLC_driver.imageMutex)
 {
     const int size = AddWrite(piece);
     if (PLC_driver.lastFailed != 0)
@@ -76,6 +76,7 @@ int QueuePiece(RW_VAR& piece)
 // Queues the pieces of one write one by one, so that the communication thread waits for one at most. Without
 // memory those queued before stay.
 int QueueWrite(RW_VAR var, const Area& area, int start, const QByteArray& value, int count)
+    PLC_EXCLUDES(PLC_driver.listMutex, PLC_driver.imageMutex)
 {
     const WriteCut cut = CutOf(area, var.area, count);
     const Pieces pieces = CutIntoPieces(cut.elements, cut.limit);
@@ -93,7 +94,7 @@ int QueueWrite(RW_VAR var, const Area& area, int start, const QByteArray& value,
 
 // GetRegisterData(): elements that do not exist read as zero bytes, so the output has the size asked for.
 
-void ReadDoubleWords(QByteArray& out, int address, int count)
+void ReadDoubleWords(QByteArray& out, int address, int count) PLC_REQUIRES(PLC_driver.imageMutex)
 {
     unsigned int* area = PLC_driver.image.dwordArea;
     if (count == 1) {
@@ -108,7 +109,7 @@ void ReadDoubleWords(QByteArray& out, int address, int count)
     PadTo(out, 4 * elements);
 }
 
-void ReadImage(QByteArray& out, const Area& area, int address, int count)
+void ReadImage(QByteArray& out, const Area& area, int address, int count) PLC_REQUIRES(PLC_driver.imageMutex)
 {
     Image& image = PLC_driver.image;
     const bool bitsOfWords = area.kind == Area::BitOfWord;
@@ -130,7 +131,7 @@ void ReadImage(QByteArray& out, const Area& area, int address, int count)
 }
 
 // The value of a station's element, made when it is new; an empty one where the element does not exist.
-QByteArray StationValue(int station, int area, int address, int offset)
+QByteArray StationValue(int station, int area, int address, int offset) PLC_REQUIRES(PLC_driver.imageMutex)
 {
     if (!ElementExists(address, offset, PLC_AREA_ELEMENTS))
         return QByteArray();
@@ -144,6 +145,7 @@ void AppendBytes(QByteArray& out, const QByteArray& value, int bytes)
 }
 
 void ReadStationBits(QByteArray& out, int station, int area, int address, int count)
+    PLC_REQUIRES(PLC_driver.imageMutex)
 {
     for (int i = 0; i < count; ++i)
         out.append(static_cast<char>(ByteAt(StationValue(station, area, address, i), 0) & 1));
@@ -151,6 +153,7 @@ void ReadStationBits(QByteArray& out, int station, int area, int address, int co
 
 // One walk of the store for the bits inside one word. No address text names a bit before the first.
 void ReadStationBitsOfWords(QByteArray& out, int station, int address, int count)
+    PLC_REQUIRES(PLC_driver.imageMutex)
 {
     const ElementRun run = ExistingElements(address, count, PLC_AREA8_BITS);
     QByteArray value;
@@ -168,12 +171,14 @@ void ReadStationBitsOfWords(QByteArray& out, int station, int address, int count
 }
 
 void ReadStationElements(QByteArray& out, int station, int area, int address, int elements, int bytes)
+    PLC_REQUIRES(PLC_driver.imageMutex)
 {
     for (int i = 0; i < elements; ++i)
         AppendBytes(out, StationValue(station, area, address, i), bytes);
 }
 
 void ReadStation(QByteArray& out, const Area& area, int code, int station, int address, int count)
+    PLC_REQUIRES(PLC_driver.imageMutex)
 {
     switch (area.kind) {
     case Area::Bit:
@@ -225,7 +230,7 @@ try {
     const Area* row = FindArea(area);
     count = ServableCount(area, std::max(count, 0), COUNT_OF_READ);
     QByteArray bytes;
-    QMutexLocker lock(&PLC_driver.imageMutex);
+    MutexHolder lock(PLC_driver.imageMutex);
     if (row && PLC_driver.comInfo->multiStation == 0)
         ReadImage(bytes, *row, start, count);
     else if (row)

@@ -1,6 +1,5 @@
 #include "image/reply_filing.h"
 
-#include "driver/modbus_rtu_master.h"
 #include "frames/address_map.h"
 #include "frames/frame_bytes.h"
 #include "image/element_run.h"
@@ -22,7 +21,7 @@ struct DataBytes {
     unsigned int doubleWord(int k) const { return word(2 * k) | word(2 * k + 1) << 16; }
 };
 
-const Protocol& Request()
+const Protocol& Request() PLC_REQUIRES(PLC_driver.communicationTurn)
 {
     return PLC_driver.protocolList.at(0);
 }
@@ -44,7 +43,7 @@ int BitsToFile(const DataBytes& data, int count)
     return static_cast<int>(std::min(8LL * data.size, count + 1LL));
 }
 
-void PatchQueuedWrite(unsigned int value)
+void PatchQueuedWrite(unsigned int value) PLC_REQUIRES(PLC_driver.communicationTurn)
 {
     if (PLC_driver.protocolList.size() < 2)
         return;
@@ -54,9 +53,9 @@ void PatchQueuedWrite(unsigned int value)
 }
 
 // The read-before-write step: the word with the pending bit in it, which the queued write then carries.
-unsigned int MergePendingBit(unsigned int value)
+unsigned int MergePendingBit(unsigned int value) PLC_REQUIRES(PLC_driver.communicationTurn)
 {
-    const PendingBit& pending = PLC_driver.pendingBit;
+    const PendingBit pending = PLC_driver.pendingBit;
     if (pending.hasValue) {
         const unsigned int mask = 1u << (pending.address & 15);
         value = pending.on ? value | mask : value & ~mask;
@@ -83,6 +82,7 @@ void SpreadByte(unsigned char byte, bool* cells)
 }
 
 void SaveToImage(QByteArray* reply, const Area& area)
+    PLC_REQUIRES(PLC_driver.imageMutex, PLC_driver.communicationTurn)
 {
     Image& image = PLC_driver.image;
     switch (area.kind) {
@@ -99,7 +99,7 @@ void SaveToImage(QByteArray* reply, const Area& area)
 }
 
 // The value of element `element` of the request's station, cleared and resized for new bytes.
-char* StationValue(const Protocol& request, int element, int bytes)
+char* StationValue(const Protocol& request, int element, int bytes) PLC_REQUIRES(PLC_driver.imageMutex)
 {
     const int entry = ExtendFindSameVar(request.var.station, request.var.area, element);
     QByteArray& value = PLC_driver.extendList[entry].value;
@@ -114,7 +114,7 @@ void PutLittleEndian(char* bytes, unsigned int value, int size)
 }
 
 // The position just past the last filed bit loses its value before the loop ends, on purpose.
-void SaveStationBits(const DataBytes& data, const Protocol& request)
+void SaveStationBits(const DataBytes& data, const Protocol& request) PLC_REQUIRES(PLC_driver.imageMutex)
 {
     const int bits = 8 * data.size;
     for (int n = 0; n < bits; ++n) {
@@ -129,7 +129,7 @@ void SaveStationBits(const DataBytes& data, const Protocol& request)
     }
 }
 
-void SaveStationWords(const DataBytes& data, const Protocol& request)
+void SaveStationWords(const DataBytes& data, const Protocol& request) PLC_REQUIRES(PLC_driver.imageMutex)
 {
     const ElementRun run = ExistingElements(request.var.address, data.size / 2, PLC_AREA_ELEMENTS);
     for (int i = 0; i < run.count; ++i)
@@ -137,6 +137,7 @@ void SaveStationWords(const DataBytes& data, const Protocol& request)
 }
 
 void SaveStationDoubleWords(const DataBytes& data, const Protocol& request)
+    PLC_REQUIRES(PLC_driver.imageMutex)
 {
     const ElementRun run = ExistingElements(request.var.address, data.size / 4, PLC_AREA_ELEMENTS);
     for (int k = 0; k < run.count; ++k)
@@ -145,6 +146,7 @@ void SaveStationDoubleWords(const DataBytes& data, const Protocol& request)
 
 // Kept under area 8 and the word address, apart from the word's own entry in area 9; on purpose.
 void SaveStationRegister(const DataBytes& data, const Protocol& request)
+    PLC_REQUIRES(PLC_driver.imageMutex, PLC_driver.communicationTurn)
 {
     if (data.size < 2)
         return;
@@ -156,6 +158,7 @@ void SaveStationRegister(const DataBytes& data, const Protocol& request)
 }
 
 void SaveToStation(const DataBytes& data, const Protocol& request, const Area& area)
+    PLC_REQUIRES(PLC_driver.imageMutex, PLC_driver.communicationTurn)
 {
     switch (area.kind) {
     case Area::Bit:

@@ -1,6 +1,5 @@
 #include "varlist/add_variables.h"
 
-#include "driver/modbus_rtu_master.h"
 #include "frames/address_map.h"
 #include "varlist/address_text.h"
 #include "varlist/block_limit.h"
@@ -20,17 +19,15 @@ bool SameRequest(const RW_VAR& a, const RW_VAR& b)
 }
 
 // Index of the queued write that var replaces, -1 for none. The head is left alone: it may be on its way.
-int ReplaceableWrite(const RW_VAR& var)
+int ReplaceableWrite(const RW_VAR& var) PLC_REQUIRES(PLC_driver.listMutex)
 {
-    const QList<RW_VAR>& list = PLC_driver.writeList;
-    for (int i = 1; i < list.size(); ++i)
-        if (SamePlace(list.at(i), var))
+    for (int i = 1; i < PLC_driver.writeList.size(); ++i)
+        if (SamePlace(PLC_driver.writeList.at(i), var))
             return i;
     return -1;
 }
 
-// listMutex is held.
-void PutWrite(const RW_VAR& var, int replaceable)
+void PutWrite(const RW_VAR& var, int replaceable) PLC_REQUIRES(PLC_driver.listMutex)
 {
     QList<RW_VAR>& list = PLC_driver.writeList;
     if (replaceable >= 0)
@@ -39,24 +36,23 @@ void PutWrite(const RW_VAR& var, int replaceable)
         list.append(var);
 }
 
-bool IsQueued(const RW_VAR& var)
+bool IsQueued(const RW_VAR& var) PLC_REQUIRES(PLC_driver.listMutex)
 {
-    const QList<RW_VAR>& list = PLC_driver.onceReadList;
-    for (int i = 0; i < list.size(); ++i)
-        if (SameRequest(list.at(i), var))
+    for (int i = 0; i < PLC_driver.onceReadList.size(); ++i)
+        if (SameRequest(PLC_driver.onceReadList.at(i), var))
             return true;
     return false;
 }
 
-void QueueUnlessKnown(const RW_VAR& var)
+void QueueUnlessKnown(const RW_VAR& var) PLC_REQUIRES(PLC_driver.listMutex)
 {
     if (!IsQueued(var) && PLC_driver.onceReadList.size() < PLC_LIST_LIMIT)
         PLC_driver.onceReadList.append(var);
 }
 
-// listMutex is held. The record ends as the last piece. When memory runs out no piece stays: a read that is
+// The record ends as the last piece. When memory runs out no piece stays: a read that is
 // queued in part would be reported as done.
-void QueuePieces(RW_VAR* var, int start, const Pieces& pieces)
+void QueuePieces(RW_VAR* var, int start, const Pieces& pieces) PLC_REQUIRES(PLC_driver.listMutex)
 {
     QList<RW_VAR>& list = PLC_driver.onceReadList;
     const int before = list.size();
@@ -82,11 +78,14 @@ int ReadWordsInstead(RW_VAR* var, int bitAddress)
     return 1;
 }
 
-int AddDirectly(QList<RW_VAR>& list, const RW_VAR& var)
+// One of the request lists: which one is said without touching it, for that takes the lock.
+typedef QList<RW_VAR> Modbus_RTU_Master::*RequestList;
+
+int AddDirectly(RequestList list, const RW_VAR& var) PLC_EXCLUDES(PLC_driver.listMutex)
 {
-    QMutexLocker lock(&PLC_driver.listMutex);
-    list.append(var);
-    return list.size();
+    MutexHolder lock(PLC_driver.listMutex);
+    (PLC_driver.*list).append(var);
+    return (PLC_driver.*list).size();
 }
 
 // A one-shot read by address text: parsed, cut, and queued piece by piece.
@@ -109,27 +108,28 @@ int AddOnceRead(RW_VAR* var)
         start = ReadWordsInstead(var, start);
         count = var->count;
     }
-    QMutexLocker lock(&PLC_driver.listMutex);
+    MutexHolder lock(PLC_driver.listMutex);
     QueuePieces(var, start, CutIntoPieces(count, limit));
     return PLC_driver.onceReadList.size();
 }
 
-int SizeOf(const QList<RW_VAR>& list)
+int SizeOf(RequestList list) PLC_EXCLUDES(PLC_driver.listMutex)
 {
-    QMutexLocker lock(&PLC_driver.listMutex);
-    return list.size();
+    MutexHolder lock(PLC_driver.listMutex);
+    return (PLC_driver.*list).size();
 }
 
 } // namespace
 
 int AddWrite(const RW_VAR& var)
 {
-    QMutexLocker lock(&PLC_driver.listMutex);
+    MutexHolder lock(PLC_driver.listMutex);
     PutWrite(var, ReplaceableWrite(var));
     return PLC_driver.writeList.size();
 }
 
 int AddListReadVar(RW_VAR* var)
+    PLC_UNCHECKED("the rebuild holds listMutex; a runtime calls it while no other thread is inside")
 try {
     if (var)
         PLC_driver.readList.append(*var);
@@ -141,12 +141,12 @@ try {
 int AddListWriteVar(RW_VAR* var, int direct)
 try {
     if (!var)
-        return SizeOf(PLC_driver.writeList);
+        return SizeOf(&Modbus_RTU_Master::writeList);
     if (direct == 1)
-        return AddDirectly(PLC_driver.writeList, *var);
+        return AddDirectly(&Modbus_RTU_Master::writeList, *var);
     return AddWrite(*var);
 } catch (...) {
-    return SizeOf(PLC_driver.writeList);
+    return SizeOf(&Modbus_RTU_Master::writeList);
 }
 
 int AddListOnceReadVar(RW_VAR* var, int direct)
@@ -154,7 +154,7 @@ try {
     if (!var)
         return 0;
     if (direct == 1)
-        return AddDirectly(PLC_driver.onceReadList, *var);
+        return AddDirectly(&Modbus_RTU_Master::onceReadList, *var);
     if (!PLC_driver.comInfo)
         return 0;
     RW_VAR queued = *var; // so that the caller still has the whole request when memory runs out

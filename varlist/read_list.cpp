@@ -1,6 +1,5 @@
 #include "varlist/read_list.h"
 
-#include "driver/modbus_rtu_master.h"
 #include "frames/address_map.h"
 #include "image/element_run.h"
 #include "varlist/address_text.h"
@@ -77,7 +76,7 @@ bool Describe(const QList<HOST_VAR>& variables, int i, RW_VAR& var)
     return true;
 }
 
-void RebuildSingleStation(const QList<HOST_VAR>& variables)
+void RebuildSingleStation(const QList<HOST_VAR>& variables) PLC_REQUIRES(PLC_driver.listMutex)
 {
     QList<RW_VAR> areaLists[AREA_LISTS];
     RW_VAR var = RequestTemplate();
@@ -123,7 +122,7 @@ void InsertPieces(Chunks& chunks, RW_VAR& var)
     }
 }
 
-int RebuildMultiStation(const QList<HOST_VAR>& variables)
+int RebuildMultiStation(const QList<HOST_VAR>& variables) PLC_REQUIRES(PLC_driver.listMutex)
 {
     Chunks chunks;
     RW_VAR var = RequestTemplate();
@@ -144,7 +143,7 @@ int RebuildMultiStation(const QList<HOST_VAR>& variables)
 
 // Only the requests that came out carry texts: counting references for every variable, all over the memory,
 // took longer than sorting.
-void AddTexts(const QList<HOST_VAR>& variables)
+void AddTexts(const QList<HOST_VAR>& variables) PLC_REQUIRES(PLC_driver.listMutex)
 {
     for (int i = 0; i < PLC_driver.readList.size(); ++i) {
         RW_VAR& request = PLC_driver.readList[i];
@@ -155,8 +154,8 @@ void AddTexts(const QList<HOST_VAR>& variables)
     }
 }
 
-// listMutex is held. \return what ReCreatReadVarList() returns
-int Rebuild(const QList<HOST_VAR>& variables)
+// \return what ReCreatReadVarList() returns
+int Rebuild(const QList<HOST_VAR>& variables) PLC_REQUIRES(PLC_driver.listMutex)
 {
     PLC_driver.readList.clear();
     if (variables.isEmpty())
@@ -192,7 +191,7 @@ struct Block {
 };
 
 // AddListReadVar() keeps exceptions to itself, but merging must not go on without the block that it opens.
-void AppendBlock(RW_VAR& var)
+void AppendBlock(RW_VAR& var) PLC_REQUIRES(PLC_driver.listMutex)
 {
     const int before = PLC_driver.readList.size();
     if (AddListReadVar(&var) == before)
@@ -252,7 +251,7 @@ int ReCreatReadVarList(QList<HOST_VAR>* list)
 {
     if (!PLC_driver.comInfo || !list)
         return 0;
-    QMutexLocker lock(&PLC_driver.listMutex);
+    MutexHolder lock(PLC_driver.listMutex);
     try {
         return Rebuild(*list);
     } catch (...) {
