@@ -8,6 +8,7 @@
 #include "panel/commands/replay_command.h"
 #include "panel/commands/watch_command.h"
 #include "panel/commands/write_command.h"
+#include "panel/session/listeners.h"
 #include "panel/terminal/output.h"
 #include "runtime/host/driver_path.h"
 
@@ -77,5 +78,7 @@ int main(int argc, char* argv[])
     const QCoreApplication application(argc, argv);
     preferUtf8();
     const ExitStatus status = obey(parseCommandLine(QCoreApplication::arguments()));
-    return outputFailed() ? OutputFailed : status;
+    const bool isCaptureLost =
+        status == AllGood && captureFailed(); // what failed at the controller goes before
+    return outputFailed() || isCaptureLost ? OutputFailed : status;
 }

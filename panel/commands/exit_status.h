@@ -16,8 +16,10 @@ enum ExitStatus {
     ControllerNotReached = 4, ///< it could not be reached
     LimitBroken = 5,          ///< nothing was tried: blocks would break a limit of Modbus
 
-    // Of all commands, whatever else they came to.
-    OutputFailed = 6 ///< what was to be printed could not be written
+    // Of all commands.
+    OutputFailed =
+        6 ///< what was to be printed could not be written, whatever else came of it; or, where all else
+          ///< was good, what was to be captured
 };
 
 } // namespace plc
