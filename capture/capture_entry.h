@@ -27,7 +27,6 @@ struct CaptureEntry {
     qint64 microseconds = 0; ///< since the beginning of 1970, UTC
     QByteArray bytes;        ///< of Request, Reply and NotSent
     QString why;             ///< of NotSent
-    qint64 position = 0;     ///< bytes of the file up to here
 };
 
 /// Takes the entries of a capture in the order of their times. \return false: it wants no more

@@ -1,10 +1,10 @@
 #include "capture/capture_reader.h"
 
-#include "capture/json_capture_reader.h"
-#include "capture/pcap_file.h"
-
 #include <QFile>
-#include <QFileInfo>
+
+#include <cerrno>
+
+#include <sys/stat.h>
 
 namespace plc
 {
@@ -12,53 +12,88 @@ namespace plc
 namespace
 {
 
-const qint64 largestFile = 1024LL * 1024 * 1024;
-const char newerFormat[] = "\x0A\x0D\x0D\x0A";
+const int gzipBegin = 0x1F; // which nothing that can be read begins with
 
-CaptureEnd failed(const QString& error)
+QString cannotRead()
 {
-    CaptureEnd end;
-    end.error = error;
-    return end;
+    return QStringLiteral("cannot read it: %1").arg(qt_error_string(errno));
+}
+
+/// \return 0 where it is not known beforehand
+qint64 sizeOf(std::FILE* file)
+{
+    struct stat status = {};
+    const int descriptor = fileno(file);
+    return descriptor >= 0 && fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) ? status.st_size : 0;
 }
 
 } // namespace
 
-CaptureEnd parseCapture(const QByteArray& bytes, const PcapReading& reading, const CaptureSink& sink)
+CaptureReader::CaptureReader(const QString& path)
 {
-    if (PcapFile::recognises(bytes))
-        return parsePcapCapture(bytes, reading, sink);
-    if (bytes.startsWith(newerFormat))
-        return failed(QStringLiteral("byte 0: this is pcapng; save it as pcap (in Wireshark: Save As, then "
-                                     "\"tcpdump - pcap\"; or: editcap -F pcap FILE NEW.pcap)"));
-    if (!bytes.isEmpty() && !bytes.startsWith('{'))
-        return failed(
-            QStringLiteral("byte 0: this is neither a pcap file nor lines of JSON that plcpanel --capture "
-                           "wrote"));
-    return parseJsonCapture(bytes, sink);
+    OpenFile file(std::fopen(QFile::encodeName(path).constData(), "re"));
+    if (file)
+        open(std::move(file));
+    else
+        m_error = cannotRead();
 }
 
-CaptureEnd readCapture(const QString& path, const PcapReading& reading, const CaptureSink& sink)
+CaptureReader::CaptureReader(OpenFile file)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return failed(QStringLiteral("cannot read it: %1").arg(file.errorString()));
-    if (file.isSequential() || !QFileInfo(file).isFile()) // it is read more than once
-        return failed(QStringLiteral("cannot read it: it is no file"));
-    if (file.size() > largestFile)
-        return failed(
-            QStringLiteral("it is larger than a gigabyte; cut it (pcap: editcap -c, lines: split)"));
-    const uchar* const bytes = file.size() > 0 ? file.map(0, file.size()) : nullptr;
-    if (bytes == nullptr && file.size() > 0)
-        return failed(QStringLiteral("cannot read it: %1").arg(file.errorString()));
-    return parseCapture(
-        QByteArray::fromRawData(reinterpret_cast<const char*>(bytes), static_cast<int>(file.size())), reading,
-        sink);
+    open(std::move(file));
 }
 
-std::optional<Settings> capturedSettings(const QString& path)
+void CaptureReader::open(OpenFile file)
 {
-    return readCapture(path, {}, [](const CaptureEntry&) { return false; }).settings;
+    const int firstByte = std::getc(file.get());
+    if (firstByte == EOF)
+        m_error = std::ferror(file.get()) != 0
+                      ? cannotRead()
+                      : QStringLiteral("it holds no capture: there is no line in it");
+    else if (firstByte == gzipBegin)
+        m_error =
+            QStringLiteral("byte 0: it is compressed; unpack it (gunzip), or give <(zcat FILE) in its place");
+    if (!m_error.isEmpty())
+        return;
+    std::ungetc(firstByte, file.get());
+    m_file = file.get();
+    m_size = sizeOf(m_file);
+    if (firstByte == '{')
+        m_lines = std::make_unique<JsonCaptureReader>(std::move(file));
+    else
+        m_packets = std::make_unique<PacketFile>(std::move(file));
+}
+
+std::optional<Settings> CaptureReader::settings() const
+{
+    return m_lines ? m_lines->settings() : std::nullopt;
+}
+
+CaptureEnd CaptureReader::read(const PacketReading& reading, const CaptureSink& sink)
+{
+    if (m_lines)
+        return m_lines->read(sink);
+    if (m_packets)
+        return readPackets(m_packets.get(), reading, sink);
+    CaptureEnd end;
+    end.error = m_error;
+    return end;
+}
+
+std::optional<double> CaptureReader::percentRead() const
+{
+    if (m_size == 0)
+        return std::nullopt;
+    return 100 * static_cast<double>(ftello(m_file)) / static_cast<double>(m_size);
+}
+
+CaptureEnd parseCapture(const QByteArray& bytes, const PacketReading& reading, const CaptureSink& sink)
+{
+    QByteArray copy = bytes; // fmemopen() takes what it could change
+    OpenFile file(fmemopen(copy.data(), static_cast<std::size_t>(copy.size()), "r"));
+    if (!file)
+        throw std::bad_alloc();
+    return CaptureReader(std::move(file)).read(reading, sink);
 }
 
 } // namespace plc

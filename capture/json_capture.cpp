@@ -1,5 +1,6 @@
 #include "capture/json_capture.h"
 
+#include "capture/json_capture_keys.h"
 #include "runtime/modbus/frame_fields.h"
 #include "runtime/modbus/frame_words.h"
 #include "runtime/modbus/remote_words.h"
@@ -11,14 +12,11 @@ namespace plc
 namespace
 {
 
-const int writtenVersion = 1;
 const std::size_t mostRequestsKept = 16;
 
-QJsonObject frameObject(const char* direction, const QByteArray& bytes, const QString& words)
+QJsonObject frameObject(QLatin1String direction, const QByteArray& bytes, const QString& words)
 {
-    return {{QStringLiteral("direction"), QLatin1String(direction)},
-            {QStringLiteral("hex"), hexText(bytes)},
-            {QStringLiteral("words"), words}};
+    return {{jsonkeys::direction, direction}, {jsonkeys::hex, hexText(bytes)}, {jsonkeys::words, words}};
 }
 
 QString endText(const LinkEnd& end)
@@ -30,15 +28,15 @@ QString endText(const LinkEnd& end)
 
 QJsonObject headerOf(const Settings& settings)
 {
-    return {{QStringLiteral("capture"), QStringLiteral("plcpanel")},
-            {QStringLiteral("version"), writtenVersion},
-            {QStringLiteral("controller"), endText({settings.host, settings.port})},
-            {QStringLiteral("remote"), settings.remoteMode},
-            {QStringLiteral("station"), settings.station},
-            {QStringLiteral("multiStation"), settings.multiStation},
-            {QStringLiteral("timeoutMs"), settings.timeoutMs},
-            {QStringLiteral("retries"), settings.retryLimit},
-            {QStringLiteral("maxBlock"), settings.maxBlockCount}};
+    return {{jsonkeys::capture, jsonwords::capturedBy},
+            {jsonkeys::version, jsonCaptureVersion},
+            {jsonkeys::controller, endText({settings.host, settings.port})},
+            {jsonkeys::remote, settings.remoteMode},
+            {jsonkeys::station, settings.station},
+            {jsonkeys::multiStation, settings.multiStation},
+            {jsonkeys::timeoutMs, settings.timeoutMs},
+            {jsonkeys::retries, settings.retryLimit},
+            {jsonkeys::maxBlock, settings.maxBlockCount}};
 }
 
 } // namespace
@@ -56,13 +54,13 @@ JsonCapture::~JsonCapture()
 
 void JsonCapture::line(QJsonObject object)
 {
-    object.insert(QStringLiteral("time"), captureTimeText(m_clock()));
+    object.insert(jsonkeys::time, captureTimeText(m_clock()));
     m_file->write(jsonLine(object).toUtf8() + '\n');
 }
 
-void JsonCapture::event(const char* what, QJsonObject object)
+void JsonCapture::event(QLatin1String what, QJsonObject object)
 {
-    object.insert(QStringLiteral("event"), QLatin1String(what));
+    object.insert(jsonkeys::event, what);
     line(object);
 }
 
@@ -70,14 +68,14 @@ void JsonCapture::opened(const LinkEnd& panel, const LinkEnd& controller)
 {
     m_assembler.reset();
     m_requests.clear();
-    event("connected",
-          {{QStringLiteral("panel"), endText(panel)}, {QStringLiteral("controller"), endText(controller)}});
+    event(jsonwords::connected,
+          {{jsonkeys::panel, endText(panel)}, {jsonkeys::controller, endText(controller)}});
 }
 
 void JsonCapture::closed(const QString& why)
 {
     rest();
-    event("closed", {{QStringLiteral("why"), why}});
+    event(jsonwords::closed, {{jsonkeys::why, why}});
 }
 
 void JsonCapture::sent(const QByteArray& frame)
@@ -86,7 +84,7 @@ void JsonCapture::sent(const QByteArray& frame)
     if (m_requests.size() >= mostRequestsKept)
         m_requests.clear();
     m_requests[wordAt(frame, numberOffset)] = frame;
-    line(frameObject("request", frame, requestMeaning(frame)));
+    line(frameObject(jsonwords::request, frame, requestMeaning(frame)));
 }
 
 QString JsonCapture::requestMeaning(const QByteArray& frame) const
@@ -96,9 +94,8 @@ QString JsonCapture::requestMeaning(const QByteArray& frame) const
 
 void JsonCapture::notSent(const QByteArray& frame, const QString& why)
 {
-    event("not sent", {{QStringLiteral("hex"), hexText(frame)},
-                       {QStringLiteral("words"), requestMeaning(frame)},
-                       {QStringLiteral("why"), why}});
+    event(jsonwords::notSent,
+          {{jsonkeys::hex, hexText(frame)}, {jsonkeys::words, requestMeaning(frame)}, {jsonkeys::why, why}});
 }
 
 void JsonCapture::received(const QByteArray& bytes)
@@ -114,7 +111,7 @@ void JsonCapture::received(const QByteArray& bytes)
 void JsonCapture::reply(const QByteArray& bytes)
 {
     m_rest.remove(0, bytes.size());
-    line(frameObject("reply", bytes, replyMeaning(bytes)));
+    line(frameObject(jsonwords::reply, bytes, replyMeaning(bytes)));
 }
 
 /// A late reply is explained by the request that it answers, if that is known.
@@ -133,15 +130,15 @@ void JsonCapture::rest()
 {
     if (m_rest.isEmpty())
         return;
-    QJsonObject object = frameObject("reply", m_rest, QStringLiteral("no whole reply"));
-    object.insert(QStringLiteral("whole"), false);
+    QJsonObject object = frameObject(jsonwords::reply, m_rest, QStringLiteral("no whole reply"));
+    object.insert(jsonkeys::whole, false);
     line(object);
     m_rest.clear();
 }
 
 void JsonCapture::timedOut()
 {
-    event("no reply in time");
+    event(jsonwords::noReplyInTime);
 }
 
 } // namespace plc

@@ -1,13 +1,8 @@
 /// \file
 /// \brief A capture as lines of JSON, for people and scripts.
 ///
-/// The first line says what was captured how: "capture", "version", "controller", "remote", and the settings
-/// that a replay needs. Each further line has its "time" and
-///  - "direction" ("request" or "reply"), "hex" and "words" for a frame; bytes that make up no frame have
-///  "whole"
-///    with the value false as well;
-///  - or "event": "connected" with "panel" and "controller", "closed" with "why", "no reply in time", or
-///    "not sent" with "hex", "words" and "why".
+/// The first line says what was captured how, each further line is a frame or an event. All keys and their
+/// words: capture/json_capture_keys.h.
 #ifndef CAPTURE_JSON_CAPTURE_H
 #define CAPTURE_JSON_CAPTURE_H
 
@@ -40,7 +35,7 @@ public:
 
 private:
     void line(QJsonObject object);
-    void event(const char* what, QJsonObject object = {});
+    void event(QLatin1String what, QJsonObject object = {});
     void reply(const QByteArray& bytes);
     void rest();
     QString requestMeaning(const QByteArray& frame) const;

@@ -1,6 +1,7 @@
 #include "capture/json_capture_reader.h"
 
 #include "capture/capture_clock.h"
+#include "capture/json_capture_keys.h"
 #include "runtime/model/printable.h"
 
 #include <QJsonDocument>
@@ -14,7 +15,6 @@ namespace plc
 namespace
 {
 
-const int readableVersion = 1;
 const int longestJsonLine = 16 * 1024 * 1024; // a remote frame can have 65535 double words
 const int shownOfLine = 60;
 
@@ -37,29 +37,29 @@ QJsonObject objectOf(const QByteArray& line)
     return document.object();
 }
 
-QString textIn(const QJsonObject& object, const char* member)
+QString textIn(const QJsonObject& object, QLatin1String member)
 {
-    const QJsonValue value = object.value(QLatin1String(member));
+    const QJsonValue value = object.value(member);
     if (!value.isString())
-        throw BadLine(QStringLiteral("\"%1\" is missing or no text").arg(QLatin1String(member)));
+        throw BadLine(QStringLiteral("\"%1\" is missing or no text").arg(member));
     return value.toString();
 }
 
-int numberIn(const QJsonObject& object, const char* member, int otherwise)
+int numberIn(const QJsonObject& object, QLatin1String member, int otherwise)
 {
-    const QJsonValue value = object.value(QLatin1String(member));
+    const QJsonValue value = object.value(member);
     return value.isUndefined() ? otherwise : value.toInt(otherwise);
 }
 
 Settings settingsIn(const QJsonObject& header)
 {
     Settings settings;
-    settings.remoteMode = header.value(QLatin1String("remote")).toBool();
-    settings.multiStation = header.value(QLatin1String("multiStation")).toBool();
-    settings.station = numberIn(header, "station", settings.station);
-    settings.timeoutMs = numberIn(header, "timeoutMs", settings.timeoutMs);
-    settings.retryLimit = numberIn(header, "retries", settings.retryLimit);
-    settings.maxBlockCount = numberIn(header, "maxBlock", settings.maxBlockCount);
+    settings.remoteMode = header.value(jsonkeys::remote).toBool();
+    settings.multiStation = header.value(jsonkeys::multiStation).toBool();
+    settings.station = numberIn(header, jsonkeys::station, settings.station);
+    settings.timeoutMs = numberIn(header, jsonkeys::timeoutMs, settings.timeoutMs);
+    settings.retryLimit = numberIn(header, jsonkeys::retries, settings.retryLimit);
+    settings.maxBlockCount = numberIn(header, jsonkeys::maxBlock, settings.maxBlockCount);
     Settings complete = settings; // what a capture does not say must not count against it
     complete.driverPath = QStringLiteral("any");
     const QString words = settingsError(complete);
@@ -70,20 +70,20 @@ Settings settingsIn(const QJsonObject& header)
 
 Settings headerIn(const QJsonObject& object)
 {
-    if (object.value(QLatin1String("capture")).toString() != QLatin1String("plcpanel"))
+    if (object.value(jsonkeys::capture).toString() != jsonwords::capturedBy)
         throw BadLine(
             QStringLiteral("this is no capture of plcpanel: its first line has \"capture\":\"plcpanel\""));
-    const int version = numberIn(object, "version", 0);
-    if (version != readableVersion)
+    const int version = numberIn(object, jsonkeys::version, 0);
+    if (version != jsonCaptureVersion)
         throw BadLine(QStringLiteral("the capture has version %1; this program reads version %2")
                           .arg(version)
-                          .arg(readableVersion));
+                          .arg(jsonCaptureVersion));
     return settingsIn(object);
 }
 
 qint64 timeIn(const QJsonObject& object)
 {
-    const QString text = textIn(object, "time");
+    const QString text = textIn(object, jsonkeys::time);
     const auto time = parseCaptureTime(text);
     if (!time)
         throw BadLine(QStringLiteral("\"%1\" is no time such as 2026-11-21T14:03:22.123456Z").arg(text));
@@ -103,7 +103,7 @@ QByteArray bytesIn(const QJsonObject& object)
 {
     QByteArray bytes;
     int high = -1;
-    for (const char character : textIn(object, "hex").toUtf8()) {
+    for (const char character : textIn(object, jsonkeys::hex).toUtf8()) {
         const int digit = digitOf(character);
         if (character == ' ' && high < 0)
             continue;
@@ -121,22 +121,22 @@ QByteArray bytesIn(const QJsonObject& object)
 
 std::optional<CaptureEntry::Kind> kindOfEvent(const QString& event)
 {
-    if (event == QLatin1String("connected"))
+    if (event == jsonwords::connected)
         return CaptureEntry::Opened;
-    if (event == QLatin1String("closed"))
+    if (event == jsonwords::closed)
         return CaptureEntry::Closed;
-    if (event == QLatin1String("not sent"))
+    if (event == jsonwords::notSent)
         return CaptureEntry::NotSent;
-    if (event == QLatin1String("no reply in time"))
+    if (event == jsonwords::noReplyInTime)
         return CaptureEntry::TimedOut;
     return std::nullopt;
 }
 
 CaptureEntry::Kind kindOfDirection(const QString& direction)
 {
-    if (direction == QLatin1String("request"))
+    if (direction == jsonwords::request)
         return CaptureEntry::Request;
-    if (direction == QLatin1String("reply"))
+    if (direction == jsonwords::reply)
         return CaptureEntry::Reply;
     throw BadLine(QStringLiteral("\"%1\" is no direction; request or reply is expected").arg(direction));
 }
@@ -146,98 +146,96 @@ std::optional<CaptureEntry> entryIn(const QJsonObject& object)
 {
     CaptureEntry entry;
     entry.microseconds = timeIn(object);
-    if (object.contains(QLatin1String("event"))) {
-        const auto kind = kindOfEvent(textIn(object, "event"));
+    if (object.contains(jsonkeys::event)) {
+        const auto kind = kindOfEvent(textIn(object, jsonkeys::event));
         if (kind)
             entry.kind = *kind;
         if (kind == CaptureEntry::NotSent) {
             entry.bytes = bytesIn(object);
-            entry.why = textIn(object, "why");
+            entry.why = textIn(object, jsonkeys::why);
         }
         return kind ? std::make_optional(entry) : std::nullopt;
     }
-    entry.kind = kindOfDirection(textIn(object, "direction"));
+    entry.kind = kindOfDirection(textIn(object, jsonkeys::direction));
     entry.bytes = bytesIn(object);
-    if (!object.value(QLatin1String("whole")).toBool(true))
+    if (!object.value(jsonkeys::whole).toBool(true))
         return std::nullopt;
     return entry;
 }
 
-/// Goes through the lines until one is wrong or the sink wants no more.
-class JsonCaptureReader
+QString shown(const QByteArray& line)
 {
-public:
-    JsonCaptureReader(const QByteArray& text, const CaptureSink& sink) : m_text(text), m_sink(sink) {}
-
-    CaptureEnd read()
-    {
-        while (m_goOn && m_position < m_text.size()) {
-            const int end = m_text.indexOf('\n', m_position);
-            const bool isCut = end < 0;
-            const int size = (isCut ? m_text.size() : end) - m_position;
-            const QByteArray line = QByteArray::fromRawData(m_text.constData() + m_position, size).trimmed();
-            m_position += isCut ? size : size + 1;
-            ++m_number;
-            tryLine(line, isCut);
-        }
-        if (m_goOn && !m_end.settings)
-            m_end.error = QStringLiteral("it holds no capture: there is no line in it");
-        return m_end;
-    }
-
-private:
-    void tryLine(const QByteArray& line, bool isCut)
-    {
-        try {
-            takeLine(line);
-        } catch (const BadLine& bad) {
-            m_goOn = false;
-            const QString words = QString::fromStdString(bad.what());
-            if (isCut && m_end.settings)
-                m_end.notes << QStringLiteral("its last line, %1, was cut and is left out").arg(m_number);
-            else
-                m_end.error =
-                    QStringLiteral("line %1: %2: %3").arg(m_number).arg(printable(words), shown(line));
-        }
-    }
-
-    void takeLine(const QByteArray& line)
-    {
-        if (line.isEmpty())
-            return;
-        if (line.size() > longestJsonLine)
-            throw BadLine(QStringLiteral("it is longer than %1 bytes").arg(longestJsonLine));
-        const QJsonObject object = objectOf(line);
-        if (!m_end.settings) {
-            m_end.settings = headerIn(object);
-            return;
-        }
-        auto entry = entryIn(object);
-        if (!entry)
-            return;
-        entry->position = m_position;
-        m_goOn = m_sink(*entry);
-    }
-
-    static QString shown(const QByteArray& line)
-    {
-        const QString text = printable(QString::fromUtf8(line.left(shownOfLine)));
-        return line.size() > shownOfLine ? text + QStringLiteral("...") : text;
-    }
-
-    const QByteArray& m_text;
-    const CaptureSink& m_sink;
-    CaptureEnd m_end;
-    int m_position = 0;
-    int m_number = 0;
-    bool m_goOn = true;
-};
+    const QString text = printable(QString::fromUtf8(line.left(shownOfLine)));
+    return line.size() > shownOfLine ? text + QStringLiteral("...") : text;
+}
 
 } // namespace
 
-CaptureEnd parseJsonCapture(const QByteArray& text, const CaptureSink& sink)
+JsonCaptureReader::JsonCaptureReader(OpenFile file) : m_file(std::move(file))
 {
-    return JsonCaptureReader(text, sink).read();
+    while (m_goOn && !m_end.settings && nextLine())
+        tryLine({});
+    if (m_goOn && !m_end.settings)
+        m_end.error = QStringLiteral("it holds no capture: there is no line in it");
+}
+
+CaptureEnd JsonCaptureReader::read(const CaptureSink& sink)
+{
+    while (m_goOn && m_end.settings && nextLine())
+        tryLine(sink);
+    if (m_goOn && std::ferror(m_file.get()) != 0)
+        m_end.error = QStringLiteral("line %1: cannot read on").arg(m_number + 1);
+    return m_end;
+}
+
+/// A line that is too long is read as far as it takes to know that.
+/// \return false at the end
+bool JsonCaptureReader::nextLine()
+{
+    m_line.resize(0);
+    int character = EOF;
+    while (m_line.size() <= longestJsonLine && (character = getc_unlocked(m_file.get())) != EOF &&
+           character != '\n')
+        m_line.append(static_cast<char>(character));
+    m_isCut = character == EOF;
+    ++m_number;
+    return !m_isCut || !m_line.isEmpty();
+}
+
+void JsonCaptureReader::tryLine(const CaptureSink& sink)
+{
+    try {
+        takeLine(sink);
+    } catch (const BadLine& bad) {
+        m_goOn = false;
+        const QString words = QString::fromStdString(bad.what());
+        if (m_isCut && m_end.settings)
+            m_end.notes << QStringLiteral("its last line, %1, was cut and is left out").arg(m_number);
+        else
+            m_end.error = QStringLiteral("line %1: %2: %3")
+                              .arg(m_number)
+                              .arg(printable(words), shown(m_line.trimmed()));
+    }
+}
+
+void JsonCaptureReader::takeLine(const CaptureSink& sink)
+{
+    if (m_line.size() > longestJsonLine)
+        throw BadLine(QStringLiteral("it is longer than %1 bytes").arg(longestJsonLine));
+    const QByteArray line = m_line.trimmed();
+    if (line.isEmpty())
+        return;
+    if (m_end.settings)
+        takeEntry(line, sink);
+    else
+        m_end.settings = headerIn(objectOf(line));
+}
+
+void JsonCaptureReader::takeEntry(const QByteArray& line, const CaptureSink& sink)
+{
+    const auto entry = entryIn(objectOf(line));
+    if (entry)
+        m_goOn = sink(*entry);
 }
 
 } // namespace plc

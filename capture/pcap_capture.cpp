@@ -14,10 +14,9 @@ namespace
 
 const int mostBytesInPacket = 1400;
 const int longestPacket = 65535;
-const int timeToLive = 64;
+const int timeToLive = 64; // IPv6: hop limit
 const int windowSize = 65535;
 const int dontFragment = 0x4000;
-const quint32 firstNumberStep = 1000000; // so that a port that comes again begins another stream
 const qint64 microsecondsPerSecond = 1000000;
 
 template <class Number>
@@ -80,7 +79,7 @@ QByteArray packetHeader(qint64 microseconds, int size)
     return header;
 }
 
-QByteArray ipHeader(quint32 from, quint32 to, int payload, int identification)
+QByteArray ipv4Header(const QByteArray& from, const QByteArray& to, int payload, int identification)
 {
     QByteArray header("\x45\0", 2); // version 4, five words
     put16(&header, ipv4HeaderSize + payload);
@@ -89,18 +88,47 @@ QByteArray ipHeader(quint32 from, quint32 to, int payload, int identification)
     header.append(static_cast<char>(timeToLive));
     header.append(static_cast<char>(protocolTcp));
     put16(&header, 0);
-    putBig(&header, from);
-    putBig(&header, to);
+    header += from + to;
     setChecksum(&header, 10, checksumOf(header));
     return header;
 }
 
-quint32 addressOf(const QString& text, const char* otherwise)
+QByteArray ipv6Header(const QByteArray& from, const QByteArray& to, int payload)
 {
-    in_addr address = {};
-    if (inet_pton(AF_INET, text.toLatin1().constData(), &address) != 1)
-        inet_pton(AF_INET, otherwise, &address);
-    return qFromBigEndian(address.s_addr);
+    QByteArray header("\x60\0\0\0", 4); // version 6
+    put16(&header, payload);
+    header.append(static_cast<char>(protocolTcp));
+    header.append(static_cast<char>(timeToLive));
+    return header + from + to;
+}
+
+/// What the checksum covers besides: the fields of IPv6 are wider, and their sum is the same.
+QByteArray pseudoHeader(const QByteArray& from, const QByteArray& to, int size)
+{
+    QByteArray header = from + to;
+    put16(&header, protocolTcp);
+    put16(&header, size);
+    return header;
+}
+
+/// \return 4 or 16 bytes
+QByteArray addressOf(const QString& text, const char* otherwise)
+{
+    const QByteArray words =
+        text.section(QLatin1Char('%'), 0, 0).toLatin1(); // without the name of an interface
+    QByteArray address(ipv6AddressSize, '\0');
+    if (inet_pton(AF_INET6, words.constData(), address.data()) == 1)
+        return address;
+    address.resize(ipv4AddressSize);
+    if (inet_pton(AF_INET, words.constData(), address.data()) != 1)
+        inet_pton(AF_INET, otherwise, address.data());
+    return address;
+}
+
+/// An IPv4 address beside one of IPv6 is written as IPv6 writes it.
+QByteArray besideIpv6(const QByteArray& address)
+{
+    return address.size() == ipv6AddressSize ? address : QByteArray(10, '\0') + "\xFF\xFF" + address;
 }
 
 } // namespace
@@ -113,8 +141,13 @@ PcapCapture::PcapCapture(std::unique_ptr<CaptureFile> file, CaptureClock clock)
 
 void PcapCapture::opened(const LinkEnd& panel, const LinkEnd& controller)
 {
-    m_panel = {addressOf(panel.address, "192.0.2.1"), panel.port, ++m_connections * firstNumberStep};
-    m_controller = {addressOf(controller.address, "192.0.2.2"), modbusPort, m_connections * firstNumberStep};
+    m_sequence += panelSequenceStep;
+    m_panel = {addressOf(panel.address, "192.0.2.1"), panel.port, m_sequence};
+    m_controller = {addressOf(controller.address, "192.0.2.2"), controller.port, m_sequence};
+    if (m_panel.address.size() != m_controller.address.size()) {
+        m_panel.address = besideIpv6(m_panel.address);
+        m_controller.address = besideIpv6(m_controller.address);
+    }
     m_isOpen = true;
     packet(&m_panel, {m_controller.address, m_controller.port, 0}, tcpSyn, {});
     packet(&m_controller, m_panel, tcpSyn | tcpAcknowledge, {});
@@ -150,6 +183,7 @@ void PcapCapture::stream(Side* from, Side* to, const QByteArray& bytes)
 /// SYN and FIN count as a byte of the stream.
 void PcapCapture::packet(Side* from, const Side& to, int flags, const QByteArray& bytes)
 {
+    const bool isIpv6 = from->address.size() == ipv6AddressSize;
     QByteArray tcp;
     put16(&tcp, from->port);
     put16(&tcp, to.port);
@@ -160,13 +194,10 @@ void PcapCapture::packet(Side* from, const Side& to, int flags, const QByteArray
     put16(&tcp, 0);
     put16(&tcp, 0);
     tcp += bytes;
-    QByteArray pseudoHeader;
-    putBig(&pseudoHeader, from->address);
-    putBig(&pseudoHeader, to.address);
-    put16(&pseudoHeader, protocolTcp);
-    put16(&pseudoHeader, tcp.size());
-    setChecksum(&tcp, 16, checksumOf(pseudoHeader + tcp));
-    const QByteArray ip = ipHeader(from->address, to.address, tcp.size(), m_packets++ & 0xFFFF) + tcp;
+    setChecksum(&tcp, 16, checksumOf(pseudoHeader(from->address, to.address, tcp.size()) + tcp));
+    const QByteArray ip = (isIpv6 ? ipv6Header(from->address, to.address, tcp.size())
+                                  : ipv4Header(from->address, to.address, tcp.size(), m_packets++ & 0xFFFF)) +
+                          tcp;
     m_file->write(packetHeader(m_clock(), ip.size()) + ip);
     from->next += static_cast<quint32>(bytes.size()) + ((flags & (tcpSyn | tcpFin)) != 0 ? 1 : 0);
 }

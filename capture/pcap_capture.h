@@ -12,10 +12,10 @@
 namespace plc
 {
 
-/// Writes the bytes of the link as the TCP stream that they are, in IPv4 packets (link type "raw IP"), each
-/// connection as a new stream. The headers are made up, because the link does not see the real ones: the
-/// controller's port is always 502, by which those programs know Modbus/TCP, and addresses that are no IPv4
-/// become 192.0.2.1 (panel) and 192.0.2.2 (controller).
+/// Writes the bytes of the link as the TCP stream that they are, in IPv4 or IPv6 packets (link type "raw
+/// IP"), each connection as a new stream. Addresses and ports are those of the link; sequence numbers and
+/// what else stands in the headers are made up, because the link does not see the real ones. An address that
+/// is none becomes 192.0.2.1 (panel) or 192.0.2.2 (controller).
 class PcapCapture : public LinkTap
 {
 public:
@@ -30,7 +30,7 @@ public:
 
 private:
     struct Side {
-        quint32 address = 0;
+        QByteArray address; // 4 or 16 bytes, as many on both sides
         int port = 0;
         quint32 next = 0; // sequence number
     };
@@ -43,7 +43,7 @@ private:
     Side m_panel;
     Side m_controller;
     bool m_isOpen = false;
-    quint32 m_connections = 0;
+    quint32 m_sequence = 0; // that the connection began with
     int m_packets = 0;
 };
 

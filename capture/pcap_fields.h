@@ -1,18 +1,20 @@
 /// \file
-/// \brief The fields of pcap files, and of the headers of the packets in them.
+/// \brief The fields of the pcap files that are written, and of the headers of packets.
 #ifndef CAPTURE_PCAP_FIELDS_H
 #define CAPTURE_PCAP_FIELDS_H
 
 namespace plc
 {
 
-const unsigned int pcapMagic = 0xA1B2C3D4;           ///< times in microseconds
-const unsigned int pcapNanosecondMagic = 0xA1B23C4D; ///< times in nanoseconds
-const int pcapHeaderSize = 24;
-const int pcapPacketHeaderSize = 16;
+const unsigned int pcapMagic = 0xA1B2C3D4; ///< times in microseconds
+const int linkTypeRawIp = 101;             ///< as files name it
 
-const int linkTypeRawIp = 101;
+/// Of the first connection that a capture of the panel shows, by which its reader knows it; each further
+/// connection begins as much higher, so that a port that comes again begins another stream.
+const unsigned int panelSequenceStep = 1000000;
 
+const int ipv4AddressSize = 4;
+const int ipv6AddressSize = 16;
 const int ipv4HeaderSize = 20; ///< without options
 const int ipv6HeaderSize = 40; ///< without extensions
 const int tcpHeaderSize = 20;  ///< without options

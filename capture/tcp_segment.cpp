@@ -3,6 +3,8 @@
 #include "capture/pcap_fields.h"
 #include "runtime/modbus/frame_fields.h"
 
+#include <pcap/dlt.h>
+
 #include <algorithm>
 
 namespace plc
@@ -18,22 +20,16 @@ const int tagSize = 4;
 const int mostTags = 2;
 
 struct LinkLayer {
-    int linkType;
+    int linkType; // as libpcap numbers it
     int headerSize;
     int typeOffset; // of the EtherType; -1: it has none, and IP follows
 };
 
 const LinkLayer linkLayers[] = {
-    {0, 4, -1},    // loopback: four bytes, the protocol in an order of the machine's
-    {1, 14, 12},   // Ethernet
-    {12, 0, -1},   // raw IP, as some systems number it
-    {14, 0, -1},   // the same
-    {101, 0, -1},  // raw IP
-    {108, 4, -1},  // loopback, the protocol big-endian
-    {113, 16, 14}, // Linux cooked
-    {228, 0, -1},  // raw IPv4
-    {229, 0, -1},  // raw IPv6
-    {276, 20, 0},  // Linux cooked, version 2
+    {DLT_NULL, 4, -1}, // loopback: four bytes, the protocol in an order of the machine's
+    {DLT_LOOP, 4, -1}, // the same, big-endian
+    {DLT_EN10MB, 14, 12}, {DLT_RAW, 0, -1},        {DLT_IPV4, 0, -1},
+    {DLT_IPV6, 0, -1},    {DLT_LINUX_SLL, 16, 14}, {DLT_LINUX_SLL2, 20, 0},
 };
 
 const LinkLayer* linkLayerOf(int linkType)

@@ -21,6 +21,7 @@ struct TcpSegment {
     QByteArray bytes;     ///< points into the packet's
 };
 
+/// \param linkType one of libpcap's DLT_ numbers
 /// \return true when packets of this link type can be read: Ethernet, raw IP, Linux cooked (both versions),
 ///         loopback
 bool isKnownLinkType(int linkType);

@@ -51,7 +51,8 @@ const OptionRow optionRows[] = {
     {"remote", nullptr,
      "Speak remote frames instead of Modbus TCP; the controller must do so too, as plcsim --remote does.",
      R | W | V | C | P, nullptr},
-    {"port", "N", "The controller's TCP port in the packets of a .pcap file.", P, &Settings::port},
+    {"port", "N", "The controller's TCP port in captured packets; a capture of plcpanel says it itself.", P,
+     &Settings::port},
     {"hex", nullptr, "Print values in hexadecimal.", R | V | P, nullptr},
     {"json", nullptr, "Print a JSON object per line.", R | V | C | P, nullptr},
     {"once", nullptr, "Refresh every variable once, print the table and end.", V, nullptr},
@@ -73,7 +74,9 @@ const OptionRow optionRows[] = {
      allWithLink, nullptr},
     {"capture", "FILE",
      "Write everything that goes over the link to this file, with times. FILE.pcap is for programs that show "
-     "network traffic, FILE.jsonl for people and scripts: a JSON object a line. A file that is there is "
+     "network traffic (where the controller's port is not 502 they want to be told what it is: tshark -d "
+     "tcp.port==1502,mbtcp), FILE.jsonl for people and scripts: a JSON object a line. A file that is there "
+     "is "
      "replaced. plcpanel replay plays both.",
      allWithLink, nullptr},
 };
@@ -136,13 +139,16 @@ const CommandRow commandRows[] = {
      "its\n"
      "variables have then; with --json a line for each change. Give the variables that were watched (--vars "
      "and\n"
-     "--max-block too, as then), or none for those that the captured requests read. A .pcap file of other\n"
-     "programs will do: Ethernet, raw IP, Linux cooked or loopback packets. From such a file the settings "
-     "cannot\n"
-     "be seen: --station, --multi-station, --timeout, --retries and --remote are to be those of the panel.\n",
+     "--max-block too, as then), or none for those that the captured requests read. Packets that other\n"
+     "programs captured will do, pcap and pcapng: Ethernet, raw IP, Linux cooked or loopback. From such a "
+     "file\n"
+     "the settings cannot be seen: --station, --multi-station, --timeout, --retries and --remote are to be\n"
+     "those of the panel. FILE may be a pipe. It is read once and, where variables are named, none of it is\n"
+     "kept; otherwise its frames are, in at most 256 MB of memory.\n",
      "  plcpanel replay report.jsonl\n"
      "  plcpanel replay report.jsonl --vars examples/machine.csv --json\n"
-     "  plcpanel replay traffic.pcap 9:100x4 --port 1502\n"},
+     "  plcpanel replay traffic.pcapng 9:100x4 --port 1502\n"
+     "  plcpanel replay <(zcat traffic.pcap.gz) 9:100x4\n"},
     {Command::Demo, D, "demo", "demo", "try everything on a simulated controller",
      "Starts a simulated controller on this machine, writes and reads every area that allows it, switches a\n"
      "station off and on, lets the controller fall silent and come back, and compares every value with the\n"
@@ -185,8 +191,8 @@ QString ownExitStatusText(std::optional<Command> command)
 
 QString exitStatusText(std::optional<Command> command)
 {
-    return ownExitStatusText(command) +
-           QStringLiteral("  6  what was to be printed could not be written, whatever else was done\n");
+    return ownExitStatusText(command) + QStringLiteral("  6  what was to be printed could not be written, "
+                                                       "whatever else was done, or a capture was not\n");
 }
 
 QString variablesText()

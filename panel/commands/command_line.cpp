@@ -1,7 +1,6 @@
 #include "panel/commands/command_line.h"
 
 #include "capture/capture.h"
-#include "capture/capture_reader.h"
 #include "panel/commands/command_help.h"
 #include "runtime/cycle/refresh_plan.h"
 
@@ -65,15 +64,9 @@ QString replayedFile(const QCommandLineParser& parser)
     return words.at(1);
 }
 
-/// A capture may say what it was made with; what the user says goes before.
-Settings replayedSettings(const QCommandLineParser& parser)
+/// \param settings where nothing is said
+Settings settingsOf(const QCommandLineParser& parser, Command command, Settings settings)
 {
-    return capturedSettings(replayedFile(parser)).value_or(Settings());
-}
-
-Settings settingsOf(const QCommandLineParser& parser, Command command)
-{
-    Settings settings = command == Command::Replay ? replayedSettings(parser) : Settings();
     settings.timeoutMs = numberOf(parser, "timeout", 1, 60000, settings.timeoutMs);
     settings.retryLimit = numberOf(parser, "retries", 0, 1000, settings.retryLimit);
     settings.maxBlockCount =
@@ -86,10 +79,8 @@ Settings settingsOf(const QCommandLineParser& parser, Command command)
     settings.remoteMode = settings.remoteMode || parser.isSet(QStringLiteral("remote"));
     settings.station = numberOf(parser, "station", 0, lastStation, settings.station);
     settings.multiStation = settings.multiStation || parser.isSet(QStringLiteral("multi-station"));
-    if (command == Command::Replay) {
-        settings.port = numberOf(parser, "port", 1, 65535, settings.port);
+    if (command == Command::Replay)
         return settings;
-    }
     if (!parser.isSet(QStringLiteral("controller")))
         refuse(QStringLiteral("--controller is missing; say which controller, for example --controller "
                               "192.168.0.10:502"));
@@ -205,9 +196,9 @@ void setVariables(const QStringList& texts, Options* options)
 }
 
 /// A capture may say in which blocks its variables were read.
-bool isCaptured(const Options& options)
+bool saysBlocks(const Options& options)
 {
-    return options.command == Command::Replay && capturedSettings(options.captureFile).has_value();
+    return options.capture && options.capture->settings();
 }
 
 /// Chooses the longest requests that Modbus allows for the variables, or refuses a choice that breaks a
@@ -217,7 +208,7 @@ void setBlockCount(const QCommandLineParser& parser, Options* options)
     std::vector<Variable> variables = options->variables;
     for (const ListedVariable& listed : options->listed)
         variables.push_back(listed.elements);
-    if (!parser.isSet(QStringLiteral("max-block")) && !isCaptured(*options))
+    if (!parser.isSet(QStringLiteral("max-block")) && !saysBlocks(*options))
         options->settings.maxBlockCount = blockCountFor(variables);
     const QString words = blockRefusal(variables, options->settings.maxBlockCount);
     const bool makesBlocks = options->command == Command::Watch || options->command == Command::Replay;
@@ -247,15 +238,29 @@ void setLogs(const QCommandLineParser& parser, Options* options)
         refuse(QStringLiteral("--capture %1: %2").arg(options->captureTo, words));
 }
 
+void openCapture(const QCommandLineParser& parser, Options* options)
+{
+    options->captureFile = replayedFile(parser);
+    options->capture = std::make_shared<CaptureReader>(options->captureFile);
+    if (parser.isSet(QStringLiteral("port")))
+        options->capturedPort = numberOf(parser, "port", 1, 65535, defaultPort);
+}
+
+/// A capture may say what it was made with; what the user says goes before.
+Settings capturedSettings(const Options& options)
+{
+    return options.capture ? options.capture->settings().value_or(Settings()) : Settings();
+}
+
 Options optionsOf(const QCommandLineParser& parser, Command command)
 {
     Options options;
     options.command = command;
-    options.settings = settingsOf(parser, command);
     if (command == Command::Replay)
-        options.captureFile = replayedFile(parser);
+        openCapture(parser, &options);
     else
         setLogs(parser, &options);
+    options.settings = settingsOf(parser, command, capturedSettings(options));
     if (command != Command::Write && command != Command::Demo)
         options.format = formatOf(parser);
     if (command == Command::Watch) {

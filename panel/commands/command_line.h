@@ -3,6 +3,7 @@
 #ifndef PANEL_COMMANDS_COMMAND_LINE_H
 #define PANEL_COMMANDS_COMMAND_LINE_H
 
+#include "capture/capture_reader.h"
 #include "runtime/model/settings.h"
 #include "runtime/model/value_text.h"
 #include "runtime/model/variable.h"
@@ -11,6 +12,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <memory>
+#include <optional>
 #include <vector>
 
 namespace plc
@@ -32,8 +35,10 @@ struct Options {
     std::vector<WriteTask> writes;      ///< of write, each of which can be written
     std::vector<ListedVariable> listed; ///< of watch and check: those of the list, each of which can be read
     ValueFormat format = ValueFormat::Decimal;
-    QString captureTo;   ///< where the link's bytes go; empty: nowhere
-    QString captureFile; ///< of replay: what is played
+    QString captureTo;                      ///< where the link's bytes go; empty: nowhere
+    QString captureFile;                    ///< of replay: what is played
+    std::shared_ptr<CaptureReader> capture; ///< the same, open, its beginning read
+    std::optional<int> capturedPort;        ///< of replay: the controller's port in captured packets
     bool once = false;
     bool trace = false;
     bool statistics = false;

@@ -16,10 +16,8 @@ enum ExitStatus {
     ControllerNotReached = 4, ///< it could not be reached
     LimitBroken = 5,          ///< nothing was tried: blocks would break a limit of Modbus
 
-    // Of all commands.
-    OutputFailed =
-        6 ///< what was to be printed could not be written, whatever else came of it; or, where all else
-          ///< was good, what was to be captured
+    // Of all commands: output whatever else came of it, a capture where all else was good.
+    OutputFailed = 6 ///< what was to be printed or captured could not be written
 };
 
 } // namespace plc

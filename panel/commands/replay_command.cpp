@@ -1,8 +1,8 @@
 #include "panel/commands/replay_command.h"
 
 #include "capture/capture_clock.h"
-#include "capture/capture_reader.h"
 #include "capture/captured_reads.h"
+#include "capture/held_entries.h"
 #include "capture/replay.h"
 #include "panel/terminal/output.h"
 #include "panel/terminal/progress_line.h"
@@ -11,8 +11,6 @@
 #include "panel/watch/watch_rows.h"
 #include "runtime/cycle/refresh_plan.h"
 #include "runtime/modbus/request_pieces.h"
-
-#include <QFileInfo>
 
 #include <algorithm>
 
@@ -29,22 +27,24 @@ QDateTime dateTimeOf(qint64 microseconds)
     return QDateTime::fromMSecsSinceEpoch(microseconds / 1000, Qt::UTC);
 }
 
-PcapReading readingOf(const Options& options)
+PacketReading readingOf(const Options& options)
 {
-    PcapReading reading;
-    reading.controllerPort = options.settings.port;
+    PacketReading reading;
+    reading.controllerPort = options.capturedPort;
     reading.format = options.settings.remoteMode ? FrameFormat::Remote : FrameFormat::ModbusTcp;
     reading.timeoutMs = options.settings.timeoutMs;
     return reading;
 }
 
-/// Where no variable is named, those of the captured reads take their place.
+bool namesVariables(const Options& options)
+{
+    return !options.variables.empty() || !options.listed.empty();
+}
+
+/// The captured reads take the place of named variables.
 Options withVariables(const Options& options, const CapturedReads& reads)
 {
     Options complete = options;
-    complete.settings.staleAfterMs = neverOldMs;
-    if (!options.variables.empty() || !options.listed.empty())
-        return complete;
     complete.variables = reads.variables();
     complete.settings.multiStation = reads.stations().size() > 1;
     if (reads.stations().size() == 1)
@@ -166,36 +166,80 @@ bool wasReadLast(const WatchRow& row)
     return row.value.ageMs >= 0 && row.value.code == 0;
 }
 
+/// \param entries that were read so far; told where it is not known how much there is
+QString progressText(const char* what, const CaptureReader& capture, std::size_t entries)
+{
+    const auto percent = capture.percentRead();
+    return QLatin1String(what) + (percent ? QStringLiteral(": %1 %").arg(*percent, 0, 'f', 0)
+                                          : QStringLiteral(": %1 frames").arg(entries));
+}
+
+/// What is there when a capture has been played.
+ExitStatus show(const Options& options, const CapturedReads& reads, const CaptureEnd& end,
+                const ReplayedRows& rows)
+{
+    if (options.format != ValueFormat::Json)
+        printTable(options, reads, rows);
+    note(options, end.notes, rows.counts());
+    const std::vector<WatchRow> last = rows.rows(reads.lastTime());
+    return std::all_of(last.begin(), last.end(), wasReadLast) ? AllGood : ControllerFailed;
+}
+
+/// What is asked for is known, so each entry is played as it is read.
+ExitStatus replayNamed(const Options& options)
+{
+    CapturedReads reads(options.settings.remoteMode);
+    ProgressLine progress;
+    ReplayedRows rows(options);
+    std::size_t entries = 0;
+    const CaptureEnd end = options.capture->read(readingOf(options), [&](const CaptureEntry& entry) {
+        reads.add(entry);
+        rows.play(entry);
+        progress.show(progressText("replaying", *options.capture, ++entries));
+        return true;
+    });
+    progress.clear();
+    return end.error.isEmpty() ? show(options, reads, end, rows) : refuse(options, end.error);
+}
+
+/// What was read is known when the whole capture is, so its entries are kept until then.
+ExitStatus replayWhatWasRead(const Options& options)
+{
+    CapturedReads reads(options.settings.remoteMode);
+    HeldEntries held;
+    ProgressLine progress;
+    const CaptureEnd end = options.capture->read(readingOf(options), [&](const CaptureEntry& entry) {
+        reads.add(entry);
+        progress.show(progressText("reading", *options.capture, held.entries().size()));
+        return held.add(entry);
+    });
+    progress.clear();
+    if (!end.error.isEmpty())
+        return refuse(options, end.error);
+    if (held.isFull())
+        return refuse(options,
+                      QStringLiteral("to find out what was read takes more than %1 MB of memory; name the "
+                                     "variables, then it is played as it is read, however long it is")
+                          .arg(mostHeldMegabytes));
+    const Options complete = withVariables(options, reads);
+    if (complete.variables.empty())
+        return refuse(options, QStringLiteral("it holds no read that the driver could have made"));
+    ReplayedRows rows(complete);
+    for (const CaptureEntry& entry : held.entries()) {
+        rows.play(entry);
+        progress.show(QStringLiteral("replaying"));
+    }
+    progress.clear();
+    return show(complete, reads, end, rows);
+}
+
 } // namespace
 
 ExitStatus runReplay(const Options& options)
 {
-    const PcapReading reading = readingOf(options);
-    CapturedReads reads(options.settings.remoteMode);
-    const CaptureEnd end = readCapture(options.captureFile, reading, [&reads](const CaptureEntry& entry) {
-        reads.add(entry);
-        return true;
-    });
-    if (!end.error.isEmpty())
-        return refuse(options, end.error);
-    const Options complete = withVariables(options, reads);
-    if (complete.variables.empty() && complete.listed.empty())
-        return refuse(options, QStringLiteral("it holds no read that the driver could have made"));
-    const double size = static_cast<double>(QFileInfo(options.captureFile).size());
-    ProgressLine progress;
-    ReplayedRows rows(complete);
-    readCapture(options.captureFile, reading, [&](const CaptureEntry& entry) {
-        rows.play(entry);
-        progress.show(QStringLiteral("replaying: %1 %")
-                          .arg(100 * static_cast<double>(entry.position) / size, 0, 'f', 0));
-        return true;
-    });
-    progress.clear();
-    if (complete.format != ValueFormat::Json)
-        printTable(complete, reads, rows);
-    note(complete, end.notes, rows.counts());
-    const std::vector<WatchRow> last = rows.rows(reads.lastTime());
-    return std::all_of(last.begin(), last.end(), wasReadLast) ? AllGood : ControllerFailed;
+    Options own = options;
+    own.settings.staleAfterMs = neverOldMs;
+    return namesVariables(own) ? replayNamed(own) : replayWhatWasRead(own);
 }
 
 } // namespace plc

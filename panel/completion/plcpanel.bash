@@ -75,7 +75,7 @@ _plcpanel() {
   elif [[ ${#words[@]} == 0 ]]; then
     mapfile -t COMPREPLY < <(compgen -W "read write watch check replay demo" -- "$current")
   elif [[ ${words[0]} == replay && ${#words[@]} == 1 ]]; then
-    _plcpanel_files pcap jsonl
+    _plcpanel_files pcap pcapng jsonl
   fi
 }
 

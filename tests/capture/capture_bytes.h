@@ -82,7 +82,7 @@ inline std::string entryText(const plc::CaptureEntry& entry)
     return std::string();
 }
 
-inline Read read(const QByteArray& bytes, const plc::PcapReading& reading = {})
+inline Read read(const QByteArray& bytes, const plc::PacketReading& reading = {})
 {
     Read read;
     read.end = plc::parseCapture(bytes, reading, [&read](const plc::CaptureEntry& entry) {

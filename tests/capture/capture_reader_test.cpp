@@ -6,7 +6,10 @@
 
 #include <gmock/gmock.h>
 
+#include <QTemporaryFile>
 #include <QtEndian>
+
+#include <pcap/dlt.h>
 
 namespace
 {
@@ -86,6 +89,30 @@ QByteArray bigEndian(QByteArray pcap)
     return pcap;
 }
 
+/// \return a block of pcapng
+QByteArray block(quint32 type, QByteArray body)
+{
+    body.append(QByteArray((4 - body.size() % 4) % 4, '\0'));
+    const QByteArray size = little(static_cast<quint32>(body.size() + 12));
+    return little(type) + size + body + size;
+}
+
+/// \return the packets of \a pcap as pcapng, times in microseconds
+QByteArray pcapng(const QByteArray& pcap, int linkType)
+{
+    QByteArray changed = block(0x0A0D0D0A, QByteArray::fromHex("4D3C2B1A01000000FFFFFFFFFFFFFFFF")) +
+                         block(1, little(static_cast<quint32>(linkType)) + little(65535));
+    for (int at = packetOffset; at < pcap.size();) {
+        const quint64 time = quint64(littleAt(pcap, at)) * 1000000 + littleAt(pcap, at + 4);
+        const quint32 size = littleAt(pcap, at + 8);
+        changed += block(6, little(0) + little(static_cast<quint32>(time >> 32)) +
+                                little(static_cast<quint32>(time)) + little(size) + little(size) +
+                                pcap.mid(at + 16, static_cast<int>(size)));
+        at += 16 + static_cast<int>(size);
+    }
+    return changed;
+}
+
 class PcapOf : public testing::TestWithParam<std::pair<int, const char*>>
 {
 };
@@ -96,6 +123,8 @@ TEST_P(PcapOf, ThisLinkTypeIsRead)
                                           QByteArray::fromHex(GetParam().second));
     EXPECT_THAT(test::read(pcap).entries, ElementsAre("+", request, answer, "-"));
     EXPECT_THAT(test::read(bigEndian(pcap)).entries, ElementsAre("+", request, answer, "-"));
+    EXPECT_THAT(test::read(pcapng(pcap, GetParam().first)).entries, ElementsAre("+", request, answer, "-"));
+    EXPECT_EQ(test::read(pcapng(pcap, GetParam().first)).times, test::read(pcap).times);
 }
 
 INSTANTIATE_TEST_SUITE_P(LinkTypes, PcapOf,
@@ -106,7 +135,7 @@ INSTANTIATE_TEST_SUITE_P(LinkTypes, PcapOf,
                                          std::make_pair(276, "0800000000000001000100060000000000010000"),
                                          std::make_pair(0, "02000000")));
 
-TEST(PcapCaptureReader, TakesTimesInNanoseconds)
+TEST(PacketCaptureReader, TakesTimesInNanoseconds)
 {
     QByteArray pcap = captured<PcapCapture>(exchange);
     pcap.replace(0, 4, little(0xA1B23C4D));
@@ -114,33 +143,35 @@ TEST(PcapCaptureReader, TakesTimesInNanoseconds)
     EXPECT_EQ(test::read(pcap).times.at(1), 123456);
 }
 
-TEST(PcapCaptureReader, DropsNothingThatBeganBeforeTheCapture)
+TEST(PacketCaptureReader, DropsNothingThatBeganBeforeTheCapture)
 {
     const QByteArray pcap = captured<PcapCapture>(exchange);
     const QByteArray withoutBeginning = pcap.left(packetOffset) + pcap.mid(packetOffset + 3 * 56);
-    EXPECT_THAT(test::read(withoutBeginning).entries, ElementsAre("+", request, answer, "-"));
+    PacketReading reading;
+    reading.controllerPort = 1502;
+    EXPECT_THAT(test::read(withoutBeginning, reading).entries, ElementsAre("+", request, answer, "-"));
 }
 
-TEST(PcapCaptureReader, TellsAReplyFromALateOneByTheTimeOut)
+TEST(PacketCaptureReader, TellsAReplyFromALateOneByTheTimeOut)
 {
     const QByteArray pcap = captured<PcapCapture>(exchange);
-    PcapReading reading;
+    PacketReading reading;
     reading.timeoutMs = 1; // as much as is between two looks at the clock
     EXPECT_THAT(test::read(pcap, reading).entries, ElementsAre("+", request, answer, "-"));
     reading.timeoutMs = 0;
     EXPECT_THAT(test::read(pcap, reading).entries, ElementsAre("+", request, "timed out", answer, "-"));
 }
 
-TEST(PcapCaptureReader, NamesThePortsThatAreThereWhenTheControllersIsNot)
+TEST(PacketCaptureReader, NamesThePortsThatAreThereWhenTheControllersIsNot)
 {
-    PcapReading reading;
-    reading.controllerPort = 1502;
+    PacketReading reading;
+    reading.controllerPort = 503;
     EXPECT_EQ(
         test::read(captured<PcapCapture>(exchange), reading).end.error.toStdString(),
-        "it holds no TCP to or from port 1502 (but from ports 502, 40000); --port names the controller's");
+        "it holds no TCP to or from port 503 (but from ports 1502, 40000); --port names the controller's");
 }
 
-TEST(PcapCaptureReader, GoesOnWithTheFirstFrameBehindAGap)
+TEST(PacketCaptureReader, GoesOnWithTheFirstFrameBehindAGap)
 {
     const int frames = 40;
     QByteArray pcap = captured<PcapCapture>([](LinkTap* tap) {
@@ -154,7 +185,7 @@ TEST(PcapCaptureReader, GoesOnWithTheFirstFrameBehindAGap)
     EXPECT_EQ(std::count(entries.begin(), entries.end(), request), frames - 1);
 }
 
-TEST(PcapCaptureReader, ReadsRemoteFrames)
+TEST(PacketCaptureReader, ReadsRemoteFrames)
 {
     const QByteArray read = QByteArray::fromHex("16000000010009000000640002000000000000000086");
     const QByteArray reply = QByteArray::fromHex("00000000000701090412340007");
@@ -163,41 +194,107 @@ TEST(PcapCaptureReader, ReadsRemoteFrames)
         tap->sent(read);
         tap->received(reply);
     });
-    PcapReading reading;
+    PacketReading reading;
     reading.format = FrameFormat::Remote;
     EXPECT_THAT(test::read(pcap, reading).entries,
                 ElementsAre("+", "> " + read.toHex().toStdString(), "< " + reply.toHex().toStdString()));
 }
 
-TEST(PcapCaptureReader, LeavesACutPacketOutWithANote)
+TEST(PacketCaptureReader, LeavesACutPacketOutWithANote)
 {
-    const test::Read read = test::read(captured<PcapCapture>(exchange).chopped(1));
-    EXPECT_EQ(read.end.error, QString());
-    EXPECT_THAT(read.end.notes, ElementsAre(QStringLiteral("its last packet was cut and is left out")));
-    EXPECT_THAT(read.entries, ElementsAre("+", request, answer, "-"));
+    for (const QByteArray& whole :
+         {captured<PcapCapture>(exchange), pcapng(captured<PcapCapture>(exchange), 101)}) {
+        const test::Read read = test::read(whole.chopped(1));
+        EXPECT_EQ(read.end.error, QString());
+        EXPECT_THAT(read.end.notes,
+                    ElementsAre(QStringLiteral("its last packet, 8, was cut and is left out")));
+        EXPECT_THAT(read.entries, ElementsAre("+", request, answer, "-"));
+    }
 }
 
-TEST(PcapCaptureReader, TellsAtWhichByteAPacketIsImpossible)
+TEST(PacketCaptureReader, LeavesPacketsOutThatWereCapturedInPart)
+{
+    QByteArray pcap = captured<PcapCapture>(exchange);
+    const int requestAt = packetOffset + 3 * 56;
+    const int requestSize = static_cast<int>(littleAt(pcap, requestAt + 8));
+    pcap.replace(requestAt + 8, 4, little(static_cast<quint32>(requestSize - 5)));
+    pcap.remove(requestAt + 16 + requestSize - 5, 5);
+    const test::Read read = test::read(pcap);
+    EXPECT_EQ(read.end.error, QString());
+    EXPECT_EQ(read.end.notes.join(QLatin1Char('|')).toStdString(),
+              "packets that were captured in part only are left out: 1, the first of them packet 4; capture "
+              "whole packets (tcpdump: -s 0)");
+    EXPECT_THAT(read.entries, ElementsAre("+", answer, "-"));
+}
+
+TEST(PacketCaptureReader, TellsAtWhichPacketALengthIsImpossible)
 {
     QByteArray pcap = captured<PcapCapture>(exchange);
     pcap.replace(packetOffset + 56 + 8, 4, little(0x7FFFFFFF));
-    EXPECT_EQ(errorOf(pcap), "byte 80: a packet of 2147483647 bytes, which no program captures");
+    EXPECT_THAT(errorOf(pcap), StartsWith("packet 2: "));
+    EXPECT_THAT(errorOf(pcap), HasSubstr("2147483647"));
 }
 
-TEST(PcapCaptureReader, TellsALinkTypeThatItDoesNotKnow)
+TEST(PacketCaptureReader, TellsALinkTypeThatItDoesNotKnow)
 {
     EXPECT_THAT(errorOf(withLinkLayer(captured<PcapCapture>(exchange), 105, QByteArray())),
-                StartsWith("byte 20: packets of link type 105; Ethernet, raw IP, "));
+                StartsWith("byte 20: packets of link type IEEE802_11; Ethernet, raw IP, "));
 }
 
-TEST(CaptureReader, TellsWhatToDoWithPcapng)
+TEST(PacketCaptureReader, TakesThePortOfTheControllerFromACaptureOfThePanel)
 {
-    EXPECT_THAT(errorOf(QByteArray::fromHex("0A0D0D0A1C000000")), HasSubstr("save it as pcap"));
+    const auto toPort = [](int port) {
+        return captured<PcapCapture>([port](LinkTap* tap) {
+            tap->opened({QStringLiteral("10.0.0.1"), 40000}, {QStringLiteral("10.0.0.2"), port});
+            tap->sent(readTwo);
+        });
+    };
+    EXPECT_THAT(test::read(toPort(502)).entries, ElementsAre("+", request));
+    EXPECT_THAT(test::read(toPort(1502)).entries, ElementsAre("+", request));
+    PacketReading named;
+    named.controllerPort = 502;
+    EXPECT_THAT(test::read(toPort(1502), named).end.error.toStdString(),
+                HasSubstr("(but from ports 1502, 40000)"));
+}
+
+TEST(PacketCaptureReader, TakesPort502InCapturesOfOthers)
+{
+    QByteArray pcap = captured<PcapCapture>(exchange);
+    pcap[packetOffset + 16 + 20 + 7] = 0x41; // another first sequence number
+    EXPECT_THAT(errorOf(pcap),
+                StartsWith("it holds no TCP to or from port 502 (but from ports 1502, 40000)"));
+}
+
+TEST(CaptureReader, RefusesCompressedAndUnknownFilesAndTellsWhatToDo)
+{
+    EXPECT_THAT(errorOf(QByteArray::fromHex("1F8B080000000000")),
+                HasSubstr("unpack it (gunzip), or give <(zcat FILE)"));
+    EXPECT_THAT(errorOf("hello"),
+                StartsWith("byte 0: this is neither packets (pcap or pcapng) nor lines of JSON"));
+    EXPECT_THAT(errorOf(QByteArray(100, '\0')), HasSubstr("Save As"));
+}
+
+TEST(CaptureReader, TellsAFileWhoseHeaderIsCut)
+{
+    EXPECT_THAT(errorOf(captured<PcapCapture>(exchange).left(10)),
+                StartsWith("byte 0: its header cannot be used: "));
+}
+
+TEST(CaptureReader, SaysHowMuchOfAFileWasRead)
+{
+    QTemporaryFile file;
+    ASSERT_TRUE(file.open());
+    file.write(captured<PcapCapture>(exchange));
+    file.close();
+    CaptureReader reader(file.fileName());
+    reader.read({}, [](const CaptureEntry&) { return true; });
+    EXPECT_EQ(reader.percentRead(), 100);
 }
 
 TEST(CaptureReader, SurvivesEveryCutAndEveryChangedByte)
 {
-    for (const QByteArray& good : {captured<PcapCapture>(exchange), captured<JsonCapture>(exchange)}) {
+    for (const QByteArray& good : {captured<PcapCapture>(exchange), captured<JsonCapture>(exchange),
+                                   pcapng(captured<PcapCapture>(exchange), 101)}) {
         for (int at = 0; at < good.size(); ++at) {
             test::read(good.left(at));
             for (const char byte : {'\0', '\xFF', '\x22'}) {
@@ -249,12 +346,12 @@ TEST(TcpSegment, IsNoneInFragmentsOtherProtocolsAndRubbish)
                                                   "0a0000010a000002"
                                                   "9c4001f60000000100000002"
                                                   "5018ffff0000000041");
-    ASSERT_TRUE(tcpSegmentOf(101, packet));
-    EXPECT_EQ(tcpSegmentOf(101, packet)->bytes, "A");
+    ASSERT_TRUE(tcpSegmentOf(DLT_RAW, packet));
+    EXPECT_EQ(tcpSegmentOf(DLT_RAW, packet)->bytes, "A");
     const auto with = [&packet](int at, int byte) {
         QByteArray changed = packet;
         changed[at] = static_cast<char>(byte);
-        return tcpSegmentOf(101, changed);
+        return tcpSegmentOf(DLT_RAW, changed);
     };
     EXPECT_FALSE(with(6, 0x20)) << "more fragments follow";
     EXPECT_FALSE(with(7, 0x01)) << "a later fragment";
@@ -264,7 +361,7 @@ TEST(TcpSegment, IsNoneInFragmentsOtherProtocolsAndRubbish)
     EXPECT_FALSE(with(3, 0x2A)) << "longer than the packet";
     EXPECT_FALSE(with(32, 0x40)) << "a TCP header too short";
     EXPECT_FALSE(with(32, 0xF0)) << "a TCP header too long";
-    EXPECT_FALSE(tcpSegmentOf(101, QByteArray()));
+    EXPECT_FALSE(tcpSegmentOf(DLT_RAW, QByteArray()));
 }
 
 TEST(TcpSegment, IsReadFromIpv6)
@@ -272,10 +369,10 @@ TEST(TcpSegment, IsReadFromIpv6)
     const QByteArray packet = QByteArray::fromHex("6000000000150640") + QByteArray(15, '\0') + '\1' +
                               QByteArray(15, '\0') + '\1' +
                               QByteArray::fromHex("9c4001f600000001000000025018ffff0000000041");
-    ASSERT_TRUE(tcpSegmentOf(101, packet));
-    EXPECT_EQ(tcpSegmentOf(101, packet)->bytes, "A");
-    EXPECT_EQ(tcpSegmentOf(101, packet)->toPort, 502);
-    EXPECT_FALSE(tcpSegmentOf(101, packet.chopped(1)));
+    ASSERT_TRUE(tcpSegmentOf(DLT_RAW, packet));
+    EXPECT_EQ(tcpSegmentOf(DLT_RAW, packet)->bytes, "A");
+    EXPECT_EQ(tcpSegmentOf(DLT_RAW, packet)->toPort, 502);
+    EXPECT_FALSE(tcpSegmentOf(DLT_RAW, packet.chopped(1)));
 }
 
 // Lines
@@ -301,15 +398,11 @@ TEST(JsonCaptureReader, ReadsEventsAndWholeFramesAndSkipsWhatItDoesNotKnow)
     EXPECT_EQ(read.end.settings->station, 3);
 }
 
-TEST(JsonCaptureReader, EndsWhereALastLineWithoutALineEndEnds)
+TEST(JsonCaptureReader, TakesALastLineWithoutALineEnd)
 {
-    const QByteArray json = header + R"({"event":"closed","time":"2026-11-21T14:03:24Z"})";
-    qint64 position = 0;
-    parseCapture(json, {}, [&position](const CaptureEntry& entry) {
-        position = entry.position;
-        return true;
-    });
-    EXPECT_EQ(position, json.size());
+    const test::Read read = test::read(header + R"({"event":"closed","time":"2026-11-21T14:03:24Z"})");
+    EXPECT_EQ(read.end.error, QString());
+    EXPECT_THAT(read.entries, ElementsAre("-"));
 }
 
 TEST(JsonCaptureReader, LeavesACutLastLineOutWithANote)
@@ -352,7 +445,7 @@ TEST(JsonCaptureReader, RefusesWhatIsNoCapture)
     EXPECT_THAT(errorOf(R"({"capture":"plcpanel","version":1,"timeoutMs":0})"),
                 HasSubstr("time-out (ms): 0"));
     EXPECT_THAT(errorOf("{" + QByteArray(200, '\xE4')), StartsWith("line 1: it is no JSON: "));
-    EXPECT_THAT(errorOf("hello"), StartsWith("byte 0: this is neither a pcap file nor lines of JSON"));
+    EXPECT_THAT(errorOf("hello"), StartsWith("byte 0: this is neither packets (pcap or pcapng) nor lines"));
 }
 
 } // namespace

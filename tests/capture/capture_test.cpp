@@ -15,6 +15,7 @@ using test::refusedTwo;
 using test::twoValues;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 std::string jsonOf(const std::function<void(LinkTap*)>& play)
 {
@@ -103,7 +104,7 @@ TEST(PcapCapture, BeginsWithAHeaderForRawIp)
                                                                             "65000000");
 }
 
-TEST(PcapCapture, WritesAFrameAsATcpSegmentToPort502)
+TEST(PcapCapture, WritesAFrameAsATcpSegmentToThePortOfTheLink)
 {
     const QByteArray pcap = captured<PcapCapture>([](LinkTap* tap) {
         test::connect(tap);
@@ -118,13 +119,40 @@ TEST(PcapCapture, WritesAFrameAsATcpSegmentToPort502)
                                                            "26bf"
                                                            "0a000001"
                                                            "0a000002"
-                                                           "9c4001f6"
+                                                           "9c4005de"
                                                            "000f4241"
                                                            "000f4241"
                                                            "5018ffff"
-                                                           "7777"
+                                                           "738f"
                                                            "0000"
                                                            "000100000006010300640002");
+}
+
+std::string firstPacketOf(const char* panel, const char* controller)
+{
+    return captured<PcapCapture>([&](LinkTap* tap) {
+               tap->opened({QString::fromLatin1(panel), 40000}, {QString::fromLatin1(controller), 1502});
+           })
+        .mid(24 + 16)
+        .toHex()
+        .toStdString();
+}
+
+TEST(PcapCapture, WritesAddressesOfIpv6)
+{
+    EXPECT_THAT(firstPacketOf("2001:db8::1", "2001:db8::2"), StartsWith("60000000"
+                                                                        "00140640"
+                                                                        "20010db8000000000000000000000001"
+                                                                        "20010db8000000000000000000000002"
+                                                                        "9c4005de"));
+    EXPECT_THAT(firstPacketOf("fe80::1%eth0", "fe80::2%eth0"),
+                HasSubstr("fe800000000000000000000000000001fe80"));
+}
+
+TEST(PcapCapture, MakesUpAnAddressWhereThereIsNone)
+{
+    EXPECT_THAT(firstPacketOf("", ""), HasSubstr("c0000201c0000202"));
+    EXPECT_THAT(firstPacketOf("", "::1"), HasSubstr("00000000000000000000ffffc0000201"));
 }
 
 TEST(PcapCapture, ReadBackIsWhatWentOverTheLink)

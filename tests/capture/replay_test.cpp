@@ -283,7 +283,7 @@ TEST_P(ReplayAndLive, EndWithTheSameValuesAndStates)
     Settings own = settings;
     own.staleAfterMs = 3600000;
     Replay replay(own, variables);
-    const CaptureEnd end = readCapture(path, {}, [&replay](const CaptureEntry& entry) {
+    const CaptureEnd end = CaptureReader(path).read({}, [&replay](const CaptureEntry& entry) {
         replay.play(entry);
         return true;
     });

@@ -18,6 +18,7 @@ namespace
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::UnorderedElementsAre;
 
 using Words = std::vector<std::string>;
 
@@ -94,7 +95,7 @@ TEST(CompletionOfPlcpanel, OffersNothingWhereAValueIsExpectedThatItCannotKnow)
 TEST(CompletionOfPlcpanel, OffersFilesOfTheRightKind)
 {
     const QTemporaryDir folder;
-    for (const char* name : {"a.csv", "b.pcap", "c.jsonl", "d.txt", "libplcdriver.so"}) {
+    for (const char* name : {"a.csv", "b.pcap", "c.jsonl", "d.txt", "e.pcapng", "libplcdriver.so"}) {
         QFile file(folder.filePath(QLatin1String(name)));
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     }
@@ -103,7 +104,7 @@ TEST(CompletionOfPlcpanel, OffersFilesOfTheRightKind)
     };
     EXPECT_THAT(files("watch --vars "), ElementsAre("a.csv"));
     EXPECT_THAT(files("read --capture "), ElementsAre("b.pcap", "c.jsonl"));
-    EXPECT_THAT(files("replay "), ElementsAre("b.pcap", "c.jsonl"));
+    EXPECT_THAT(files("replay "), UnorderedElementsAre("b.pcap", "c.jsonl", "e.pcapng"));
     EXPECT_THAT(files("replay b.pcap "), IsEmpty());
     EXPECT_THAT(files("read --driver "), ElementsAre("libplcdriver.so"));
 }

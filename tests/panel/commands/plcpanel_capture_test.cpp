@@ -157,7 +157,7 @@ TEST_F(PlcpanelCapture, ThatCannotBeWrittenIsToldAndStopsNothing)
 {
     const RunResult read = plcpanel(line("read 9:100", QStringLiteral("/nowhere/a.pcap")));
     EXPECT_EQ(read.out, "9:100  1234\n");
-    EXPECT_EQ(read.status, 0);
+    EXPECT_EQ(read.status, 6);
     EXPECT_THAT(read.errors, HasSubstr("plcpanel: --capture /nowhere/a.pcap: No such file or directory; the "
                                        "exchange goes on without\n"));
 }
@@ -167,9 +167,20 @@ TEST_F(PlcpanelCapture, ToAFullDiskIsToldAndStopsNothing)
     ASSERT_TRUE(QFile::link(QStringLiteral("/dev/full"), path("full.jsonl")));
     const RunResult read = run("read 9:100", "full.jsonl");
     EXPECT_EQ(read.out, "9:100  1234\n");
-    EXPECT_EQ(read.status, 0);
+    EXPECT_EQ(read.status, 6);
     EXPECT_THAT(read.errors,
                 HasSubstr("full.jsonl: No space left on device; the exchange goes on without\n"));
+}
+
+TEST_F(PlcpanelCapture, ThatIsLostIsToldByTheStatusOfEveryCommandThatWouldBeGood)
+{
+    ASSERT_TRUE(QFile::link(QStringLiteral("/dev/full"), path("full.pcap")));
+    for (const char* words : {"write 9:7=5", "check 9:7", "watch 9:7 --once"})
+        EXPECT_EQ(run(words, "full.pcap").status, 6) << words;
+    EXPECT_EQ(plcpanel({QStringLiteral("demo"), QStringLiteral("--capture"), path("full.pcap")}).status, 6);
+    controller.stop();
+    EXPECT_EQ(run("read 9:7 --timeout 50 --retries 0", "full.pcap").status, 1)
+        << "what failed at the controller";
 }
 
 TEST_F(PlcpanelCapture, ToAFileOfAnotherKindIsRefused)
@@ -201,11 +212,67 @@ TEST_F(PlcpanelCapture, ReplayTellsAFileThatItCannotUse)
     EXPECT_THAT(plcpanel({QStringLiteral("replay")}).errors, HasSubstr("no capture is given"));
 }
 
-/// \return what tshark shows of the fields of each Modbus/TCP packet
+TEST_F(PlcpanelCapture, ReplayTakesPcapngOfOtherProgramsWithTheirPort)
+{
+    if (QStandardPaths::findExecutable(QStringLiteral("editcap")).isEmpty())
+        GTEST_SKIP() << "editcap is not installed, so no other program makes a pcapng";
+    run("read 9:100x2 14:200 0:17", "panel.pcap");
+    const QString other = path("other.pcapng");
+    ASSERT_EQ(
+        QProcess::execute(QStringLiteral("editcap"), {QStringLiteral("-F"), QStringLiteral("pcapng"),
+                                                      path("panel.pcap"), other, QStringLiteral("1-3")}),
+        0); // without the packets by which a capture of the panel is known
+    EXPECT_THAT(replay("other.pcapng").errors,
+                HasSubstr("it holds no TCP to or from port 502 (but from ports "));
+    const std::string port = "--port " + std::to_string(controller.port());
+    EXPECT_EQ(valuesIn(replay("other.pcapng", port.c_str()).out), valuesIn(replay("panel.pcap").out));
+}
+
+TEST_F(PlcpanelCapture, ReplayTellsWhatToDoWithACompressedFile)
+{
+    QFile file(path("a.pcap.gz"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(QByteArray::fromHex("1F8B0800"));
+    file.close();
+    const RunResult run = replay("a.pcap.gz");
+    EXPECT_THAT(run.errors, HasSubstr("it is compressed; unpack it (gunzip), or give <(zcat FILE)"));
+    EXPECT_EQ(run.status, 2);
+}
+
+/// \param words for the shell, with \a name's file as $1 and plcpanel as $0
+RunResult shell(const char* words, const QString& file)
+{
+    QProcess bash;
+    bash.start(QStringLiteral("bash"),
+               {QStringLiteral("-c"), QString::fromLatin1(words), QStringLiteral(PLCPANEL_PROGRAM), file});
+    EXPECT_TRUE(bash.waitForFinished(60000));
+    return {bash.exitCode(), bash.readAllStandardOutput().toStdString(),
+            bash.readAllStandardError().toStdString()};
+}
+
+TEST_F(PlcpanelCapture, IsReplayedOutOfAPipe)
+{
+    for (const char* name : {"piped.pcap", "piped.jsonl"}) {
+        run("read 9:100x2 14:200 0:17", name);
+        const std::string fromFile = valuesIn(replay(name).out);
+        EXPECT_THAT(fromFile, HasSubstr("305419896"));
+        for (const char* words :
+             {"cat \"$1\" | \"$0\" replay /dev/stdin", "\"$0\" replay <(gzip -c \"$1\" | zcat)",
+              "cat \"$1\" | \"$0\" replay /dev/stdin 0:17 9:100x2 14:200"}) {
+            const RunResult piped = shell(words, path(name));
+            EXPECT_EQ(valuesIn(piped.out), fromFile) << words;
+            EXPECT_EQ(piped.errors, "") << words;
+            EXPECT_EQ(piped.status, 0) << words;
+        }
+    }
+}
+
+/// \return what tshark shows of the fields of each Modbus/TCP packet, told that port 1502 is Modbus
 std::string dissected(const QString& path, const QStringList& fields)
 {
     QStringList arguments = {QStringLiteral("-r"), path,
                              QStringLiteral("-Y"), QStringLiteral("mbtcp"),
+                             QStringLiteral("-d"), QStringLiteral("tcp.port==1502,mbtcp"),
                              QStringLiteral("-o"), QStringLiteral("tcp.check_checksum:TRUE"),
                              QStringLiteral("-T"), QStringLiteral("fields")};
     for (const QString& field : fields)
@@ -248,6 +315,26 @@ TEST_F(PlcpanelCapture, OpensWhereNetworkTrafficIsShown)
               "1\t1\t3\t\t1\t\n"
               "1\t1\t3\t\t1\t\n"
               "1\t1\t3\t2\t1\t\n");
+}
+
+TEST_F(PlcpanelCapture, ShowsAddressesAndPortsOfTheLinkWhereNetworkTrafficIsShown)
+{
+    if (QStandardPaths::findExecutable(QStringLiteral("tshark")).isEmpty())
+        GTEST_SKIP() << "tshark is not installed, so nothing shows that its format is right";
+    QFile file(path("six.pcap"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(test::captured<plc::PcapCapture>([](plc::LinkTap* tap) {
+        tap->opened({QStringLiteral("2001:db8::1"), 40000}, {QStringLiteral("2001:db8::2"), 1502});
+        tap->sent(test::readTwo);
+        tap->received(test::twoValues);
+    }));
+    file.close();
+    EXPECT_EQ(dissected(file.fileName(),
+                        {QStringLiteral("ipv6.src"), QStringLiteral("tcp.srcport"),
+                         QStringLiteral("ipv6.dst"), QStringLiteral("tcp.dstport"),
+                         QStringLiteral("modbus.func_code"), QStringLiteral("tcp.checksum.status")}),
+              "2001:db8::1\t40000\t2001:db8::2\t1502\t3\t1\n"
+              "2001:db8::2\t1502\t2001:db8::1\t40000\t3\t1\n");
 }
 
 } // namespace

@@ -1,6 +1,6 @@
-#include "capture/pcap_capture_reader.h"
+#include "capture/packet_capture_reader.h"
 
-#include "capture/pcap_file.h"
+#include "capture/pcap_fields.h"
 #include "capture/tcp_segment.h"
 #include "capture/tcp_stream.h"
 #include "runtime/link/reply_assembler.h"
@@ -83,31 +83,38 @@ struct Connection {
 /// Both addresses and the panel's port.
 using ConnectionKey = std::tuple<QByteArray, QByteArray, int>;
 
-class PcapCaptureReader
+class PacketCaptureReader
 {
 public:
-    PcapCaptureReader(const QByteArray& bytes, const PcapReading& reading, const CaptureSink& sink)
-        : m_file(bytes), m_reading(reading), m_sink(sink)
+    PacketCaptureReader(PacketFile* file, const PacketReading& reading, const CaptureSink& sink)
+        : m_file(file), m_reading(reading), m_port(reading.controllerPort.value_or(modbusPort)), m_sink(sink)
     {
     }
 
     CaptureEnd read()
     {
-        if (m_file.error().isEmpty() && !isKnownLinkType(m_file.linkType()))
+        m_end.error = m_file->error();
+        if (m_end.error.isEmpty() && !isKnownLinkType(m_file->linkType()))
             m_end.error =
                 QStringLiteral("byte 20: packets of link type %1; Ethernet, raw IP, Linux cooked and "
                                "loopback can be read")
-                    .arg(m_file.linkType());
-        if (m_end.error.isEmpty())
-            readPackets();
-        if (m_end.error.isEmpty())
-            m_end.error = m_file.error();
-        if (m_file.isCut())
-            m_end.notes << QStringLiteral("its last packet was cut and is left out");
+                    .arg(m_file->linkTypeText());
+        if (!m_end.error.isEmpty())
+            return m_end;
+        readPackets();
+        m_end.error = m_file->error();
+        if (m_file->isCut())
+            m_end.notes
+                << QStringLiteral("its last packet, %1, was cut and is left out").arg(m_file->number() + 1);
+        if (m_shortened > 0)
+            m_end.notes << QStringLiteral("packets that were captured in part only are left out: %1, the "
+                                          "first of them packet %2; capture whole packets (tcpdump: -s 0)")
+                               .arg(m_shortened)
+                               .arg(m_firstShortened);
         if (m_end.error.isEmpty() && !m_hasConnection)
             m_end.error =
                 QStringLiteral("it holds no TCP to or from port %1%2; --port names the controller's")
-                    .arg(m_reading.controllerPort)
+                    .arg(m_port)
                     .arg(portsText());
         return m_end;
     }
@@ -116,15 +123,24 @@ private:
     void readPackets()
     {
         while (m_goOn) {
-            const auto packet = m_file.next();
+            const auto packet = m_file->next();
             if (!packet)
                 return;
             m_time = packet->microseconds;
-            m_position = packet->position;
-            const auto segment = tcpSegmentOf(m_file.linkType(), packet->bytes);
+            const auto segment = tcpSegmentOf(m_file->linkType(), packet->bytes);
             if (segment)
                 take(*segment);
+            else if (packet->isShortened && m_shortened++ == 0)
+                m_firstShortened = m_file->number();
         }
+    }
+
+    /// A capture of the panel begins with the first packet of its first connection.
+    void settlePort(const TcpSegment& segment)
+    {
+        const bool isPanels = segment.isFirst && segment.sequence == panelSequenceStep;
+        if (m_file->number() == 1 && isPanels && !m_reading.controllerPort)
+            m_port = segment.toPort;
     }
 
     QString portsText() const
@@ -138,20 +154,17 @@ private:
 
     void take(const TcpSegment& segment)
     {
-        const int port = m_reading.controllerPort;
-        if (segment.toPort == port)
-            toController(segment, keyOf(segment.from, segment.to, segment.fromPort));
-        else if (segment.fromPort == port)
-            toPanel(segment, keyOf(segment.to, segment.from, segment.toPort));
+        settlePort(segment);
+        if (segment.toPort == m_port)
+            toController(segment, ConnectionKey(segment.from, segment.to, segment.fromPort));
+        else if (segment.fromPort == m_port)
+            toPanel(segment, ConnectionKey(segment.to, segment.from, segment.toPort));
         else if (m_otherPorts.size() < mostPortsTold)
             m_otherPorts.insert(segment.fromPort);
     }
 
-    /// Copies, because the segment only points into the file.
-    static ConnectionKey keyOf(const QByteArray& panel, const QByteArray& controller, int port)
-    {
-        return ConnectionKey(panel, controller, port);
-    }
+    /// \return a copy, because the segment's bytes are there only until the next packet is read
+    static QByteArray copyOf(const QByteArray& bytes) { return QByteArray(bytes.constData(), bytes.size()); }
 
     void toController(const TcpSegment& segment, const ConnectionKey& key)
     {
@@ -162,7 +175,7 @@ private:
         Connection& connection = connectionOf(key);
         if (segment.isFirst)
             connection.toController.begin(segment.sequence + 1);
-        const QByteArray bytes = connection.toController.add(segment.sequence, segment.bytes);
+        const QByteArray bytes = connection.toController.add(segment.sequence, copyOf(segment.bytes));
         if (connection.toController.hasJumped())
             connection.requests.reset(); // what came before the gap will not become whole
         connection.requests.append(bytes);
@@ -182,7 +195,7 @@ private:
         if (segment.bytes.isEmpty() && !isKnown)
             return;
         Connection& connection = connectionOf(key);
-        const QByteArray bytes = connection.toPanel.add(segment.sequence, segment.bytes);
+        const QByteArray bytes = connection.toPanel.add(segment.sequence, copyOf(segment.bytes));
         if (connection.toPanel.hasJumped())
             connection.replies.reset(); // what came before the gap will not become whole
         connection.replies.append(bytes);
@@ -218,9 +231,9 @@ private:
             return;
         m_isOutOfStepNoted = true;
         m_end.notes << QStringLiteral(
-                           "byte %1: what goes over the connection is out of step or no Modbus; its rest "
+                           "packet %1: what goes over the connection is out of step or no Modbus; its rest "
                            "is left out")
-                           .arg(m_position);
+                           .arg(m_file->number());
     }
 
     void request(const QByteArray& frame)
@@ -245,18 +258,19 @@ private:
         entry.kind = kind;
         entry.microseconds = m_time;
         entry.bytes = bytes;
-        entry.position = m_position;
         m_goOn = m_goOn && m_sink(entry);
     }
 
-    PcapFile m_file;
-    const PcapReading m_reading;
+    PacketFile* const m_file;
+    const PacketReading m_reading;
+    int m_port; // the controller's
     const CaptureSink& m_sink;
     CaptureEnd m_end;
     std::map<ConnectionKey, Connection> m_connections;
     std::set<int> m_otherPorts;
     qint64 m_time = 0;
-    qint64 m_position = 0;
+    long m_shortened = 0;
+    long m_firstShortened = 0;
     qint64 m_requestTime = 0;
     bool m_isWaiting = false;
     bool m_hasConnection = false;
@@ -266,9 +280,9 @@ private:
 
 } // namespace
 
-CaptureEnd parsePcapCapture(const QByteArray& bytes, const PcapReading& reading, const CaptureSink& sink)
+CaptureEnd readPackets(PacketFile* file, const PacketReading& reading, const CaptureSink& sink)
 {
-    return PcapCaptureReader(bytes, reading, sink).read();
+    return PacketCaptureReader(file, reading, sink).read();
 }
 
 } // namespace plc
