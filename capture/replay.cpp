@@ -1,9 +1,9 @@
 #include "capture/replay.h"
 
 #include "runtime/host/driver_settings.h"
-#include "runtime/modbus/failure_words.h"
 #include "runtime/modbus/frame_fields.h"
 #include "runtime/modbus/remote_fields.h"
+#include "runtime/modbus/reply_failure.h"
 #include "runtime/modbus/return_code_words.h"
 
 namespace plc
@@ -182,8 +182,8 @@ void Replay::judge(QByteArray reply, const QString& why)
     }
     ++m_counts.failed;
     if (isRead)
-        m_cyclic.givenUp(request, code,
-                         why.isEmpty() ? failureWords(code, reply, m_settings.timeoutMs) : why);
+        m_cyclic.givenUp(request, why.isEmpty() ? replyFailure(code, reply, m_settings.timeoutMs)
+                                                : connectionFailure(code, why));
 }
 
 } // namespace plc

@@ -13,9 +13,12 @@ set(PLC_RUNTIME_HEADERS
   runtime/link/dropped_reply.h
   runtime/link/link_exchange.h
   runtime/link/link_tap.h
+  runtime/modbus/failure_words.h
   runtime/modbus/return_code_words.h
+  runtime/model/area_table.h
   runtime/model/clock.h
   runtime/model/cyclic_value.h
+  runtime/model/failure.h
   runtime/model/outcome.h
   runtime/model/pending.h
   runtime/model/settings.h

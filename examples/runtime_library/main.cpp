@@ -2,6 +2,7 @@
 //     runtime_library HOST PORT [DRIVER]
 #include <runtime/cycle/runtime.h>
 #include <runtime/host/driver_path.h>
+#include <runtime/modbus/failure_words.h>
 
 #include <chrono>
 #include <cstdio>
@@ -45,7 +46,7 @@ try {
 
     const plc::WriteOutcome outcome = runtime.write(level, {1234}).get(); // comes in any case
     std::printf("write: %s\n",
-                outcome.confirmed ? "confirmed by the controller" : qPrintable(outcome.reason));
+                outcome.confirmed ? "confirmed by the controller" : qPrintable(plc::failureWords(outcome)));
     for (int looks = 0; looks < 20 && !show(runtime, levelIndex, pumpIndex); ++looks)
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
     return outcome.confirmed ? 0 : 1;

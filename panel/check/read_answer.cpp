@@ -1,8 +1,7 @@
 #include "panel/check/read_answer.h"
 
-#include "runtime/cycle/exchange_record.h"
-#include "runtime/cycle/runtime.h"
-#include "runtime/modbus/frame_fields.h"
+#include "runtime/modbus/failure_words.h"
+#include "runtime/modbus/protocol.h"
 #include "runtime/modbus/return_code_words.h"
 
 namespace plc
@@ -19,15 +18,17 @@ bool isAboutTheRequest(int exception)
 
 } // namespace
 
-ReadAnswer answerOf(const ExchangeRecord& record, const QString& failure)
+ReadAnswer answerOf(const ReadOutcome& outcome)
 {
-    if (!record.exchange.sent)
-        return {ReadAnswer::NotConnected, failure};
-    const int exception = exceptionCode(record.exchange.reply);
-    if (exception == 0 || !isAboutTheRequest(exception))
-        return {ReadAnswer::Unanswered, failure};
+    const Failure& failure = outcome.failure;
+    if (!hasFailed(failure))
+        return {};
+    if (failure.kind == FailureKind::NotConnected)
+        return {ReadAnswer::NotConnected, failureWords(outcome)};
+    if (failure.kind != FailureKind::Exception || !isAboutTheRequest(failure.exception))
+        return {ReadAnswer::Unanswered, failureWords(outcome)};
     return {ReadAnswer::Refused,
-            QStringLiteral("exception %1, %2").arg(exception).arg(exceptionWords(exception))};
+            QStringLiteral("exception %1, %2").arg(failure.exception).arg(exceptionWords(failure.exception))};
 }
 
 } // namespace plc

@@ -1,14 +1,14 @@
 /// \file
-/// \brief What an exchange says about the elements that it asked for.
+/// \brief What the end of a read says about the elements that it asked for.
 #ifndef PANEL_CHECK_READ_ANSWER_H
 #define PANEL_CHECK_READ_ANSWER_H
+
+#include "runtime/model/outcome.h"
 
 #include <QString>
 
 namespace plc
 {
-
-struct ExchangeRecord;
 
 /// How a controller answered a read.
 struct ReadAnswer {
@@ -23,8 +23,8 @@ struct ReadAnswer {
     QString words; ///< why, unless it was given
 };
 
-/// \return what an exchange, the last try of a read, says about the elements that were asked for
-ReadAnswer answerOf(const ExchangeRecord& record, const QString& failure);
+/// \return what the end of a read says about the elements that were asked for
+ReadAnswer answerOf(const ReadOutcome& outcome);
 
 } // namespace plc
 

@@ -8,13 +8,10 @@
 #include "panel/terminal/terminal.h"
 #include "panel/terminal/watch_signals.h"
 #include "runtime/cycle/driver_blocks.h"
-#include "runtime/cycle/exchange_record.h"
 #include "runtime/cycle/refresh_plan.h"
 #include "runtime/modbus/frame_fields.h"
 #include "runtime/modbus/request_pieces.h"
 #include "runtime/modbus/return_code_words.h"
-
-#include <mutex>
 
 namespace plc
 {
@@ -75,7 +72,8 @@ class BlockReader
 {
 public:
     BlockReader(const Options& options, ProgressLine* progress)
-        : m_options(options), m_progress(progress), m_session(settingsFor(options), listenersOf(options))
+        : m_options(options), m_progress(progress),
+          m_session(settingsFor(options), listenersFor(options.trace, options.captureTo, options.settings))
     {
         m_session.runtime().start();
     }
@@ -107,19 +105,6 @@ private:
         return settings;
     }
 
-    /// The last exchange is of interest besides what the user wants to see.
-    Listeners listenersOf(const Options& options)
-    {
-        Listeners listeners = listenersFor(options.trace, options.captureTo, options.settings);
-        listeners.exchanges = [this, trace = listeners.exchanges](const ExchangeRecord& record) {
-            if (trace)
-                trace(record);
-            std::lock_guard<std::mutex> lock(m_mutex);
-            m_last = record;
-        };
-        return listeners;
-    }
-
     ReadAnswer tryToRead(const Variable& elements)
     {
         const Pending<ReadOutcome> pending = m_session.runtime().read(elements);
@@ -129,18 +114,12 @@ private:
                 return {ReadAnswer::Interrupted, QStringLiteral("the check was ended before")};
         }
         m_session.settle();
-        const ReadOutcome outcome = pending.get();
-        if (outcome.done)
-            return {};
-        std::lock_guard<std::mutex> lock(m_mutex);
-        return answerOf(m_last, outcome.reason);
+        return answerOf(pending.get());
     }
 
     const Options& m_options;
     ProgressLine* const m_progress;
     QString m_text;
-    std::mutex m_mutex;
-    ExchangeRecord m_last = {};
     Session m_session;
 };
 

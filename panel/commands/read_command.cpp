@@ -4,6 +4,7 @@
 #include "panel/session/session.h"
 #include "panel/session/waiting.h"
 #include "panel/terminal/output.h"
+#include "runtime/modbus/failure_words.h"
 #include "runtime/modbus/request_pieces.h"
 
 #include <algorithm>
@@ -23,14 +24,13 @@ void report(const Options& options, const Variable& variable, const ReadOutcome&
     else if (outcome.done)
         print(readLine(variable, outcome, options.format, width) + QLatin1Char('\n'));
     else
-        complain(QStringLiteral("%1: not read: %2")
-                     .arg(variableText(variable), failureText(outcome.reason, outcome.code)));
+        complain(QStringLiteral("%1: not read: %2").arg(variableText(variable), failureText(outcome)));
 }
 
 ReadOutcome readNotTried()
 {
     ReadOutcome outcome;
-    outcome.reason = QStringLiteral("not tried, because the controller cannot be reached");
+    outcome.failure = Failure(FailureKind::NotTried);
     return outcome;
 }
 
@@ -68,8 +68,8 @@ QString readJson(const Variable& variable, int station, const ReadOutcome& outco
     if (outcome.done) {
         addValues(&object, outcome.values);
     } else {
-        object.insert(QStringLiteral("error"), outcome.reason);
-        object.insert(QStringLiteral("code"), outcome.code);
+        object.insert(QStringLiteral("error"), failureWords(outcome));
+        object.insert(QStringLiteral("code"), outcome.failure.code);
     }
     return jsonLine(object);
 }

@@ -103,7 +103,7 @@ private:
         WatchRow& row = m_rows[index];
         const CyclicValue before = row.value;
         row.value = m_replay.value(index);
-        if (row.value.code == 0)
+        if (!hasFailed(row.value.failure))
             m_answeredAt[index] = now;
         if (m_options.format == ValueFormat::Json && !sameNews(before, row.value))
             print(watchJson(row, m_options.settings.station, dateTimeOf(now)) + QLatin1Char('\n'));
@@ -163,7 +163,7 @@ ExitStatus refuse(const Options& options, const QString& error)
 
 bool wasReadLast(const WatchRow& row)
 {
-    return row.value.ageMs >= 0 && row.value.code == 0;
+    return row.value.ageMs >= 0 && !hasFailed(row.value.failure);
 }
 
 /// \param entries that were read so far; told where it is not known how much there is

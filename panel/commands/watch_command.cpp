@@ -61,12 +61,12 @@ bool triedAll(const Options& options, Session* session)
         return false;
     const WatchView view = viewOf(options, session->runtime());
     return std::any_of(view.rows.begin(), view.rows.end(),
-                       [](const WatchRow& row) { return row.value.code != 0; });
+                       [](const WatchRow& row) { return hasFailed(row.value.failure); });
 }
 
 bool wasRead(const WatchRow& row)
 {
-    return row.value.ageMs >= 0 && row.value.code == 0;
+    return row.value.ageMs >= 0 && !hasFailed(row.value.failure);
 }
 
 enum class FirstPass { Over, NotYet, Ended };

@@ -4,6 +4,7 @@
 #include "panel/session/session.h"
 #include "panel/session/waiting.h"
 #include "panel/terminal/output.h"
+#include "runtime/modbus/failure_words.h"
 
 #include <algorithm>
 
@@ -33,7 +34,7 @@ void report(const WriteTask& task, const WriteOutcome& outcome, int width)
 WriteOutcome writeNotTried()
 {
     WriteOutcome outcome;
-    outcome.reason = QStringLiteral("not tried, because the controller cannot be reached");
+    outcome.failure = Failure(FailureKind::NotTried);
     return outcome;
 }
 
@@ -65,7 +66,7 @@ QString writeOutcomeText(const WriteOutcome& outcome)
         return QStringLiteral("sent to every station (no controller confirms a broadcast)");
     if (outcome.confirmed)
         return QStringLiteral("confirmed");
-    QString words = QStringLiteral("not confirmed: ") + failureText(outcome.reason, outcome.code);
+    QString words = QStringLiteral("not confirmed: ") + failureText(outcome);
     if (outcome.requests > 1)
         words += QStringLiteral("; %1 of its %2 requests were confirmed")
                      .arg(outcome.requestsConfirmed)

@@ -2,6 +2,7 @@
 
 #include "runtime/cycle/exchange_record.h"
 #include "runtime/host/request_keys.h"
+#include "runtime/modbus/failure_words.h"
 #include "runtime/modbus/request_pieces.h"
 #include "runtime/model/value_text.h"
 
@@ -59,18 +60,27 @@ void compareValues(int area, const Values& is, const Values& expected, const QSt
     }
 }
 
+/// One thing compared, however it is wrong.
+void compareFailure(const Failure& is, FailureKind expected, const QString& what, DemoStep* step)
+{
+    compare(is.kind == expected,
+            hasFailed(is) ? QStringLiteral("%1 must fail for another reason").arg(what)
+                          : QStringLiteral("%1 must fail").arg(what),
+            step);
+}
+
 void tell(const WriteOutcome& outcome, DemoStep* step)
 {
     step->result = outcome.confirmed ? QStringLiteral("confirmed") : QStringLiteral("not written");
     if (!outcome.confirmed)
-        step->note = QStringLiteral("because: ") + failureText(outcome.reason, outcome.code);
+        step->note = QStringLiteral("because: ") + failureText(outcome);
 }
 
 void tell(int area, const ReadOutcome& outcome, DemoStep* step)
 {
     step->result = outcome.done ? valueList(area, outcome.values) : QStringLiteral("not read");
     if (!outcome.done)
-        step->note = QStringLiteral("because: ") + failureText(outcome.reason, outcome.code);
+        step->note = QStringLiteral("because: ") + failureText(outcome);
 }
 
 /// Values that differ from \a values in every bit.
@@ -187,26 +197,24 @@ void DemoStage::read(const Variable& variable, const Values& values)
     finish(&step);
 }
 
-void DemoStage::writeFails(const Variable& variable, const Values& values, const QString& reason)
+void DemoStage::writeFails(const Variable& variable, const Values& values, FailureKind kind)
 {
     const Values before = opposite(variable.area, values);
     m_controller->set(variable, before);
     DemoStep step = begin(writeName(variable, values));
     const WriteOutcome outcome = m_session.runtime().write(variable, values).get();
     tell(outcome, &step);
-    compare(!outcome.confirmed && outcome.reason.contains(reason),
-            QStringLiteral("the write must fail: %1").arg(reason), &step);
+    compareFailure(outcome.failure, kind, QStringLiteral("the write"), &step);
     compareMemory(variable, before, &step);
     finish(&step);
 }
 
-void DemoStage::readFails(const Variable& variable, const QString& reason)
+void DemoStage::readFails(const Variable& variable, FailureKind kind)
 {
     DemoStep step = begin(QStringLiteral("read  ") + nameOf(variable));
     const ReadOutcome outcome = m_session.runtime().read(variable).get();
     tell(variable.area, outcome, &step);
-    compare(!outcome.done && outcome.reason.contains(reason),
-            QStringLiteral("the read must fail: %1").arg(reason), &step);
+    compareFailure(outcome.failure, kind, QStringLiteral("the read"), &step);
     finish(&step);
 }
 
@@ -287,7 +295,8 @@ void DemoStage::writeIsDiscarded(const Variable& variable, const Values& values,
     compare(first.get().confirmed, QStringLiteral("the write before it is not confirmed"), &step);
     const WriteOutcome outcome = second.get();
     tell(outcome, &step);
-    compare(!outcome.confirmed, QStringLiteral("the write must be discarded"), &step);
+    compare(outcome.failure.kind == FailureKind::Discarded, QStringLiteral("the write must be discarded"),
+            &step);
     compareMemory(variable, before, &step);
     finish(&step);
 }

@@ -32,11 +32,11 @@ public:
     /// Puts values into the controller and reads them; they must come back.
     void read(const Variable& variable, const Values& values);
 
-    /// Writes; it must fail for a reason that contains \a reason, and the controller hold what it held.
-    void writeFails(const Variable& variable, const Values& values, const QString& reason);
+    /// Writes; it must fail so, and the controller hold what it held.
+    void writeFails(const Variable& variable, const Values& values, FailureKind kind);
 
-    /// Reads; it must fail for a reason that contains \a reason.
-    void readFails(const Variable& variable, const QString& reason);
+    /// Reads; it must fail so.
+    void readFails(const Variable& variable, FailureKind kind);
 
     /// Puts \a values into the controller; the cyclic variable \a index must show them as fresh soon.
     void shows(int index, const Values& values);

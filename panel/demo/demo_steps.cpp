@@ -59,7 +59,7 @@ void showAreas(DemoStage* stage, DemoController* controller, DemoReport* report)
         QStringLiteral("Areas. Before each write the controller holds other values; before each read it "
                        "changes them."));
     stage->read(variableOf("0:17x3"), {1, 0, 1});
-    stage->writeFails(variableOf("0:17"), {1}, QStringLiteral("only be read"));
+    stage->writeFails(variableOf("0:17"), {1}, FailureKind::Invalid);
     controller->set(variableOf("9:10"), {0xA5A0}); // the bits beside those that are written in area 8
     for (const AreaStep& step : areaSteps) {
         stage->write(variableOf(step.variable), step.written);
@@ -74,7 +74,7 @@ void showSilence(DemoStage* stage, DemoReport* report)
                        "and again."));
     stage->shows(0, {7});
     stage->setSilent(mainStation, true);
-    stage->writeFails(variableOf("9:100"), {42}, QStringLiteral("no reply"));
+    stage->writeFails(variableOf("9:100"), {42}, FailureKind::NoReply);
     stage->looksOld(0, ValueState::Failed);
     stage->setSilent(mainStation, false);
     stage->shows(0, {8});
@@ -93,8 +93,8 @@ void showSwitchingOff(DemoStage* stage, DemoReport* report)
     stage->writeIsDiscarded(variableOf("9:100", otherStation), {88}, variableOf("9:100"), {99});
 
     stage->isNotRead(1, {23}, 0);
-    stage->writeFails(variableOf("9:100", otherStation), {88}, QStringLiteral("switched off"));
-    stage->readFails(variableOf("9:100", otherStation), QStringLiteral("switched off"));
+    stage->writeFails(variableOf("9:100", otherStation), {88}, FailureKind::StationOff);
+    stage->readFails(variableOf("9:100", otherStation), FailureKind::StationOff);
 }
 
 void showSwitchingOn(DemoStage* stage)

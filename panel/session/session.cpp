@@ -47,11 +47,6 @@ bool Session::neverConnected() const
     return m_runtime.linkState().connects == 0;
 }
 
-QString failureText(const QString& reason, int code)
-{
-    return code == 0 ? reason : QStringLiteral("%1 (return code %2)").arg(reason).arg(code);
-}
-
 void complainOfNoConnection(const Settings& settings)
 {
     complain(

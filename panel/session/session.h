@@ -34,9 +34,6 @@ private:
     Runtime m_runtime;
 };
 
-/// \return \a reason, with the driver's result code where there is one
-QString failureText(const QString& reason, int code);
-
 /// Says on standard error what to check when the controller was never reached.
 void complainOfNoConnection(const Settings& settings);
 

@@ -1,5 +1,7 @@
 #include "panel/watch/station_lines.h"
 
+#include "runtime/modbus/failure_words.h"
+
 #include <algorithm>
 
 namespace plc
@@ -41,8 +43,8 @@ StationLine lineOf(const StationReport& report)
     line.text = QStringLiteral("station %1: %2").arg(report.station).arg(conditionText(report));
     if (report.failures > 0)
         line.text += QStringLiteral(", requests given up: %1").arg(report.failures);
-    if (!line.good && !report.reason.isEmpty())
-        line.text += QStringLiteral(" (%1)").arg(report.reason);
+    if (!line.good && hasFailed(report.failure))
+        line.text += QStringLiteral(" (%1)").arg(failureWords(report.failure));
     return line;
 }
 
@@ -68,7 +70,7 @@ std::vector<StationLine> stationLines(const std::vector<StationReport>& stations
 
 bool sameNews(const StationReport& a, const StationReport& b)
 {
-    return a.station == b.station && a.condition == b.condition && a.reason == b.reason;
+    return a.station == b.station && a.condition == b.condition && a.failure == b.failure;
 }
 
 } // namespace plc

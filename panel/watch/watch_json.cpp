@@ -1,5 +1,6 @@
 #include "panel/watch/watch_json.h"
 
+#include "runtime/modbus/failure_words.h"
 #include "runtime/modbus/return_code_words.h"
 
 #include <QJsonArray>
@@ -86,9 +87,9 @@ QString watchJson(const WatchRow& row, int station, const QDateTime& time)
     addListed(&object, row);
     if (row.value.ageMs >= 0)
         addValues(&object, row.value.values);
-    if (row.value.code != 0) {
-        object.insert(QStringLiteral("error"), row.value.reason);
-        object.insert(QStringLiteral("code"), row.value.code);
+    if (hasFailed(row.value.failure)) {
+        object.insert(QStringLiteral("error"), failureWords(row.value.failure));
+        object.insert(QStringLiteral("code"), row.value.failure.code);
     }
     return jsonLine(object);
 }

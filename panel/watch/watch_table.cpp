@@ -1,8 +1,8 @@
 #include "panel/watch/watch_table.h"
 
-#include "panel/session/session.h"
 #include "panel/terminal/wrapped_text.h"
 #include "panel/watch/station_lines.h"
+#include "runtime/modbus/failure_words.h"
 
 #include <algorithm>
 
@@ -70,7 +70,7 @@ QStringList valueLines(const WatchRow& row, ValueFormat format, int width)
 
 Colour colourOf(const CyclicValue& value)
 {
-    if (value.code != 0)
+    if (hasFailed(value.failure))
         return Red;
     return value.state == ValueState::Fresh ? Plain : Yellow;
 }
@@ -281,14 +281,14 @@ QString linkText(const LinkState& link)
 
 QString stateWord(const CyclicValue& value)
 {
-    return valueStateWord(value.code != 0 ? ValueState::Failed : value.state);
+    return valueStateWord(hasFailed(value.failure) ? ValueState::Failed : value.state);
 }
 
 QString stateText(const CyclicValue& value)
 {
-    if (value.code == 0)
+    if (!hasFailed(value.failure))
         return stateWord(value);
-    return QStringLiteral("%1: %2").arg(stateWord(value), failureText(value.reason, value.code));
+    return QStringLiteral("%1: %2").arg(stateWord(value), failureText(value.failure));
 }
 
 QString ageText(qint64 ms)
@@ -308,7 +308,7 @@ QString ageText(qint64 ms)
 
 bool sameNews(const CyclicValue& a, const CyclicValue& b)
 {
-    return a.state == b.state && a.values == b.values && a.code == b.code && a.reason == b.reason;
+    return a.state == b.state && a.values == b.values && a.failure == b.failure;
 }
 
 bool sameNews(const WatchView& a, const WatchView& b)

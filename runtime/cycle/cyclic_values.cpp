@@ -82,11 +82,10 @@ bool CyclicValues::contains(int index) const
     return index >= 0 && index < static_cast<int>(m_variables.size());
 }
 
-void CyclicValues::Part::fail(int resultCode, const QString& why)
+void CyclicValues::Part::set(const Failure& why)
 {
-    code = resultCode;
     // Other threads hold copies. The thread sanitizer sees how a moved one goes away, but not into QtCore.
-    reason = QString(why);
+    failure = Failure(why);
 }
 
 std::vector<Variable> CyclicValues::variables() const
@@ -218,25 +217,25 @@ int CyclicValues::answered(const RW_VAR& request, Clock::time_point repliedAt)
     for (Part* part : block.parts) {
         part->read = repliedAt;
         part->doubtful = false;
-        if (part->code != 0)
-            part->fail(0, QString());
+        if (hasFailed(part->failure))
+            part->set(Failure());
     }
     return block.unused;
 }
 
-int CyclicValues::givenUp(const RW_VAR& request, int code, const QString& why)
+int CyclicValues::givenUp(const RW_VAR& request, const Failure& why)
 {
     const Block& block = blockOf(request);
     for (Part* part : block.parts)
-        part->fail(code, why);
+        part->set(why);
     return block.unused;
 }
 
-void CyclicValues::lost(int station, int code, const QString& why)
+void CyclicValues::lost(int station, const Failure& why)
 {
     for (Part& part : m_parts) {
         if (part.piece.asked.station == station)
-            part.fail(code, why);
+            part.set(why);
     }
 }
 
@@ -250,7 +249,7 @@ ValueState CyclicValues::stateOf(const Part& part) const
 {
     if (!part.read)
         return ValueState::NeverRead;
-    if (part.code != 0)
+    if (hasFailed(part.failure))
         return ValueState::Failed;
     if (msSince(*part.read) > m_settings.staleAfterMs)
         return ValueState::Stale;
@@ -266,10 +265,8 @@ void CyclicValues::judge(const Entry& entry, CyclicValue* value) const
         value->state = std::min(value->state, stateOf(part));
         if (part.read)
             value->ageMs = std::max(value->ageMs, msSince(*part.read));
-        if (part.code != 0) {
-            value->code = part.code;
-            value->reason = part.reason;
-        }
+        if (hasFailed(part.failure))
+            value->failure = part.failure;
     }
     if (value->state == ValueState::NeverRead)
         value->ageMs = -1;

@@ -59,10 +59,10 @@ public:
     int answered(const RW_VAR& request, Clock::time_point repliedAt);
 
     /// After DataCom() gave \a request up. \return the same
-    int givenUp(const RW_VAR& request, int code, const QString& why);
+    int givenUp(const RW_VAR& request, const Failure& why);
 
     /// A station does not answer: what is shown of it has failed, also where it was not tried again.
-    void lost(int station, int code, const QString& why);
+    void lost(int station, const Failure& why);
 
     /// The driver may hold a value for \a elements that the controller does not have.
     void doubt(const Variable& elements);
@@ -81,10 +81,9 @@ private:
         std::size_t variable = 0;              // which one it belongs to
         std::optional<Clock::time_point> read; // when the last good reply came
         bool doubtful = false;                 // a write to it failed since
-        int code = 0;                          // of the last attempt when it was given up, else 0
-        QString reason;
+        Failure failure;                       // of the last attempt
 
-        void fail(int resultCode, const QString& why);
+        void set(const Failure& why);
     };
     struct Entry {
         Variable variable;

@@ -13,20 +13,6 @@ const int mostInDriver = 8;
 
 const int statusAnswered = 1;
 
-QString endWords(RequestEnd end, const QString& why)
-{
-    switch (end) {
-    case RequestEnd::Failed:
-        return why;
-    case RequestEnd::Purged:
-        return QStringLiteral("given up unread with another request that failed: %1").arg(why);
-    case RequestEnd::Discarded:
-        return QStringLiteral("its station was switched off before it was read");
-    default:
-        return QStringLiteral("the driver's list of one-shot reads is not what it must be");
-    }
-}
-
 } // namespace
 
 OnceReads::OnceReads(const DriverCalls& calls, const Settings& settings, const WholeBits& wholeBits)
@@ -73,7 +59,7 @@ void OnceReads::feed(const std::set<int>& stationsOff)
         const Request request = m_requests.at(key);
         const int station = request.piece.asked.station;
         if (stationsOff.count(station) != 0)
-            fail(key, 0, QStringLiteral("station %1 is switched off").arg(station));
+            fail(key, stationOff(station));
         else
             queue(key, request);
     }
@@ -84,16 +70,16 @@ void OnceReads::queue(int key, const Request& request)
     const Variable& asked = request.piece.asked;
     RW_VAR read = record(key, asked, m_wholeBits(asked));
     if (m_calls.AddListOnceReadVar(&read, 0) == 0)
-        fail(key, 0, QStringLiteral("the driver takes no read of %1").arg(variableText(asked)));
+        fail(key, Failure(FailureKind::NotTaken, variableText(asked)));
     else
-        settle(m_ledger.queued({key, asked}, listSize()), 0, QString());
+        settle(m_ledger.queued({key, asked}, listSize()), Failure());
 }
 
 void OnceReads::polled()
 {
     if (m_ledger.size() == 0) // as nearly always, and then nothing can have ended
         return;
-    settle(m_ledger.polled(listSize()), 0, QString());
+    settle(m_ledger.polled(listSize()), Failure());
 }
 
 void OnceReads::note(int key, int status)
@@ -104,15 +90,15 @@ void OnceReads::note(int key, int status)
 
 void OnceReads::answered()
 {
-    settle(m_ledger.answered(listSize()), 0, QString());
+    settle(m_ledger.answered(listSize()), Failure());
 }
 
-void OnceReads::givenUp(bool onceRead, int station, int code, const QString& why)
+void OnceReads::givenUp(bool onceRead, int station, const Failure& why)
 {
-    settle(m_ledger.givenUp(onceRead, station, listSize()), code, why);
+    settle(m_ledger.givenUp(onceRead, station, listSize()), why);
 }
 
-void OnceReads::settle(const RequestLedger::Ended& ended, int code, const QString& why)
+void OnceReads::settle(const RequestLedger::Ended& ended, const Failure& given)
 {
     std::vector<int> purged;
     for (const EndedRequest& request : ended) {
@@ -121,7 +107,7 @@ void OnceReads::settle(const RequestLedger::Ended& ended, int code, const QStrin
         else if (request.end == RequestEnd::Purged)
             purged.push_back(request.key);
         else
-            fail(request.key, code, endWords(request.end, why));
+            fail(request.key, failureOf(request.end, given));
     }
     again(purged);
 }
@@ -136,7 +122,7 @@ void OnceReads::again(const std::vector<int>& keys)
 void OnceReads::take(int key)
 {
     if (m_notedKey != key || m_notedStatus != statusAnswered)
-        return fail(key, 0, QStringLiteral("the driver did not report the end of this read"));
+        return fail(key, Failure(FailureKind::NotReported));
     const auto found = m_requests.find(key);
     if (found == m_requests.end())
         return;
@@ -145,16 +131,14 @@ void OnceReads::take(int key)
     finish(found);
 }
 
-void OnceReads::fail(int key, int code, const QString& reason)
+void OnceReads::fail(int key, const Failure& failure)
 {
     const auto found = m_requests.find(key);
     if (found == m_requests.end())
         return;
     ReadOutcome& outcome = found->second.job->outcome;
-    if (outcome.reason.isEmpty()) {
-        outcome.code = code;
-        outcome.reason = reason;
-    }
+    if (!hasFailed(outcome.failure))
+        outcome.failure = failure;
     finish(found);
 }
 
@@ -169,7 +153,7 @@ void OnceReads::finish(std::map<int, Request>::iterator request)
 void OnceReads::conclude(Job* job)
 {
     ReadOutcome& outcome = job->outcome;
-    outcome.done = outcome.reason.isEmpty();
+    outcome.done = !hasFailed(outcome.failure);
     ++(outcome.done ? m_done : m_failed);
     if (outcome.done) {
         for (const std::vector<quint32>& part : job->parts)
@@ -178,12 +162,12 @@ void OnceReads::conclude(Job* job)
     job->pending.finish(outcome);
 }
 
-void OnceReads::lost(int station, int code, const QString& why)
+void OnceReads::lost(int station, const Failure& why)
 {
     std::deque<int> others;
     for (const int key : m_backlog) {
         if (m_requests.at(key).piece.asked.station == station)
-            fail(key, code, endWords(RequestEnd::Purged, why));
+            fail(key, failureOf(RequestEnd::Purged, why));
         else
             others.push_back(key);
     }
@@ -194,7 +178,7 @@ void OnceReads::stop()
 {
     m_backlog.clear();
     while (!m_requests.empty())
-        fail(m_requests.begin()->first, 0, QStringLiteral("the panel was stopped before it was read"));
+        fail(m_requests.begin()->first, Failure(FailureKind::Stopped));
 }
 
 } // namespace plc

@@ -45,10 +45,10 @@ public:
 
     /// After DataCom() gave up a request of \a station. \a onceRead: it was a one-shot read. Others that
     /// fell with it are queued again.
-    void givenUp(bool onceRead, int station, int code, const QString& why);
+    void givenUp(bool onceRead, int station, const Failure& why);
 
     /// A station does not answer: fails what waits for it, after givenUp() queued again what the driver had.
-    void lost(int station, int code, const QString& why);
+    void lost(int station, const Failure& why);
 
     /// Fails everything that waits.
     void stop();
@@ -76,10 +76,10 @@ private:
     int listSize() const;
     RW_VAR record(int key, const Variable& asked, int elements) const;
     void queue(int key, const Request& request);
-    void settle(const RequestLedger::Ended& ended, int code, const QString& why);
+    void settle(const RequestLedger::Ended& ended, const Failure& given);
     void take(int key);
     void again(const std::vector<int>& keys);
-    void fail(int key, int code, const QString& reason);
+    void fail(int key, const Failure& failure);
     void finish(std::map<int, Request>::iterator request);
     void conclude(Job* job);
 

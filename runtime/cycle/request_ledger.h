@@ -3,6 +3,7 @@
 #ifndef RUNTIME_CYCLE_REQUEST_LEDGER_H
 #define RUNTIME_CYCLE_REQUEST_LEDGER_H
 
+#include "runtime/cycle/request_end.h"
 #include "runtime/model/variable.h"
 
 #include <deque>
@@ -10,15 +11,6 @@
 
 namespace plc
 {
-
-enum class RequestEnd {
-    Done,      ///< answered by the controller
-    Failed,    ///< given up after its own last retry
-    Purged,    ///< thrown away with another request that was given up
-    Discarded, ///< its turn came while its station was switched off
-    Replaced,  ///< a newer write to the same elements took its place
-    OutOfStep  ///< the driver's list is not what it must be; nothing is known about the request
-};
 
 struct LedgerEntry {
     int key = 0;       ///< unique; the request's hostSubKey

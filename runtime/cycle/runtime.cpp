@@ -11,6 +11,7 @@
 #include "runtime/link/link.h"
 #include "runtime/modbus/failure_words.h"
 #include "runtime/modbus/frame_fields.h"
+#include "runtime/modbus/reply_failure.h"
 #include "runtime/modbus/return_code_words.h"
 
 #include <algorithm>
@@ -41,10 +42,10 @@ const int retryPollMs = 1;
 }
 
 template <class Outcome>
-Pending<Outcome> refused(const QString& reason)
+Pending<Outcome> refused(const Failure& failure)
 {
     Outcome outcome;
-    outcome.reason = reason;
+    outcome.failure = failure;
     Pending<Outcome> pending;
     pending.finish(outcome);
     return pending;
@@ -102,9 +103,9 @@ private:
     void exchange(Turn turn);
     int judge(const Turn& turn, const LinkExchange& exchange);
     void answered(const Turn& turn, Clock::time_point repliedAt);
-    void givenUp(const Turn& turn, int code, const QString& why);
-    void lost(int station, int code, const QString& why);
-    QString whyGivenUp(int code, const LinkExchange& exchange) const;
+    void givenUp(const Turn& turn, const Failure& why);
+    void lost(int station, const Failure& why);
+    Failure whyGivenUp(int code, const LinkExchange& exchange) const;
 
     std::mutex m_mutex;
     std::condition_variable m_workCame;
@@ -187,10 +188,10 @@ Pending<WriteOutcome> Runtime::Private::write(const Variable& variable, const st
     const Variable resolved = withStation(variable, m_settings);
     const QString words = writeRefusal(resolved, values, m_settings);
     if (!words.isEmpty())
-        return refused<WriteOutcome>(words);
+        return refused<WriteOutcome>(Failure(FailureKind::Invalid, words));
     std::lock_guard<std::mutex> lock(m_mutex);
     if (!m_started || m_stopped)
-        return refused<WriteOutcome>(QStringLiteral("the panel is not running"));
+        return refused<WriteOutcome>(Failure(FailureKind::NotRunning));
     const Pending<WriteOutcome> pending = m_writes.add(resolved, values);
     m_stations.wake(resolved.station);
     m_writes.feed(m_stations.off());
@@ -204,10 +205,10 @@ Pending<ReadOutcome> Runtime::Private::read(const Variable& variable)
     const Variable resolved = withStation(variable, m_settings);
     const QString words = readRefusal(resolved, m_settings);
     if (!words.isEmpty())
-        return refused<ReadOutcome>(words);
+        return refused<ReadOutcome>(Failure(FailureKind::Invalid, words));
     std::lock_guard<std::mutex> lock(m_mutex);
     if (!m_started || m_stopped)
-        return refused<ReadOutcome>(QStringLiteral("the panel is not running"));
+        return refused<ReadOutcome>(Failure(FailureKind::NotRunning));
     const Pending<ReadOutcome> pending = m_reads.add(resolved);
     m_stations.wake(resolved.station);
     m_reads.feed(m_stations.off());
@@ -345,7 +346,7 @@ int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange)
     if (isSuccess(code))
         answered(turn, exchange.repliedAt);
     else if (code != PLC_RETRYING)
-        givenUp(turn, code, whyGivenUp(code, exchange));
+        givenUp(turn, whyGivenUp(code, exchange));
     return code;
 }
 
@@ -359,31 +360,32 @@ void Runtime::Private::answered(const Turn& turn, Clock::time_point repliedAt)
         m_counter.blockEnded(turn.request, m_cyclic.answered(turn.request, repliedAt));
 }
 
-void Runtime::Private::givenUp(const Turn& turn, int code, const QString& why)
+void Runtime::Private::givenUp(const Turn& turn, const Failure& why)
 {
     const int key = turn.request.hostKey;
     if (key == cyclicKey)
-        m_counter.blockEnded(turn.request, m_cyclic.givenUp(turn.request, code, why));
-    m_writes.givenUp(key == writeKey, turn.request.station, code, why);
-    m_reads.givenUp(key == onceReadKey, turn.request.station, code, why);
+        m_counter.blockEnded(turn.request, m_cyclic.givenUp(turn.request, why));
+    m_writes.givenUp(key == writeKey, turn.request.station, why);
+    m_reads.givenUp(key == onceReadKey, turn.request.station, why);
     if (turn.replyExpected && m_stations.givenUp(turn.request.station, why))
-        lost(turn.request.station, code, why);
+        lost(turn.request.station, why);
 }
 
 /// Nothing may wait for a station that pauses: the driver would throw it away without having tried.
-void Runtime::Private::lost(int station, int code, const QString& why)
+void Runtime::Private::lost(int station, const Failure& why)
 {
-    m_writes.lost(station, code, why);
-    m_reads.lost(station, code, why);
-    m_cyclic.lost(station, code, why);
+    m_writes.lost(station, why);
+    m_reads.lost(station, why);
+    m_cyclic.lost(station, why);
     m_stations.leaveAlone(station);
 }
 
-QString Runtime::Private::whyGivenUp(int code, const LinkExchange& exchange) const
+Failure Runtime::Private::whyGivenUp(int code, const LinkExchange& exchange) const
 {
     if (!exchange.sent)
-        return noConnectionWords(m_settings.host, m_settings.port, m_link.state().lastError);
-    return failureWords(code, exchange.reply, m_settings.timeoutMs);
+        return connectionFailure(
+            code, noConnectionWords(m_settings.host, m_settings.port, m_link.state().lastError));
+    return replyFailure(code, exchange.reply, m_settings.timeoutMs);
 }
 
 Runtime::Runtime(const Settings& settings) : d(new Private(settings)) {}

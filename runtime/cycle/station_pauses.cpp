@@ -21,15 +21,15 @@ void StationPauses::tried(int number, TryEnd end)
     ++station.answers;
     forget(number);
     station.lost = false;
-    station.reason.clear();
+    station.failure = Failure();
 }
 
-bool StationPauses::givenUp(int number, const QString& why, qint64 now)
+bool StationPauses::givenUp(int number, const Failure& why, qint64 now)
 {
     Station& station = m_stations[number];
     ++station.failures;
     station.lost = station.lastTry != TryEnd::Answered;
-    station.reason = station.lost ? why : QString();
+    station.failure = station.lost ? why : Failure();
     if (station.lastTry != TryEnd::NoAnswer || station.unanswered < m_triesOfRequest || m_firstPauseMs == 0)
         return false;
     station.pausing = true;
@@ -87,7 +87,7 @@ StationReport StationPauses::reportOf(int number, const Station& station, qint64
     report.station = number;
     report.answers = station.answers;
     report.failures = station.failures;
-    report.reason = station.reason;
+    report.failure = station.failure;
     if (station.pausing) {
         report.condition = StationCondition::Pausing;
         report.nextTryMs = std::max<qint64>(station.until - now, 0);

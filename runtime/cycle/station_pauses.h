@@ -6,8 +6,6 @@
 #include "runtime/model/settings.h"
 #include "runtime/model/station_report.h"
 
-#include <QString>
-
 #include <map>
 #include <vector>
 
@@ -40,7 +38,7 @@ public:
     void tried(int station, TryEnd end);
 
     /// After the last try of a request that was given up. \return true when a pause begins with it
-    bool givenUp(int station, const QString& why, qint64 now);
+    bool givenUp(int station, const Failure& why, qint64 now);
 
     /// \return the stations whose pause is over by now, each once
     std::vector<int> over(qint64 now);
@@ -68,7 +66,7 @@ private:
         int nextPauseMs = 0;
         long answers = 0;
         long failures = 0;
-        QString reason; // when lost
+        Failure failure; // when lost
     };
 
     StationReport reportOf(int number, const Station& station, qint64 now) const;

@@ -35,7 +35,7 @@ void Stations::endPauses()
         tellDriver(station);
 }
 
-bool Stations::givenUp(int station, const QString& why)
+bool Stations::givenUp(int station, const Failure& why)
 {
     return m_pauses.givenUp(station, why, m_clock.elapsed());
 }

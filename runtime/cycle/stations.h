@@ -39,7 +39,7 @@ public:
 
     /// After the last try of such a request. \return true when the station is to be left alone: nothing may
     /// wait for it then, and leaveAlone() is the next to be called
-    bool givenUp(int station, const QString& why);
+    bool givenUp(int station, const Failure& why);
 
     /// The driver throws away what waits for the station without having tried.
     void leaveAlone(int station) { tellDriver(station); }

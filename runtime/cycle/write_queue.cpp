@@ -7,28 +7,6 @@
 namespace plc
 {
 
-namespace
-{
-
-QString endWords(RequestEnd end, const QString& why)
-{
-    switch (end) {
-    case RequestEnd::Failed:
-        return why;
-    case RequestEnd::Purged:
-        return QStringLiteral("given up unsent with another request that failed: %1").arg(why);
-    case RequestEnd::Discarded:
-        return QStringLiteral("its station was switched off before it was sent");
-    case RequestEnd::Replaced:
-        return QStringLiteral("replaced by a newer write before it was sent");
-    default:
-        return QStringLiteral("the driver's list of writes is not what it must be; nothing is known about "
-                              "this write");
-    }
-}
-
-} // namespace
-
 WriteQueue::WriteQueue(const DriverCalls& calls, const Settings& settings, const Doubtful& doubtful)
     : m_calls(calls), m_settings(settings), m_doubtful(doubtful), m_ledger(settings.multiStation)
 {
@@ -60,7 +38,7 @@ void WriteQueue::feed(const std::set<int>& stationsOff)
         const int key = m_backlog.front();
         const Request request = m_requests.at(key);
         if (stationsOff.count(request.elements.station) != 0)
-            end(key, false, 0, QStringLiteral("station %1 is switched off").arg(request.elements.station));
+            end(key, stationOff(request.elements.station));
         else if (!queue(key, request))
             return;
         m_backlog.pop_front();
@@ -80,9 +58,9 @@ bool WriteQueue::queue(int key, const Request& request)
         &name, elements.area, &address, static_cast<unsigned int>(elements.station), &bytes,
         driverWriteCount(elements.area, elements.count), writeKey, static_cast<unsigned int>(key));
     if (size == 0)
-        end(key, false, 0, QStringLiteral("the driver takes no write to %1").arg(variableText(elements)));
+        end(key, Failure(FailureKind::NotTaken, variableText(elements)));
     else
-        settle(m_ledger.queued({key, elements}, listSize()), 0, QString());
+        settle(m_ledger.queued({key, elements}, listSize()), Failure());
     return true;
 }
 
@@ -90,25 +68,25 @@ void WriteQueue::polled()
 {
     if (m_ledger.size() == 0) // as nearly always, and then nothing can have ended
         return;
-    settle(m_ledger.polled(listSize()), 0, QString());
+    settle(m_ledger.polled(listSize()), Failure());
 }
 
 void WriteQueue::answered()
 {
-    settle(m_ledger.answered(listSize()), 0, QString());
+    settle(m_ledger.answered(listSize()), Failure());
 }
 
-void WriteQueue::givenUp(bool write, int station, int code, const QString& why)
+void WriteQueue::givenUp(bool write, int station, const Failure& why)
 {
-    settle(m_ledger.givenUp(write, station, listSize()), code, why);
+    settle(m_ledger.givenUp(write, station, listSize()), why);
 }
 
-void WriteQueue::lost(int station, int code, const QString& why)
+void WriteQueue::lost(int station, const Failure& why)
 {
     std::deque<int> others;
     for (const int key : m_backlog) {
         if (m_requests.at(key).elements.station == station)
-            end(key, false, code, endWords(RequestEnd::Purged, why));
+            end(key, failureOf(RequestEnd::Purged, why));
         else
             others.push_back(key);
     }
@@ -119,8 +97,7 @@ void WriteQueue::stop()
 {
     m_backlog.clear();
     while (!m_requests.empty())
-        end(m_requests.begin()->first, false, 0,
-            QStringLiteral("the panel was stopped before it was confirmed; it may have been sent"));
+        end(m_requests.begin()->first, Failure(FailureKind::Stopped));
 }
 
 bool WriteQueue::isWriting(const Variable& variable) const
@@ -132,13 +109,14 @@ bool WriteQueue::isWriting(const Variable& variable) const
     return false;
 }
 
-void WriteQueue::settle(const RequestLedger::Ended& ended, int code, const QString& why)
+void WriteQueue::settle(const RequestLedger::Ended& ended, const Failure& given)
 {
     for (const EndedRequest& request : ended)
-        end(request.key, request.end == RequestEnd::Done, code, endWords(request.end, why));
+        end(request.key, failureOf(request.end, given));
 }
 
-void WriteQueue::end(int key, bool confirmed, int code, const QString& reason)
+/// \param failure none: the request is confirmed
+void WriteQueue::end(int key, const Failure& failure)
 {
     const auto found = m_requests.find(key);
     if (found == m_requests.end())
@@ -146,12 +124,11 @@ void WriteQueue::end(int key, bool confirmed, int code, const QString& reason)
     const Request request = found->second;
     m_requests.erase(found);
     WriteOutcome& outcome = request.job->outcome;
-    if (confirmed) {
+    const bool confirmed = !hasFailed(failure);
+    if (confirmed)
         ++outcome.requestsConfirmed;
-    } else if (outcome.reason.isEmpty()) {
-        outcome.code = code;
-        outcome.reason = reason;
-    }
+    else if (!hasFailed(outcome.failure))
+        outcome.failure = failure;
     if (!confirmed || !driverHolds(request))
         m_doubtful(request.elements);
     if (--request.job->left == 0)

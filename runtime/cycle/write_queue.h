@@ -40,10 +40,10 @@ public:
     void answered();
 
     /// After DataCom() gave up a request of \a station. \a write: it was a write.
-    void givenUp(bool write, int station, int code, const QString& why);
+    void givenUp(bool write, int station, const Failure& why);
 
     /// A station does not answer: fails what waits for room, after givenUp() ended what the driver had.
-    void lost(int station, int code, const QString& why);
+    void lost(int station, const Failure& why);
 
     /// Fails everything that waits.
     void stop();
@@ -71,8 +71,8 @@ private:
 
     int listSize() const;
     bool queue(int key, const Request& request);
-    void settle(const RequestLedger::Ended& ended, int code, const QString& why);
-    void end(int key, bool confirmed, int code, const QString& reason);
+    void settle(const RequestLedger::Ended& ended, const Failure& given);
+    void end(int key, const Failure& failure);
     bool driverHolds(const Request& request) const;
     void finish(Job* job);
 

@@ -1,21 +1,120 @@
 #include "runtime/modbus/failure_words.h"
 
-#include "runtime/modbus/frame_fields.h"
 #include "runtime/modbus/return_code_words.h"
 
 namespace plc
 {
 
-QString failureWords(int code, const QByteArray& reply, int timeoutMs)
+namespace
 {
-    if (reply.isEmpty())
-        return QStringLiteral("%1 within %2 ms").arg(resultWords(code)).arg(timeoutMs);
-    const int exception = exceptionCode(reply);
-    if (exception != 0)
+
+enum Asked { Write, Read };
+
+/// For what needs nothing but its kind.
+struct PlainWords {
+    FailureKind kind;
+    const char* ofWrite;
+    const char* ofRead;
+};
+
+const PlainWords plainWords[] = {
+    {FailureKind::NotRunning, "the panel is not running", "the panel is not running"},
+    {FailureKind::NotTried, "not tried, because the controller cannot be reached",
+     "not tried, because the controller cannot be reached"},
+    {FailureKind::Discarded, "its station was switched off before it was sent",
+     "its station was switched off before it was read"},
+    {FailureKind::Replaced, "replaced by a newer write before it was sent", ""},
+    {FailureKind::Stopped, "the panel was stopped before it was confirmed; it may have been sent",
+     "the panel was stopped before it was read"},
+    {FailureKind::OutOfStep,
+     "the driver's list of writes is not what it must be; nothing is known about this write",
+     "the driver's list of one-shot reads is not what it must be"},
+    {FailureKind::NotReported, "", "the driver did not report the end of this read"},
+};
+
+QString plain(FailureKind kind, Asked asked)
+{
+    for (const PlainWords& row : plainWords) {
+        if (row.kind == kind)
+            return QLatin1String(asked == Write ? row.ofWrite : row.ofRead);
+    }
+    return QString();
+}
+
+QString purged(const Failure& failure, Asked asked)
+{
+    Failure cause = failure;
+    cause.kind = failure.cause;
+    return QStringLiteral("given up %1 with another request that failed: %2")
+        .arg(QLatin1String(asked == Write ? "unsent" : "unread"), failureWords(cause));
+}
+
+QString notTaken(const Failure& failure, Asked asked)
+{
+    return QStringLiteral("the driver takes no %1 %2")
+        .arg(QLatin1String(asked == Write ? "write to" : "read of"), failure.detail);
+}
+
+QString wordsOf(const Failure& failure, Asked asked)
+{
+    switch (failure.kind) {
+    case FailureKind::Invalid:
+    case FailureKind::NotConnected:
+        return failure.detail;
+    case FailureKind::StationOff:
+        return QStringLiteral("station %1 is switched off").arg(failure.station);
+    case FailureKind::NotTaken:
+        return notTaken(failure, asked);
+    case FailureKind::Purged:
+        return purged(failure, asked);
+    case FailureKind::NoReply:
+        return QStringLiteral("%1 within %2 ms").arg(resultWords(failure.code)).arg(failure.timeoutMs);
+    case FailureKind::Exception:
         return QStringLiteral("the controller refused it: exception %1, %2")
-            .arg(exception)
-            .arg(exceptionWords(exception));
-    return resultWords(code);
+            .arg(failure.exception)
+            .arg(exceptionWords(failure.exception));
+    case FailureKind::BadReply:
+        return resultWords(failure.code);
+    default:
+        return plain(failure.kind, asked);
+    }
+}
+
+QString withCode(const QString& words, int code)
+{
+    return code == 0 ? words : QStringLiteral("%1 (return code %2)").arg(words).arg(code);
+}
+
+} // namespace
+
+QString failureWords(const WriteOutcome& outcome)
+{
+    return wordsOf(outcome.failure, Write);
+}
+
+QString failureWords(const ReadOutcome& outcome)
+{
+    return wordsOf(outcome.failure, Read);
+}
+
+QString failureWords(const Failure& failure)
+{
+    return wordsOf(failure, Read);
+}
+
+QString failureText(const WriteOutcome& outcome)
+{
+    return withCode(failureWords(outcome), outcome.failure.code);
+}
+
+QString failureText(const ReadOutcome& outcome)
+{
+    return withCode(failureWords(outcome), outcome.failure.code);
+}
+
+QString failureText(const Failure& failure)
+{
+    return withCode(failureWords(failure), failure.code);
 }
 
 QString noConnectionWords(const QString& host, int port, const QString& error)

@@ -4,6 +4,7 @@
 #define RUNTIME_MODEL_CYCLIC_VALUE_H
 
 #include "runtime/export.h"
+#include "runtime/model/failure.h"
 
 #include <QString>
 
@@ -28,8 +29,7 @@ struct CyclicValue {
     ValueState state = ValueState::NeverRead;
     std::vector<quint32> values; ///< one per element; zeros before the first answer
     qint64 ageMs = -1;           ///< since the controller's last answer; -1 before the first
-    int code = 0;                ///< result code when the state is Failed
-    QString reason;              ///< why it failed, in words; empty otherwise
+    Failure failure;             ///< of the last attempt to read it; its words: failureWords()
 };
 
 } // namespace plc

@@ -3,7 +3,9 @@
 #ifndef RUNTIME_MODEL_OUTCOME_H
 #define RUNTIME_MODEL_OUTCOME_H
 
-#include <QString>
+#include "runtime/model/failure.h"
+
+#include <QtGlobal>
 
 #include <vector>
 
@@ -14,16 +16,14 @@ namespace plc
 struct WriteOutcome {
     bool confirmed = false;
     bool broadcast = false;    ///< sent to station 0: no controller answers, so none confirmed it
-    int code = 0;              ///< result code of the first request that failed; 0: it was never sent
-    QString reason;            ///< why it failed, in words; empty when confirmed
+    Failure failure;           ///< of the first request that failed; its words: failureWords()
     int requests = 0;          ///< requests that the write was cut into
     int requestsConfirmed = 0; ///< of these confirmed; a failed write may have been carried out in part
 };
 
 struct ReadOutcome {
     bool done = false;
-    int code = 0;                ///< result code of the first request that failed; 0: it was never sent
-    QString reason;              ///< why it failed, in words; empty when done
+    Failure failure;             ///< of the first request that failed; its words: failureWords()
     std::vector<quint32> values; ///< one per element, as the controller answered; empty when failed
 };
 

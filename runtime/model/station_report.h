@@ -3,7 +3,9 @@
 #ifndef RUNTIME_MODEL_STATION_REPORT_H
 #define RUNTIME_MODEL_STATION_REPORT_H
 
-#include <QString>
+#include "runtime/model/failure.h"
+
+#include <QtGlobal>
 
 namespace plc
 {
@@ -22,7 +24,7 @@ struct StationReport {
     qint64 nextTryMs = -1; ///< when pausing: until it is tried again; -1 otherwise
     long answers = 0;      ///< replies of any kind
     long failures = 0;     ///< requests given up
-    QString reason;        ///< why the last one was given up, when it does not answer; empty otherwise
+    Failure failure;       ///< of the last one that was given up, when it does not answer
 };
 
 } // namespace plc

@@ -3,6 +3,7 @@
 #include "capture/capture_bytes.h"
 #include "capture/replay.h"
 #include "runtime/cycle/panel_fixture.h"
+#include "runtime/modbus/failure_words.h"
 
 #include <gmock/gmock.h>
 
@@ -130,8 +131,9 @@ TEST_F(ReplayOf, ARefusalFailsTheValueInTheSameWordsAsLive)
     sent("000200000006010300640002");
     came("000200000003018302");
     EXPECT_EQ(value().state, ValueState::Failed);
-    EXPECT_EQ(value().code, 71);
-    EXPECT_EQ(value().reason, QStringLiteral("the controller refused it: exception 2, illegal data address"));
+    EXPECT_EQ(value().failure.code, 71);
+    EXPECT_EQ(failureWords(value().failure),
+              QStringLiteral("the controller refused it: exception 2, illegal data address"));
     EXPECT_THAT(value().values, ElementsAre(7u, 0xFFFFu));
 }
 
@@ -141,11 +143,11 @@ TEST_F(ReplayOf, ARequestFailsOnlyAfterTheRetriesThatTheDriverHas)
     start({variable(9, 100, 2, 1)});
     sent(read100);
     happened(CaptureEntry::TimedOut);
-    EXPECT_EQ(value().code, 0);
+    EXPECT_EQ(value().failure.code, 0);
     sent("000200000006010300640002");
     happened(CaptureEntry::TimedOut);
-    EXPECT_EQ(value().code, 41);
-    EXPECT_EQ(value().reason, QStringLiteral("no reply within 300 ms"));
+    EXPECT_EQ(value().failure.code, 41);
+    EXPECT_EQ(failureWords(value().failure), QStringLiteral("no reply within 300 ms"));
     EXPECT_EQ(replay->counts().retried, 1);
     EXPECT_EQ(replay->counts().failed, 1);
 }
@@ -156,8 +158,8 @@ TEST_F(ReplayOf, ARequestForWhichThereWasNoConnectionFailsForThatReason)
     CaptureEntry unsent = entry(CaptureEntry::NotSent, "000000000006010300640002");
     unsent.why = QStringLiteral("no connection to there");
     replay->play(unsent);
-    EXPECT_EQ(value().code, 41);
-    EXPECT_EQ(value().reason, QStringLiteral("no connection to there"));
+    EXPECT_EQ(value().failure.code, 41);
+    EXPECT_EQ(failureWords(value().failure), QStringLiteral("no connection to there"));
 }
 
 TEST_F(ReplayOf, ALateReplyAnswersNothing)
@@ -176,7 +178,7 @@ TEST_F(ReplayOf, ARequestWithoutAReplyAtTheEndHasNotFailed)
 {
     start({variable(9, 100, 2, 1)});
     sent(read100);
-    EXPECT_EQ(value().code, 0);
+    EXPECT_EQ(value().failure.code, 0);
     EXPECT_EQ(replay->counts().failed, 0);
 }
 
@@ -290,8 +292,8 @@ TEST_P(ReplayAndLive, EndWithTheSameValuesAndStates)
     EXPECT_EQ(end.error, QString());
     for (std::size_t index = 0; index < variables.size(); ++index) {
         EXPECT_EQ(replay.value(index).values, live[index].values) << index;
-        EXPECT_EQ(replay.value(index).code, live[index].code) << index;
-        EXPECT_EQ(replay.value(index).reason, live[index].reason) << index;
+        EXPECT_EQ(replay.value(index).failure.code, live[index].failure.code) << index;
+        EXPECT_EQ(replay.value(index).failure, live[index].failure) << index;
     }
     EXPECT_EQ(replay.counts().good, statistics.good);
     EXPECT_EQ(replay.counts().notRebuilt, 0);

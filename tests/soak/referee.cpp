@@ -1,6 +1,7 @@
 #include "soak/referee.h"
 #include "runtime/cycle/exchange_record.h"
 
+#include "runtime/modbus/failure_words.h"
 #include "runtime/modbus/return_code_words.h"
 #include "runtime/model/modbus_address.h"
 
@@ -51,24 +52,17 @@ QLatin1String nameOf(simulator::Fault fault)
     return QLatin1String("-");
 }
 
-/// Only these words tell a write that was never sent from one that may have been carried out.
-bool saysUnsent(const plc::WriteOutcome& outcome)
-{
-    return outcome.reason.startsWith(QLatin1String("given up unsent")) ||
-           outcome.reason.startsWith(QLatin1String("replaced by a newer write"));
-}
-
 WriteEnd endOf(const plc::WriteOutcome& outcome)
 {
     if (outcome.confirmed)
         return WriteEnd::Confirmed;
-    return saysUnsent(outcome) ? WriteEnd::Unsent : WriteEnd::Failed;
+    return plc::isUnsent(outcome.failure.kind) ? WriteEnd::Unsent : WriteEnd::Failed;
 }
 
 bool isConsistent(const plc::WriteOutcome& outcome)
 {
     return outcome.confirmed == (outcome.requestsConfirmed == outcome.requests) &&
-           outcome.confirmed == outcome.reason.isEmpty() && outcome.requests > 0;
+           outcome.confirmed != plc::hasFailed(outcome.failure) && outcome.requests > 0;
 }
 
 QString listed(const std::vector<quint32>& values)
@@ -105,7 +99,7 @@ void Referee::ended(std::size_t index, quint32 serial, const plc::WriteOutcome& 
                             .arg(serial)
                             .arg(outcome.requestsConfirmed)
                             .arg(outcome.requests)
-                            .arg(outcome.reason));
+                            .arg(plc::failureWords(outcome)));
     complain(index, m_histories[index].ended(serial, endOf(outcome)));
 }
 

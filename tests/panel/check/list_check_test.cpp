@@ -3,8 +3,6 @@
 #include "panel/check/list_check.h"
 
 #include "panel/commands/check_command.h"
-#include "runtime/cycle/exchange_record.h"
-#include "runtime/cycle/runtime.h"
 
 #include <gmock/gmock.h>
 
@@ -201,34 +199,6 @@ TEST(ListCheck, ABlockRepeatsARefusalWhenItIsLongerThanWhatWasGiven)
     const Finding length = findings(PickyController({}, 50), {words(0, 40), words(40, 30)}).at(0);
     EXPECT_TRUE(repeats(length, words(500, 41)));
     EXPECT_FALSE(repeats(length, words(500, 40)));
-}
-
-ExchangeRecord withReply(const char* hex)
-{
-    ExchangeRecord record;
-    record.exchange.sent = true;
-    record.exchange.reply = QByteArray::fromHex(hex);
-    return record;
-}
-
-TEST(CheckAnswer, IsARefusalOnlyForAnExceptionAboutTheRequest)
-{
-    const auto kind = [](const char* hex) { return answerOf(withReply(hex), QString()).kind; };
-    EXPECT_EQ(kind("000000000003018301"), ReadAnswer::Refused);
-    EXPECT_EQ(kind("000000000003018302"), ReadAnswer::Refused);
-    EXPECT_EQ(kind("000000000003018303"), ReadAnswer::Refused);
-    EXPECT_EQ(kind("000000000003018304"), ReadAnswer::Refused);
-    EXPECT_EQ(kind("000000000003018305"), ReadAnswer::Unanswered);
-    EXPECT_EQ(kind("000000000003018306"), ReadAnswer::Unanswered);
-    EXPECT_EQ(kind("00000000000301830A"), ReadAnswer::Unanswered);
-    EXPECT_EQ(kind("00000000000301830B"), ReadAnswer::Unanswered);
-}
-
-TEST(CheckAnswer, IsNoneForNoReplyAndForOneOfTheWrongLength)
-{
-    EXPECT_EQ(answerOf(withReply(""), QString()).kind, ReadAnswer::Unanswered);
-    EXPECT_EQ(answerOf(withReply("00000000000501030200"), QString()).kind, ReadAnswer::Unanswered);
-    EXPECT_EQ(answerOf(ExchangeRecord(), QString()).kind, ReadAnswer::NotConnected);
 }
 
 } // namespace

@@ -78,8 +78,16 @@ TEST_F(DemoStageTest, AReadThatBringsNothingIsWrong)
 TEST_F(DemoStageTest, AWriteThatMustFailAndDoesNotIsWrong)
 {
     settings.timeoutMs = 5000;
-    printed([](DemoStage& stage) { stage.writeFails(variable("9:100"), {1}, QStringLiteral("no reply")); });
+    printed([](DemoStage& stage) { stage.writeFails(variable("9:100"), {1}, FailureKind::NoReply); });
     EXPECT_EQ(report.wrong(), 2);
+}
+
+TEST_F(DemoStageTest, AWriteThatFailsForAnotherReasonIsWrong)
+{
+    const std::string text =
+        printed([](DemoStage& stage) { stage.writeFails(variable("0:17"), {1}, FailureKind::NoReply); });
+    EXPECT_EQ(report.wrong(), 1);
+    EXPECT_THAT(text, HasSubstr("WRONG: the write must fail for another reason"));
 }
 
 TEST_F(DemoStageTest, TheSummaryCountsWhatIsWrong)

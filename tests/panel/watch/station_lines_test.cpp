@@ -1,5 +1,7 @@
 #include "panel/watch/station_lines.h"
 
+#include "runtime/modbus/reply_failure.h"
+
 #include <gtest/gtest.h>
 
 namespace
@@ -15,7 +17,7 @@ StationReport report(int station, StationCondition condition, qint64 nextTryMs =
     report.nextTryMs = nextTryMs;
     report.failures = failures;
     if (condition == StationCondition::NotAnswering || condition == StationCondition::Pausing)
-        report.reason = QStringLiteral("no reply within 300 ms");
+        report.failure = replyFailure(41, QByteArray(), 300);
     return report;
 }
 

@@ -3,6 +3,7 @@
 #include "panel/watch/watch_table.h"
 
 #include "panel/terminal/terminal.h"
+#include "runtime/modbus/reply_failure.h"
 
 #include <gtest/gtest.h>
 
@@ -25,8 +26,7 @@ WatchRow row(const char* variable, ValueState state, const std::vector<quint32>&
 WatchRow failedRow(const char* variable, const std::vector<quint32>& values, qint64 ageMs)
 {
     WatchRow failed = row(variable, ageMs < 0 ? ValueState::NeverRead : ValueState::Failed, values, ageMs);
-    failed.value.code = 42;
-    failed.value.reason = QStringLiteral("no reply within 300 ms");
+    failed.value.failure = replyFailure(42, QByteArray(), 300);
     return failed;
 }
 

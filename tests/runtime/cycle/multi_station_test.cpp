@@ -194,7 +194,7 @@ TEST_F(MultiStation, WritesReachTheirStationOnlyInEveryAreaThatCanBeWritten)
         for (int station = 1; station <= stations; ++station) {
             const WriteOutcome outcome =
                 write(variable(area, first, count, station), valuesOf(area, station));
-            EXPECT_TRUE(outcome.confirmed) << area << ": " << outcome.reason.toStdString();
+            EXPECT_TRUE(outcome.confirmed) << area << ": " << reasonOf(outcome);
         }
         for (int station = 1; station <= stations; ++station)
             EXPECT_EQ(inMemory(area, station), valuesOf(area, station)) << area << ' ' << station;
@@ -251,8 +251,8 @@ TEST_F(MultiStation, DeadOneFailsAndTheOthersStayRightWhileTheirMemoryChanges)
         }
         const CyclicValue dead = shown(9, deadStation);
         EXPECT_EQ(dead.state, ValueState::Failed);
-        EXPECT_EQ(dead.code, 41);
-        EXPECT_THAT(dead.reason.toStdString(), HasSubstr("no reply within 100 ms"));
+        EXPECT_EQ(dead.failure.code, 41);
+        EXPECT_THAT(reasonOf(dead), HasSubstr("no reply within 100 ms"));
         EXPECT_EQ(dead.values, valuesOf(9, deadStation)) << "the last ones it answered";
     }
     controller->setSilent(deadStation, false);
@@ -265,7 +265,7 @@ TEST_F(MultiStation, DeadOneIsLeftAloneWhileItPauses)
     letOneDie(30000);
     EXPECT_EQ(report(deadStation).condition, StationCondition::Pausing);
     EXPECT_GT(report(deadStation).nextTryMs, 0);
-    EXPECT_THAT(report(deadStation).reason.toStdString(), HasSubstr("no reply"));
+    EXPECT_THAT(reasonOf(report(deadStation)), HasSubstr("no reply"));
     const long before = framesTo(deadStation);
     EXPECT_TRUE(othersGoOn(50));
     EXPECT_EQ(framesTo(deadStation), before);
@@ -286,7 +286,7 @@ TEST_F(MultiStation, EveryValueOfADeadOneHasFailedAfterTheFirstOfItsRequests)
     ASSERT_TRUE(looks(deadStation, StationCondition::Pausing));
     for (const int area : {2, 9, 14}) {
         EXPECT_EQ(shown(area, deadStation).state, ValueState::Failed);
-        EXPECT_THAT(shown(area, deadStation).reason.toStdString(), HasSubstr("no reply"));
+        EXPECT_THAT(reasonOf(shown(area, deadStation)), HasSubstr("no reply"));
     }
 }
 
@@ -312,13 +312,13 @@ TEST_F(MultiStation, WritesToTheLivingAreAllConfirmedAndThoseToTheDeadFail)
     }
     for (const auto& pending : living) {
         ASSERT_TRUE(pending.wait(patienceMs));
-        EXPECT_TRUE(pending.get().confirmed) << pending.get().reason.toStdString();
+        EXPECT_TRUE(pending.get().confirmed) << reasonOf(pending.get());
     }
     for (const auto& pending : dead) {
         ASSERT_TRUE(pending.wait(patienceMs));
         EXPECT_FALSE(pending.get().confirmed);
-        EXPECT_EQ(pending.get().code, 41);
-        EXPECT_THAT(pending.get().reason.toStdString(), HasSubstr("no reply within 100 ms"));
+        EXPECT_EQ(pending.get().failure.code, 41);
+        EXPECT_THAT(reasonOf(pending.get()), HasSubstr("no reply within 100 ms"));
     }
     for (int station = 1; station <= stations; ++station)
         EXPECT_EQ(inController(*controller, 9, 9, station), station == deadStation ? 0u : 7u);
@@ -337,7 +337,7 @@ TEST_F(MultiStation, ReadsOfTheLivingAreNotLostWithThoseOfTheDead)
         ASSERT_TRUE(living[time].wait(patienceMs) && dead[time].wait(patienceMs));
         EXPECT_EQ(living[time].get().values, valuesOf(9, 1 + static_cast<int>(time) % 3));
         EXPECT_FALSE(dead[time].get().done);
-        EXPECT_EQ(dead[time].get().code, 41);
+        EXPECT_EQ(dead[time].get().failure.code, 41);
     }
 }
 
@@ -347,7 +347,7 @@ TEST_F(MultiStation, WriteToAPausingOneIsTriedAtOnceAndFailsByItsOwn)
     const long before = framesTo(deadStation);
     const WriteOutcome outcome = write(variable(9, 0, 1, deadStation), {7});
     EXPECT_FALSE(outcome.confirmed);
-    EXPECT_EQ(outcome.reason.toStdString(), "no reply within 100 ms");
+    EXPECT_EQ(reasonOf(outcome), "no reply within 100 ms");
     EXPECT_TRUE(eventually([&] { return framesTo(deadStation) == before + 2; })) << "a try and a retry";
     EXPECT_TRUE(looks(deadStation, StationCondition::Pausing));
 }
@@ -375,7 +375,7 @@ TEST_F(MultiStation, LongReadOfADeadOneFailsWithItsFirstRequest)
     const long before = framesTo(deadStation);
     const ReadOutcome outcome = read(variable(9, 0, 2000, deadStation));
     EXPECT_FALSE(outcome.done);
-    EXPECT_EQ(outcome.reason.toStdString(), "no reply within 100 ms");
+    EXPECT_EQ(reasonOf(outcome), "no reply within 100 ms");
     EXPECT_TRUE(othersGoOn(3));
     EXPECT_EQ(framesTo(deadStation), before + 2) << "one request of many, a try and a retry";
 }
@@ -406,8 +406,7 @@ TEST_F(MultiStation, StationThatTheUserSwitchedOffStaysOffWhenItsPauseIsOver)
     EXPECT_TRUE(othersGoOn(2));
     EXPECT_EQ(framesTo(deadStation), before);
     EXPECT_EQ(shown(9, deadStation).state, ValueState::StationOff);
-    EXPECT_THAT(write(variable(9, 0, 1, deadStation), {7}).reason.toStdString(),
-                HasSubstr("station 4 is switched off"));
+    EXPECT_THAT(reasonOf(write(variable(9, 0, 1, deadStation), {7})), HasSubstr("station 4 is switched off"));
 }
 
 TEST_F(MultiStation, StationThatTheUserSwitchesOnIsTriedAtOnce)
@@ -461,7 +460,7 @@ TEST_F(MultiStation, RefusalsBringNoPause)
     settings.stationPauseMs = 30000;
     makeCyclic({9});
     runtime->start();
-    EXPECT_TRUE(eventually([&] { return shown(9, 1).code == 71; }));
+    EXPECT_TRUE(eventually([&] { return shown(9, 1).failure.code == 71; }));
     EXPECT_TRUE(othersGoOn(5));
     EXPECT_EQ(report(1).condition, StationCondition::Answering);
     EXPECT_GT(report(1).failures, 0);

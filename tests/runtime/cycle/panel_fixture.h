@@ -4,6 +4,7 @@
 #define TESTS_PANEL_FIXTURE_H
 
 #include "runtime/cycle/runtime.h"
+#include "runtime/modbus/failure_words.h"
 #include "simulator/simulated_controller.h"
 #include "support/controller_values.h"
 
@@ -28,6 +29,23 @@ inline bool eventually(const std::function<bool()>& condition)
         QThread::msleep(2);
     }
     return true;
+}
+
+/// \return why something failed, in words; empty when it did not
+template <class Outcome>
+std::string reasonOf(const Outcome& outcome)
+{
+    return plc::failureWords(outcome).toStdString();
+}
+
+inline std::string reasonOf(const plc::CyclicValue& value)
+{
+    return plc::failureWords(value.failure).toStdString();
+}
+
+inline std::string reasonOf(const plc::StationReport& report)
+{
+    return plc::failureWords(report.failure).toStdString();
 }
 
 inline plc::Variable variable(int area, int element, int count = 1, int station = -1)

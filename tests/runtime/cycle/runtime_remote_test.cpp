@@ -28,7 +28,7 @@ TEST_F(RuntimeRemote, WritesReachTheControllerInEveryAreaThatCanBeWritten)
     startRuntime();
     for (int area = 1; area <= 14; ++area) {
         const WriteOutcome outcome = write(variable(area, 40, 20), testValues(area, 20));
-        EXPECT_TRUE(outcome.confirmed) << area << ": " << outcome.reason.toStdString();
+        EXPECT_TRUE(outcome.confirmed) << area << ": " << reasonOf(outcome);
         for (int index = 0; index < 20; ++index)
             EXPECT_EQ(inController(*controller, area, 40 + index), testValue(area, index))
                 << area << ' ' << index;
@@ -43,7 +43,7 @@ TEST_F(RuntimeRemote, ReadsGiveWhatTheControllerHasInEveryArea)
         for (int index = 0; index < 20; ++index)
             putIntoController(*controller, area, 40 + index, testValue(area, index));
         const ReadOutcome outcome = read(variable(area, 40, 20));
-        EXPECT_TRUE(outcome.done) << area << ": " << outcome.reason.toStdString();
+        EXPECT_TRUE(outcome.done) << area << ": " << reasonOf(outcome);
         EXPECT_EQ(outcome.values, testValues(area, 20)) << area;
     }
 }
@@ -56,7 +56,7 @@ TEST_F(RuntimeRemote, LongVariablesAreWrittenAndRead)
     for (const int area : {9, 14, 2, 8}) {
         const int count = area >= 9 ? 300 : 40;
         const WriteOutcome written = write(variable(area, 100, count), testValues(area, count));
-        EXPECT_TRUE(written.confirmed) << written.reason.toStdString();
+        EXPECT_TRUE(written.confirmed) << reasonOf(written);
         for (int index = 0; index < count; ++index)
             EXPECT_EQ(inController(*controller, area, 100 + index), testValue(area, index)) << area;
         EXPECT_EQ(read(variable(area, 100, count)).values, testValues(area, count)) << area;
@@ -224,7 +224,7 @@ TEST_F(RuntimeRemote, RefusedAddressIsNotAnsweredAndSaysSo)
     startRuntime();
     const ReadOutcome refused = read(variable(9, 100));
     EXPECT_FALSE(refused.done);
-    EXPECT_THAT(refused.reason.toStdString(), HasSubstr("no reply within 50 ms"));
+    EXPECT_THAT(reasonOf(refused), HasSubstr("no reply within 50 ms"));
     EXPECT_TRUE(read(variable(9, 200)).done);
 }
 

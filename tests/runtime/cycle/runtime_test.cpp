@@ -22,7 +22,7 @@ TEST_F(RuntimeTest, WritesReachTheControllerInEveryAreaThatCanBeWritten)
     startRuntime();
     for (int area = 1; area <= 14; ++area) {
         const WriteOutcome outcome = write(variable(area, 40, 20), testValues(area, 20));
-        EXPECT_TRUE(outcome.confirmed) << area << ": " << outcome.reason.toStdString();
+        EXPECT_TRUE(outcome.confirmed) << area << ": " << reasonOf(outcome);
         EXPECT_EQ(outcome.requestsConfirmed, outcome.requests);
         for (int index = 0; index < 20; ++index)
             EXPECT_EQ(inController(*controller, area, 40 + index), testValue(area, index))
@@ -37,7 +37,7 @@ TEST_F(RuntimeTest, ReadsGiveWhatTheControllerHasInEveryArea)
         for (int index = 0; index < 20; ++index)
             putIntoController(*controller, area, 40 + index, testValue(area, index));
         const ReadOutcome outcome = read(variable(area, 40, 20));
-        EXPECT_TRUE(outcome.done) << area << ": " << outcome.reason.toStdString();
+        EXPECT_TRUE(outcome.done) << area << ": " << reasonOf(outcome);
         EXPECT_EQ(outcome.values, testValues(area, 20)) << area;
     }
 }
@@ -48,7 +48,7 @@ TEST_F(RuntimeTest, LongVariablesAreWrittenAndReadInSeveralRequests)
     for (const int area : {9, 14, 2, 8}) {
         const int count = area >= 9 ? 300 : 40;
         const WriteOutcome written = write(variable(area, 100, count), testValues(area, count));
-        EXPECT_TRUE(written.confirmed) << written.reason.toStdString();
+        EXPECT_TRUE(written.confirmed) << reasonOf(written);
         EXPECT_GT(written.requests, 1);
         EXPECT_EQ(read(variable(area, 100, count)).values, testValues(area, count)) << area;
     }
@@ -84,12 +84,12 @@ TEST_F(RuntimeTest, RefusalByTheControllerIsToldInWords)
     startRuntime();
     const WriteOutcome written = write(variable(9, 505), {1});
     EXPECT_FALSE(written.confirmed);
-    EXPECT_EQ(written.code, 71);
-    EXPECT_THAT(written.reason.toStdString(), HasSubstr("exception 2, illegal data address"));
+    EXPECT_EQ(written.failure.code, 71);
+    EXPECT_THAT(reasonOf(written), HasSubstr("exception 2, illegal data address"));
     const ReadOutcome outcome = read(variable(9, 505));
     EXPECT_FALSE(outcome.done);
     EXPECT_THAT(outcome.values, IsEmpty());
-    EXPECT_THAT(outcome.reason.toStdString(), HasSubstr("exception 2, illegal data address"));
+    EXPECT_THAT(reasonOf(outcome), HasSubstr("exception 2, illegal data address"));
 }
 
 TEST_F(RuntimeTest, WhatCannotBeAskedIsRefusedAtOnce)
@@ -98,7 +98,7 @@ TEST_F(RuntimeTest, WhatCannotBeAskedIsRefusedAtOnce)
     const auto written = runtime->write(variable(0, 0), {1});
     EXPECT_TRUE(written.done());
     EXPECT_FALSE(written.get().confirmed);
-    EXPECT_THAT(written.get().reason.toStdString(), HasSubstr("can only be read"));
+    EXPECT_THAT(reasonOf(written.get()), HasSubstr("can only be read"));
     const auto readAgain = runtime->read(variable(9, 65534, 2));
     EXPECT_TRUE(readAgain.done());
     EXPECT_FALSE(readAgain.get().done);
@@ -110,7 +110,7 @@ TEST_F(RuntimeTest, MoreWritesThanTheDriverQueuesAreAllConfirmed)
     startRuntime();
     const int bits = 1500;
     const WriteOutcome outcome = write(variable(2, 0, bits), testValues(2, bits));
-    EXPECT_TRUE(outcome.confirmed) << outcome.reason.toStdString();
+    EXPECT_TRUE(outcome.confirmed) << reasonOf(outcome);
     EXPECT_EQ(outcome.requestsConfirmed, bits);
     for (int bit = 0; bit < bits; ++bit)
         ASSERT_EQ(inController(*controller, 2, bit), testValue(2, bit)) << bit;
@@ -128,10 +128,10 @@ TEST_F(RuntimeTest, SilentControllerFailsTheWriteAndThoseBehindIt)
     for (const auto& pending : writes) {
         ASSERT_TRUE(pending.wait(patienceMs));
         EXPECT_FALSE(pending.get().confirmed);
-        EXPECT_EQ(pending.get().code, 41);
+        EXPECT_EQ(pending.get().failure.code, 41);
     }
-    EXPECT_THAT(writes[0].get().reason.toStdString(), HasSubstr("no reply within 50 ms"));
-    EXPECT_THAT(writes[2].get().reason.toStdString(), HasSubstr("given up unsent with another request"));
+    EXPECT_THAT(reasonOf(writes[0].get()), HasSubstr("no reply within 50 ms"));
+    EXPECT_THAT(reasonOf(writes[2].get()), HasSubstr("given up unsent with another request"));
     controller->setSilent(1, false);
     EXPECT_TRUE(eventually([&] { return write(variable(9, 0), {8}).confirmed; }));
 }
@@ -149,7 +149,7 @@ TEST_F(RuntimeTest, SilentStationFailsOnlyItsOwnWrites)
     ASSERT_TRUE(silent.wait(patienceMs) && other.wait(patienceMs) && behind.wait(patienceMs));
     EXPECT_FALSE(silent.get().confirmed);
     EXPECT_FALSE(behind.get().confirmed);
-    EXPECT_TRUE(other.get().confirmed) << other.get().reason.toStdString();
+    EXPECT_TRUE(other.get().confirmed) << reasonOf(other.get());
     EXPECT_EQ(inController(*controller, 9, 0, 3), 7u);
 }
 
@@ -162,7 +162,7 @@ TEST_F(RuntimeTest, NewerWriteReplacesOneThatWaits)
     const auto older = runtime->write(variable(9, 1), {2});
     const auto newer = runtime->write(variable(9, 1), {3});
     ASSERT_TRUE(older.wait(patienceMs));
-    EXPECT_THAT(older.get().reason.toStdString(), HasSubstr("replaced by a newer write"));
+    EXPECT_THAT(reasonOf(older.get()), HasSubstr("replaced by a newer write"));
     controller->setSilent(1, false);
     ASSERT_TRUE(newer.wait(patienceMs) && head.wait(patienceMs));
     EXPECT_TRUE(newer.get().confirmed);
@@ -210,7 +210,7 @@ TEST_F(RuntimeTest, BroadcastThatCouldNotBeSentFails)
     startRuntime();
     const WriteOutcome outcome = write(variable(9, 5, 1, 0), {77});
     EXPECT_FALSE(outcome.confirmed);
-    EXPECT_THAT(outcome.reason.toStdString(), HasSubstr("no connection to 127.0.0.1"));
+    EXPECT_THAT(reasonOf(outcome), HasSubstr("no connection to 127.0.0.1"));
 }
 
 TEST_F(RuntimeTest, WithoutConnectionWritesFailAndTheLinkComesBack)
@@ -222,7 +222,7 @@ TEST_F(RuntimeTest, WithoutConnectionWritesFailAndTheLinkComesBack)
     startRuntime();
     const WriteOutcome failed = write(variable(9, 5), {1});
     EXPECT_FALSE(failed.confirmed);
-    EXPECT_THAT(failed.reason.toStdString(), HasSubstr("no connection to 127.0.0.1"));
+    EXPECT_THAT(reasonOf(failed), HasSubstr("no connection to 127.0.0.1"));
     EXPECT_FALSE(runtime->linkState().connected);
     controller->start();
     EXPECT_TRUE(eventually([&] { return write(variable(9, 5), {2}).confirmed; }));
@@ -235,10 +235,10 @@ TEST_F(RuntimeTest, SwitchedOffStationRefusesAndComesBack)
     runtime->setStation(1, false);
     const WriteOutcome written = write(variable(9, 5), {1});
     EXPECT_FALSE(written.confirmed);
-    EXPECT_THAT(written.reason.toStdString(), HasSubstr("station 1 is switched off"));
+    EXPECT_THAT(reasonOf(written), HasSubstr("station 1 is switched off"));
     const ReadOutcome outcome = read(variable(9, 5));
     EXPECT_FALSE(outcome.done);
-    EXPECT_THAT(outcome.reason.toStdString(), HasSubstr("station 1 is switched off"));
+    EXPECT_THAT(reasonOf(outcome), HasSubstr("station 1 is switched off"));
     runtime->setStation(1, true);
     EXPECT_TRUE(write(variable(9, 5), {2}).confirmed);
     EXPECT_THAT(read(variable(9, 5)).values, ElementsAre(2u));
@@ -255,8 +255,8 @@ TEST_F(RuntimeTest, WritesAndReadsThatWaitFailWhenTheirStationIsSwitchedOff)
     const auto waitingRead = runtime->read(variable(9, 0, 1, 3));
     runtime->setStation(3, false);
     ASSERT_TRUE(inFlight.wait(patienceMs) && waitingWrite.wait(patienceMs) && waitingRead.wait(patienceMs));
-    EXPECT_THAT(waitingWrite.get().reason.toStdString(), HasSubstr("switched off"));
-    EXPECT_THAT(waitingRead.get().reason.toStdString(), HasSubstr("switched off"));
+    EXPECT_THAT(reasonOf(waitingWrite.get()), HasSubstr("switched off"));
+    EXPECT_THAT(reasonOf(waitingRead.get()), HasSubstr("switched off"));
     EXPECT_EQ(inController(*controller, 9, 0, 3), 0u);
 }
 
@@ -274,7 +274,7 @@ TEST_F(RuntimeTest, WritesPassWhileEveryCyclicStationIsOff)
         writes.push_back(runtime->write(variable(9, element, 1, 3), {1}));
     for (const auto& pending : writes) {
         ASSERT_TRUE(pending.wait(patienceMs));
-        EXPECT_TRUE(pending.get().confirmed) << pending.get().reason.toStdString();
+        EXPECT_TRUE(pending.get().confirmed) << reasonOf(pending.get());
     }
     EXPECT_EQ(runtime->value(index).state, ValueState::StationOff);
 }
@@ -293,7 +293,7 @@ TEST_F(RuntimeTest, OneShotReadsAreNotLostWithAnotherThatFails)
         good.push_back(runtime->read(variable(9, 7)));
     for (const auto& pending : good) {
         ASSERT_TRUE(pending.wait(patienceMs));
-        EXPECT_THAT(pending.get().values, ElementsAre(1234u)) << pending.get().reason.toStdString();
+        EXPECT_THAT(pending.get().values, ElementsAre(1234u)) << reasonOf(pending.get());
     }
     ASSERT_TRUE(bad.wait(patienceMs));
     EXPECT_FALSE(bad.get().done);
@@ -397,8 +397,8 @@ TEST_F(RuntimeTest, ValueThatCannotBeReadAnyMoreSaysWhy)
     ASSERT_TRUE(becomes(index, ValueState::Fresh));
     controller->setSilent(1, true);
     ASSERT_TRUE(becomes(index, ValueState::Failed));
-    EXPECT_EQ(runtime->value(index).code, 41) << "no reply; blocks have no key of their own";
-    EXPECT_THAT(runtime->value(index).reason.toStdString(), HasSubstr("no reply within 50 ms"));
+    EXPECT_EQ(runtime->value(index).failure.code, 41) << "no reply; blocks have no key of their own";
+    EXPECT_THAT(reasonOf(runtime->value(index)), HasSubstr("no reply within 50 ms"));
     controller->setSilent(1, false);
     EXPECT_TRUE(becomes(index, ValueState::Fresh));
 }
@@ -470,7 +470,7 @@ TEST_F(RuntimeTest, ConfirmedValueThatTheDriverDidNotTakeOverIsNotShownAsFreshBe
     const auto failing = runtime->write(variable(9, 0, 1, 2), {1});
     const auto confirmed = runtime->write(variable(9, 0, 1, 3), {77});
     ASSERT_TRUE(failing.wait(patienceMs) && confirmed.wait(patienceMs));
-    EXPECT_TRUE(confirmed.get().confirmed) << confirmed.get().reason.toStdString();
+    EXPECT_TRUE(confirmed.get().confirmed) << reasonOf(confirmed.get());
     runtime->stop();
     ASSERT_EQ(shown.size(), 1u);
     EXPECT_TRUE(shown[0].state != ValueState::Fresh || shown[0].values == std::vector<quint32>{77})
@@ -511,10 +511,10 @@ TEST_F(RuntimeTest, StoppingEndsWhateverWaits)
     ASSERT_TRUE(eventually([&] { return controller->requests() > 0; }));
     runtime->stop();
     EXPECT_TRUE(inFlight.done() && waiting.done() && reading.done());
-    EXPECT_THAT(waiting.get().reason.toStdString(), HasSubstr("the panel was stopped"));
-    EXPECT_THAT(reading.get().reason.toStdString(), HasSubstr("the panel was stopped"));
+    EXPECT_THAT(reasonOf(waiting.get()), HasSubstr("the panel was stopped"));
+    EXPECT_THAT(reasonOf(reading.get()), HasSubstr("the panel was stopped"));
     const auto late = runtime->write(variable(9, 0), {1});
-    EXPECT_THAT(late.get().reason.toStdString(), HasSubstr("not running"));
+    EXPECT_THAT(reasonOf(late.get()), HasSubstr("not running"));
 }
 
 TEST_F(RuntimeTest, StatisticsCountWhatEnded)

@@ -11,7 +11,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 const int tries = 4;
-const QString why = QStringLiteral("no reply");
+const Failure why(FailureKind::NoReply);
 
 /// All tries of one request stay unanswered. \return true when a pause begins
 bool loseRequest(StationPauses& pauses, int station, qint64 now, int triesMade = tries)
@@ -125,11 +125,11 @@ TEST(StationPauses, DoNotHitAStationThatRefuses)
     StationPauses pauses(1000, tries);
     for (int count = 0; count < 2 * tries; ++count)
         pauses.tried(3, TryEnd::Answered);
-    EXPECT_FALSE(pauses.givenUp(3, QStringLiteral("exception 2"), 0));
+    EXPECT_FALSE(pauses.givenUp(3, Failure(FailureKind::Exception), 0));
     const StationReport report = reportOf(pauses, 3, 0);
     EXPECT_EQ(report.condition, StationCondition::Answering);
     EXPECT_EQ(report.failures, 1);
-    EXPECT_EQ(report.reason, QString());
+    EXPECT_FALSE(hasFailed(report.failure));
 }
 
 TEST(StationPauses, DoNotHitAStationThatWasNotAsked)
@@ -137,7 +137,7 @@ TEST(StationPauses, DoNotHitAStationThatWasNotAsked)
     StationPauses pauses(1000, tries);
     for (int count = 0; count < 2 * tries; ++count)
         pauses.tried(3, TryEnd::NotSent);
-    EXPECT_FALSE(pauses.givenUp(3, QStringLiteral("no connection"), 0));
+    EXPECT_FALSE(pauses.givenUp(3, Failure(FailureKind::NotConnected), 0));
     EXPECT_EQ(reportOf(pauses, 3, 0).condition, StationCondition::NotAnswering);
 }
 
@@ -185,7 +185,7 @@ TEST(StationPauses, ReportSaysHowAStationLooks)
     StationReport report = reportOf(pauses, 3, 400);
     EXPECT_EQ(report.condition, StationCondition::Pausing);
     EXPECT_EQ(report.nextTryMs, 700);
-    EXPECT_EQ(report.reason, why);
+    EXPECT_EQ(report.failure, why);
     EXPECT_EQ(report.answers, 1);
     EXPECT_EQ(report.failures, 1);
     pauses.over(1100);

@@ -16,7 +16,7 @@ using testing::Pair;
 
 const int on = 1;
 const int off = 0;
-const QString why = QStringLiteral("no reply");
+const Failure why(FailureKind::NoReply);
 
 std::vector<std::pair<int, int>> told; // the driver, of which station
 

@@ -1,0 +1,31 @@
+#include "runtime/model/failure.h"
+
+namespace plc
+{
+
+bool isUnsent(FailureKind kind)
+{
+    switch (kind) {
+    case FailureKind::Invalid:
+    case FailureKind::NotRunning:
+    case FailureKind::NotTried:
+    case FailureKind::StationOff:
+    case FailureKind::NotTaken:
+    case FailureKind::Discarded:
+    case FailureKind::Replaced:
+    case FailureKind::Purged:
+        return true;
+    case FailureKind::None:
+    case FailureKind::NotConnected: // an earlier try may have gone out
+    case FailureKind::NoReply:
+    case FailureKind::Exception:
+    case FailureKind::BadReply:
+    case FailureKind::Stopped:
+    case FailureKind::OutOfStep:
+    case FailureKind::NotReported:
+        return false;
+    }
+    return false;
+}
+
+} // namespace plc

@@ -1,0 +1,73 @@
+/// \file
+/// \brief Why a request brought nothing, as a type: words are made of it where a person reads them.
+#ifndef RUNTIME_MODEL_FAILURE_H
+#define RUNTIME_MODEL_FAILURE_H
+
+#include "runtime/export.h"
+
+#include <QString>
+
+#include <tuple>
+
+namespace plc
+{
+
+enum class FailureKind {
+    None, ///< it has not failed
+
+    // Nothing went out.
+    Invalid,    ///< this cannot be asked for; Failure::detail says why
+    NotRunning, ///< the runtime is not running
+    NotTried,   ///< the controller was found out of reach before
+    StationOff, ///< Failure::station is switched off
+    NotTaken,   ///< the driver refuses it; Failure::detail names the elements
+    Discarded,  ///< its station was switched off while it waited
+    Replaced,   ///< a newer write to the same elements took its place
+    Purged,     ///< it went with another request that was given up, see Failure::cause
+
+    // It was given up after its last try.
+    NotConnected, ///< which found no connection; Failure::detail says why there is none
+    NoReply,      ///< within Failure::timeoutMs
+    Exception,    ///< the controller answered with Failure::exception
+    BadReply,     ///< the driver could not use the reply; Failure::code says why
+
+    // How far it came is not known.
+    Stopped,    ///< the runtime was stopped before it ended
+    OutOfStep,  ///< the driver's list of requests is not what it must be
+    NotReported ///< the driver did not report the end of a read
+};
+
+/// What does not belong to the kind is as it is here.
+struct Failure {
+    Failure() = default;
+    explicit Failure(FailureKind aKind, const QString& someDetail = QString())
+        : kind(aKind), detail(someDetail)
+    {
+    }
+
+    FailureKind kind = FailureKind::None;
+    FailureKind cause = FailureKind::None; ///< Purged: the kind of the other's failure, whose members follow
+    int code = 0;      ///< the driver's result code (PLC_RESULT) of the last try; 0: there was none
+    int exception = 0; ///< Modbus exception code
+    int timeoutMs = 0;
+    int station = -1;
+    QString detail; ///< for people, never to be looked into
+};
+
+inline bool hasFailed(const Failure& failure)
+{
+    return failure.kind != FailureKind::None;
+}
+
+/// \return true when no frame went out for a request that ended so: the controller cannot have carried it out
+PLCRUNTIME_API bool isUnsent(FailureKind kind);
+
+inline bool operator==(const Failure& a, const Failure& b)
+{
+    return std::tie(a.kind, a.cause, a.code, a.exception, a.timeoutMs, a.station, a.detail) ==
+           std::tie(b.kind, b.cause, b.code, b.exception, b.timeoutMs, b.station, b.detail);
+}
+
+} // namespace plc
+
+#endif
