@@ -39,6 +39,9 @@ void addOptions(QCommandLineParser& parser)
         "Files of values hold one value per line, numbers decimal or 0x-hexadecimal, # starts a comment:\n"
         "  unit 1 coil 0x0010 1\n"
         "  unit 1 register 8192 1234"));
+    const FaultSettings defaults;
+    const QString lateMs = QString::number(defaults.lateMs);
+    const QString seed = QString::number(defaults.seed);
     parser.addVersionOption();
     parser.addOptions({
         {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this text.")},
@@ -55,11 +58,12 @@ void addOptions(QCommandLineParser& parser)
          QStringLiteral("Addresses that do not exist (exception 2), for example 100-199. Repeatable."),
          QStringLiteral("FROM-TO")},
         {QStringLiteral("fault"), faultHelp(), QStringLiteral("NAME=PROBABILITY")},
-        {QStringLiteral("late-ms"), QStringLiteral("Delay of late replies in milliseconds; default 500."),
-         QStringLiteral("MS"), QStringLiteral("500")},
+        {QStringLiteral("late-ms"),
+         QStringLiteral("Delay of late replies in milliseconds; default %1.").arg(lateMs),
+         QStringLiteral("MS"), lateMs},
         {QStringLiteral("seed"),
-         QStringLiteral("The same seed and the same requests give the same faults; default 1."),
-         QStringLiteral("N"), QStringLiteral("1")},
+         QStringLiteral("The same seed and the same requests give the same faults; default %1.").arg(seed),
+         QStringLiteral("N"), seed},
         {QStringLiteral("trace"), QStringLiteral("Print every request and reply in hex on standard error.")},
         {QStringLiteral("quiet"), QStringLiteral("No summary on standard error at the end.")},
     });

@@ -1,6 +1,7 @@
 #include "panel/commands/command_help.h"
 
 #include "runtime/model/area_guide.h"
+#include "runtime/model/value_type.h"
 
 namespace plc
 {
@@ -22,9 +23,10 @@ const int allWithLink = allCommands & ~P;
 struct OptionRow {
     const char* name;
     const char* value; ///< null: a switch
-    const char* help;
+    const char* help;  ///< VALUE-TYPES stands for the words of the types
     int commands;
-    int Settings::*setting; ///< what it sets, whose default the help names; null for others
+    int Settings::*setting;      ///< what it sets, whose default the help names; null for others
+    int Options::*own = nullptr; ///< the same where it is not the runtime's
 };
 
 // In the order of the help.
@@ -44,7 +46,7 @@ const OptionRow optionRows[] = {
     {"vars", "FILE",
      "Watch, check or replay the variables of a list. CSV, its first line "
      "name,area,address,station,count,type, "
-     "then a variable a line. Types: bit, int16, uint16, int32, uint32, float32, hex, text. An empty station "
+     "then a variable a line. Types: VALUE-TYPES. An empty station "
      "is that of the "
      "option, an empty count 1; lines that begin with # are comments. Goes with AREA:ADDRESS as well.",
      V | C | P, nullptr},
@@ -60,7 +62,7 @@ const OptionRow optionRows[] = {
      "Show below the table what a refresh of all variables costs: requests, frames, what was read for no "
      "variable, retries and failures, how long replies took; of each station where there are several.",
      V, nullptr},
-    {"interval", "MS", "Look at the values every so many milliseconds. Default 500.", V, nullptr},
+    {"interval", "MS", "Look at the values every so many milliseconds.", V, nullptr, &Options::intervalMs},
     {"timeout", "MS", "Wait so many milliseconds for a reply.", allCommands, &Settings::timeoutMs},
     {"retries", "N", "Try a request again so many times before giving it up.", allCommands,
      &Settings::retryLimit},
@@ -255,8 +257,11 @@ QString programHelp()
 QCommandLineOption optionOf(const OptionRow& row)
 {
     QString help = QLatin1String(row.help);
+    help.replace(QLatin1String("VALUE-TYPES"), valueTypeWords());
     if (row.setting != nullptr)
         help += QStringLiteral(" Default %1.").arg(Settings().*row.setting);
+    if (row.own != nullptr)
+        help += QStringLiteral(" Default %1.").arg(Options().*row.own);
     return {QLatin1String(row.name), help, QLatin1String(row.value)};
 }
 

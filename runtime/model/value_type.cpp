@@ -113,6 +113,14 @@ QString valueTypeWord(ValueType type)
     return QLatin1String(rowOf(type).word);
 }
 
+QString valueTypeWords()
+{
+    QStringList words;
+    for (const TypeRow& row : typeRows)
+        words << QLatin1String(row.word);
+    return words.join(QStringLiteral(", "));
+}
+
 QString valueTypesOfArea(int area)
 {
     QStringList words;

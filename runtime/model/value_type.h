@@ -23,6 +23,9 @@ PLCRUNTIME_API std::optional<ValueType> parseValueType(const QString& text);
 /// \return the word that parseValueType() takes
 PLCRUNTIME_API QString valueTypeWord(ValueType type);
 
+/// \return the words of all types, for help
+PLCRUNTIME_API QString valueTypeWords();
+
 /// \return the words of all types that \a area can hold, for messages
 PLCRUNTIME_API QString valueTypesOfArea(int area);
 

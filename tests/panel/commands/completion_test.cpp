@@ -16,8 +16,10 @@
 namespace
 {
 
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Not;
 using testing::UnorderedElementsAre;
 
 using Words = std::vector<std::string>;
@@ -55,15 +57,23 @@ Words offered(const char* program, const char* words)
     return offered(program, QString::fromLatin1(words).split(QLatin1Char(' ')));
 }
 
+enum class Takes { Value, Nothing, Either };
+
 /// \return the long options that a help explains
-Words optionsIn(const QString& help)
+QStringList optionsWith(Takes takes, const QString& help)
 {
+    const QLatin1String ending(takes == Takes::Value ? " <" : takes == Takes::Nothing ? "(?! <|[a-z-])" : "");
     QStringList options;
-    const QRegularExpression option(QStringLiteral("^  (?:-[a-z], )?(--[a-z-]+)"),
+    const QRegularExpression option(QLatin1String("^  (?:-[a-z], )?(--[a-z-]+)") + ending,
                                     QRegularExpression::MultilineOption);
     for (auto match = option.globalMatch(help.mid(help.indexOf(QLatin1String("Options:")))); match.hasNext();)
         options << match.next().captured(1);
-    return sortedWords(options);
+    return options;
+}
+
+Words optionsIn(const QString& help)
+{
+    return sortedWords(optionsWith(Takes::Either, help));
 }
 
 TEST(CompletionOfPlcpanel, OffersEveryOptionOfEachCommandAndNoOther)
@@ -90,6 +100,19 @@ TEST(CompletionOfPlcpanel, OffersNothingWhereAValueIsExpectedThatItCannotKnow)
 {
     EXPECT_THAT(offered("plcpanel", "read --timeout "), IsEmpty());
     EXPECT_THAT(offered("plcpanel", "read 9"), IsEmpty());
+}
+
+TEST(CompletionOfPlcpanel, OffersTheCommandsBehindASwitchButNotBehindAnOptionThatTakesAValue)
+{
+    test::needApplication();
+    const QTemporaryDir nothing;
+    const QString help = plc::helpText(std::nullopt);
+    for (const QString& option : optionsWith(Takes::Nothing, help))
+        EXPECT_THAT(offered("plcpanel", {option, QString()}, nothing.path()), Contains("watch"))
+            << option.toStdString();
+    for (const QString& option : optionsWith(Takes::Value, help))
+        EXPECT_THAT(offered("plcpanel", {option, QString()}, nothing.path()), Not(Contains("watch")))
+            << option.toStdString();
 }
 
 TEST(CompletionOfPlcpanel, OffersFilesOfTheRightKind)
@@ -123,6 +146,18 @@ QString helpOfPlcsim()
 TEST(CompletionOfPlcsim, OffersEveryOptionAndNoOther)
 {
     EXPECT_EQ(offered("plcsim", "--"), optionsIn(helpOfPlcsim()));
+}
+
+TEST(CompletionOfPlcsim, OffersOptionsBehindASwitchButNotBehindAnOptionThatTakesAValue)
+{
+    const QTemporaryDir nothing;
+    const QString help = helpOfPlcsim();
+    for (const QString& option : optionsWith(Takes::Nothing, help))
+        EXPECT_THAT(offered("plcsim", {option, QString()}, nothing.path()), Contains("--port"))
+            << option.toStdString();
+    for (const QString& option : optionsWith(Takes::Value, help))
+        EXPECT_THAT(offered("plcsim", {option, QString()}, nothing.path()), Not(Contains("--port")))
+            << option.toStdString();
 }
 
 TEST(CompletionOfPlcsim, OffersEveryFault)
