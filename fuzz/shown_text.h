@@ -4,14 +4,15 @@
 #define FUZZ_SHOWN_TEXT_H
 
 #include <QString>
+#include <QVector>
 
 namespace fuzz
 {
 
 inline bool isPrintable(const QString& text)
 {
-    for (const QChar character : text)
-        if (!character.isPrint())
+    for (const uint character : text.toUcs4())
+        if (!QChar::isPrint(character))
             return false;
     return true;
 }

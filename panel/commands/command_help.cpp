@@ -204,8 +204,9 @@ QString variablesText()
            areaGuide() +
            QStringLiteral(
                "An area has 65535 elements (area 8: sixteen bits for each word). Octal digits are 0 to 7: "
-               "0:17 is the\nsixteenth bit of area 0. With --multi-station an @ and the station may follow: "
-               "9:100x4@3.\n");
+               "0:17 is the\nsixteenth bit of area 0. There are no hexadecimal addresses; four elements from "
+               "0 on are 9:00x4.\n"
+               "With --multi-station an @ and the station may follow: 9:100x4@3.\n");
 }
 
 /// The parser's own text from the heading of the options on, which wraps their explanations.

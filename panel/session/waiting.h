@@ -9,7 +9,7 @@
 namespace plc
 {
 
-/// \return how far a session is, e.g. "reading 9:0x9000: 12 requests so far"
+/// \return how far a session is, e.g. "reading 9:100x9000: 12 requests so far"
 QString progressText(const QString& what, const Runtime& runtime);
 
 /// Waits as long as it takes, and until the session's listeners have caught up.

@@ -19,8 +19,11 @@ void addListed(QJsonObject* object, const WatchRow& row)
         return;
     object->insert(QStringLiteral("name"), row.listed->name);
     object->insert(QStringLiteral("type"), valueTypeWord(row.listed->type));
-    if (row.value.ageMs >= 0)
-        object->insert(QStringLiteral("text"), listedText(row));
+    if (row.value.ageMs < 0)
+        return;
+    object->insert(QStringLiteral("text"), listedText(row));
+    object->insert(QStringLiteral("value"),
+                   valueJson(row.listed->type, row.variable.area, row.value.values, row.listed->count));
 }
 
 QJsonObject jsonOfPass(const PassCost& pass)

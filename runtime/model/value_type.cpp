@@ -1,16 +1,25 @@
 #include "runtime/model/value_type.h"
 
+#include "runtime/model/printable.h"
 #include "runtime/model/variable.h"
 
+#include <QJsonArray>
 #include <QStringList>
 
+#include <charconv>
+#include <cmath>
 #include <cstring>
+#include <limits>
 
 namespace plc
 {
 
 namespace
 {
+
+// Of a 32-bit floating-point number: no more are ever needed to read it back.
+const int usualDigits = 7;
+const int mostDigits = std::numeric_limits<float>::max_digits10;
 
 struct TypeRow {
     ValueType type;
@@ -58,11 +67,27 @@ quint32 littleEndian(const QByteArray& bytes, int at, int size)
     return value;
 }
 
+/// Rounded once; QString would round to 64 bits first, and refuses the greatest number with fewer digits.
+float readBack(const QString& text)
+{
+    const QByteArray bytes = text.toLatin1();
+    float value = 0;
+    std::from_chars(bytes.begin(), bytes.end(), value);
+    return value;
+}
+
+/// Seven digits are enough for most; some need eight or nine to be told from their neighbours.
 QString floatText(quint32 bits)
 {
     float value = 0;
     std::memcpy(&value, &bits, sizeof value);
-    return QString::number(static_cast<double>(value), 'g', 7);
+    QString text;
+    for (int digits = usualDigits; digits <= mostDigits; ++digits) {
+        text = QString::number(static_cast<double>(value), 'g', digits);
+        if (readBack(text) == value)
+            break;
+    }
+    return text;
 }
 
 QString hexText(quint32 value, int bytes)
@@ -86,16 +111,33 @@ QString oneValue(ValueType type, quint32 value, int bytes)
     }
 }
 
-// Characters that a terminal would act on are shown as dots.
-QString quotedText(QByteArray bytes)
+QString charactersOf(QByteArray bytes, int most)
 {
+    if (most >= 0)
+        bytes.truncate(most);
     while (bytes.endsWith('\0'))
         bytes.chop(1);
-    QString text = QString::fromLatin1(bytes);
-    for (QChar& character : text)
-        if (!character.isPrint())
-            character = QLatin1Char('.');
-    return QLatin1Char('"') + text + QLatin1Char('"');
+    return QString::fromLatin1(bytes);
+}
+
+/// \return a text for each whole value that \a elements hold
+QStringList textsOfValues(ValueType type, int area, const std::vector<quint32>& elements)
+{
+    const QByteArray bytes = bytesOfValues(area, elements);
+    const int size = rowOf(type).bytes == 0 ? bytesOfElement(area) : rowOf(type).bytes;
+    QStringList values;
+    for (int at = 0; at + size <= bytes.size(); at += size)
+        values << oneValue(type, littleEndian(bytes, at, size), size);
+    return values;
+}
+
+/// JSON has no such numbers as "nan".
+QJsonValue numberOrText(ValueType type, const QString& text)
+{
+    if (type == ValueType::Hex)
+        return static_cast<qint64>(text.toLongLong(nullptr, 0));
+    const double number = text.toDouble();
+    return std::isfinite(number) ? QJsonValue(number) : QJsonValue(text);
 }
 
 } // namespace
@@ -144,14 +186,20 @@ int elementsOfType(ValueType type, int area, int count)
 
 QString valueText(ValueType type, int area, const std::vector<quint32>& elements, int characters)
 {
-    const QByteArray bytes = bytesOfValues(area, elements);
     if (type == ValueType::Text)
-        return quotedText(characters < 0 ? bytes : bytes.left(characters));
-    const int size = rowOf(type).bytes == 0 ? bytesOfElement(area) : rowOf(type).bytes;
-    QStringList values;
-    for (int at = 0; at + size <= bytes.size(); at += size)
-        values << oneValue(type, littleEndian(bytes, at, size), size);
-    return values.join(QLatin1Char(' '));
+        return QLatin1Char('"') + printable(charactersOf(bytesOfValues(area, elements), characters)) +
+               QLatin1Char('"');
+    return textsOfValues(type, area, elements).join(QLatin1Char(' '));
+}
+
+QJsonValue valueJson(ValueType type, int area, const std::vector<quint32>& elements, int count)
+{
+    if (type == ValueType::Text)
+        return charactersOf(bytesOfValues(area, elements), count);
+    QJsonArray values;
+    for (const QString& text : textsOfValues(type, area, elements))
+        values.append(numberOrText(type, text));
+    return count == 1 && values.size() == 1 ? values.first() : QJsonValue(values);
 }
 
 } // namespace plc

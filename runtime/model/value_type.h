@@ -5,6 +5,7 @@
 
 #include "runtime/export.h"
 
+#include <QJsonValue>
 #include <QString>
 
 #include <optional>
@@ -36,9 +37,14 @@ PLCRUNTIME_API int elementsOfType(ValueType type, int area, int count);
 /// \param elements one per element of \a area, as CyclicValue::values
 /// \param characters of text, the rest of whose last element is not shown; -1: all that the elements hold
 /// \return the values as a person reads them, separated by spaces; text in quotes, without zero bytes at its
-/// end
+///         end. A float32 has as many digits as it takes to read the same value back.
 PLCRUNTIME_API QString valueText(ValueType type, int area, const std::vector<quint32>& elements,
                                  int characters = -1);
+
+/// \param count values, of text characters, that the elements hold for a person
+/// \return the value as JSON has it: a number, the characters of text, "nan", "inf" or "-inf"; of several an array
+PLCRUNTIME_API QJsonValue valueJson(ValueType type, int area, const std::vector<quint32>& elements,
+                                    int count);
 
 } // namespace plc
 

@@ -1,5 +1,7 @@
 #include "runtime/model/variable.h"
 
+#include "runtime/model/printable.h"
+
 #include <QStringList>
 
 namespace plc
@@ -48,6 +50,22 @@ std::optional<int> parseArea(const QString& text, QString* error)
         return fail(error, QStringLiteral("\"%1\" is no area; areas are 0 to %2")
                                .arg(text, QString::number(areaCount() - 1)));
     return area;
+}
+
+/// "0x10" may be meant as sixteen, or as ten elements from 0 on.
+bool looksHexadecimal(const QString& address)
+{
+    return address.startsWith(QLatin1String("0x"), Qt::CaseInsensitive);
+}
+
+std::nullopt_t failHexadecimal(int area, const QString& address, QString* error)
+{
+    QString words =
+        QStringLiteral("\"%1\" looks like a hexadecimal address, and there are none; %2 is expected")
+            .arg(excerpt(address), QLatin1String(areaOf(area).expected));
+    if (addressText(area, 0) == QLatin1String("0"))
+        words += QStringLiteral(" (several elements from 0 on: %1:00x10)").arg(area);
+    return fail(error, words);
 }
 
 /// The count behind the last 'x' of an address, which is cut off; 1 when there is none.
@@ -114,12 +132,14 @@ QString addressText(int area, int element)
 
 std::optional<int> parseAddress(int area, const QString& text, QString* error)
 {
+    if (looksHexadecimal(text))
+        return failHexadecimal(area, text, error);
     const Area& rule = areaOf(area);
     const bool bitInWord = rule.kind == ElementKind::BitInWord;
     const int element = bitInWord ? parseBitInWord(text) : parseNumber(text, rule.numberBase) - rule.origin;
     if (element < 0 || element >= areaSize(area)) {
         return fail(error, QStringLiteral("\"%1\" is no address of area %2; %3 is expected, up to %4")
-                               .arg(text, QString::number(area), QLatin1String(rule.expected),
+                               .arg(excerpt(text), QString::number(area), QLatin1String(rule.expected),
                                     addressText(area, areaSize(area) - 1)));
     }
     return element;
@@ -134,6 +154,8 @@ std::optional<Variable> parseVariable(const QString& text, QString* error)
                                .arg(text));
     QString address = text.mid(colon + 1);
     const auto area = parseArea(text.left(colon), error);
+    if (area && looksHexadecimal(address))
+        return failHexadecimal(*area, address, error);
     const auto station = area ? takeStation(&address, error) : std::nullopt;
     const auto count = station ? takeCount(&address, error) : std::nullopt;
     const auto element = count ? parseAddress(*area, address, error) : std::nullopt;
@@ -156,8 +178,10 @@ std::optional<Variable> parseVariable(const QString& text, QString* error)
 
 QString variableText(const Variable& variable)
 {
-    QString text =
-        QStringLiteral("%1:%2").arg(variable.area).arg(addressText(variable.area, variable.element));
+    const QString address = addressText(variable.area, variable.element);
+    QString text = QStringLiteral("%1:%2").arg(QString::number(variable.area), address);
+    if (variable.count != 1 && address == QLatin1String("0"))
+        text += QLatin1Char('0'); // 0x4 would look like a hexadecimal number
     if (variable.count != 1)
         text += QStringLiteral("x%1").arg(variable.count);
     if (variable.station >= 0)

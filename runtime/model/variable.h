@@ -38,7 +38,8 @@ PLCRUNTIME_API QString addressText(int area, int element);
 /// \return the element that \a text names; nothing when it names none, then \a error says what is expected
 PLCRUNTIME_API std::optional<int> parseAddress(int area, const QString& text, QString* error);
 
-/// Parses "AREA:ADDRESS[xCOUNT][@STATION]", e.g. "9:100x10", "0:17", "8:10.3", "14:200x2@3".
+/// Parses "AREA:ADDRESS[xCOUNT][@STATION]", e.g. "9:100x10", "0:17", "8:10.3", "14:200x2@3". An ADDRESS that
+/// begins with 0x is refused, because it may be meant as hexadecimal: four elements from 0 on are "9:00x4".
 /// \return nothing when \a text is wrong, then \a error says what was wrong and what is expected
 PLCRUNTIME_API std::optional<Variable> parseVariable(const QString& text, QString* error);
 

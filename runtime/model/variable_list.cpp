@@ -29,8 +29,8 @@ public:
 
 void addField(void* field, std::size_t size, void* fields)
 {
-    const QByteArray bytes(static_cast<const char*>(field), static_cast<int>(size));
-    static_cast<QStringList*>(fields)->append(QString::fromUtf8(bytes).trimmed());
+    const QString text = QString::fromUtf8(static_cast<const char*>(field), static_cast<int>(size));
+    static_cast<QStringList*>(fields)->append(text.trimmed());
 }
 
 void endRow(int, void*) {}
@@ -79,7 +79,7 @@ int numberIn(const QStringList& fields, Column column, int least, int most,
     const int number = text.toInt(&ok, 10);
     if (!ok || number < least || number > most)
         throw LineError(QStringLiteral("\"%1\" is no %2; %3 to %4 is expected")
-                            .arg(text, QLatin1String(columnNames[column]), QString::number(least),
+                            .arg(excerpt(text), QLatin1String(columnNames[column]), QString::number(least),
                                  QString::number(most)));
     return number;
 }
@@ -97,8 +97,9 @@ ValueType typeIn(const QStringList& fields, int area)
 {
     const std::optional<ValueType> type = parseValueType(fields.at(TypeColumn));
     if (!type || elementsOfType(*type, area, 1) == 0)
-        throw LineError(QStringLiteral("\"%1\" is no type of area %2; it holds %3")
-                            .arg(fields.at(TypeColumn), QString::number(area), valueTypesOfArea(area)));
+        throw LineError(
+            QStringLiteral("\"%1\" is no type of area %2; it holds %3")
+                .arg(excerpt(fields.at(TypeColumn)), QString::number(area), valueTypesOfArea(area)));
     return *type;
 }
 
@@ -111,6 +112,10 @@ QString nameIn(const QStringList& fields)
         throw LineError(
             QStringLiteral("the name has a character that cannot be shown; letters, digits, signs "
                            "and spaces are expected"));
+    if (name.size() > longestNameCharacters)
+        throw LineError(QStringLiteral("the name has %1 characters; %2 are allowed")
+                            .arg(name.size())
+                            .arg(longestNameCharacters));
     return name;
 }
 
@@ -140,6 +145,26 @@ ListedVariable variableOf(const QStringList& fields)
     return variable;
 }
 
+/// A character that nobody sees may change what is meant: text behind a zero byte is lost to some programs.
+void checkCharacters(const QByteArray& line)
+{
+    for (int at = 0; at < line.size(); ++at) {
+        const auto byte = static_cast<unsigned char>(line.at(at));
+        if ((byte < ' ' && byte != '\t') || byte == 0x7F)
+            throw LineError(
+                QStringLiteral("character %1 is a control character (0x%2); text in UTF-8 is expected")
+                    .arg(at + 1)
+                    .arg(static_cast<uint>(byte), 2, 16, QLatin1Char('0')));
+    }
+}
+
+void checkLength(const QByteArray& line)
+{
+    if (line.size() > longestLineBytes)
+        throw LineError(
+            QStringLiteral("it has %1 bytes; %2 are allowed").arg(line.size()).arg(longestLineBytes));
+}
+
 /// Goes through the lines and collects variables and errors.
 class Reader
 {
@@ -150,20 +175,28 @@ public:
     {
         ++m_line;
         const QByteArray text = line.trimmed();
-        if (text.isEmpty() || text.startsWith('#'))
-            return;
         try {
-            readFields(fieldsOf(text));
+            checkLength(text);
+            checkCharacters(text);
+            if (!text.isEmpty() && !text.startsWith('#'))
+                readFields(fieldsOf(text));
         } catch (const LineError& error) {
             report(QString::fromStdString(error.what()), text);
         }
     }
+
+    bool hasEnough() const { return m_list.errors.size() + m_unsaid >= mostWrongLines; }
 
     VariableList finish()
     {
         if (!m_hasHeader)
             m_list.errors << QStringLiteral("the list is empty; its first line must name the columns: %1")
                                  .arg(header());
+        if (m_unsaid > 0)
+            m_list.errors << QStringLiteral("and %1 more wrong lines%2")
+                                 .arg(m_unsaid)
+                                 .arg(hasEnough() ? QStringLiteral("; what is behind them was not looked at")
+                                                  : QString());
         return m_list;
     }
 
@@ -180,6 +213,9 @@ private:
         if (before != 0)
             throw LineError(QStringLiteral("the name \"%1\" is taken by line %2; each needs its own")
                                 .arg(variable.name, QString::number(before)));
+        if (m_list.variables.size() == mostListedVariables)
+            throw LineError(
+                QStringLiteral("%1 variables are above it; no list may have more").arg(mostListedVariables));
         const QString words = m_check ? m_check(variable) : QString();
         if (!words.isEmpty())
             throw LineError(words);
@@ -189,15 +225,22 @@ private:
 
     void report(const QString& words, const QByteArray& text)
     {
+        if (m_list.errors.size() >= mostListErrors) {
+            ++m_unsaid;
+            return;
+        }
         m_list.errors << QStringLiteral("line %1: %2\n    %3")
                              .arg(m_line)
-                             .arg(printable(words), printable(QString::fromUtf8(text)));
+                             .arg(printable(words),
+                                  excerpt(QString::fromUtf8(text.constData(),
+                                                            qMin(text.size(), longestLineBytes))));
     }
 
     const VariableCheck m_check;
     VariableList m_list;
     QHash<QString, int> m_lineOfName;
     int m_line = 0;
+    int m_unsaid = 0; // wrong lines
     bool m_hasHeader = false;
 };
 
@@ -206,20 +249,33 @@ private:
 VariableList parseVariableList(const QByteArray& csv, const VariableCheck& check)
 {
     const QByteArray byteOrderMark("\xEF\xBB\xBF");
-    const QByteArray text = csv.startsWith(byteOrderMark) ? csv.mid(byteOrderMark.size()) : csv;
     Reader reader(check);
-    for (const QByteArray& line : text.split('\n'))
-        reader.read(line);
+    int begin = csv.startsWith(byteOrderMark) ? byteOrderMark.size() : 0;
+    while (begin <= csv.size() &&
+           !reader.hasEnough()) { // not split(): so many lines would need many times the memory of the file
+        const int found = csv.indexOf('\n', begin);
+        const int end = found < 0 ? csv.size() : found;
+        reader.read(QByteArray::fromRawData(csv.constData() + begin, end - begin));
+        begin = end + 1;
+    }
     return reader.finish();
 }
 
 VariableList readVariableList(const QString& path, const VariableCheck& check)
 {
-    QFile file(path);
-    if (file.open(QIODevice::ReadOnly))
-        return parseVariableList(file.readAll(), check);
     VariableList list;
-    list.errors << QStringLiteral("cannot read it: %1").arg(file.errorString());
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        list.errors << QStringLiteral("cannot read it: %1").arg(file.errorString());
+        return list;
+    }
+    const QByteArray csv = file.read(longestListBytes + 1);
+    if (csv.size() <= longestListBytes && file.error() == QFileDevice::NoError)
+        return parseVariableList(csv, check);
+    list.errors << (file.error() != QFileDevice::NoError
+                        ? QStringLiteral("cannot read it: %1").arg(file.errorString())
+                        : QStringLiteral("it is longer than %1 MiB; a list of variables is expected")
+                              .arg(longestListBytes / 1024 / 1024));
     return list;
 }
 

@@ -53,7 +53,7 @@ TEST(RequestRebuilder, TakesTheAreaOfAVariableThatTheFrameTouches)
     EXPECT_EQ(rebuilt(known, "000100000006010324000004"), "read 9:9216x4@1 ");
     EXPECT_EQ(rebuilt(known, "000100000006010330000001"), "read 9:12288@1 ")
         << "bits in words are read as words";
-    EXPECT_EQ(rebuilt(known, "000100000006020324000004"), "read 11:0x4@2 ") << "of another station";
+    EXPECT_EQ(rebuilt(known, "000100000006020324000004"), "read 11:00x4@2 ") << "of another station";
 }
 
 TEST(RequestRebuilder, RebuildsWrites)

@@ -100,8 +100,8 @@ TEST_F(PlcpanelWithController, ReadFetchesMoreThanOneRequestHolds)
 {
     set(0, 11);
     set(299, 22);
-    const RunResult read = run("read 9:0x300 --max-block 100");
-    EXPECT_THAT(read.out, testing::StartsWith("9:0x300  11 0 "));
+    const RunResult read = run("read 9:00x300 --max-block 100");
+    EXPECT_THAT(read.out, testing::StartsWith("9:00x300  11 0 "));
     EXPECT_THAT(read.out, testing::EndsWith(" 0 22\n"));
     EXPECT_EQ(controller.requests(), 3U);
 }

@@ -33,11 +33,11 @@ WatchRow listedRow()
     return row;
 }
 
-TEST(WatchJson, OfAListedVariableCarriesItsNameItsTypeAndItsValueAsText)
+TEST(WatchJson, OfAListedVariableCarriesItsNameItsTypeAndItsValueAsTextAndNumber)
 {
     EXPECT_EQ(watchJson(listedRow(), 7, someTime).toStdString(),
               R"({"address":"100","area":9,"count":2,"name":"oven","state":"fresh","station":7,"text":"1.5",)"
-              R"("time":"1970-01-01T00:00:00.000Z","type":"float32","values":[0,16320]})");
+              R"("time":"1970-01-01T00:00:00.000Z","type":"float32","value":1.5,"values":[0,16320]})");
 }
 
 TEST(WatchJson, NamesTheStationOfTheList)

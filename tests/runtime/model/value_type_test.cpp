@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <QJsonArray>
+
+#include <cstdlib>
+#include <cstring>
+
 namespace plc
 {
 
@@ -77,6 +82,44 @@ TEST(ValueText, ShowsNoCharacterBehindTheLastOne)
 TEST(ValueText, ShowsControlCharactersAsDots)
 {
     EXPECT_EQ(valueText(ValueType::Text, 9, {0x1B41, 0x0042}), QStringLiteral("\"A.B\""));
+}
+
+TEST(ValueText, OfAFloatHasAsManyDigitsAsItTakesToReadItBack)
+{
+    EXPECT_EQ(valueText(ValueType::Float32, 14, {0x4B800000}), QStringLiteral("16777216"));
+    EXPECT_EQ(valueText(ValueType::Float32, 14, {0x47F12065}), QStringLiteral("123456.79"));
+    EXPECT_EQ(valueText(ValueType::Float32, 14, {0x3DCCCCCD}), QStringLiteral("0.1"));
+    EXPECT_EQ(valueText(ValueType::Float32, 14, {0x7F7FFFFF}), QStringLiteral("3.4028235e+38"));
+    EXPECT_EQ(valueText(ValueType::Float32, 14, {0x7F800000, 0xFF800000, 0x7FC00000}),
+              QStringLiteral("inf -inf nan"));
+}
+
+TEST(ValueText, OfAFloatIsReadBackWhateverItsBitsAre)
+{
+    for (quint32 bits = 1; bits < 0x7F800000; bits += 104729) {
+        const std::string text = valueText(ValueType::Float32, 14, {bits}).toStdString();
+        const float value = std::strtof(text.c_str(), nullptr);
+        quint32 again = 0;
+        std::memcpy(&again, &value, sizeof again);
+        ASSERT_EQ(again, bits) << text;
+    }
+}
+
+TEST(ValueJson, IsANumberOrAnArrayOfThem)
+{
+    EXPECT_EQ(valueJson(ValueType::Int16, 9, {0xFFFE}, 1), QJsonValue(-2));
+    EXPECT_EQ(valueJson(ValueType::Uint32, 9, {0xFFFF, 0xFFFF}, 1), QJsonValue(4294967295.0));
+    EXPECT_EQ(valueJson(ValueType::Hex, 14, {0xFFFFFFFF}, 1), QJsonValue(4294967295.0));
+    EXPECT_EQ(valueJson(ValueType::Bit, 0, {1, 0}, 2), QJsonValue(QJsonArray{1, 0}));
+    EXPECT_EQ(valueJson(ValueType::Float32, 14, {0x47F12065}, 1), QJsonValue(123456.79));
+}
+
+TEST(ValueJson, IsATextWhereJsonHasNoNumber)
+{
+    EXPECT_EQ(valueJson(ValueType::Float32, 14, {0x7FC00000}, 1), QJsonValue(QStringLiteral("nan")));
+    EXPECT_EQ(valueJson(ValueType::Float32, 14, {0x3FC00000, 0xFF800000}, 2),
+              QJsonValue(QJsonArray{1.5, QStringLiteral("-inf")}));
+    EXPECT_EQ(valueJson(ValueType::Text, 9, {0x4241, 0x0043}, 4), QJsonValue(QStringLiteral("ABC")));
 }
 
 } // namespace plc

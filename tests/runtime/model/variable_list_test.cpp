@@ -121,7 +121,7 @@ TEST(VariableList, RefusesANameTwice)
 
 TEST(VariableList, RefusesANameThatATerminalWouldActOn)
 {
-    EXPECT_TRUE(errorOf("a\x1b[2J,9,0,1,1,int16").contains(QStringLiteral("cannot be shown")));
+    EXPECT_TRUE(errorOf("a\xE2\x80\xAE,9,0,1,1,int16").contains(QStringLiteral("cannot be shown")));
 }
 
 TEST(VariableList, RepeatsAWrongLineWithoutWhatATerminalWouldActOn)
@@ -133,7 +133,9 @@ TEST(VariableList, RepeatsAWrongLineWithoutWhatATerminalWouldActOn)
 
 TEST(VariableList, QuotesAWrongFieldWithoutWhatATerminalWouldActOn)
 {
-    EXPECT_TRUE(errorOf("a,9,\x1b[2J,,,int16").startsWith(QStringLiteral("line 2: \".[2J\" is no address")));
+    EXPECT_TRUE(errorOf("a,9,\xC2\x9B"
+                        "2J,,,int16")
+                    .startsWith(QStringLiteral("line 2: \".2J\" is no address")));
 }
 
 TEST(VariableList, QuotesPercentSignsAsTheyAre)
@@ -184,6 +186,61 @@ TEST(VariableList, SaysWhichFileCannotBeRead)
     const VariableList list = readVariableList(QStringLiteral("/no/such/file.csv"));
     ASSERT_EQ(list.errors.size(), 1);
     EXPECT_TRUE(list.errors[0].startsWith(QStringLiteral("cannot read it: ")));
+}
+
+TEST(VariableList, RefusesControlCharactersWithTheirLine)
+{
+    EXPECT_TRUE(errorOf(QByteArray("speed,9,1\0005,,1,uint16", 22))
+                    .startsWith(QStringLiteral("line 2: character 10 is a control character (0x00)")));
+    EXPECT_TRUE(
+        errorOf("speed,9,1\x1b,,1,uint16").startsWith(QStringLiteral("line 2: character 10 is a control")));
+    EXPECT_TRUE(errorOf("# \x7f").startsWith(QStringLiteral("line 2: character 3 is a control")));
+    EXPECT_TRUE(parseVariableList(header + "speed\t,9,\t1,,1,uint16\r\n").errors.isEmpty());
+}
+
+TEST(VariableList, ShowsNoMoreOfALineThanAPersonNeeds)
+{
+    const QString name = errorOf(QByteArray(300, 'n') + ",9,1,,1,uint16");
+    EXPECT_EQ(name, QStringLiteral("line 2: the name has 300 characters; 200 are allowed"));
+    const VariableList list = parseVariableList(header + QByteArray(5000000, 'n') + ",9,1,,1,uint16\n");
+    ASSERT_EQ(list.errors.size(), 1);
+    EXPECT_TRUE(
+        list.errors.first().startsWith(QStringLiteral("line 2: it has 5000014 bytes; 2000 are allowed")));
+    EXPECT_LT(list.errors.first().size(), 200);
+    EXPECT_LT(errorOf("a,9," + QByteArray(1500, '7') + ",,1,uint16").size(), 300);
+}
+
+TEST(VariableList, TellsTwentyWrongLinesAndCountsTheOthers)
+{
+    const VariableList list = parseVariableList(header + QByteArray("nonsense\n").repeated(1000));
+    ASSERT_EQ(list.errors.size(), 21);
+    EXPECT_TRUE(list.errors.at(19).startsWith(QStringLiteral("line 21: ")));
+    EXPECT_EQ(list.errors.at(20), QStringLiteral("and 980 more wrong lines"));
+}
+
+TEST(VariableList, IsLeftAfterTenThousandWrongLines)
+{
+    const VariableList list = parseVariableList(header + QByteArray("nonsense\n").repeated(20000));
+    EXPECT_EQ(list.errors.last(),
+              QStringLiteral("and 9980 more wrong lines; what is behind them was not looked at"));
+}
+
+TEST(VariableList, MayHaveSoManyVariablesAndNoMore)
+{
+    QByteArray csv = header;
+    for (int line = 0; line < mostListedVariables + 2; ++line)
+        csv += 'v' + QByteArray::number(line) + ",9,1,,,uint16\n";
+    const VariableList list = parseVariableList(csv);
+    EXPECT_EQ(list.variables.size(), static_cast<std::size_t>(mostListedVariables));
+    ASSERT_EQ(list.errors.size(), 2);
+    EXPECT_TRUE(list.errors.first().startsWith(QStringLiteral("line 250002: 250000 variables are above it")));
+}
+
+TEST(VariableList, TakesCharactersBeyondTheBasicPlane)
+{
+    const VariableList list = parseVariableList(header + "\xF0\x9F\x94\xA5,9,1,,1,uint16\n");
+    ASSERT_EQ(list.errors, QStringList());
+    EXPECT_EQ(list.variables.at(0).name.toUcs4().size(), 1);
 }
 
 } // namespace plc

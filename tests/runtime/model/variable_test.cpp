@@ -169,4 +169,27 @@ TEST(ValuesOfBytes, IgnoreAnElementThatIsNotWhole)
     EXPECT_THAT(valuesOfBytes(14, QByteArray::fromHex("785634")), ElementsAre());
 }
 
+TEST(ParseVariable, RefusesWhatLooksLikeAHexadecimalAddress)
+{
+    for (const char* text :
+         {"9:0x1", "9:0x10", "9:0xA", "9:0X1", "0:0x7", "8:0x1.2", "14:0xC8", "9:0x1@3", "9:0x"}) {
+        QString error;
+        EXPECT_FALSE(parseVariable(QString::fromLatin1(text), &error)) << text;
+        EXPECT_TRUE(error.contains(QStringLiteral("hexadecimal address"))) << error.toStdString();
+    }
+}
+
+TEST(ParseVariable, TakesSeveralElementsFromZeroOnWithTwoZeros)
+{
+    QString error;
+    const auto variable = parseVariable(QStringLiteral("9:00x4"), &error);
+    ASSERT_TRUE(variable) << error.toStdString();
+    EXPECT_EQ(variable->element, 0);
+    EXPECT_EQ(variable->count, 4);
+    EXPECT_EQ(variableText(*variable), QStringLiteral("9:00x4"));
+    EXPECT_EQ(variableText(*parseVariable(QStringLiteral("9:0"), &error)), QStringLiteral("9:0"));
+    EXPECT_EQ(variableText(*parseVariable(QStringLiteral("9:100x10"), &error)), QStringLiteral("9:100x10"));
+    EXPECT_TRUE(parseVariable(QStringLiteral("8:0.0x4"), &error));
+}
+
 } // namespace

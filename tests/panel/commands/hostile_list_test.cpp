@@ -1,0 +1,120 @@
+// Lists and command lines that nobody meant well: the panel says what is wrong with them, briefly and at once.
+
+#include "panel/plcpanel_run.h"
+#include "simulator/simulated_controller.h"
+
+#include <gmock/gmock.h>
+
+#include <QElapsedTimer>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryFile>
+
+namespace
+{
+
+using test::plcpanel;
+using test::RunResult;
+using testing::HasSubstr;
+
+const QByteArray header = "name,area,address,station,count,type\n";
+const int soonMs = 10000;
+
+class HostileList : public testing::Test
+{
+protected:
+    HostileList() : controller(simulator::Settings()) { controller.start(); }
+
+    RunResult run(const QString& text) const
+    {
+        return plcpanel(text.split(QLatin1Char(' ')) +
+                        QStringList{QStringLiteral("--controller"),
+                                    QStringLiteral("127.0.0.1:%1").arg(controller.port())});
+    }
+
+    RunResult check(const QByteArray& csv) const
+    {
+        QTemporaryFile file;
+        EXPECT_TRUE(file.open());
+        file.write(csv);
+        file.close();
+        return run(QStringLiteral("check --vars ") + file.fileName());
+    }
+
+    simulator::SimulatedController controller;
+};
+
+TEST_F(HostileList, AnAddressThatLooksHexadecimalIsNotWritten)
+{
+    for (const char* text : {"write 9:0x1=7", "read 9:0x1", "watch 9:0x1 --once", "check 9:0x10"}) {
+        const RunResult ended = run(QString::fromLatin1(text));
+        EXPECT_EQ(ended.status, 2) << text;
+        EXPECT_THAT(ended.errors, HasSubstr("looks like a hexadecimal address")) << text;
+    }
+    const RunResult listed = check(header + "speed,9,0x10,,1,uint16\n");
+    EXPECT_EQ(listed.status, 2);
+    EXPECT_THAT(listed.errors, HasSubstr("line 2: \"0x10\" looks like a hexadecimal address"));
+    EXPECT_EQ(controller.requests(), 0U);
+    EXPECT_EQ(run(QStringLiteral("write 9:00x2=7,8")).status, 0);
+    EXPECT_EQ(controller.memory().holdingRegister(1, 1), 8);
+}
+
+TEST_F(HostileList, AZeroByteDoesNotCutAField)
+{
+    const RunResult ended = check(header + QByteArray("speed,9,10\0"
+                                                      "5,,1,uint16\n",
+                                                      23));
+    EXPECT_EQ(ended.status, 2);
+    EXPECT_THAT(ended.errors, HasSubstr("line 2: character 11 is a control character (0x00)"));
+    EXPECT_EQ(controller.requests(), 0U);
+}
+
+TEST_F(HostileList, ThatHasNoEndIsRefusedSoon)
+{
+    QElapsedTimer clock;
+    clock.start();
+    for (const char* command : {"watch", "check"}) {
+        const RunResult ended = run(QString::fromLatin1(command) + QStringLiteral(" --vars /dev/zero"));
+        EXPECT_EQ(ended.status, 2);
+        EXPECT_THAT(ended.errors, HasSubstr("/dev/zero: it is longer than 16 MiB"));
+    }
+    EXPECT_LT(clock.elapsed(), soonMs);
+}
+
+TEST_F(HostileList, OfManyMegabytesIsRefusedSoon)
+{
+    QElapsedTimer clock;
+    clock.start();
+    EXPECT_THAT(check(header + QByteArray(20 * 1024 * 1024, '\n')).errors, HasSubstr("longer than 16 MiB"));
+    EXPECT_THAT(check(header + QByteArray("a\n").repeated(7000000)).errors, HasSubstr("more wrong lines"));
+    EXPECT_LT(clock.elapsed(), soonMs);
+}
+
+TEST_F(HostileList, IsAnsweredInFewWordsHoweverMuchIsWrong)
+{
+    const RunResult lines = check(header + QByteArray("nonsense\n").repeated(1000));
+    EXPECT_EQ(lines.status, 2);
+    EXPECT_LT(std::count(lines.errors.begin(), lines.errors.end(), '\n'), 50);
+    EXPECT_THAT(lines.errors, HasSubstr("and 980 more wrong lines"));
+    const RunResult name = check(header + QByteArray(5000000, 'n') + ",9,1,,1,uint16\n");
+    EXPECT_EQ(name.status, 2);
+    EXPECT_LT(name.errors.size(), 1000U);
+}
+
+TEST_F(HostileList, ValuesAreTypedInJson)
+{
+    controller.memory().setHoldingRegister(1, 0xF700, 0x2065);
+    controller.memory().setHoldingRegister(1, 0xF701, 0x47F1);
+    QTemporaryFile file;
+    ASSERT_TRUE(file.open());
+    file.write(header + "level,14,200,,1,float32\n");
+    file.close();
+    const RunResult ended = run(QStringLiteral("watch --once --json --vars ") + file.fileName());
+    const QJsonObject line = QJsonDocument::fromJson(QByteArray::fromStdString(ended.out)).object();
+    EXPECT_EQ(line[QStringLiteral("value")], QJsonValue(123456.79)) << ended.out;
+    EXPECT_EQ(line[QStringLiteral("text")], QStringLiteral("123456.79"));
+    EXPECT_EQ(line[QStringLiteral("values")].toArray().size(), 1);
+}
+
+} // namespace
