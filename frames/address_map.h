@@ -24,12 +24,12 @@ struct Area {
     enum Kind { Bit, BitOfWord, Word, DoubleWord };
 
     unsigned short base; ///< Modbus address of element 0
+    bool written;        ///< false: a write is refused or dropped
     Kind kind;           ///< decides scaling, blocks, and the element view of the image
     int buffer;          ///< index among the image's buffers of its kind
     int textBase;        ///< number base of the address text
     int textOrigin;      ///< what the text of element 0 says; a smaller text is refused (0: no check)
     FunctionCode read;   ///< FC_NONE: a read request is dropped
-    bool written;        ///< false: a write is refused or dropped
 };
 
 /// \return the row of an area code, null outside 0..14. Any thread.

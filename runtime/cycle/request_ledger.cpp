@@ -1,5 +1,6 @@
 #include "runtime/cycle/request_ledger.h"
 
+#include "driver/plcdriver.h"
 #include "runtime/modbus/request_pieces.h"
 
 #include <algorithm>
@@ -10,8 +11,6 @@ namespace plc
 namespace
 {
 
-const std::size_t mostEntries = 1024; // beyond that the driver drops without a word
-
 bool sameElements(const Variable& a, const Variable& b)
 {
     return a.station == b.station && a.area == b.area && a.element == b.element && a.count == b.count;
@@ -21,7 +20,7 @@ bool sameElements(const Variable& a, const Variable& b)
 
 bool RequestLedger::hasRoom() const
 {
-    return m_entries.size() < mostEntries;
+    return m_entries.size() < std::size_t{PLC_LIST_LIMIT}; // beyond that the driver drops without a word
 }
 
 /// \return the entry that the driver replaces: the first equal one behind the head, which it never touches

@@ -1,5 +1,7 @@
 #include "runtime/model/area_table.h"
 
+#include "driver/plcdriver.h"
+
 #include <iterator>
 
 namespace plc
@@ -8,14 +10,12 @@ namespace plc
 namespace
 {
 
-const int elementsOfArea = 65535;
-
 const char octalDigits[] = "octal digits, e.g. 17";
 const char decimalDigits[] = "a decimal number";
 const char wholeWords[] = "words (16 bits)";
 
 // Row = area code.
-const Area areas[] = {
+const Area areas[PLC_AREA_COUNT] = {
     // kind                base    text      writable cut                 expected      for the help
     {ElementKind::Bit, 0xF800, 8, 0, false, BitCut::LikeBlocks, octalDigits, "bits, read only", "octal",
      "0:17"},
@@ -53,10 +53,10 @@ const Kind& sizesOf(int area)
 {
     // Row = ElementKind.
     static const Kind kinds[] = {
-        {1, 1, elementsOfArea},
-        {1, 1, elementsOfArea * bitsOfWord},
-        {2, 1, elementsOfArea},
-        {4, 2, elementsOfArea},
+        {1, 1, PLC_AREA_ELEMENTS},
+        {1, 1, PLC_AREA8_BITS},
+        {2, 1, PLC_AREA_ELEMENTS},
+        {4, 2, PLC_AREA_ELEMENTS},
     };
     return kinds[static_cast<int>(kindOf(area))];
 }
