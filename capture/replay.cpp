@@ -4,7 +4,7 @@
 #include "runtime/modbus/frame_fields.h"
 #include "runtime/modbus/remote_fields.h"
 #include "runtime/modbus/reply_failure.h"
-#include "runtime/modbus/return_code_words.h"
+#include "runtime/modbus/return_codes.h"
 
 namespace plc
 {

@@ -13,8 +13,10 @@ set(PLC_RUNTIME_HEADERS
   runtime/link/dropped_reply.h
   runtime/link/link_exchange.h
   runtime/link/link_tap.h
+  runtime/modbus/exception_words.h
   runtime/modbus/failure_words.h
   runtime/modbus/return_code_words.h
+  runtime/modbus/return_codes.h
   runtime/model/area_table.h
   runtime/model/clock.h
   runtime/model/cyclic_value.h

@@ -1,8 +1,8 @@
 #include "panel/check/read_answer.h"
 
+#include "runtime/modbus/exception_words.h"
 #include "runtime/modbus/failure_words.h"
 #include "runtime/modbus/protocol.h"
-#include "runtime/modbus/return_code_words.h"
 
 namespace plc
 {

@@ -15,6 +15,36 @@ namespace plc
 namespace
 {
 
+/// \return the line that tells how \a variable was read, without the line's end
+/// \param width the name is filled up to it
+QString readLine(const Variable& variable, const ReadOutcome& outcome, ValueFormat format, int width)
+{
+    return variableText(variable).leftJustified(width + 2) +
+           valueTexts(variable.area, outcome.values, format).join(QLatin1Char(' '));
+}
+
+/// \return the line of JSON that tells it
+QString readJson(const Variable& variable, int station, const ReadOutcome& outcome)
+{
+    QJsonObject object = jsonOfVariable(variable, station);
+    if (outcome.done) {
+        addValues(&object, outcome.values);
+    } else {
+        object.insert(QStringLiteral("error"), failureWords(outcome));
+        object.insert(QStringLiteral("code"), outcome.failure.code);
+    }
+    return jsonLine(object);
+}
+
+/// \return the length of the longest name of \a variables
+int widestName(const std::vector<Variable>& variables)
+{
+    int width = 0;
+    for (const Variable& variable : variables)
+        width = std::max(width, variableText(variable).size());
+    return width;
+}
+
 /// Failures go to standard error, but for JSON, whose reader wants an object for each variable.
 void report(const Options& options, const Variable& variable, const ReadOutcome& outcome, int width)
 {
@@ -54,32 +84,6 @@ ExitStatus runRead(const Options& options)
     if (!reachable)
         complainOfNoConnection(options.settings);
     return allDone ? AllGood : ControllerFailed;
-}
-
-QString readLine(const Variable& variable, const ReadOutcome& outcome, ValueFormat format, int width)
-{
-    return variableText(variable).leftJustified(width + 2) +
-           valueTexts(variable.area, outcome.values, format).join(QLatin1Char(' '));
-}
-
-QString readJson(const Variable& variable, int station, const ReadOutcome& outcome)
-{
-    QJsonObject object = jsonOfVariable(variable, station);
-    if (outcome.done) {
-        addValues(&object, outcome.values);
-    } else {
-        object.insert(QStringLiteral("error"), failureWords(outcome));
-        object.insert(QStringLiteral("code"), outcome.failure.code);
-    }
-    return jsonLine(object);
-}
-
-int widestName(const std::vector<Variable>& variables)
-{
-    int width = 0;
-    for (const Variable& variable : variables)
-        width = std::max(width, variableText(variable).size());
-    return width;
 }
 
 } // namespace plc

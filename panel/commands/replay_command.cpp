@@ -9,6 +9,7 @@
 #include "panel/terminal/terminal.h"
 #include "panel/watch/watch_json.h"
 #include "panel/watch/watch_rows.h"
+#include "panel/watch/watch_table.h"
 #include "runtime/cycle/refresh_plan.h"
 #include "runtime/modbus/request_pieces.h"
 

@@ -14,6 +14,21 @@ namespace plc
 namespace
 {
 
+/// \return how \a outcome ended in words: what was confirmed, or why not
+QString writeOutcomeText(const WriteOutcome& outcome)
+{
+    if (outcome.confirmed && outcome.broadcast)
+        return QStringLiteral("sent to every station (no controller confirms a broadcast)");
+    if (outcome.confirmed)
+        return QStringLiteral("confirmed");
+    QString words = QStringLiteral("not confirmed: ") + failureText(outcome);
+    if (outcome.requests > 1)
+        words += QStringLiteral("; %1 of its %2 requests were confirmed")
+                     .arg(outcome.requestsConfirmed)
+                     .arg(outcome.requests);
+    return words;
+}
+
 int widestText(const std::vector<WriteTask>& tasks)
 {
     int width = 0;
@@ -58,20 +73,6 @@ ExitStatus runWrite(const Options& options)
     if (!reachable)
         complainOfNoConnection(options.settings);
     return allConfirmed ? AllGood : ControllerFailed;
-}
-
-QString writeOutcomeText(const WriteOutcome& outcome)
-{
-    if (outcome.confirmed && outcome.broadcast)
-        return QStringLiteral("sent to every station (no controller confirms a broadcast)");
-    if (outcome.confirmed)
-        return QStringLiteral("confirmed");
-    QString words = QStringLiteral("not confirmed: ") + failureText(outcome);
-    if (outcome.requests > 1)
-        words += QStringLiteral("; %1 of its %2 requests were confirmed")
-                     .arg(outcome.requestsConfirmed)
-                     .arg(outcome.requests);
-    return words;
 }
 
 } // namespace plc

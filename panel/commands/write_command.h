@@ -5,7 +5,6 @@
 
 #include "panel/commands/command_line.h"
 #include "panel/commands/exit_status.h"
-#include "runtime/model/outcome.h"
 
 namespace plc
 {
@@ -14,9 +13,6 @@ namespace plc
 /// fails takes no other with it. When the controller cannot be reached, the rest is not tried.
 /// \throws std::runtime_error when the driver cannot be loaded
 ExitStatus runWrite(const Options& options);
-
-/// \return how \a outcome ended in words: what was confirmed, or why not
-QString writeOutcomeText(const WriteOutcome& outcome);
 
 } // namespace plc
 

@@ -1,6 +1,6 @@
 #include "panel/demo/demo_report.h"
 
-#include "panel/session/trace.h"
+#include "panel/session/received_reply.h"
 #include "panel/terminal/output.h"
 #include "runtime/modbus/frame_words.h"
 

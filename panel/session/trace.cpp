@@ -1,18 +1,18 @@
 #include "panel/session/trace.h"
 
+#include "panel/session/received_reply.h"
 #include "panel/terminal/output.h"
 #include "runtime/cycle/exchange_record.h"
 #include "runtime/modbus/frame_words.h"
 #include "runtime/modbus/remote_words.h"
 #include "runtime/modbus/return_code_words.h"
+#include "runtime/modbus/return_codes.h"
 
 namespace plc
 {
 
 namespace
 {
-
-const int numberSize = 2;
 
 QString line(const QString& begin, const QByteArray& bytes, const QString& meaning)
 {
@@ -74,14 +74,6 @@ ExchangeObserver traceToStandardError()
 {
     return
         [](const ExchangeRecord& record) { printError(traceText(record, QDateTime::currentDateTimeUtc())); };
-}
-
-QByteArray replyAsReceived(const LinkExchange& exchange)
-{
-    QByteArray reply = exchange.reply;
-    if (!exchange.remote && reply.size() >= numberSize && exchange.sentFrame.size() >= numberSize)
-        reply.replace(0, numberSize, exchange.sentFrame.left(numberSize));
-    return reply;
 }
 
 } // namespace plc

@@ -19,10 +19,6 @@ QString traceText(const ExchangeRecord& record, const QDateTime& endedAt);
 /// \return an observer that prints traceText() on standard error
 ExchangeObserver traceToStandardError();
 
-/// \return the reply as it came over the link, with the number that the frame went out with; empty when
-///         none came
-QByteArray replyAsReceived(const LinkExchange& exchange);
-
 } // namespace plc
 
 #endif

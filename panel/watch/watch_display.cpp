@@ -1,6 +1,7 @@
 #include "panel/watch/watch_display.h"
 
 #include "panel/terminal/output.h"
+#include "panel/terminal/redrawn_lines.h"
 #include "panel/terminal/terminal.h"
 #include "panel/watch/watch_json.h"
 #include "panel/watch/watch_statistics.h"

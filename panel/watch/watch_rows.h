@@ -3,7 +3,7 @@
 #ifndef PANEL_WATCH_WATCH_ROWS_H
 #define PANEL_WATCH_WATCH_ROWS_H
 
-#include "panel/watch/watch_table.h"
+#include "panel/watch/watch_view.h"
 
 #include <vector>
 

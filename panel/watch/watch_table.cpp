@@ -2,7 +2,7 @@
 
 #include "panel/terminal/wrapped_text.h"
 #include "panel/watch/station_lines.h"
-#include "runtime/modbus/failure_words.h"
+#include "panel/watch/watch_words.h"
 
 #include <algorithm>
 
@@ -255,69 +255,6 @@ QStringList watchTable(const WatchView& view, const TableStyle& style)
     if (style.lines == 0 || head.size() + linesIn(rows) <= style.lines)
         return fitting(head, rows, view, style);
     return fitting(head, rowsOf(table, widths, style, false), view, style);
-}
-
-QString listedText(const WatchRow& row)
-{
-    const ListedVariable& listed = *row.listed;
-    return valueText(listed.type, row.variable.area, row.value.values, listed.count);
-}
-
-QString linkText(const LinkState& link)
-{
-    if (link.connected) {
-        QString text = QStringLiteral("connected for %1").arg(ageText(link.sinceMs));
-        if (link.connects > 1)
-            text += QStringLiteral(", reconnects: %1").arg(link.connects - 1);
-        if (link.dropped.total() > 0)
-            text += QStringLiteral(", replies dropped: %1").arg(link.dropped.total());
-        return text;
-    }
-    if (link.lastError.isEmpty())
-        return QStringLiteral("connecting");
-    return QStringLiteral("NOT CONNECTED for %1, trying again (%2)")
-        .arg(ageText(link.sinceMs), link.lastError);
-}
-
-QString stateWord(const CyclicValue& value)
-{
-    return valueStateWord(hasFailed(value.failure) ? ValueState::Failed : value.state);
-}
-
-QString stateText(const CyclicValue& value)
-{
-    if (!hasFailed(value.failure))
-        return stateWord(value);
-    return QStringLiteral("%1: %2").arg(stateWord(value), failureText(value.failure));
-}
-
-QString ageText(qint64 ms)
-{
-    if (ms < 0)
-        return QStringLiteral("-");
-    const qint64 seconds = ms / 1000;
-    if (seconds < 10)
-        return QStringLiteral("%1.%2 s").arg(seconds).arg(ms % 1000 / 100);
-    if (seconds < 120)
-        return QStringLiteral("%1 s").arg(seconds);
-    const qint64 minutes = seconds / 60;
-    if (minutes < 120)
-        return QStringLiteral("%1 min").arg(minutes);
-    return QStringLiteral("%1 h").arg(seconds / 3600);
-}
-
-bool sameNews(const CyclicValue& a, const CyclicValue& b)
-{
-    return a.state == b.state && a.values == b.values && a.failure == b.failure;
-}
-
-bool sameNews(const WatchView& a, const WatchView& b)
-{
-    return a.link.connected == b.link.connected && a.link.lastError == b.link.lastError &&
-           std::equal(a.stations.begin(), a.stations.end(), b.stations.begin(), b.stations.end(),
-                      [](const StationReport& x, const StationReport& y) { return sameNews(x, y); }) &&
-           std::equal(a.rows.begin(), a.rows.end(), b.rows.begin(), b.rows.end(),
-                      [](const WatchRow& x, const WatchRow& y) { return sameNews(x.value, y.value); });
 }
 
 } // namespace plc

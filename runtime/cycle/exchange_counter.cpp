@@ -2,7 +2,7 @@
 
 #include "runtime/host/request_keys.h"
 #include "runtime/modbus/request_pieces.h"
-#include "runtime/modbus/return_code_words.h"
+#include "runtime/modbus/return_codes.h"
 
 namespace plc
 {

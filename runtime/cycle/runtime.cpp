@@ -12,7 +12,7 @@
 #include "runtime/modbus/failure_words.h"
 #include "runtime/modbus/frame_fields.h"
 #include "runtime/modbus/reply_failure.h"
-#include "runtime/modbus/return_code_words.h"
+#include "runtime/modbus/return_codes.h"
 
 #include <algorithm>
 #include <atomic>

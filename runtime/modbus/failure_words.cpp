@@ -1,5 +1,6 @@
 #include "runtime/modbus/failure_words.h"
 
+#include "runtime/modbus/exception_words.h"
 #include "runtime/modbus/return_code_words.h"
 
 namespace plc

@@ -1,7 +1,7 @@
 #include "runtime/modbus/frame_words.h"
 
+#include "runtime/modbus/exception_words.h"
 #include "runtime/modbus/frame_fields.h"
-#include "runtime/modbus/return_code_words.h"
 
 #include <QStringList>
 

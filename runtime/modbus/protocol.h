@@ -43,10 +43,14 @@ inline constexpr int mostCoilsRead = 2000;
 inline constexpr int mostRegistersRead = largestBlockCount;
 inline constexpr int mostRegistersWritten = 123;
 
-/// The exceptions that have a meaning for more than a message.
 enum ExceptionCode {
-    Acknowledge = 5,             ///< accepted; the controller is still at work
-    DeviceBusy = 6,              ///< it is at work for somebody else
+    IllegalFunction = 1,
+    IllegalDataAddress = 2,
+    IllegalDataValue = 3,
+    DeviceFailure = 4,
+    Acknowledge = 5, ///< accepted; the controller is still at work
+    DeviceBusy = 6,  ///< it is at work for somebody else
+    MemoryParityError = 8,
     GatewayPathUnavailable = 10, ///< from a gateway, in place of the controller
     GatewayTargetSilent = 11     ///< the same: the controller does not answer it
 };

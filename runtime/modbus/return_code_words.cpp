@@ -1,7 +1,6 @@
 #include "runtime/modbus/return_code_words.h"
 
 #include "driver/plcdriver.h"
-#include "runtime/modbus/protocol.h"
 
 namespace plc
 {
@@ -9,13 +8,13 @@ namespace plc
 namespace
 {
 
-struct Words {
+struct ResultWords {
     int first;
     int last;
     const char* words;
 };
 
-const Words results[] = {
+const ResultWords results[] = {
     {PLC_RETRYING, PLC_RETRYING, "failed, to be tried again"},
     {PLC_DONE, PLC_DONE, "done"},
     {PLC_LOCAL_CHECK + 1, PLC_LOCAL_CHECK + 12, "the reply failed the data check"},
@@ -28,44 +27,15 @@ const Words results[] = {
     {PLC_UNKNOWN_OUTCOME, PLC_UNKNOWN_OUTCOME, "an outcome that the driver does not know"},
 };
 
-// The names are those of the Modbus application protocol.
-const Words exceptions[] = {
-    {1, 1, "illegal function"},
-    {2, 2, "illegal data address"},
-    {3, 3, "illegal data value"},
-    {4, 4, "server device failure"},
-    {Acknowledge, Acknowledge, "acknowledge: accepted, still at work"},
-    {DeviceBusy, DeviceBusy, "server device busy"},
-    {8, 8, "memory parity error"},
-    {GatewayPathUnavailable, GatewayPathUnavailable, "gateway path unavailable"},
-    {GatewayTargetSilent, GatewayTargetSilent, "gateway target device failed to respond"},
-};
-
-template <std::size_t size>
-QString lookUp(const Words (&table)[size], int code, const char* otherwise)
-{
-    for (const Words& row : table) {
-        if (code >= row.first && code <= row.last)
-            return QLatin1String(row.words);
-    }
-    return QLatin1String(otherwise);
-}
-
 } // namespace
 
 QString resultWords(int code)
 {
-    return lookUp(results, code, "a result code that has no meaning");
-}
-
-bool isSuccess(int code)
-{
-    return code == PLC_DONE || code == PLC_REMOTE_DONE;
-}
-
-QString exceptionWords(int code)
-{
-    return lookUp(exceptions, code, "an exception that Modbus does not name");
+    for (const ResultWords& row : results) {
+        if (code >= row.first && code <= row.last)
+            return QLatin1String(row.words);
+    }
+    return QStringLiteral("a result code that has no meaning");
 }
 
 } // namespace plc

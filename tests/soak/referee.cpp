@@ -2,7 +2,7 @@
 #include "runtime/cycle/exchange_record.h"
 
 #include "runtime/modbus/failure_words.h"
-#include "runtime/modbus/return_code_words.h"
+#include "runtime/modbus/return_codes.h"
 #include "runtime/model/modbus_address.h"
 
 #include <QStringList>

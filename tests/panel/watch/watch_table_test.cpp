@@ -2,7 +2,8 @@
 
 #include "panel/watch/watch_table.h"
 
-#include "panel/terminal/terminal.h"
+#include "panel/terminal/redrawn_lines.h"
+#include "panel/watch/watch_words.h"
 #include "runtime/modbus/reply_failure.h"
 
 #include <gtest/gtest.h>

@@ -38,19 +38,4 @@ TEST(ResultWords, SayThatOtherCodesHaveNoMeaning)
         EXPECT_EQ(resultWords(code), QLatin1String("a result code that has no meaning")) << code;
 }
 
-TEST(IsSuccess, IsTrueForTheTwoCodesOfSuccess)
-{
-    EXPECT_TRUE(isSuccess(1));
-    EXPECT_TRUE(isSuccess(100));
-    EXPECT_FALSE(isSuccess(0));
-    EXPECT_FALSE(isSuccess(41));
-}
-
-TEST(ExceptionWords, AreThoseOfModbus)
-{
-    EXPECT_EQ(exceptionWords(2), QLatin1String("illegal data address"));
-    EXPECT_EQ(exceptionWords(11), QLatin1String("gateway target device failed to respond"));
-    EXPECT_EQ(exceptionWords(77), QLatin1String("an exception that Modbus does not name"));
-}
-
 } // namespace

@@ -1,0 +1,30 @@
+/// \file
+/// \brief Values, states and ages of the watched variables in words.
+#ifndef PANEL_WATCH_WATCH_WORDS_H
+#define PANEL_WATCH_WATCH_WORDS_H
+
+#include "panel/watch/watch_view.h"
+
+#include <QString>
+
+namespace plc
+{
+
+/// \return the value of a listed variable as its type has it
+QString listedText(const WatchRow& row);
+
+/// \return "connected for 12 s", or why there is no connection
+QString linkText(const LinkState& link);
+
+/// \return the state of a value in one word or two; "failed" as well for one that could never be read
+QString stateWord(const CyclicValue& value);
+
+/// \return the state of a value in words, with the reason and the return code of a failure
+QString stateText(const CyclicValue& value);
+
+/// \return an age for people: "0.3 s", "45 s", "12 min", "5 h"; "-" for a negative one
+QString ageText(qint64 ms);
+
+} // namespace plc
+
+#endif
