@@ -56,8 +56,7 @@ void CaptureReader::open(OpenFile file)
     if (!m_error.isEmpty())
         return;
     std::ungetc(firstByte, file.get());
-    m_file = file.get();
-    m_size = sizeOf(m_file);
+    m_size = sizeOf(file.get());
     if (firstByte == '{')
         m_lines = std::make_unique<JsonCaptureReader>(std::move(file));
     else
@@ -84,7 +83,8 @@ std::optional<double> CaptureReader::percentRead() const
 {
     if (m_size == 0)
         return std::nullopt;
-    return 100 * static_cast<double>(ftello(m_file)) / static_cast<double>(m_size);
+    std::FILE* const stream = m_lines ? m_lines->stream() : m_packets->stream();
+    return 100 * static_cast<double>(ftello(stream)) / static_cast<double>(m_size);
 }
 
 CaptureEnd parseCapture(const QByteArray& bytes, const PacketReading& reading, const CaptureSink& sink)

@@ -35,8 +35,7 @@ private:
     std::unique_ptr<JsonCaptureReader> m_lines; // one of both, unless there is an error
     std::unique_ptr<PacketFile> m_packets;
     QString m_error;
-    std::FILE* m_file = nullptr; // theirs
-    qint64 m_size = 0;           // 0: not known
+    qint64 m_size = 0; // 0: not known
 };
 
 /// Reads bytes. Any will do.

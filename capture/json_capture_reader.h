@@ -23,6 +23,9 @@ public:
     /// Reads the others. To be called once.
     CaptureEnd read(const CaptureSink& sink);
 
+    /// \return what it reads from, to be asked how far that is
+    std::FILE* stream() const { return m_file.get(); }
+
 private:
     bool nextLine();
     void tryLine(const CaptureSink& sink);

@@ -31,7 +31,7 @@ PacketFile::PacketFile(OpenFile file) : m_unopened(std::move(file))
     char words[PCAP_ERRBUF_SIZE] = "";
     m_pcap = pcap_fopen_offline_with_tstamp_precision(m_unopened.get(), PCAP_TSTAMP_PRECISION_MICRO, words);
     if (m_pcap != nullptr)
-        m_unopened.release(); // pcap_close() closes it
+        static_cast<void>(m_unopened.release()); // pcap_close() closes it
     else if (QLatin1String(words) == QLatin1String("unknown file format"))
         m_error = unknownFile();
     else
@@ -43,6 +43,11 @@ PacketFile::~PacketFile()
 {
     if (m_pcap != nullptr)
         pcap_close(m_pcap);
+}
+
+std::FILE* PacketFile::stream() const
+{
+    return m_pcap == nullptr ? m_unopened.get() : pcap_file(m_pcap);
 }
 
 int PacketFile::linkType() const
@@ -78,8 +83,7 @@ std::optional<Packet> PacketFile::next()
 
 void PacketFile::fail(const char* words)
 {
-    std::FILE* const file = pcap_file(m_pcap);
-    m_isCut = std::feof(file) != 0 && std::ferror(file) == 0;
+    m_isCut = std::feof(stream()) != 0 && std::ferror(stream()) == 0;
     if (!m_isCut)
         m_error =
             QStringLiteral("packet %1: %2").arg(m_number + 1).arg(printable(QString::fromLocal8Bit(words)));

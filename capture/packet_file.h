@@ -45,6 +45,9 @@ public:
     /// \return its name, for messages
     QString linkTypeText() const;
 
+    /// \return what it reads from, to be asked how far that is
+    std::FILE* stream() const;
+
     /// What is wrong with the file, and at which packet; empty: nothing.
     QString error() const { return m_error; }
 
