@@ -203,7 +203,9 @@ QString variablesText()
                "Variables are written AREA:ADDRESS, with xCOUNT behind it for several elements:\n") +
            areaGuide() +
            QStringLiteral(
-               "An area has 65535 elements (area 8: sixteen bits for each word). Octal digits are 0 to 7: "
+               "What would lie beyond Modbus address 65535 is refused. Remote frames carry no Modbus address "
+               "and reach "
+               "65535\nelements of each area (area 8: sixteen bits for each word). Octal digits are 0 to 7: "
                "0:17 is the\nsixteenth bit of area 0. There are no hexadecimal addresses; four elements from "
                "0 on are 9:00x4.\n"
                "With --multi-station an @ and the station may follow: 9:100x4@3.\n");

@@ -1,6 +1,7 @@
 #include "runtime/modbus/request_pieces.h"
 
 #include "runtime/modbus/protocol.h"
+#include "runtime/model/modbus_address.h"
 
 #include <algorithm>
 
@@ -78,9 +79,25 @@ QString runRefusal(const Variable& variable)
     return QString();
 }
 
+/// A frame of Modbus TCP would carry the low 16 bits of such an address, which are those of another element.
+/// Remote frames carry area and element, and no Modbus address.
+QString addressRefusal(const Variable& variable, const Settings& settings)
+{
+    const int elements = modbusElements(variable.area);
+    if (settings.remoteMode || endOf(variable) <= elements)
+        return QString();
+    Variable last = {variable.area, elements - 1, 1, -1};
+    return QStringLiteral("%1 lies beyond Modbus address 65535; the last element of area %2 is %3")
+        .arg(QLatin1String(variable.element < elements ? "a part of it" : "it"))
+        .arg(variable.area)
+        .arg(variableText(last));
+}
+
 QString refusal(const Variable& variable, const Settings& settings)
 {
-    const QString words = runRefusal(variable);
+    QString words = runRefusal(variable);
+    if (words.isEmpty())
+        words = addressRefusal(variable, settings);
     return words.isEmpty() ? stationRefusal(variable, settings) : words;
 }
 

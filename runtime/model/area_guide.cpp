@@ -2,6 +2,9 @@
 
 #include "runtime/model/area_table.h"
 #include "runtime/model/modbus_address.h"
+#include "runtime/model/variable.h"
+
+#include <QStringList>
 
 namespace plc
 {
@@ -9,15 +12,18 @@ namespace plc
 namespace
 {
 
-QString line(const QString& area, const QString& holds, const QString& address, const QString& example,
-             const QString& place)
+QString line(const QStringList& cells)
 {
-    return QStringLiteral("  %1 %2 %3 %4 %5\n")
-        .arg(area, -4)
-        .arg(holds, -27)
-        .arg(address, -22)
-        .arg(example, -7)
-        .arg(place);
+    const int widths[] = {4, 27, 8, 7, 10};
+    QString text = QStringLiteral("  ");
+    for (int cell = 0; cell < cells.size() - 1; ++cell)
+        text += cells.at(cell).leftJustified(widths[cell] + 1);
+    return text + cells.last() + QLatin1Char('\n');
+}
+
+QString elementText(int area, int element)
+{
+    return variableText({area, element, 1, -1});
 }
 
 QString place(int area)
@@ -31,12 +37,13 @@ QString place(int area)
 
 QString areaGuide()
 {
-    QString text = line(QStringLiteral("AREA"), QStringLiteral("holds"), QStringLiteral("ADDRESS"),
-                        QStringLiteral("example"), QStringLiteral("begins at Modbus"));
+    QString text =
+        line({QStringLiteral("AREA"), QStringLiteral("holds"), QStringLiteral("ADDRESS"),
+              QStringLiteral("first"), QStringLiteral("last"), QStringLiteral("begins at Modbus")});
     for (int code = 0; code < areaCount(); ++code) {
         const Area& area = areaOf(code);
-        text += line(QString::number(code), QLatin1String(area.holds), QLatin1String(area.addresses),
-                     QLatin1String(area.example), place(code));
+        text += line({QString::number(code), QLatin1String(area.holds), QLatin1String(area.addresses),
+                      elementText(code, 0), elementText(code, modbusElements(code) - 1), place(code)});
     }
     return text;
 }

@@ -29,9 +29,8 @@ struct Area {
     bool isWritable;       ///< false: it can only be read
     BitCut cut;            ///< of bits
     const char* expected;  ///< what an address must look like, for messages
-    const char* holds;     ///< for the help, as the next two
+    const char* holds;     ///< for the help, as the next
     const char* addresses; ///< how they are written
-    const char* example;   ///< of a variable
 };
 
 /// Area codes are 0 to areaCount() - 1.

@@ -12,6 +12,10 @@ bool liesInCoils(int area);
 /// \return the controller's coil or register that holds \a element, 0..65535; of a double word the low half
 int modbusAddress(int area, int element);
 
+/// \return the elements of \a area that have a Modbus address, from element 0 on: those behind them would lie
+///         beyond 65535, where a frame would carry the address of another
+int modbusElements(int area);
+
 } // namespace plc
 
 #endif

@@ -1,5 +1,6 @@
 #include "runtime/model/variable.h"
 
+#include "runtime/model/modbus_address.h"
 #include "runtime/model/printable.h"
 
 #include <QStringList>
@@ -121,6 +122,14 @@ QString expectedValue(int bits)
     return QStringLiteral("%1 to %2, or 0x0 to 0x%3").arg(-limit / 2).arg(limit - 1).arg(limit - 1, 0, 16);
 }
 
+/// Only remote frames reach as far as an area has elements, where that is farther than Modbus addresses do.
+QString remoteEnd(int area)
+{
+    if (modbusElements(area) == areaSize(area))
+        return QString();
+    return QStringLiteral(" (with remote frames up to %1)").arg(addressText(area, areaSize(area) - 1));
+}
+
 } // namespace
 
 QString addressText(int area, int element)
@@ -138,9 +147,9 @@ std::optional<int> parseAddress(int area, const QString& text, QString* error)
     const bool bitInWord = rule.kind == ElementKind::BitInWord;
     const int element = bitInWord ? parseBitInWord(text) : parseNumber(text, rule.numberBase) - rule.origin;
     if (element < 0 || element >= areaSize(area)) {
-        return fail(error, QStringLiteral("\"%1\" is no address of area %2; %3 is expected, up to %4")
+        return fail(error, QStringLiteral("\"%1\" is no address of area %2; %3 is expected, up to %4%5")
                                .arg(excerpt(text), QString::number(area), QLatin1String(rule.expected),
-                                    addressText(area, areaSize(area) - 1)));
+                                    addressText(area, modbusElements(area) - 1), remoteEnd(area)));
     }
     return element;
 }

@@ -22,13 +22,19 @@ TEST(AreaGuide, HasALineForEachAreaBelowItsHeading)
         EXPECT_EQ(lines.at(1 + area).trimmed().section(QLatin1Char(' '), 0, 0), QString::number(area));
 }
 
-TEST(AreaGuide, ItsExamplesCanBeTyped)
+TEST(AreaGuide, NamesTheFirstAndTheLastElementThatHasAModbusAddress)
 {
-    for (const QString& line : areaGuide().split(QLatin1Char('\n'), Qt::SkipEmptyParts).mid(1)) {
-        const QStringList words = line.split(QLatin1Char(' '), Qt::SkipEmptyParts);
-        QString error;
-        EXPECT_TRUE(parseVariable(words.at(words.size() - 3), &error)) << line.toStdString();
-    }
+    const QStringList ends = {
+        QStringLiteral("0:0 0:3777"),   QStringLiteral("1:0 1:1777"),     QStringLiteral("2:0 2:65534"),
+        QStringLiteral("3:0 3:56319"),  QStringLiteral("4:0 4:8191"),     QStringLiteral("5:0 5:4095"),
+        QStringLiteral("6:0 6:3071"),   QStringLiteral("7:8000 7:65535"), QStringLiteral("8:0.0 8:65534.15"),
+        QStringLiteral("9:0 9:65534"),  QStringLiteral("10:0 10:53247"),  QStringLiteral("11:0 11:56319"),
+        QStringLiteral("12:0 12:4095"), QStringLiteral("13:0 13:3071"),   QStringLiteral("14:200 14:1351"),
+    };
+    const QStringList lines = areaGuide().split(QLatin1Char('\n'), Qt::SkipEmptyParts).mid(1);
+    for (int area = 0; area < ends.size(); ++area)
+        EXPECT_TRUE(lines.at(area).simplified().contains(QLatin1Char(' ') + ends.at(area) + QLatin1Char(' ')))
+            << lines.at(area).toStdString();
 }
 
 } // namespace
