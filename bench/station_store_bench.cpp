@@ -3,6 +3,7 @@
 
 #include "driver/modbus_rtu_master.h"
 #include "frames/read_request.h"
+#include "image/extended_variables.h"
 #include "image/reply_filing.h"
 
 #include <benchmark/benchmark.h>

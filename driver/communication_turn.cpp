@@ -6,10 +6,11 @@
 namespace
 {
 
-// A call takes microseconds: it has mostly ended before a sleep would have. Where it has not, its thread may
-// need this very processor.
+// A call takes microseconds: it has mostly ended before a sleep would have. Where it has not, its thread may need
+// this very processor. One that takes a second waits for somebody else, whether the writer goes on or not.
 const int ROUNDS_BEFORE_SLEEPING = 1000;
 const int SLEEP_MICROSECONDS = 50;
+const int MOST_ROUNDS = ROUNDS_BEFORE_SLEEPING + 1000 * 1000 / SLEEP_MICROSECONDS;
 
 void WaitALittle(int round)
 {
@@ -19,20 +20,11 @@ void WaitALittle(int round)
 
 } // namespace
 
-CommunicationTurn::CommunicationTurn() PLC_UNCHECKED("the count is what it acquires")
-{
-    ++PLC_driver.communicationTurn;
-}
-
-CommunicationTurn::~CommunicationTurn() PLC_UNCHECKED("the count is what it releases")
-{
-    ++PLC_driver.communicationTurn;
-}
-
 void LetCommunicationPass()
 {
-    const unsigned int turn = PLC_driver.communicationTurn;
+    const TurnCount& now = PLC_driver.communicationTurn;
+    const unsigned int turn = now;
     const bool inside = turn % 2 != 0;
-    for (int round = 0; inside && PLC_driver.communicationTurn == turn; ++round)
+    for (int round = 0; inside && now == turn && round < MOST_ROUNDS; ++round)
         WaitALittle(round);
 }
