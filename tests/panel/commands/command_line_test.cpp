@@ -306,7 +306,7 @@ TEST(CommandLine, TheHelpListsCommandsAreasOptionsExamplesAndExitStatus)
     for (const char* part :
          {"Usage: plcpanel COMMAND", "read AREA:ADDRESS[xCOUNT]...", "write AREA:ADDRESS=VALUE[,VALUE...]...",
           "\n  0    bits, read only ", "\n  8    bits in the words of area 9 word.bit",
-          "\n  14   double words (32 bits)", "decimal from 8000 on", "--controller <HOST[:PORT]>",
+          "\n  14   double words (32 bits)", "decimal  7:8000  7:65535 ", "--controller <HOST[:PORT]>",
           "\nExamples:\n", "\nExit status:\n"})
         EXPECT_THAT(text, HasSubstr(part));
 }

@@ -13,8 +13,8 @@ using namespace plc;
 
 // Never written, so only one value is right. Twins of each area differ in their values only: a reply that is
 // taken for the other's has the right length.
-const int constantElement = 1000;
-const int twinElement = 1200;
+const int constantElement = 900;
+const int twinElement = 1100;
 const int constants = 20;
 const int writtenElement = 2000;
 
