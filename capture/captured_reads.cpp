@@ -1,8 +1,5 @@
 #include "capture/captured_reads.h"
 
-#include "capture/rebuilt_request.h"
-#include "runtime/modbus/frame_fields.h"
-
 #include <algorithm>
 
 namespace plc
@@ -15,6 +12,11 @@ const std::size_t mostReads = 10000;
 
 } // namespace
 
+CapturedReads::CapturedReads(FrameFormat format)
+    : m_dialect(dialectOf(format)), m_rebuilder(requestRebuilderFor(format, {}, {}))
+{
+}
+
 void CapturedReads::add(const CaptureEntry& entry)
 {
     m_firstTime = m_entries == 0 ? entry.microseconds : std::min(m_firstTime, entry.microseconds);
@@ -23,9 +25,9 @@ void CapturedReads::add(const CaptureEntry& entry)
     const bool isRequest = entry.kind == CaptureEntry::Request || entry.kind == CaptureEntry::NotSent;
     if (!isRequest || m_known.size() >= mostReads)
         return;
-    if (!m_known.insert(m_remote ? entry.bytes : entry.bytes.mid(protocolOffset)).second)
+    if (!m_known.insert(m_dialect.withoutNumber(entry.bytes)).second)
         return;
-    const auto rebuilt = m_remote ? rebuildRemote(entry.bytes) : RequestRebuilder().rebuild(entry.bytes);
+    const auto rebuilt = m_rebuilder->rebuild(entry.bytes);
     if (!rebuilt || rebuilt->isWrite)
         return;
     const Variable read = elementsOf({rebuilt->request, {}, 0});

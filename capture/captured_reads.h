@@ -4,8 +4,11 @@
 #define CAPTURE_CAPTURED_READS_H
 
 #include "capture/capture_entry.h"
+#include "capture/rebuilt_request.h"
+#include "runtime/modbus/dialect.h"
 #include "runtime/model/variable.h"
 
+#include <memory>
 #include <set>
 #include <tuple>
 #include <vector>
@@ -17,8 +20,7 @@ namespace plc
 class CapturedReads
 {
 public:
-    /// \param remote the frames are remote ones
-    explicit CapturedReads(bool remote) : m_remote(remote) {}
+    explicit CapturedReads(FrameFormat format);
 
     void add(const CaptureEntry& entry);
 
@@ -33,7 +35,8 @@ public:
     qint64 lastTime() const { return m_lastTime; }
 
 private:
-    const bool m_remote;
+    const Dialect& m_dialect;
+    const std::unique_ptr<RequestRebuilder> m_rebuilder;
     std::set<QByteArray> m_known; // frames without the number
     std::set<std::tuple<int, int, int, int>> m_reads;
     std::set<int> m_stations;

@@ -3,7 +3,6 @@
 #include "capture/json_capture_keys.h"
 #include "runtime/modbus/frame_fields.h"
 #include "runtime/modbus/frame_words.h"
-#include "runtime/modbus/remote_words.h"
 #include "runtime/model/value_text.h"
 
 namespace plc
@@ -42,7 +41,7 @@ QJsonObject headerOf(const Settings& settings)
 } // namespace
 
 JsonCapture::JsonCapture(std::unique_ptr<CaptureFile> file, const Settings& settings, CaptureClock clock)
-    : m_file(std::move(file)), m_remote(settings.remoteMode), m_clock(std::move(clock))
+    : m_file(std::move(file)), m_dialect(dialectOf(frameFormatOf(settings))), m_clock(std::move(clock))
 {
     line(headerOf(settings));
 }
@@ -89,7 +88,7 @@ void JsonCapture::sent(const QByteArray& frame)
 
 QString JsonCapture::requestMeaning(const QByteArray& frame) const
 {
-    return m_remote ? remoteRequestWords(frame) : requestWords(frame);
+    return m_dialect.requestWords(frame);
 }
 
 void JsonCapture::notSent(const QByteArray& frame, const QString& why)
@@ -117,12 +116,12 @@ void JsonCapture::reply(const QByteArray& bytes)
 /// A late reply is explained by the request that it answers, if that is known.
 QString JsonCapture::replyMeaning(const QByteArray& bytes) const
 {
-    if (m_remote)
-        return remoteReplyWords(m_lastRequest, bytes);
+    if (!m_dialect.hasNumbers())
+        return m_dialect.replyWords(m_lastRequest, bytes);
     const auto asked = m_requests.find(wordAt(bytes, numberOffset));
     if (asked == m_requests.end())
         return QStringLiteral("answers no request of this connection");
-    const QString words = replyWords(asked->second, bytes);
+    const QString words = m_dialect.replyWords(asked->second, bytes);
     return asked->second == m_lastRequest ? words : QStringLiteral("to an earlier request: ") + words;
 }
 

@@ -10,6 +10,7 @@
 #include "capture/capture_file.h"
 #include "runtime/link/link_tap.h"
 #include "runtime/link/reply_assembler.h"
+#include "runtime/modbus/dialect.h"
 #include "runtime/model/settings.h"
 
 #include <QJsonObject>
@@ -42,7 +43,7 @@ private:
     QString replyMeaning(const QByteArray& bytes) const;
 
     const std::unique_ptr<CaptureFile> m_file;
-    const bool m_remote;
+    const Dialect& m_dialect;
     const CaptureClock m_clock;
     ReplyAssembler m_assembler;
     QByteArray m_rest; // bytes that no whole reply was made of so far

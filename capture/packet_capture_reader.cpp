@@ -1,14 +1,12 @@
 #include "capture/packet_capture_reader.h"
 
 #include "capture/pcap_fields.h"
+#include "capture/request_cutter.h"
 #include "capture/tcp_segment.h"
 #include "capture/tcp_stream.h"
 #include "runtime/link/reply_assembler.h"
-#include "runtime/modbus/frame_fields.h"
-#include "runtime/modbus/remote_fields.h"
 
 #include <map>
-#include <numeric>
 #include <set>
 #include <tuple>
 
@@ -20,63 +18,14 @@ namespace
 
 const std::size_t mostConnections = 1000; // that are followed at a time
 const std::size_t mostPortsTold = 8;
-const int longestRemoteRequest = remoteReadSize + 4 * 65535;
 const qint64 microsecondsOfMillisecond = 1000;
 
-/// Cuts the bytes to the controller into frames. Remote ones name their size modulo 256 only: a frame is over
-/// where size and sum fit at the end of what was sent at once.
-class RequestCutter
-{
-public:
-    explicit RequestCutter(FrameFormat format) : m_format(format) {}
-
-    void append(const QByteArray& bytes)
-    {
-        if (m_format == FrameFormat::ModbusTcp)
-            m_assembler.append(bytes);
-        else if (m_remote.size() + bytes.size() <= longestRemoteRequest)
-            m_remote += bytes;
-        else
-            m_remote.clear();
-    }
-
-    QByteArray next()
-    {
-        if (m_format == FrameFormat::ModbusTcp)
-            return m_assembler.next();
-        const QByteArray frame = fits() ? m_remote : QByteArray();
-        m_remote.remove(0, frame.size());
-        return frame;
-    }
-
-    bool outOfStep() const { return m_assembler.outOfStep(); }
-
-    void reset()
-    {
-        m_assembler.reset();
-        m_remote.clear();
-    }
-
-private:
-    bool fits() const
-    {
-        if (m_remote.size() < remoteReadSize || (m_remote.size() & 0xFF) != byteAt(m_remote, 0))
-            return false;
-        const int sum = std::accumulate(m_remote.begin(), m_remote.end() - 1, 0);
-        return (sum & 0xFF) == byteAt(m_remote, m_remote.size() - 1);
-    }
-
-    const FrameFormat m_format;
-    ReplyAssembler m_assembler;
-    QByteArray m_remote;
-};
-
 struct Connection {
-    explicit Connection(FrameFormat format) : requests(format) {}
+    explicit Connection(FrameFormat format) : requests(requestCutterFor(format)) {}
 
     TcpStream toController;
     TcpStream toPanel;
-    RequestCutter requests;
+    std::unique_ptr<RequestCutter> requests;
     ReplyAssembler replies;
 };
 
@@ -177,12 +126,12 @@ private:
             connection.toController.begin(segment.sequence + 1);
         const QByteArray bytes = connection.toController.add(segment.sequence, copyOf(segment.bytes));
         if (connection.toController.hasJumped())
-            connection.requests.reset(); // what came before the gap will not become whole
-        connection.requests.append(bytes);
-        for (QByteArray frame = connection.requests.next(); !frame.isEmpty();
-             frame = connection.requests.next())
+            connection.requests->reset(); // what came before the gap will not become whole
+        connection.requests->append(bytes);
+        for (QByteArray frame = connection.requests->next(); !frame.isEmpty();
+             frame = connection.requests->next())
             request(frame);
-        noteIfOutOfStep(connection.requests.outOfStep());
+        noteIfOutOfStep(connection.requests->outOfStep());
         if (segment.isLast)
             end(key);
     }

@@ -5,7 +5,7 @@
 
 #include "capture/capture_entry.h"
 #include "capture/packet_file.h"
-#include "runtime/link/link.h"
+#include "runtime/model/frame_format.h"
 
 namespace plc
 {

@@ -1,12 +1,14 @@
 #include "capture/rebuilt_request.h"
 
 #include "runtime/host/request_keys.h"
+#include "runtime/modbus/dialect.h"
 #include "runtime/modbus/frame_fields.h"
 #include "runtime/modbus/remote_fields.h"
 #include "runtime/modbus/request_pieces.h"
 #include "runtime/model/modbus_address.h"
 
 #include <algorithm>
+#include <map>
 
 namespace plc
 {
@@ -111,7 +113,7 @@ RW_VAR recordOf(const AskedFor& asked, const Variable& elements)
 
 QByteArray withoutNumber(const QByteArray& frame)
 {
-    return frame.mid(protocolOffset);
+    return dialectOf(FrameFormat::ModbusTcp).withoutNumber(frame);
 }
 
 int remoteLong(const QByteArray& frame, int offset)
@@ -120,16 +122,37 @@ int remoteLong(const QByteArray& frame, int offset)
     return static_cast<int>(high << 16 | static_cast<quint32>(wordAt(frame, offset + 2)));
 }
 
-} // namespace
+std::optional<RebuiltRequest> rebuildIn(int area, const QByteArray& frame)
+{
+    const auto asked = askedFor(frame);
+    const auto elements = asked ? elementsIn(area, *asked) : std::nullopt;
+    if (!elements)
+        return std::nullopt;
+    return RebuiltRequest{asked->isWrite, recordOf(*asked, *elements)};
+}
 
-RequestRebuilder::RequestRebuilder(std::vector<Variable> variables, const std::vector<DriverBlock>& blocks)
+class ModbusRebuilder : public RequestRebuilder
+{
+public:
+    ModbusRebuilder(std::vector<Variable> variables, const std::vector<DriverBlock>& blocks);
+
+    std::optional<RebuiltRequest> rebuild(const QByteArray& frame) const override;
+
+private:
+    std::vector<int> areasFor(const QByteArray& frame) const;
+
+    std::vector<Variable> m_variables;
+    std::map<QByteArray, RW_VAR> m_blocks; // by frame without the number
+};
+
+ModbusRebuilder::ModbusRebuilder(std::vector<Variable> variables, const std::vector<DriverBlock>& blocks)
     : m_variables(std::move(variables))
 {
     for (const DriverBlock& block : blocks)
         m_blocks[withoutNumber(block.frame)] = block.request;
 }
 
-std::optional<RebuiltRequest> RequestRebuilder::rebuild(const QByteArray& frame) const
+std::optional<RebuiltRequest> ModbusRebuilder::rebuild(const QByteArray& frame) const
 {
     const auto block = m_blocks.find(withoutNumber(frame));
     if (block != m_blocks.end())
@@ -143,7 +166,7 @@ std::optional<RebuiltRequest> RequestRebuilder::rebuild(const QByteArray& frame)
 }
 
 /// \return the areas in which a frame may be meant, the likeliest first
-std::vector<int> RequestRebuilder::areasFor(const QByteArray& frame) const
+std::vector<int> ModbusRebuilder::areasFor(const QByteArray& frame) const
 {
     std::vector<int> areas;
     const auto asked = askedFor(frame);
@@ -166,16 +189,13 @@ std::vector<int> RequestRebuilder::areasFor(const QByteArray& frame) const
     return areas;
 }
 
-std::optional<RebuiltRequest> RequestRebuilder::rebuildIn(int area, const QByteArray& frame) const
+class RemoteRebuilder : public RequestRebuilder
 {
-    const auto asked = askedFor(frame);
-    const auto elements = asked ? elementsIn(area, *asked) : std::nullopt;
-    if (!elements)
-        return std::nullopt;
-    return RebuiltRequest{asked->isWrite, recordOf(*asked, *elements)};
-}
+public:
+    std::optional<RebuiltRequest> rebuild(const QByteArray& frame) const override;
+};
 
-std::optional<RebuiltRequest> rebuildRemote(const QByteArray& frame)
+std::optional<RebuiltRequest> RemoteRebuilder::rebuild(const QByteArray& frame) const
 {
     const int area = wordAt(frame, remoteAreaOffset);
     if (frame.size() < remoteReadSize || !isArea(area))
@@ -194,6 +214,16 @@ std::optional<RebuiltRequest> rebuildRemote(const QByteArray& frame)
     request.spare13 = remoteLong(frame, 17);
     request.data = frame.mid(remoteValueOffset, frame.size() - remoteReadSize);
     return rebuilt;
+}
+
+} // namespace
+
+std::unique_ptr<RequestRebuilder> requestRebuilderFor(FrameFormat format, std::vector<Variable> variables,
+                                                      const std::vector<DriverBlock>& blocks)
+{
+    if (format == FrameFormat::Remote)
+        return std::make_unique<RemoteRebuilder>();
+    return std::make_unique<ModbusRebuilder>(std::move(variables), blocks);
 }
 
 } // namespace plc

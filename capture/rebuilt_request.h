@@ -4,8 +4,9 @@
 #define CAPTURE_REBUILT_REQUEST_H
 
 #include "runtime/cycle/driver_blocks.h"
+#include "runtime/model/frame_format.h"
 
-#include <map>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -17,31 +18,23 @@ struct RebuiltRequest {
     RW_VAR request;
 };
 
-/// A frame of Modbus TCP names coils and registers, and areas overlap there. So a frame is rebuilt as the
-/// block that the driver makes of the variables, if it is one; else in the area of a variable that it
-/// touches; else in the area whose beginning is the nearest in front of it.
+/// One for each dialect.
 class RequestRebuilder
 {
 public:
-    /// Without variables.
-    RequestRebuilder() = default;
-
-    /// \param variables stations filled in \param blocks that the driver makes of them
-    RequestRebuilder(std::vector<Variable> variables, const std::vector<DriverBlock>& blocks);
+    virtual ~RequestRebuilder() = default;
 
     /// Any bytes will do. \return nothing when the driver builds no such frame
-    std::optional<RebuiltRequest> rebuild(const QByteArray& frame) const;
-
-private:
-    std::optional<RebuiltRequest> rebuildIn(int area, const QByteArray& frame) const;
-    std::vector<int> areasFor(const QByteArray& frame) const;
-
-    std::vector<Variable> m_variables;
-    std::map<QByteArray, RW_VAR> m_blocks; // by frame without the number
+    virtual std::optional<RebuiltRequest> rebuild(const QByteArray& frame) const = 0;
 };
 
-/// The same for a remote frame, which says itself what it asks for. Any bytes will do.
-std::optional<RebuiltRequest> rebuildRemote(const QByteArray& frame);
+/// A frame of Modbus TCP names coils and registers, and areas overlap there. So a frame is rebuilt as the
+/// block that the driver makes of the variables, if it is one; else in the area of a variable that it
+/// touches; else in the area whose beginning is the nearest in front of it. A remote frame says itself what it
+/// asks for.
+/// \param variables stations filled in \param blocks that the driver makes of them
+std::unique_ptr<RequestRebuilder> requestRebuilderFor(FrameFormat format, std::vector<Variable> variables,
+                                                      const std::vector<DriverBlock>& blocks);
 
 } // namespace plc
 

@@ -1,8 +1,6 @@
 #include "capture/replay.h"
 
 #include "runtime/host/driver_settings.h"
-#include "runtime/modbus/frame_fields.h"
-#include "runtime/modbus/remote_fields.h"
 #include "runtime/modbus/reply_failure.h"
 #include "runtime/modbus/return_codes.h"
 
@@ -12,17 +10,21 @@ namespace plc
 namespace
 {
 
-RequestRebuilder rebuilderFor(const Settings& settings, const std::vector<Variable>& variables)
+std::unique_ptr<RequestRebuilder> rebuilderFor(const Settings& settings,
+                                               const std::vector<Variable>& variables)
 {
     BlockPlanner planner(settings);
-    return RequestRebuilder(variables, planner.blocks(variables, settings.maxBlockCount));
+    return requestRebuilderFor(frameFormatOf(settings), variables,
+                               planner.blocks(variables, settings.maxBlockCount));
 }
 
 } // namespace
 
 Replay::Replay(const Settings& settings, const std::vector<Variable>& variables)
-    : m_settings(settings), m_rebuilder(rebuilderFor(settings, variables)), m_library(settings.driverPath),
-      m_calls(m_library.calls()), m_info(driverSettings(settings)), m_cyclic(settings)
+    : m_settings(settings), m_dialect(dialectOf(frameFormatOf(settings))),
+      m_rebuilder(rebuilderFor(settings, variables)), m_library(settings.driverPath),
+      m_calls(m_library.calls()), m_info(driverSettings(settings)), m_cyclic(settings),
+      m_matcher(replyMatcherFor(frameFormatOf(settings)))
 {
     m_calls.SetComInfo(&m_info);
     for (const Variable& variable : variables)
@@ -69,8 +71,7 @@ void Replay::request(const QByteArray& frame)
         }
     }
     ++m_counts.requests;
-    m_matcher.expect(frame);
-    m_remoteMatcher.expect(frame, m_pending->replyLength);
+    m_matcher->expect(frame, m_pending->replyLength);
     m_isWaiting = true;
     if (m_pending->replyLength == 0)
         judge(QByteArray(), QString());
@@ -85,7 +86,7 @@ void Replay::notSent(const QByteArray& frame, const QString& why)
 
 bool Replay::isServed(const QByteArray& frame) const
 {
-    const int station = byteAt(frame, m_settings.remoteMode ? remoteStationOffset : unitOffset);
+    const int station = m_dialect.stationOf(frame);
     return m_settings.multiStation || station == 0 || station == m_settings.station;
 }
 
@@ -97,14 +98,13 @@ bool Replay::isPending(const QByteArray& frame) const
 
 bool Replay::isSameFrame(const QByteArray& built, const QByteArray& captured) const
 {
-    const int from = m_settings.remoteMode ? 0 : protocolOffset;
-    return built.size() == captured.size() && built.mid(from) == captured.mid(from);
+    return m_dialect.withoutNumber(built) == m_dialect.withoutNumber(captured);
 }
 
 /// \return false when the driver builds another frame, or none; then nothing is pending
 bool Replay::queue(const QByteArray& frame)
 {
-    auto rebuilt = m_settings.remoteMode ? rebuildRemote(frame) : m_rebuilder.rebuild(frame);
+    auto rebuilt = m_rebuilder->rebuild(frame);
     if (!rebuilt)
         return false;
     const int queueAsItIs = 1;
@@ -141,16 +141,11 @@ void Replay::abandon()
 void Replay::reply(const QByteArray& bytes)
 {
     QByteArray matching = bytes;
-    if (m_isWaiting && accept(&matching))
+    DropReason reason = DropReason::Late;
+    if (m_isWaiting && m_matcher->accept(&matching, &reason))
         judge(matching, QString());
     else
         ++m_counts.dropped;
-}
-
-bool Replay::accept(QByteArray* bytes)
-{
-    DropReason reason = DropReason::Late;
-    return m_settings.remoteMode ? m_remoteMatcher.accept(*bytes, &reason) : m_matcher.accept(bytes, &reason);
 }
 
 void Replay::noReply()

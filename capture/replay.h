@@ -7,9 +7,10 @@
 #include "capture/rebuilt_request.h"
 #include "runtime/cycle/cyclic_values.h"
 #include "runtime/host/driver_library.h"
-#include "runtime/link/remote_matcher.h"
 #include "runtime/link/reply_matcher.h"
+#include "runtime/modbus/dialect.h"
 
+#include <memory>
 #include <vector>
 
 namespace plc
@@ -55,19 +56,18 @@ private:
     bool queue(const QByteArray& frame);
     void abandon();
     bool isSameFrame(const QByteArray& built, const QByteArray& captured) const;
-    bool accept(QByteArray* bytes);
     void notSent(const QByteArray& frame, const QString& why);
     void judge(QByteArray reply, const QString& why);
     void discard();
 
     const Settings m_settings;
-    RequestRebuilder m_rebuilder;
+    const Dialect& m_dialect;
+    const std::unique_ptr<RequestRebuilder> m_rebuilder;
     DriverLibrary m_library;
     const DriverCalls m_calls;
     COMINFO m_info;
     CyclicValues m_cyclic;
-    ReplyMatcher m_matcher;
-    RemoteMatcher m_remoteMatcher;
+    const std::unique_ptr<ReplyMatcher> m_matcher;
     const Protocol* m_pending = nullptr; // the driver's, as long as it is unanswered
     bool m_isWaiting = false;            // for the reply to it
     std::optional<Variable> m_changed;   // by the entry that is played

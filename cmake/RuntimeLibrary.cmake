@@ -21,6 +21,7 @@ set(PLC_RUNTIME_HEADERS
   runtime/model/clock.h
   runtime/model/cyclic_value.h
   runtime/model/failure.h
+  runtime/model/frame_format.h
   runtime/model/outcome.h
   runtime/model/pending.h
   runtime/model/settings.h

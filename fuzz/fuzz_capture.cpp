@@ -58,15 +58,18 @@ public:
     {
         check(!m_refused, "a sink that wants no more gets no more");
         check(entry.bytes.isEmpty() != hasBytes(entry.kind), "frames have bytes, events have none");
-        checkModbusRebuilt(m_rebuilder.rebuild(entry.bytes));
-        checkRebuilt(plc::rebuildRemote(entry.bytes));
+        checkModbusRebuilt(m_modbusRebuilder->rebuild(entry.bytes));
+        checkRebuilt(m_remoteRebuilder->rebuild(entry.bytes));
         m_refused = ++m_entries == m_most;
         return !m_refused;
     }
 
 private:
     const int m_most;
-    const plc::RequestRebuilder m_rebuilder;
+    const std::unique_ptr<plc::RequestRebuilder> m_modbusRebuilder =
+        plc::requestRebuilderFor(plc::FrameFormat::ModbusTcp, {}, {});
+    const std::unique_ptr<plc::RequestRebuilder> m_remoteRebuilder =
+        plc::requestRebuilderFor(plc::FrameFormat::Remote, {}, {});
     int m_entries = 0;
     bool m_refused = false;
 };

@@ -7,13 +7,14 @@
 #include "fuzz/byte_source.h"
 #include "fuzz/check.h"
 #include "fuzz/fuzz_target.h"
-#include "runtime/link/remote_matcher.h"
 #include "runtime/link/reply_assembler.h"
 #include "runtime/link/reply_matcher.h"
 #include "runtime/modbus/frame_fields.h"
 #include "runtime/modbus/remote_fields.h"
 
 #include <QList>
+
+#include <memory>
 
 namespace
 {
@@ -71,17 +72,18 @@ bool answersRemote(const QByteArray& reply, const Asked& asked)
 class Receiver
 {
 public:
-    explicit Receiver(bool remote) : m_remote(remote) {}
+    explicit Receiver(bool remote)
+        : m_remote(remote),
+          m_matcher(plc::replyMatcherFor(remote ? plc::FrameFormat::Remote : plc::FrameFormat::ModbusTcp))
+    {
+    }
 
     void ask(const QByteArray& frame, int replySize)
     {
         m_asked.replySize = replySize;
         m_asked.answered = false;
-        m_asked.sent = frame;
-        if (m_remote)
-            m_remoteMatcher.expect(frame, replySize);
-        else
-            number(frame);
+        m_asked.sent = m_matcher->prepare(frame, replySize);
+        checkSent(frame);
     }
 
     void connectAnew()
@@ -111,10 +113,11 @@ public:
     const QList<QByteArray>& story() const { return m_story; }
 
 private:
-    // The copy that goes out differs from the driver's frame in its number alone, which is never 0.
-    void number(const QByteArray& frame)
+    // What goes out differs from the driver's frame in its number alone, which is never 0.
+    void checkSent(const QByteArray& frame) const
     {
-        m_asked.sent = m_matcher.number(frame);
+        if (m_remote)
+            return check(m_asked.sent == frame, "remote frames go out as they are");
         check(m_asked.sent.mid(2) == frame.mid(2) && m_asked.sent.size() == frame.size(),
               "numbering changes nothing but the number");
         check(wordAt(m_asked.sent, plc::numberOffset) != 0, "no request has number 0");
@@ -147,8 +150,7 @@ private:
         const bool fits = m_remote ? answersRemote(reply, m_asked) : answersModbus(reply, m_asked);
         DropReason reason = DropReason::Late;
         QByteArray passedOn = reply;
-        const bool accepted =
-            m_remote ? m_remoteMatcher.accept(reply, &reason) : m_matcher.accept(&passedOn, &reason);
+        const bool accepted = m_matcher->accept(&passedOn, &reason);
         check(accepted == fits, "exactly the reply to the last request is passed on, and once");
         checkPassedOn(reply, passedOn, accepted);
         m_asked.answered = m_asked.answered || accepted;
@@ -167,8 +169,7 @@ private:
 
     const bool m_remote;
     plc::ReplyAssembler m_assembler;
-    plc::ReplyMatcher m_matcher;
-    plc::RemoteMatcher m_remoteMatcher;
+    const std::unique_ptr<plc::ReplyMatcher> m_matcher;
     Asked m_asked;
     QByteArray m_arrived; // and is not part of a whole reply yet
     QList<QByteArray> m_story;

@@ -40,9 +40,7 @@ CheckedList checkedList(const Options& options)
         list.names << QStringLiteral("%1 (%2, line %3)")
                           .arg(listed.name, variableText(listed.elements), QString::number(listed.line));
     }
-    const int maxBlockCount = options.settings.maxBlockCount;
-    const RefreshPlan plan = options.settings.remoteMode ? remoteRefreshPlan(list.variables, maxBlockCount)
-                                                         : refreshPlan(list.variables, maxBlockCount);
+    const RefreshPlan plan = refreshPlan(list.variables, options.settings);
     for (std::size_t variable = 0; variable < plan.parts.size(); ++variable) {
         for (const ReadPiece& piece : plan.parts[variable])
             list.parts.push_back({variable, piece.asked});

@@ -32,7 +32,7 @@ PacketReading readingOf(const Options& options)
 {
     PacketReading reading;
     reading.controllerPort = options.capturedPort;
-    reading.format = options.settings.remoteMode ? FrameFormat::Remote : FrameFormat::ModbusTcp;
+    reading.format = frameFormatOf(options.settings);
     reading.timeoutMs = options.settings.timeoutMs;
     return reading;
 }
@@ -189,7 +189,7 @@ ExitStatus show(const Options& options, const CapturedReads& reads, const Captur
 /// What is asked for is known, so each entry is played as it is read.
 ExitStatus replayNamed(const Options& options)
 {
-    CapturedReads reads(options.settings.remoteMode);
+    CapturedReads reads(frameFormatOf(options.settings));
     ProgressLine progress;
     ReplayedRows rows(options);
     std::size_t entries = 0;
@@ -206,7 +206,7 @@ ExitStatus replayNamed(const Options& options)
 /// What was read is known when the whole capture is, so its entries are kept until then.
 ExitStatus replayWhatWasRead(const Options& options)
 {
-    CapturedReads reads(options.settings.remoteMode);
+    CapturedReads reads(frameFormatOf(options.settings));
     HeldEntries held;
     ProgressLine progress;
     const CaptureEnd end = options.capture->read(readingOf(options), [&](const CaptureEntry& entry) {

@@ -3,8 +3,8 @@
 #include "panel/session/received_reply.h"
 #include "panel/terminal/output.h"
 #include "runtime/cycle/exchange_record.h"
+#include "runtime/modbus/dialect.h"
 #include "runtime/modbus/frame_words.h"
-#include "runtime/modbus/remote_words.h"
 #include "runtime/modbus/return_code_words.h"
 #include "runtime/modbus/return_codes.h"
 
@@ -21,7 +21,7 @@ QString line(const QString& begin, const QByteArray& bytes, const QString& meani
 
 QString meaningOfRequest(const ExchangeRecord& record)
 {
-    return record.exchange.remote ? remoteRequestWords(record.frame) : requestWords(record.frame);
+    return dialectOf(record.exchange.format).requestWords(record.frame);
 }
 
 QString frameLine(const ExchangeRecord& record, const QDateTime& begunAt)
@@ -37,8 +37,7 @@ QString replyMeaning(const ExchangeRecord& record)
 {
     if (!record.replyExpected)
         return QStringLiteral("no reply is expected");
-    return record.exchange.remote ? remoteReplyWords(record.frame, record.exchange.reply)
-                                  : replyWords(record.frame, record.exchange.reply);
+    return dialectOf(record.exchange.format).replyWords(record.frame, record.exchange.reply);
 }
 
 /// \return what the driver made of it, after how long

@@ -129,8 +129,7 @@ void CyclicValues::makeParts(const RefreshPlan& plan)
 
 RefreshPlan CyclicValues::plan() const
 {
-    return m_settings.remoteMode ? remoteRefreshPlan(variables(), m_settings.maxBlockCount)
-                                 : refreshPlan(variables(), m_settings.maxBlockCount);
+    return refreshPlan(variables(), m_settings);
 }
 
 void CyclicValues::expect()

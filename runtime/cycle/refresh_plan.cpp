@@ -1,6 +1,7 @@
 #include "runtime/cycle/refresh_plan.h"
 
 #include "runtime/modbus/protocol.h"
+#include "runtime/model/frame_format.h"
 
 #include <algorithm>
 #include <iterator>
@@ -168,6 +169,13 @@ RefreshPlan remoteRefreshPlan(const std::vector<Variable>& variables, int maxBlo
         }
     }
     return plan;
+}
+
+RefreshPlan refreshPlan(const std::vector<Variable>& variables, const Settings& settings)
+{
+    if (frameFormatOf(settings) == FrameFormat::Remote)
+        return remoteRefreshPlan(variables, settings.maxBlockCount);
+    return refreshPlan(variables, settings.maxBlockCount);
 }
 
 int blockCountFor(const std::vector<Variable>& variables)

@@ -29,6 +29,9 @@ RefreshPlan refreshPlan(const std::vector<Variable>& variables, int maxBlockCoun
 /// for a single one stays as it is. So each double word is refreshed by a request of its own.
 RefreshPlan remoteRefreshPlan(const std::vector<Variable>& variables, int maxBlockCount);
 
+/// \return whichever of the two suits the frames of \a settings, in blocks of their maxBlockCount
+RefreshPlan refreshPlan(const std::vector<Variable>& variables, const Settings& settings);
+
 /// \return the largest maxBlockCount with which every block of \a variables stays within what Modbus allows
 int blockCountFor(const std::vector<Variable>& variables);
 

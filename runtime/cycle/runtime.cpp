@@ -125,8 +125,7 @@ private:
 };
 
 Runtime::Private::Private(const Settings& settings)
-    : m_settings(settings), m_link(settings.host, settings.port, settings.timeoutMs,
-                                   settings.remoteMode ? FrameFormat::Remote : FrameFormat::ModbusTcp),
+    : m_settings(settings), m_link(settings.host, settings.port, settings.timeoutMs, frameFormatOf(settings)),
       m_cyclic(settings),
       m_writes(m_calls, settings, [this](const Variable& elements) { m_cyclic.doubt(elements); }),
       m_reads(m_calls, settings, [this](const Variable& asked) { return m_cyclic.wholeBits(asked); }),

@@ -3,28 +3,20 @@
 #ifndef RUNTIME_LINK_LINK_H
 #define RUNTIME_LINK_LINK_H
 
+#include "runtime/link/link_connection.h"
 #include "runtime/link/link_exchange.h"
 #include "runtime/link/link_tap.h"
-#include "runtime/link/owed_replies.h"
-#include "runtime/link/reconnect_pause.h"
-#include "runtime/link/remote_matcher.h"
 #include "runtime/link/reply_assembler.h"
 #include "runtime/link/reply_matcher.h"
-#include "runtime/link/tcp_socket.h"
-#include "runtime/model/clock.h"
+#include "runtime/model/frame_format.h"
 
 #include <QByteArray>
 #include <QString>
 
-#include <atomic>
 #include <memory>
-#include <mutex>
-#include <vector>
 
 namespace plc
 {
-
-enum class FrameFormat { ModbusTcp, Remote };
 
 /// exchange() and close() belong to one thread, the communication thread.
 ///
@@ -40,11 +32,14 @@ enum class FrameFormat { ModbusTcp, Remote };
 class Link
 {
 public:
+    /// Over TCP, with the system's time.
     Link(const QString& host, int port, int timeoutMs, FrameFormat format = FrameFormat::ModbusTcp);
+
+    Link(std::unique_ptr<Transport> transport, int timeoutMs, FrameFormat format, TimeSource& time);
     ~Link(); ///< close() must have been called if exchange() was
 
     /// Before the first exchange.
-    void setTap(const std::shared_ptr<LinkTap>& tap) { m_tap = tap; }
+    void setTap(const std::shared_ptr<LinkTap>& tap);
 
     /// Sends \a frame and waits for its reply, for the time-out at most. While there is no connection it
     /// tries to make one, in growing pauses, and lasts its time-out just the same. Making one may take a
@@ -54,56 +49,34 @@ public:
     LinkExchange exchange(const QByteArray& frame, bool replyExpected, int replySize = 0);
 
     /// Closes the connection; to be called last on the thread that made the exchanges.
-    void close();
+    void close() { m_connection.close(); }
 
     /// Makes the exchange that is running, and every later one, end soon. Any thread.
-    void stop();
+    void stop() { m_connection.stop(); }
 
     /// Any thread.
-    LinkState state() const;
+    LinkState state() const { return m_connection.state(); }
 
 private:
-    bool isRemote() const { return m_format == FrameFormat::Remote; }
     LinkExchange tryToExchange(const QByteArray& frame, bool replyExpected, int replySize);
     bool isStillConnected(Clock::time_point now);
     bool connectAgain(Clock::time_point begin);
-    void dropIfBytesCame();
-    bool tryToConnect();
-    void drop(const QString& why);
-    void dropUntrusted(const QString& why);
-    bool send(const QByteArray& frame);
+    void noteReply(Clock::time_point begin, LinkExchange* exchange);
     void receive(Clock::time_point begin, LinkExchange* exchange);
     void waitForReply(Clock::time_point begin, LinkExchange* exchange);
-    void takeBytes(int milliseconds);
+    void noteSilence(const QByteArray& sentFrame);
+    void judgeStream(const StreamEnd& end);
     void takeReplies(LinkExchange* exchange);
-    bool accept(QByteArray* reply, DropReason* reason);
-    bool isMixed(const QByteArray& reply) const;
-    bool connected() const { return m_socket.isOpen(); }
-    void noteConnected();
-    void reconnectAtOnce();
     void noteDropped(LinkExchange* exchange, const QByteArray& reply, DropReason reason);
-    bool pauseWhileUnconnected(Clock::time_point begin);
 
-    const QString m_host;
-    const int m_port;
     const int m_timeoutMs;
     const FrameFormat m_format;
-    std::atomic<bool> m_stopping{false};
+    TimeSource& m_time;
     std::shared_ptr<LinkTap> m_tap; // may be null
-
-    TcpSocket m_socket;
+    LinkConnection m_connection;
     ReplyAssembler m_assembler;
-    ReplyMatcher m_matcher;
-    OwedReplies m_owed;
-    RemoteMatcher m_remoteMatcher; // instead of m_matcher
-    ReconnectPause m_pause;
-    Clock::time_point m_lastAttempt;  // when it ended
+    const std::unique_ptr<ReplyMatcher> m_matcher;
     Clock::time_point m_lastAnswered; // when the last request to be answered was sent
-    int m_nextPauseMs = 0;
-
-    mutable std::mutex m_stateMutex;
-    LinkState m_state;
-    Clock::time_point m_stateSince;
 };
 
 } // namespace plc

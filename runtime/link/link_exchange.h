@@ -5,6 +5,7 @@
 
 #include "runtime/link/dropped_reply.h"
 #include "runtime/model/clock.h"
+#include "runtime/model/frame_format.h"
 
 #include <QByteArray>
 #include <QString>
@@ -26,9 +27,9 @@ struct LinkState {
 
 /// What one exchange brought.
 struct LinkExchange {
-    bool remote = false;               ///< frame and replies are remote frames and carry no number
-    bool sent = false;                 ///< the frame went out
-    QByteArray sentFrame;              ///< as it went out, with its number; empty when it did not
+    FrameFormat format = FrameFormat::ModbusTcp; ///< of the frame and the replies
+    bool sent = false;                           ///< the frame went out
+    QByteArray sentFrame;                        ///< as it went out, with its number; empty when it did not
     QByteArray reply;                  ///< one whole reply with the number put back to 0; empty: none came
     Clock::time_point repliedAt;       ///< when the reply was there
     qint64 replyMicroseconds = -1;     ///< from sending to the reply; -1: none came

@@ -17,15 +17,21 @@ bool namesSameElements(const QByteArray& reply, const QByteArray& write)
 
 } // namespace
 
-void RemoteMatcher::expect(const QByteArray& frame, int replySize)
+QByteArray RemoteMatcher::prepare(const QByteArray& frame, int replySize)
 {
-    m_request = frame;
+    expect(frame, replySize);
+    return frame;
+}
+
+void RemoteMatcher::expect(const QByteArray& sentFrame, int replySize)
+{
+    m_request = sentFrame;
     m_replySize = replySize;
 }
 
-bool RemoteMatcher::accept(const QByteArray& reply, DropReason* reason)
+bool RemoteMatcher::accept(QByteArray* reply, DropReason* reason)
 {
-    if (!fits(reply, reason))
+    if (!fits(*reply, reason))
         return false;
     m_request.clear();
     return true;
@@ -47,6 +53,15 @@ bool RemoteMatcher::fits(const QByteArray& reply, DropReason* reason) const
     else
         return true;
     return false;
+}
+
+QString RemoteMatcher::distrustAfter(const StreamEnd& end) const
+{
+    if (!end.answered)
+        return QStringLiteral("there was no reply in time, and remote frames do not tell a late one");
+    if (end.bytesLeft || end.othersCame)
+        return QStringLiteral("the controller sent more than the reply");
+    return QString();
 }
 
 } // namespace plc

@@ -8,19 +8,18 @@
 namespace plc
 {
 
-/// Remote frames carry no number. A reply fits the last request by station, area and size; that to a write
-/// also by element and count. That does not tell a late reply from the answer to an equal request, nor to a
-/// read of as many other elements of the area: whoever uses this has to make sure that nothing late can come,
-/// see Link.
-class RemoteMatcher
+/// Remote frames carry no number, and go out as they are. A reply fits the last request by station, area and
+/// size; that to a write also by element and count. That does not tell a late reply from the answer to an equal
+/// request, nor to a read of as many other elements of the area. So the connection is dropped whenever
+/// something late could still come on it, see Link.
+class RemoteMatcher : public ReplyMatcher
 {
 public:
-    /// \param replySize bytes that the reply must have
-    void expect(const QByteArray& frame, int replySize);
-
-    /// \param reason receives why \a reply does not fit
-    /// \return true once for each request at most
-    bool accept(const QByteArray& reply, DropReason* reason);
+    QByteArray prepare(const QByteArray& frame, int replySize) override;
+    void expect(const QByteArray& sentFrame, int replySize) override;
+    bool accept(QByteArray* reply, DropReason* reason) override;
+    bool knowsLateReplies() const override { return false; }
+    QString distrustAfter(const StreamEnd& end) const override;
 
 private:
     bool fits(const QByteArray& reply, DropReason* reason) const;

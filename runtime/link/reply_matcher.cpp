@@ -1,59 +1,26 @@
 #include "runtime/link/reply_matcher.h"
 
-#include "runtime/modbus/frame_fields.h"
+#include "runtime/link/modbus_matcher.h"
+#include "runtime/link/remote_matcher.h"
 
 namespace plc
 {
 
-namespace
+bool ReplyMatcher::isMixed(const QByteArray&, bool) const
 {
-const int highestNumber = 0xFFFF;
-const int noNumber = 0;
-} // namespace
-
-QByteArray ReplyMatcher::number(const QByteArray& frame)
-{
-    // A device that does not echo the number answers with 0, which must not look like a match.
-    QByteArray numbered(frame.constData(), frame.size());
-    if (numbered.size() >= headerToLength)
-        putWord(&numbered, numberOffset, m_number == highestNumber ? 1 : m_number + 1);
-    expect(numbered);
-    return numbered;
-}
-
-void ReplyMatcher::expect(const QByteArray& frame)
-{
-    m_request = frame;
-    m_number = wordAt(frame, numberOffset);
-    if (m_answered == m_number) // numbers come again
-        m_answered = noNumber;
-}
-
-bool ReplyMatcher::accept(QByteArray* reply, DropReason* reason)
-{
-    if (!fits(*reply, reason))
-        return false;
-    m_answered = m_number;
-    m_request.clear();
-    putWord(reply, numberOffset, noNumber);
-    return true;
-}
-
-bool ReplyMatcher::fits(const QByteArray& reply, DropReason* reason) const
-{
-    const int number = wordAt(reply, numberOffset);
-    const int function = byteAt(reply, functionOffset) & ~exceptionFlag;
-    if (number == m_answered && number != noNumber)
-        *reason = DropReason::Doubled;
-    else if (number != m_number || m_request.isEmpty())
-        *reason = DropReason::Late;
-    else if (byteAt(reply, unitOffset) != byteAt(m_request, unitOffset))
-        *reason = DropReason::WrongUnit;
-    else if (function != byteAt(m_request, functionOffset))
-        *reason = DropReason::WrongFunction;
-    else
-        return reply.size() > functionOffset;
     return false;
+}
+
+QString ReplyMatcher::distrustAfter(const StreamEnd&) const
+{
+    return QString();
+}
+
+std::unique_ptr<ReplyMatcher> replyMatcherFor(FrameFormat format)
+{
+    if (format == FrameFormat::Remote)
+        return std::make_unique<RemoteMatcher>();
+    return std::make_unique<ModbusMatcher>();
 }
 
 } // namespace plc

@@ -162,7 +162,7 @@ struct TcpSocket::Connection {
     TimeLimit receiveLimit{socket, SO_RCVTIMEO};
 };
 
-TcpSocket::TcpSocket() = default;
+TcpSocket::TcpSocket(const QString& host, int port) : m_host(host), m_port(port) {}
 
 TcpSocket::~TcpSocket() = default;
 
@@ -184,11 +184,11 @@ bool TcpSocket::failWith(const std::error_code& error)
     return false;
 }
 
-bool TcpSocket::connectTo(const QString& host, int port, int timeoutMs)
+bool TcpSocket::connect(int timeoutMs)
 try {
     close();
     std::error_code error;
-    const int descriptor = connectedTo(host, port, timeoutMs, &error);
+    const int descriptor = connectedTo(m_host, m_port, timeoutMs, &error);
     if (descriptor == nobody)
         return failWith(error);
     m_connection = std::make_unique<Connection>(descriptor);
@@ -216,6 +216,17 @@ bool TcpSocket::send(const QByteArray& bytes, int timeoutMs)
 }
 
 QByteArray TcpSocket::receive(int timeoutMs)
+{
+    return receiveWithin(timeoutMs);
+}
+
+QByteArray TcpSocket::look()
+{
+    return receiveWithin(0);
+}
+
+/// \param timeoutMs 0: does not wait
+QByteArray TcpSocket::receiveWithin(int timeoutMs)
 {
     if (!m_connection)
         return QByteArray();

@@ -35,46 +35,48 @@ std::string rebuilt(const RequestRebuilder& rebuilder, const char* frame)
 
 TEST(RequestRebuilder, TakesTheAreaThatBeginsNearestInFront)
 {
-    const RequestRebuilder none;
-    EXPECT_EQ(rebuilt(none, "000100000006010300640002"), "read 9:100x2@1 ");
-    EXPECT_EQ(rebuilt(none, "000100000006010324000001"), "read 11:0@1 ");
-    EXPECT_EQ(rebuilt(none, "000100000006010330050001"), "read 10:5@1 ");
-    EXPECT_EQ(rebuilt(none, "0001000000060103F0000001"), "read 12:0@1 ");
-    EXPECT_EQ(rebuilt(none, "0001000000060103F4000001"), "read 13:0@1 ");
-    EXPECT_EQ(rebuilt(none, "0001000000060103F7020004"), "read 14:201x2@1 ");
-    EXPECT_EQ(rebuilt(none, "0001000000060103F7020003"), "read 13:770x3@1 ") << "no whole double words";
-    EXPECT_EQ(rebuilt(none, "0001000000060701F80F0001"), "read 0:17@7 ");
-    EXPECT_EQ(rebuilt(none, "00010000000607011F400001"), "read 7:8000@7 ");
+    const auto none = requestRebuilderFor(FrameFormat::ModbusTcp, {}, {});
+    EXPECT_EQ(rebuilt(*none, "000100000006010300640002"), "read 9:100x2@1 ");
+    EXPECT_EQ(rebuilt(*none, "000100000006010324000001"), "read 11:0@1 ");
+    EXPECT_EQ(rebuilt(*none, "000100000006010330050001"), "read 10:5@1 ");
+    EXPECT_EQ(rebuilt(*none, "0001000000060103F0000001"), "read 12:0@1 ");
+    EXPECT_EQ(rebuilt(*none, "0001000000060103F4000001"), "read 13:0@1 ");
+    EXPECT_EQ(rebuilt(*none, "0001000000060103F7020004"), "read 14:201x2@1 ");
+    EXPECT_EQ(rebuilt(*none, "0001000000060103F7020003"), "read 13:770x3@1 ") << "no whole double words";
+    EXPECT_EQ(rebuilt(*none, "0001000000060701F80F0001"), "read 0:17@7 ");
+    EXPECT_EQ(rebuilt(*none, "00010000000607011F400001"), "read 7:8000@7 ");
 }
 
 TEST(RequestRebuilder, TakesTheAreaOfAVariableThatTheFrameTouches)
 {
-    const RequestRebuilder known({variable(9, 0x2400, 2, 1), variable(8, 0x3000 * 16, 1, 1)}, {});
-    EXPECT_EQ(rebuilt(known, "000100000006010324000004"), "read 9:9216x4@1 ");
-    EXPECT_EQ(rebuilt(known, "000100000006010330000001"), "read 9:12288@1 ")
+    const auto known = requestRebuilderFor(FrameFormat::ModbusTcp,
+                                           {variable(9, 0x2400, 2, 1), variable(8, 0x3000 * 16, 1, 1)}, {});
+    EXPECT_EQ(rebuilt(*known, "000100000006010324000004"), "read 9:9216x4@1 ");
+    EXPECT_EQ(rebuilt(*known, "000100000006010330000001"), "read 9:12288@1 ")
         << "bits in words are read as words";
-    EXPECT_EQ(rebuilt(known, "000100000006020324000004"), "read 11:00x4@2 ") << "of another station";
+    EXPECT_EQ(rebuilt(*known, "000100000006020324000004"), "read 11:00x4@2 ") << "of another station";
 }
 
 TEST(RequestRebuilder, RebuildsWrites)
 {
-    const RequestRebuilder none;
-    EXPECT_EQ(rebuilt(none, "0001000000060106000A1234"), "write 9:10@1 3412");
-    EXPECT_EQ(rebuilt(none, "0001000000060105FC0FFF00"), "write 1:17@1 01");
-    EXPECT_EQ(rebuilt(none, "0001000000060105FC0F0000"), "write 1:17@1 00");
-    EXPECT_EQ(rebuilt(none, "00010000000B0110000A00020412345678"), "write 9:10x2@1 34127856");
-    EXPECT_EQ(rebuilt(none, "00010000000B0110F70000020412345678"), "write 14:200@1 34127856");
+    const auto none = requestRebuilderFor(FrameFormat::ModbusTcp, {}, {});
+    EXPECT_EQ(rebuilt(*none, "0001000000060106000A1234"), "write 9:10@1 3412");
+    EXPECT_EQ(rebuilt(*none, "0001000000060105FC0FFF00"), "write 1:17@1 01");
+    EXPECT_EQ(rebuilt(*none, "0001000000060105FC0F0000"), "write 1:17@1 00");
+    EXPECT_EQ(rebuilt(*none, "00010000000B0110000A00020412345678"), "write 9:10x2@1 34127856");
+    EXPECT_EQ(rebuilt(*none, "00010000000B0110F70000020412345678"), "write 14:200@1 34127856");
 }
 
 TEST(RequestRebuilder, RebuildsNothingOfOtherFunctionsAndOfRubbish)
 {
-    const RequestRebuilder none;
-    EXPECT_EQ(rebuilt(none, "000100000006010400640002"), "none");
-    EXPECT_EQ(rebuilt(none, "0001000000060103006400"), "none");
-    EXPECT_EQ(rebuilt(none, "000100000006010300640000"), "none");
-    EXPECT_EQ(rebuilt(none, ""), "none");
-    EXPECT_FALSE(rebuildRemote(hex("16")));
-    EXPECT_FALSE(rebuildRemote(hex("1600000001000F000000640002000000000000000086")));
+    const auto none = requestRebuilderFor(FrameFormat::ModbusTcp, {}, {});
+    EXPECT_EQ(rebuilt(*none, "000100000006010400640002"), "none");
+    EXPECT_EQ(rebuilt(*none, "0001000000060103006400"), "none");
+    EXPECT_EQ(rebuilt(*none, "000100000006010300640000"), "none");
+    EXPECT_EQ(rebuilt(*none, ""), "none");
+    const auto remote = requestRebuilderFor(FrameFormat::Remote, {}, {});
+    EXPECT_FALSE(remote->rebuild(hex("16")));
+    EXPECT_FALSE(remote->rebuild(hex("1600000001000F000000640002000000000000000086")));
 }
 
 // Playing

@@ -93,8 +93,10 @@ TEST(TraceText, ABroadcastExpectsNoReply)
 TEST(Trace, ShowsRemoteFramesInWordsAndPutsNoNumberIntoTheReply)
 {
     ExchangeRecord record;
-    record.frame = record.exchange.sentFrame = QByteArray::fromHex("16 00 00 00 01 00 09 00 00 00 64 00 02 00 00 00 00 00 00 00 00 86");
-    record.exchange.remote = record.exchange.sent = true;
+    record.frame = record.exchange.sentFrame =
+        QByteArray::fromHex("16 00 00 00 01 00 09 00 00 00 64 00 02 00 00 00 00 00 00 00 00 86");
+    record.exchange.format = FrameFormat::Remote;
+    record.exchange.sent = true;
     record.exchange.reply = QByteArray::fromHex("00 00 00 00 00 07 01 09 04 12 34 00 07");
     record.result = 1;
     const std::string text = traceText(record, endedAt).toStdString();

@@ -1,20 +1,17 @@
 // The link with remote frames, which carry no number.
-#include "runtime/cycle/panel_fixture.h"
-#include "runtime/link/link.h"
-#include "support/scripted_controller.h"
+#include "runtime/link/scripted_link.h"
 
-#include <thread>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace
 {
 
 using namespace plc;
+using testing::ElementsAre;
 
-const int longTimeoutMs = 5000;
-const int shortTimeoutMs = 100;
-const std::size_t requestSize = 22;
+const int timeoutMs = 100;
 
-const QString loopback = QStringLiteral("127.0.0.1");
 const QByteArray readRegister5 = QByteArray::fromHex("16000000010009000000050001"
                                                      "0000000000000000"
                                                      "26");
@@ -25,192 +22,126 @@ const char* const register5Is9999 = "0000 0000 0005 01 09 02 9999";
 class RemoteLink : public testing::Test
 {
 protected:
-    LinkExchange ask() { return link->exchange(readRegister5, true, replySize); }
+    LinkExchange ask() { return link.exchange(readRegister5, true, replySize); }
 
-    LinkExchange askWhile(const std::function<void()>& play)
+    /// \return what the link makes of a request whose frame the controller takes like this
+    LinkExchange askWhile(const Script& script)
     {
-        std::thread player(play);
-        const LinkExchange exchange = ask();
-        player.join();
-        return exchange;
+        controller.onFrame(script);
+        return ask();
     }
 
-    void connect(int timeoutMs)
-    {
-        link = std::make_unique<Link>(loopback, controller.port(), timeoutMs, FrameFormat::Remote);
-    }
-
-    void TearDown() override { link->close(); }
-
-    ScriptedController controller;
-    std::unique_ptr<Link> link;
+    ScriptedLink scripted{timeoutMs, FrameFormat::Remote};
+    Link& link = scripted.link;
+    VirtualTime& time = scripted.time;
+    ScriptedTransport& controller = scripted.controller();
 };
 
 TEST_F(RemoteLink, SendsTheFrameAsItIsAndGivesTheReplyAsItCame)
 {
-    connect(longTimeoutMs);
-    const LinkExchange exchange = askWhile([&] {
-        controller.acceptAndReceive(requestSize);
-        controller.send(register5Is1234);
-    });
-    EXPECT_TRUE(exchange.remote);
+    const LinkExchange exchange = askWhile(Script().send(register5Is1234));
+    EXPECT_EQ(exchange.format, FrameFormat::Remote);
     EXPECT_EQ(exchange.sentFrame, readRegister5);
+    EXPECT_THAT(controller.sent(), ElementsAre(readRegister5));
     EXPECT_EQ(exchange.reply, QByteArray::fromHex(register5Is1234));
-    EXPECT_TRUE(link->state().connected);
-    EXPECT_EQ(link->state().untrusted, 0);
+    EXPECT_TRUE(link.state().connected);
+    EXPECT_EQ(link.state().untrusted, 0);
 }
 
 TEST_F(RemoteLink, KeepsTheConnectionFromAnswerToAnswer)
 {
-    connect(longTimeoutMs);
-    askWhile([&] {
-        controller.acceptAndReceive(requestSize);
-        controller.send(register5Is9999);
-    });
-    const LinkExchange exchange = askWhile([&] {
-        controller.receive(requestSize);
-        controller.send(register5Is1234);
-    });
-    EXPECT_EQ(exchange.reply, QByteArray::fromHex(register5Is1234));
-    EXPECT_EQ(link->state().connects, 1);
+    askWhile(Script().send(register5Is9999));
+    EXPECT_EQ(askWhile(Script().send(register5Is1234)).reply, QByteArray::fromHex(register5Is1234));
+    EXPECT_EQ(link.state().connects, 1);
 }
 
 TEST_F(RemoteLink, SilenceCostsTheConnectionAndTheNextIsMadeAtOnce)
 {
-    connect(shortTimeoutMs);
-    QElapsedTimer clock;
-    clock.start();
     const int rounds = 10;
     for (int round = 0; round < rounds; ++round) {
-        const LinkExchange exchange = askWhile([&] {
-            controller.acceptAndReceive(requestSize);
-            EXPECT_TRUE(controller.isClosedByTheOtherSide());
-            controller.close();
-        });
+        const LinkExchange exchange = ask();
         EXPECT_TRUE(exchange.sent);
         EXPECT_TRUE(exchange.reply.isEmpty());
-        EXPECT_FALSE(link->state().connected);
+        EXPECT_FALSE(link.state().connected);
     }
-    EXPECT_EQ(link->state().untrusted, rounds);
-    EXPECT_EQ(link->state().connects, rounds);
-    EXPECT_GE(clock.elapsed(), rounds * shortTimeoutMs);
-    // Pauses that grew would add up to more than 25 s, and would leave requests unsent.
-    EXPECT_LT(clock.elapsed(), 10000);
+    EXPECT_EQ(link.state().untrusted, rounds);
+    EXPECT_EQ(link.state().connects, rounds);
+    EXPECT_EQ(time.elapsedMs(), rounds * timeoutMs) << "no pause between connections";
 }
 
 TEST_F(RemoteLink, LateReplyDoesNotAnswerTheNextRequest)
 {
-    connect(shortTimeoutMs);
-    ScriptedController& late = controller;
-    EXPECT_TRUE(askWhile([&] { late.acceptAndReceive(requestSize); }).reply.isEmpty());
-    late.send(register5Is9999);
-    late.close();
-    const LinkExchange exchange = askWhile([&] {
-        controller.acceptAndReceive(requestSize);
-        controller.send(register5Is1234);
-    });
+    EXPECT_TRUE(askWhile(Script().after(timeoutMs + 1).send(register5Is9999)).reply.isEmpty());
+    const LinkExchange exchange = askWhile(Script().after(5).send(register5Is1234));
     EXPECT_EQ(exchange.reply, QByteArray::fromHex(register5Is1234));
+    EXPECT_EQ(link.state().connects, 2);
 }
 
 TEST_F(RemoteLink, ReplyThatComesTwiceCostsTheConnection)
 {
-    connect(longTimeoutMs);
-    const LinkExchange first = askWhile([&] {
-        controller.acceptAndReceive(requestSize);
-        controller.send("0000 0000 0005 01 09 02 9999 0000 0000 0005 01 09 02 9999");
-    });
+    const LinkExchange first =
+        askWhile(Script().send("0000 0000 0005 01 09 02 9999 0000 0000 0005 01 09 02 9999"));
     EXPECT_EQ(first.reply, QByteArray::fromHex(register5Is9999));
-    controller.close();
-    const LinkExchange second = askWhile([&] {
-        controller.acceptAndReceive(requestSize);
-        controller.send(register5Is1234);
-    });
+    const LinkExchange second = askWhile(Script().send(register5Is1234));
     EXPECT_EQ(second.reply, QByteArray::fromHex(register5Is1234));
-    EXPECT_EQ(link->state().connects, 2);
-    EXPECT_EQ(link->state().untrusted, 1);
+    EXPECT_EQ(link.state().connects, 2);
+    EXPECT_EQ(link.state().untrusted, 1);
 }
 
 TEST_F(RemoteLink, BytesBetweenTwoRequestsCostTheConnection)
 {
-    connect(longTimeoutMs);
-    askWhile([&] {
-        controller.acceptAndReceive(requestSize);
-        controller.send(register5Is9999);
-    });
-    controller.send(register5Is9999);
-    QThread::msleep(50); // until they are there; coming later is what the link cannot tell
-    controller.close();
-    const LinkExchange exchange = askWhile([&] {
-        controller.acceptAndReceive(requestSize);
-        controller.send(register5Is1234);
-    });
+    askWhile(Script().send(register5Is9999));
+    controller.play(Script().send(register5Is9999));
+    time.sleep(1);
+    const LinkExchange exchange = askWhile(Script().send(register5Is1234));
     EXPECT_EQ(exchange.reply, QByteArray::fromHex(register5Is1234));
-    EXPECT_EQ(link->state().untrusted, 1);
+    EXPECT_EQ(link.state().untrusted, 1);
+    EXPECT_EQ(link.state().connects, 2);
 }
 
 TEST_F(RemoteLink, RepliesThatDoNotFitAreDroppedAndCostTheConnection)
 {
-    connect(longTimeoutMs);
-    const LinkExchange exchange = askWhile([&] {
-        controller.acceptAndReceive(requestSize);
-        controller.send("0000 0000 0005 02 09 02 9999"
-                        "0000 0000 0005 01 0A 02 9999"
-                        "0000 0000 0007 01 09 04 9999 9999"
-                        "0000 0000 0005 01 09 02 1234");
-    });
+    const LinkExchange exchange = askWhile(Script().send("0000 0000 0005 02 09 02 9999"
+                                                         "0000 0000 0005 01 0A 02 9999"
+                                                         "0000 0000 0007 01 09 04 9999 9999"
+                                                         "0000 0000 0005 01 09 02 1234"));
     EXPECT_EQ(exchange.reply, QByteArray::fromHex(register5Is1234));
     EXPECT_EQ(exchange.dropped.size(), 3u);
-    EXPECT_EQ(link->state().dropped.wrongUnit, 1);
-    EXPECT_EQ(link->state().dropped.wrongPlace, 2);
-    EXPECT_FALSE(link->state().connected);
+    EXPECT_EQ(link.state().dropped.wrongUnit, 1);
+    EXPECT_EQ(link.state().dropped.wrongPlace, 2);
+    EXPECT_FALSE(link.state().connected);
 }
 
 TEST_F(RemoteLink, ReplyInPiecesIsPutTogether)
 {
-    connect(longTimeoutMs);
-    const LinkExchange exchange = askWhile([&] {
-        controller.acceptAndReceive(requestSize);
-        controller.send("0000 0000 00");
-        QThread::msleep(20);
-        controller.send("05 01 09 02 12");
-        QThread::msleep(20);
-        controller.send("34");
-    });
+    const LinkExchange exchange =
+        askWhile(Script().send("0000 0000 00").after(20).send("05 01 09 02 12").after(20).send("34"));
     EXPECT_EQ(exchange.reply, QByteArray::fromHex(register5Is1234));
-    EXPECT_TRUE(link->state().connected);
+    EXPECT_TRUE(link.state().connected);
+}
+
+TEST_F(RemoteLink, HalfAReplyCostsTheConnectionOnce)
+{
+    EXPECT_TRUE(askWhile(Script().send("0000 0000 0005 01 09")).reply.isEmpty());
+    EXPECT_EQ(link.state().untrusted, 1);
+    EXPECT_EQ(link.state().lastError, QStringLiteral("the stream of replies was out of step"));
 }
 
 TEST_F(RemoteLink, ControllerThatSendsGarbageIsNotStormed)
 {
-    connect(longTimeoutMs);
-    const int connections = 4;
-    QElapsedTimer clock;
-    clock.start();
-    std::thread player([&] {
-        for (int connection = 0; connection < connections; ++connection) {
-            controller.acceptAndReceive(requestSize);
-            controller.send("48545450 2F312E31 20343030");
-            controller.isClosedByTheOtherSide();
-            controller.close();
-        }
-    });
-    while (link->state().connects < connections && clock.elapsed() < patienceMs)
-        ask();
-    player.join();
-    // Pauses of 0, 100, 200 and 400 ms.
-    EXPECT_GE(clock.elapsed(), 700);
+    while (controller.attempts().size() < 5)
+        askWhile(Script().send("48545450 2F312E31 20343030"));
+    EXPECT_THAT(controller.attempts(), ElementsAre(0, 100, 300, 700, 1500));
 }
 
 TEST_F(RemoteLink, BroadcastIsNotWaitedForAndKeepsTheConnection)
 {
-    connect(longTimeoutMs);
-    std::thread player([&] { controller.acceptAndReceive(24); });
-    const LinkExchange exchange = link->exchange(
+    const LinkExchange exchange = link.exchange(
         QByteArray::fromHex("18 00 00 00 00 00 09 00 00 00 05 00 01 00 00 00 00 00 00 00 00 34 12 6D"),
         false);
-    player.join();
     EXPECT_TRUE(exchange.sent);
-    EXPECT_TRUE(link->state().connected);
+    EXPECT_TRUE(link.state().connected);
+    EXPECT_EQ(time.elapsedMs(), 0);
 }
 
 } // namespace

@@ -15,10 +15,10 @@ const QByteArray wordsReply = QByteArray::fromHex("00000000000701090412340007");
 const QByteArray writeReply = QByteArray::fromHex("000000000006010900640001");
 
 /// \return the reason why a reply does not fit; nothing when it does
-std::optional<DropReason> objection(RemoteMatcher* matcher, const QByteArray& reply)
+std::optional<DropReason> objection(RemoteMatcher* matcher, QByteArray reply)
 {
     DropReason reason = DropReason::Late;
-    return matcher->accept(reply, &reason) ? std::nullopt : std::make_optional(reason);
+    return matcher->accept(&reply, &reason) ? std::nullopt : std::make_optional(reason);
 }
 
 std::optional<DropReason> objectionToRead(const char* hex)

@@ -5,8 +5,7 @@
 
 #include <QElapsedTimer>
 
-#include <algorithm>
-#include <vector>
+#include <list>
 
 namespace
 {
@@ -25,7 +24,7 @@ protected:
     /// Both ends of a connection; one byte goes over it.
     void connectBoth()
     {
-        ASSERT_TRUE(socket.connectTo(loopback, controller.port(), patienceMs));
+        ASSERT_TRUE(socket.connect(patienceMs));
         ASSERT_TRUE(socket.send("?", patienceMs));
         controller.acceptAndReceive(1);
     }
@@ -42,36 +41,44 @@ protected:
     }
 
     ScriptedController controller;
-    TcpSocket socket;
+    TcpSocket socket{loopback, controller.port()};
 };
 
 TEST_F(TcpSocketTest, NoListenerIsRefusedInTheSystemsWords)
 {
     const int port = ScriptedController().port(); // closed again
-    EXPECT_FALSE(socket.connectTo(loopback, port, patienceMs));
-    EXPECT_FALSE(socket.isOpen());
-    EXPECT_EQ(socket.errorString(), QStringLiteral("Connection refused"));
+    TcpSocket nobodys(loopback, port);
+    EXPECT_FALSE(nobodys.connect(patienceMs));
+    EXPECT_FALSE(nobodys.isOpen());
+    EXPECT_EQ(nobodys.errorString(), QStringLiteral("Connection refused"));
 }
 
 TEST_F(TcpSocketTest, AHostThatHasNoAddressIsAnError)
 {
-    EXPECT_FALSE(socket.connectTo(QStringLiteral("no.such.host.invalid"), 502, patienceMs));
-    EXPECT_FALSE(socket.isOpen());
-    EXPECT_FALSE(socket.errorString().isEmpty());
+    TcpSocket nowhere(QStringLiteral("no.such.host.invalid"), 502);
+    EXPECT_FALSE(nowhere.connect(patienceMs));
+    EXPECT_FALSE(nowhere.isOpen());
+    EXPECT_FALSE(nowhere.errorString().isEmpty());
 }
 
 TEST_F(TcpSocketTest, AHostMayBeAName)
 {
-    EXPECT_TRUE(socket.connectTo(QStringLiteral("localhost"), controller.port(), patienceMs));
+    TcpSocket named(QStringLiteral("localhost"), controller.port());
+    EXPECT_TRUE(named.connect(patienceMs));
+    EXPECT_EQ(named.target().address, QStringLiteral("localhost"));
+    EXPECT_EQ(named.otherEnd().address, loopback);
 }
 
 TEST_F(TcpSocketTest, AHostThatDoesNotAnswerIsGivenUpInTime)
 {
-    std::vector<TcpSocket> waiting(16); // more than the listener lets wait
-    const auto last = std::find_if(waiting.begin(), waiting.end(), [this](TcpSocket& each) {
-        return !each.connectTo(loopback, controller.port(), shortMs);
-    });
-    ASSERT_NE(last, waiting.end());
+    std::list<TcpSocket> waiting; // until there are more than the listener lets wait
+    bool connected = true;
+    while (connected && waiting.size() < 16) {
+        waiting.emplace_back(loopback, controller.port());
+        connected = waiting.back().connect(shortMs);
+    }
+    ASSERT_FALSE(connected);
+    const TcpSocket* const last = &waiting.back();
     EXPECT_EQ(last->errorString(), QStringLiteral("Connection timed out"));
 }
 
@@ -105,7 +112,7 @@ TEST_F(TcpSocketTest, ReceivesWhatCame)
 TEST_F(TcpSocketTest, WithoutAWaitOnlyWhatIsThereCounts)
 {
     connectBoth();
-    EXPECT_TRUE(socket.receive(0).isEmpty());
+    EXPECT_TRUE(socket.look().isEmpty());
     EXPECT_TRUE(socket.isOpen());
 }
 
@@ -147,6 +154,17 @@ TEST_F(TcpSocketTest, ClosesWhenTheOtherSideHas)
     EXPECT_FALSE(socket.isOpen());
 }
 
+TEST_F(TcpSocketTest, ALookFindsThatTheOtherSideHasClosed)
+{
+    connectBoth();
+    controller.close();
+    QElapsedTimer clock;
+    clock.start();
+    while (socket.isOpen() && clock.elapsed() < patienceMs)
+        EXPECT_TRUE(socket.look().isEmpty());
+    EXPECT_FALSE(socket.isOpen());
+}
+
 TEST_F(TcpSocketTest, WhatCameBeforeTheEndIsNotLost)
 {
     connectBoth();
@@ -160,7 +178,7 @@ TEST_F(TcpSocketTest, WhatCameBeforeTheEndIsNotLost)
 TEST_F(TcpSocketTest, ConnectingAgainLeavesTheOldConnection)
 {
     connectBoth();
-    ASSERT_TRUE(socket.connectTo(loopback, controller.port(), patienceMs));
+    ASSERT_TRUE(socket.connect(patienceMs));
     EXPECT_TRUE(controller.isClosedByTheOtherSide());
 }
 

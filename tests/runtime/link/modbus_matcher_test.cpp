@@ -1,4 +1,4 @@
-#include "runtime/link/reply_matcher.h"
+#include "runtime/link/modbus_matcher.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@ namespace
 {
 
 using plc::DropReason;
-using plc::ReplyMatcher;
+using plc::ModbusMatcher;
 
 QByteArray hex(const char* text)
 {
@@ -16,96 +16,96 @@ QByteArray hex(const char* text)
 const QByteArray readRegister = hex("0000 0000 0006 01 03 0005 0001");
 
 /// Why the matcher drops \a reply, in words; empty when it passes it on.
-QString dropped(ReplyMatcher& matcher, QByteArray reply)
+QString dropped(ModbusMatcher& matcher, QByteArray reply)
 {
     DropReason reason = DropReason::Late;
     return matcher.accept(&reply, &reason) ? QString() : plc::dropReasonWords(reason);
 }
 
-TEST(ReplyMatcher, NumbersEachFrameAndLeavesTheRestAsItIs)
+TEST(ModbusMatcher, NumbersEachFrameAndLeavesTheRestAsItIs)
 {
-    ReplyMatcher matcher;
-    EXPECT_EQ(matcher.number(readRegister), hex("0001 0000 0006 01 03 0005 0001"));
-    EXPECT_EQ(matcher.number(readRegister), hex("0002 0000 0006 01 03 0005 0001"));
+    ModbusMatcher matcher;
+    EXPECT_EQ(matcher.prepare(readRegister), hex("0001 0000 0006 01 03 0005 0001"));
+    EXPECT_EQ(matcher.prepare(readRegister), hex("0002 0000 0006 01 03 0005 0001"));
 }
 
-TEST(ReplyMatcher, NeverUsesNumberZero)
+TEST(ModbusMatcher, NeverUsesNumberZero)
 {
-    ReplyMatcher matcher;
+    ModbusMatcher matcher;
     for (int sent = 0; sent < 0xFFFF; ++sent)
-        matcher.number(readRegister);
-    EXPECT_EQ(matcher.number(readRegister).left(2), hex("0001"));
+        matcher.prepare(readRegister);
+    EXPECT_EQ(matcher.prepare(readRegister).left(2), hex("0001"));
 }
 
-TEST(ReplyMatcher, PassesTheMatchingReplyOnWithNumberZero)
+TEST(ModbusMatcher, PassesTheMatchingReplyOnWithNumberZero)
 {
-    ReplyMatcher matcher;
-    matcher.number(readRegister);
+    ModbusMatcher matcher;
+    matcher.prepare(readRegister);
     QByteArray reply = hex("0001 0000 0005 01 03 02 1234");
     DropReason reason = DropReason::Late;
     EXPECT_TRUE(matcher.accept(&reply, &reason));
     EXPECT_EQ(reply, hex("0000 0000 0005 01 03 02 1234"));
 }
 
-TEST(ReplyMatcher, PassesAnExceptionToTheFunctionOn)
+TEST(ModbusMatcher, PassesAnExceptionToTheFunctionOn)
 {
-    ReplyMatcher matcher;
-    matcher.number(readRegister);
+    ModbusMatcher matcher;
+    matcher.prepare(readRegister);
     EXPECT_EQ(dropped(matcher, hex("0001 0000 0003 01 83 02")), QString());
 }
 
-TEST(ReplyMatcher, DropsTheReplyToAnEarlierRequestAsLate)
+TEST(ModbusMatcher, DropsTheReplyToAnEarlierRequestAsLate)
 {
-    ReplyMatcher matcher;
-    matcher.number(readRegister);
-    matcher.number(readRegister);
+    ModbusMatcher matcher;
+    matcher.prepare(readRegister);
+    matcher.prepare(readRegister);
     EXPECT_EQ(dropped(matcher, hex("0001 0000 0005 01 03 02 9999")), dropReasonWords(DropReason::Late));
     EXPECT_EQ(dropped(matcher, hex("0002 0000 0005 01 03 02 1234")), QString());
 }
 
-TEST(ReplyMatcher, DropsASecondReplyAsDoubled)
+TEST(ModbusMatcher, DropsASecondReplyAsDoubled)
 {
-    ReplyMatcher matcher;
-    matcher.number(readRegister);
+    ModbusMatcher matcher;
+    matcher.prepare(readRegister);
     EXPECT_EQ(dropped(matcher, hex("0001 0000 0005 01 03 02 1234")), QString());
     EXPECT_EQ(dropped(matcher, hex("0001 0000 0005 01 03 02 1234")), dropReasonWords(DropReason::Doubled));
-    matcher.number(readRegister);
+    matcher.prepare(readRegister);
     EXPECT_EQ(dropped(matcher, hex("0001 0000 0005 01 03 02 1234")), dropReasonWords(DropReason::Doubled));
 }
 
-TEST(ReplyMatcher, TakesTheReplyToANumberThatComesRoundUnanswered)
+TEST(ModbusMatcher, TakesTheReplyToANumberThatComesRoundUnanswered)
 {
-    ReplyMatcher matcher;
-    matcher.number(readRegister);
+    ModbusMatcher matcher;
+    matcher.prepare(readRegister);
     EXPECT_EQ(dropped(matcher, hex("0001 0000 0005 01 03 02 1234")), QString());
     for (int unanswered = 1; unanswered < 0xFFFF; ++unanswered)
-        matcher.number(readRegister);
-    ASSERT_EQ(matcher.number(readRegister).left(2), hex("0001"));
+        matcher.prepare(readRegister);
+    ASSERT_EQ(matcher.prepare(readRegister).left(2), hex("0001"));
     EXPECT_EQ(dropped(matcher, hex("0001 0000 0005 01 03 02 1234")), QString());
 }
 
-TEST(ReplyMatcher, DropsTheReplyOfAnotherUnit)
+TEST(ModbusMatcher, DropsTheReplyOfAnotherUnit)
 {
-    ReplyMatcher matcher;
-    matcher.number(readRegister);
+    ModbusMatcher matcher;
+    matcher.prepare(readRegister);
     EXPECT_EQ(dropped(matcher, hex("0001 0000 0005 02 03 02 1234")), dropReasonWords(DropReason::WrongUnit));
     EXPECT_EQ(dropped(matcher, hex("0001 0000 0005 01 03 02 1234")), QString());
 }
 
-TEST(ReplyMatcher, DropsTheReplyToAnotherFunction)
+TEST(ModbusMatcher, DropsTheReplyToAnotherFunction)
 {
-    ReplyMatcher matcher;
-    matcher.number(readRegister);
+    ModbusMatcher matcher;
+    matcher.prepare(readRegister);
     EXPECT_EQ(dropped(matcher, hex("0001 0000 0005 01 01 02 1234")),
               dropReasonWords(DropReason::WrongFunction));
     EXPECT_EQ(dropped(matcher, hex("0001 0000 0003 01 86 02")), dropReasonWords(DropReason::WrongFunction));
 }
 
-TEST(ReplyMatcher, DropsAReplyThatDoesNotEchoTheNumber)
+TEST(ModbusMatcher, DropsAReplyThatDoesNotEchoTheNumber)
 {
-    ReplyMatcher matcher;
+    ModbusMatcher matcher;
     EXPECT_EQ(dropped(matcher, hex("0000 0000 0005 01 03 02 1234")), dropReasonWords(DropReason::Late));
-    matcher.number(readRegister);
+    matcher.prepare(readRegister);
     EXPECT_EQ(dropped(matcher, hex("0000 0000 0005 01 03 02 1234")), dropReasonWords(DropReason::Late));
 }
 

@@ -1,0 +1,52 @@
+/// \file
+/// \brief What carries bytes to a controller and back.
+#ifndef RUNTIME_LINK_TRANSPORT_H
+#define RUNTIME_LINK_TRANSPORT_H
+
+#include "runtime/link/link_tap.h"
+
+#include <QByteArray>
+#include <QString>
+
+namespace plc
+{
+
+/// One connection at a time to one controller. It is made and used on one thread, the communication thread.
+/// No call lasts much longer than the time that it is given, and none throws.
+class Transport
+{
+public:
+    virtual ~Transport() = default;
+
+    /// Closes what is open, and tries to connect for \a timeoutMs at most.
+    /// \return true when there is a connection, else see errorString()
+    virtual bool connect(int timeoutMs) = 0;
+
+    virtual void close() = 0;
+    virtual bool isOpen() const = 0;
+
+    /// \return true when all of \a bytes are on their way; else it is closed, see errorString()
+    virtual bool send(const QByteArray& bytes, int timeoutMs) = 0;
+
+    /// Closes when the other side has, or when it is found to be gone.
+    /// \param timeoutMs from 1 on
+    /// \return what has arrived; when nothing has, waits for \a timeoutMs at most
+    virtual QByteArray receive(int timeoutMs) = 0;
+
+    /// The same without a wait: a look whether bytes have come or the other side has closed.
+    virtual QByteArray look() = 0;
+
+    /// What it connects to, as it was told.
+    virtual LinkEnd target() const = 0;
+
+    /// The connection at this side, and at the other.
+    virtual LinkEnd ownEnd() const = 0;
+    virtual LinkEnd otherEnd() const = 0;
+
+    /// Why there is no connection, in the system's words.
+    virtual QString errorString() const = 0;
+};
+
+} // namespace plc
+
+#endif
