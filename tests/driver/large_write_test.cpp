@@ -8,6 +8,39 @@ namespace
 
 const int PIECES = 5;
 
+// Another thread that holds the lock of the image, from the beginning until it is released.
+class ImageHolder
+{
+public:
+    ImageHolder()
+    {
+        while (!held_)
+            std::this_thread::yield();
+    }
+
+    ~ImageHolder() { release(); }
+
+    void release()
+    {
+        released_ = true;
+        if (thread_.joinable())
+            thread_.join();
+    }
+
+private:
+    void hold()
+    {
+        QMutexLocker lock(&PLC_driver.imageMutex);
+        held_ = true;
+        while (!released_)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+
+    std::atomic<bool> held_{false};
+    std::atomic<bool> released_{false};
+    std::thread thread_{[this] { hold(); }};
+};
+
 class LargeWrite : public CycleTest
 {
 protected:
@@ -72,7 +105,7 @@ TEST_F(LargeWrite, OfAnyModeHoldsNoListLockWhileAPieceIsMirroredAfterAFailure)
         SetUp();
         info.multiStation = multiStation;
         PLC_driver.lastFailed = 1;
-        PLC_driver.imageMutex.lock();
+        ImageHolder image;
         begin();
 
         EXPECT_EQ(1, firstQueued());
@@ -81,7 +114,7 @@ TEST_F(LargeWrite, OfAnyModeHoldsNoListLockWhileAPieceIsMirroredAfterAFailure)
         }
         EXPECT_EQ(1, queued());
 
-        PLC_driver.imageMutex.unlock();
+        image.release();
         end();
         EXPECT_EQ(PIECES, queued());
     }
