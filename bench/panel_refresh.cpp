@@ -5,6 +5,7 @@
 #include "runtime/cycle/exchange_record.h"
 #include "runtime/host/driver_library.h"
 #include "runtime/host/request_keys.h"
+#include "runtime/link/link.h"
 
 #include <QElapsedTimer>
 
