@@ -151,12 +151,12 @@ TEST_F(Threads, RegistersOfTwoStationsAreWrittenAndReadFromSeveralThreads)
 // lastFailed is the one word that writers look at without a lock while the communication thread sets it.
 TEST_F(Threads, WritesQueuedWhileRepliesFailAndRecoverAreAllAnswered)
 {
-    const int WRITES = 500;
+    const int QUEUED = 500;
     info.retryLimit = 1000000;
     std::thread communication([this] { communicate(EVERY_OTHER_REPLY); });
     run([] {
         QString name("level");
-        for (int i = 0; i < WRITES; ++i) {
+        for (int i = 0; i < QUEUED; ++i) {
             QString text = QString::number(i);
             QByteArray data = Bytes("21 43");
             SetRegisterData(&name, 9, &text, 1, &data, 1, 5000 + i, 0);
@@ -165,7 +165,7 @@ TEST_F(Threads, WritesQueuedWhileRepliesFailAndRecoverAreAllAnswered)
     joinAll();
     communication.join();
 
-    EXPECT_EQ(0, NotOnce(writesDone, 5000, WRITES));
+    EXPECT_EQ(0, NotOnce(writesDone, 5000, QUEUED));
     EXPECT_EQ(0x4321, word(0));
     EXPECT_EQ(0x4321, word(499));
 }
