@@ -4,6 +4,7 @@
 #include "capture/replay.h"
 #include "runtime/cycle/panel_fixture.h"
 #include "runtime/modbus/failure_words.h"
+#include "support/built_files.h"
 
 #include <gmock/gmock.h>
 
@@ -94,7 +95,7 @@ class ReplayOf : public testing::Test
 protected:
     ReplayOf()
     {
-        settings.driverPath = QStringLiteral(PLC_DRIVER_LIBRARY);
+        settings.driverPath = QString::fromUtf8(builtDriver());
         settings.retryLimit = 0;
     }
 

@@ -2,6 +2,7 @@
 // environment a file that differs is written anew; every changed line must then be reviewed against what is
 // required.
 #include "driver_fixture.h"
+#include "support/built_files.h"
 #include "transcript_player.h"
 
 #include <algorithm>
@@ -17,7 +18,7 @@ namespace fs = std::filesystem;
 
 fs::path TranscriptFolder()
 {
-    return fs::path(PLC_TESTS_DIR) / "transcripts";
+    return fs::path(testsDirectory()) / "transcripts";
 }
 
 std::vector<std::string> TranscriptNames()

@@ -1,4 +1,6 @@
 // What the library shows to the loader: its dynamic symbols and the libraries that it needs.
+#include "support/built_files.h"
+
 #include <gmock/gmock.h>
 
 #include <cstdio>
@@ -41,7 +43,8 @@ std::vector<std::string> LinesOf(const std::string& command)
 std::vector<std::string> DefinedSymbols(const std::string& types)
 {
     std::vector<std::string> names;
-    for (const std::string& line : LinesOf("LC_ALL=C nm -D --defined-only '" PLC_DRIVER_LIBRARY "'")) {
+    for (const std::string& line :
+         LinesOf(std::string("LC_ALL=C nm -D --defined-only '") + builtDriver() + "'")) {
         std::istringstream in(line);
         std::string address, type, name;
         in >> address >> type >> name;
@@ -54,7 +57,7 @@ std::vector<std::string> DefinedSymbols(const std::string& types)
 std::vector<std::string> NeededLibraries()
 {
     std::vector<std::string> names;
-    for (const std::string& line : LinesOf("LC_ALL=C readelf -d '" PLC_DRIVER_LIBRARY "'")) {
+    for (const std::string& line : LinesOf(std::string("LC_ALL=C readelf -d '") + builtDriver() + "'")) {
         const size_t open = line.find('['), close = line.find(']');
         if (line.find("(NEEDED)") != std::string::npos && close != std::string::npos)
             names.push_back(line.substr(open + 1, close - open - 1));

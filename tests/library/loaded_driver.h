@@ -6,6 +6,7 @@
 #define TESTS_LIBRARY_LOADED_DRIVER_H
 
 #include "driver/plcdriver.h"
+#include "support/built_files.h"
 
 #include <gtest/gtest.h>
 
@@ -37,7 +38,7 @@ inline RW_VAR Variable(int area, int address, int count, int station = 1)
 class LoadedDriver
 {
 public:
-    LoadedDriver() : handle_(dlopen(PLC_DRIVER_LIBRARY, RTLD_NOW | RTLD_LOCAL))
+    LoadedDriver() : handle_(dlopen(builtDriver(), RTLD_NOW | RTLD_LOCAL))
     {
         if (!handle_)
             missing_ = dlerror();

@@ -1,5 +1,6 @@
 // Request cycles through the exports alone.
 #include "loaded_driver.h"
+#include "support/built_files.h"
 
 #include <cstring>
 
@@ -55,7 +56,7 @@ TEST(FreshLibrary, IsGoneAfterUnloadAndForgetsEverything)
         ASSERT_NE(nullptr, driver.ComCommunication());
         driver.EnCommStation(1, 0);
     }
-    EXPECT_EQ(nullptr, dlopen(PLC_DRIVER_LIBRARY, RTLD_NOW | RTLD_NOLOAD)) << "still loaded";
+    EXPECT_EQ(nullptr, dlopen(builtDriver(), RTLD_NOW | RTLD_NOLOAD)) << "still loaded";
 
     LoadedDriver again;
     ASSERT_TRUE(again.loaded());

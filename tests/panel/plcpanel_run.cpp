@@ -1,6 +1,7 @@
 #include "panel/plcpanel_run.h"
 
 #include "support/application.h"
+#include "support/built_files.h"
 
 #include <QElapsedTimer>
 
@@ -20,13 +21,13 @@ QStringList withDriver(const QStringList& arguments)
 {
     if (arguments.contains(QStringLiteral("--driver")))
         return arguments;
-    return arguments + QStringList{QStringLiteral("--driver"), QStringLiteral(PLC_DRIVER_LIBRARY)};
+    return arguments + QStringList{QStringLiteral("--driver"), QString::fromUtf8(builtDriver())};
 }
 
 void start(QProcess* process, const QStringList& arguments)
 {
     needApplication();
-    process->start(QStringLiteral(PLCPANEL_PROGRAM), arguments);
+    process->start(QString::fromUtf8(builtPlcpanel()), arguments);
 }
 
 RunResult endOf(QProcess* process, const std::string& outBefore)
@@ -57,7 +58,7 @@ RunResult plcpanelInShell(const char* script, const QStringList& arguments)
     QProcess process;
     process.start(QStringLiteral("/bin/bash"),
                   QStringList{QStringLiteral("-c"), QString::fromLatin1(script), QStringLiteral("bash"),
-                              QStringLiteral(PLCPANEL_PROGRAM)} +
+                              QString::fromUtf8(builtPlcpanel())} +
                       withDriver(arguments));
     return endOf(&process, std::string());
 }

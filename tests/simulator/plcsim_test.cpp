@@ -1,6 +1,7 @@
 // The program plcsim, run as a user runs it.
 
 #include "simulator/loopback_client.h"
+#include "support/built_files.h"
 
 #include <gmock/gmock.h>
 
@@ -97,7 +98,7 @@ public:
 private:
     [[noreturn]] static void become(const std::vector<std::string>& arguments, int out, int err)
     {
-        std::vector<std::string> words = {PLCSIM_PROGRAM};
+        std::vector<std::string> words = {builtPlcsim()};
         words.insert(words.end(), arguments.begin(), arguments.end());
         std::vector<char*> pointers;
         for (std::string& word : words)
@@ -105,7 +106,7 @@ private:
         pointers.push_back(nullptr);
         dup2(out, STDOUT_FILENO);
         dup2(err, STDERR_FILENO);
-        execv(PLCSIM_PROGRAM, pointers.data());
+        execv(builtPlcsim(), pointers.data());
         _exit(127);
     }
 
@@ -268,10 +269,10 @@ TEST(Plcsim, EndsWithAFileThatHasNoEnd)
 TEST(Plcsim, SaysThatItsOutputCannotBeWritten)
 {
     for (const char* option : {"", "--help", "--version"}) {
-        const std::string line = std::string(PLCSIM_PROGRAM " ") + option + " 2>&1 >/dev/full; echo $?";
+        const std::string line = std::string(builtPlcsim()) + " " + option + " 2>&1 >/dev/full; echo $?";
         EXPECT_EQ(outputOf(line), "plcsim: cannot write the output: No space left on device\n3\n");
     }
-    EXPECT_EQ(outputOf(PLCSIM_PROGRAM " 2>&1 >&-; echo $?"),
+    EXPECT_EQ(outputOf(std::string(builtPlcsim()) + " 2>&1 >&-; echo $?"),
               "plcsim: cannot write the output: Bad file descriptor\n3\n");
 }
 

@@ -3,6 +3,7 @@
 #include "panel/commands/command_help.h"
 #include "simulator/faults.h"
 #include "support/application.h"
+#include "support/built_files.h"
 
 #include <gmock/gmock.h>
 
@@ -38,9 +39,9 @@ Words offered(const char* program, const QStringList& words, const QString& fold
 {
     test::needApplication();
     const QString script =
-        QStringLiteral("source '" PLC_TESTS_DIR "/../panel/completion/%1.bash' && COMP_WORDS=(\"$@\") && "
+        QStringLiteral("source '%2/../panel/completion/%1.bash' && COMP_WORDS=(\"$@\") && "
                        "COMP_CWORD=$(($# - 1)) && _%1 && printf '%s\\n' \"${COMPREPLY[@]}\"")
-            .arg(QLatin1String(program));
+            .arg(QLatin1String(program), QString::fromUtf8(testsDirectory()));
     QProcess bash;
     bash.setWorkingDirectory(folder);
     bash.start(QStringLiteral("bash"),
@@ -137,7 +138,7 @@ QString helpOfPlcsim()
 {
     test::needApplication();
     QProcess plcsim;
-    plcsim.start(QFileInfo(QStringLiteral(PLCPANEL_PROGRAM)).dir().filePath(QStringLiteral("plcsim")),
+    plcsim.start(QFileInfo(QString::fromUtf8(builtPlcpanel())).dir().filePath(QStringLiteral("plcsim")),
                  {QStringLiteral("--help")});
     EXPECT_TRUE(plcsim.waitForFinished(60000));
     return QString::fromLocal8Bit(plcsim.readAllStandardOutput());

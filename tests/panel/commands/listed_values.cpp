@@ -1,6 +1,7 @@
 #include "panel/commands/listed_values.h"
 
 #include "runtime/cycle/panel_fixture.h"
+#include "support/built_files.h"
 
 #include <QFile>
 #include <QStringList>
@@ -128,7 +129,7 @@ std::vector<quint32> randomElements(const ListedLine& line, std::mt19937* random
 
 QString exampleFile(const char* name)
 {
-    return QStringLiteral(PLC_TESTS_DIR "/../examples/") + QLatin1String(name);
+    return QString::fromUtf8(testsDirectory()) + QStringLiteral("/../examples/") + QLatin1String(name);
 }
 
 int ListedLine::elements() const

@@ -5,6 +5,7 @@
 #include "panel/watch/watch_table.h"
 #include "simulator/simulated_controller.h"
 #include "support/application.h"
+#include "support/built_files.h"
 
 #include <gmock/gmock.h>
 
@@ -211,10 +212,10 @@ TEST_F(WithStations, WatchComplainsOfAWrongLineAndGoesOn)
 TEST_F(WithStations, WatchGoesOnWhenItsInputEnds)
 {
     const QStringList arguments = line("watch 9:100@1 --interval 20") +
-                                  QStringList{QStringLiteral("--driver"), QStringLiteral(PLC_DRIVER_LIBRARY)};
+                                  QStringList{QStringLiteral("--driver"), QString::fromUtf8(builtDriver())};
     QProcess process;
     process.setStandardInputFile(QProcess::nullDevice());
-    process.start(QStringLiteral(PLCPANEL_PROGRAM), arguments);
+    process.start(QString::fromUtf8(builtPlcpanel()), arguments);
     ASSERT_TRUE(process.waitForReadyRead(60000));
     EXPECT_FALSE(process.waitForFinished(300));
     process.terminate();
@@ -233,7 +234,7 @@ public:
         window.ws_row = 20;
         EXPECT_EQ(openpty(&m_screen, &m_terminal, nullptr, nullptr, &window), 0);
         m_before = modes();
-        std::vector<std::string> texts = {PLCPANEL_PROGRAM};
+        std::vector<std::string> texts = {builtPlcpanel()};
         for (const QString& argument : arguments)
             texts.push_back(argument.toStdString());
         std::vector<char*> pointers;
@@ -245,7 +246,7 @@ public:
             close(m_screen);
             login_tty(m_terminal);
             setenv("TERM", "xterm", 1);
-            execv(PLCPANEL_PROGRAM, pointers.data());
+            execv(builtPlcpanel(), pointers.data());
             _exit(127);
         }
     }
@@ -328,7 +329,7 @@ class WatchInTerminal : public WithStations
 protected:
     QStringList terminalLine(const std::string& text) const
     {
-        return line(text) + QStringList{QStringLiteral("--driver"), QStringLiteral(PLC_DRIVER_LIBRARY)};
+        return line(text) + QStringList{QStringLiteral("--driver"), QString::fromUtf8(builtDriver())};
     }
 };
 

@@ -2,6 +2,7 @@
 
 #include "panel/plcpanel_run.h"
 #include "simulator/simulated_controller.h"
+#include "support/built_files.h"
 
 #include <gmock/gmock.h>
 
@@ -115,7 +116,8 @@ TEST_F(PlcpanelOutput, NamesAreUtf8WhereTheLocaleIsUnset)
     const RunResult ended =
         run("printf 'name,area,address,station,count,type\\n\\303\\226l,9,100,,,uint16\\n' >\"${*: -1}\"; "
             "LC_ALL=C exec \"${@:1:$#}\"",
-            QStringLiteral("watch CONTROLLER --once --json --driver " PLC_DRIVER_LIBRARY " --vars ") + list);
+            QStringLiteral("watch CONTROLLER --once --json --driver %1 --vars %2")
+                .arg(QString::fromUtf8(builtDriver()), list));
     EXPECT_THAT(ended.out, HasSubstr("\"name\":\"\xC3\x96l\"")) << ended.errors;
 }
 

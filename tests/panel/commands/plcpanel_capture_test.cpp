@@ -3,6 +3,7 @@
 #include "capture/capture_bytes.h"
 #include "panel/plcpanel_run.h"
 #include "simulator/simulated_controller.h"
+#include "support/built_files.h"
 
 #include <gmock/gmock.h>
 
@@ -244,7 +245,7 @@ RunResult shell(const char* words, const QString& file)
 {
     QProcess bash;
     bash.start(QStringLiteral("bash"),
-               {QStringLiteral("-c"), QString::fromLatin1(words), QStringLiteral(PLCPANEL_PROGRAM), file});
+               {QStringLiteral("-c"), QString::fromLatin1(words), QString::fromUtf8(builtPlcpanel()), file});
     EXPECT_TRUE(bash.waitForFinished(60000));
     return {bash.exitCode(), bash.readAllStandardOutput().toStdString(),
             bash.readAllStandardError().toStdString()};

@@ -1,6 +1,7 @@
 // The live display under a shell that stops and continues it.
 
 #include "simulator/simulated_controller.h"
+#include "support/built_files.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -102,7 +103,7 @@ TEST(PlcpanelInAShell, DrawsAnewBelowWhatTheShellWroteWhileItWasStopped)
     controller.start();
     Shell shell;
     shell.drawnUntil("READY");
-    shell.type(std::string(PLCPANEL_PROGRAM) + " watch 9:100 --interval 50 --driver " + PLC_DRIVER_LIBRARY +
+    shell.type(std::string(builtPlcpanel()) + " watch 9:100 --interval 50 --driver " + builtDriver() +
                " --controller 127.0.0.1:" + std::to_string(controller.port()) + "\n");
     shell.drawnUntil(isRedrawn);
     shell.type("\x1a");

@@ -2,6 +2,7 @@
 
 #include "panel/plcpanel_run.h"
 #include "simulator/simulated_controller.h"
+#include "support/built_files.h"
 
 #include <gmock/gmock.h>
 
@@ -309,7 +310,7 @@ std::string drawnInTerminal(const QStringList& arguments, int redraws, int* stat
     winsize window = {};
     window.ws_col = 60;
     window.ws_row = 12;
-    std::vector<std::string> texts = {PLCPANEL_PROGRAM};
+    std::vector<std::string> texts = {builtPlcpanel()};
     for (const QString& argument : arguments)
         texts.push_back(argument.toStdString());
     std::vector<char*> pointers;
@@ -320,7 +321,7 @@ std::string drawnInTerminal(const QStringList& arguments, int redraws, int* stat
     if (process == 0) {
         setenv("TERM", "xterm", 1);
         unsetenv("NO_COLOR");
-        execv(PLCPANEL_PROGRAM, pointers.data());
+        execv(builtPlcpanel(), pointers.data());
         _exit(127);
     }
     std::string drawn;
@@ -346,7 +347,7 @@ TEST_F(PlcpanelWithController, WatchRedrawsItsTableInATerminalUntilCtrlC)
     int status = -1;
     const std::string drawn =
         drawnInTerminal(line("watch 9:100 --interval 50") +
-                            QStringList{QStringLiteral("--driver"), QStringLiteral(PLC_DRIVER_LIBRARY)},
+                            QStringList{QStringLiteral("--driver"), QString::fromUtf8(builtDriver())},
                         5, &status);
     EXPECT_EQ(status, 0);
     EXPECT_THAT(drawn, HasSubstr("\x1b[6A\r")); // link, gap, heading, one row, gap, hint
@@ -360,7 +361,7 @@ TEST_F(PlcpanelWithController, AWaitOfMoreThanASecondSaysInATerminalHowFarItIs)
     int status = -1;
     const std::string drawn =
         drawnInTerminal(line("read 9:100 --timeout 1500 --retries 0") +
-                            QStringList{QStringLiteral("--driver"), QStringLiteral(PLC_DRIVER_LIBRARY)},
+                            QStringList{QStringLiteral("--driver"), QString::fromUtf8(builtDriver())},
                         0, &status);
     EXPECT_EQ(status, 1);
     EXPECT_THAT(drawn, testing::StartsWith(

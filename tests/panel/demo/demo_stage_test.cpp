@@ -3,6 +3,7 @@
 #include "panel/demo/demo_stage.h"
 
 #include "panel/demo/demo_steps.h"
+#include "support/built_files.h"
 
 #include <gmock/gmock.h>
 
@@ -26,7 +27,7 @@ protected:
     DemoStageTest()
     {
         controller.start();
-        settings.driverPath = QStringLiteral(PLC_DRIVER_LIBRARY);
+        settings.driverPath = QString::fromUtf8(builtDriver());
         settings.port = controller.port();
         settings.timeoutMs = 50;
         settings.retryLimit = 0;

@@ -6,6 +6,7 @@
 #include "runtime/cycle/runtime.h"
 #include "runtime/modbus/failure_words.h"
 #include "simulator/simulated_controller.h"
+#include "support/built_files.h"
 #include "support/controller_values.h"
 
 #include <gtest/gtest.h>
@@ -86,7 +87,7 @@ protected:
     {
         controller = std::make_unique<simulator::SimulatedController>(controllerSettings);
         controller->start();
-        settings.driverPath = QStringLiteral(PLC_DRIVER_LIBRARY);
+        settings.driverPath = QString::fromUtf8(builtDriver());
         settings.port = controller->port();
         settings.station = 1;
         settings.cyclePauseMs = 1;

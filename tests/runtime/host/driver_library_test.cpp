@@ -1,5 +1,6 @@
 #include "runtime/host/driver_library.h"
 #include "runtime/model/variable.h"
+#include "support/built_files.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -26,7 +27,7 @@ std::string errorOf(const QString& path)
 
 TEST(DriverLibrary, FindsTheFourteenEntryPoints)
 {
-    const DriverLibrary library(QStringLiteral(PLC_DRIVER_LIBRARY));
+    const DriverLibrary library(QString::fromUtf8(builtDriver()));
     EXPECT_EQ(library.calls().QueryFinishFlag(), 1);
 }
 
@@ -51,7 +52,7 @@ TEST(DriverLibrary, NamesTheEntryPointThatIsMissing)
 
 TEST(AddressText, MeansTheSameElementToTheDriver)
 {
-    const DriverLibrary library(QStringLiteral(PLC_DRIVER_LIBRARY));
+    const DriverLibrary library(QString::fromUtf8(builtDriver()));
     for (int area = 0; area <= 14; ++area) {
         for (const int element : {0, 1, 7, 8, 63, 100, 511, 4095, 65534}) {
             const QString text = addressText(area, element);

@@ -1,4 +1,5 @@
 #include "runtime/host/hosted_driver.h"
+#include "support/built_files.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -19,12 +20,12 @@ Settings settingsWith(const char* driver)
     return settings;
 }
 
-std::unique_ptr<HostedDriver> host(const char* driver = PLC_DRIVER_LIBRARY)
+std::unique_ptr<HostedDriver> host(const char* driver = builtDriver())
 {
     return std::make_unique<HostedDriver>(settingsWith(driver), [](int, int) {});
 }
 
-std::string errorOfHosting(const char* driver = PLC_DRIVER_LIBRARY)
+std::string errorOfHosting(const char* driver = builtDriver())
 {
     try {
         host(driver);
@@ -54,7 +55,7 @@ TEST(HostedDriver, OneThatCannotBeLoadedStandsInNobodysWay)
 
 TEST(HostedDriver, WiresTheDriverForAsLongAsItLives)
 {
-    const DriverLibrary sameLibrary(QStringLiteral(PLC_DRIVER_LIBRARY));
+    const DriverLibrary sameLibrary(QString::fromUtf8(builtDriver()));
     const DriverCalls& calls = sameLibrary.calls();
     RW_VAR read = {};
     read.area = 9;

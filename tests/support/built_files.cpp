@@ -1,0 +1,21 @@
+#include "support/built_files.h"
+
+const char* builtDriver()
+{
+    return PLC_DRIVER_LIBRARY;
+}
+
+const char* builtPlcpanel()
+{
+    return PLCPANEL_PROGRAM;
+}
+
+const char* builtPlcsim()
+{
+    return PLCSIM_PROGRAM;
+}
+
+const char* testsDirectory()
+{
+    return PLC_TESTS_DIR;
+}
