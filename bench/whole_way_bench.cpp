@@ -12,13 +12,12 @@
 #include "bench/loopback_controller.h"
 #include "bench/panel_refresh.h"
 #include "bench/peers.h"
+#include "bench/processors.h"
 #include "runtime/model/variable_list.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QElapsedTimer>
-
-#include <sched.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -64,21 +63,6 @@ qint64 shortestOf(const std::function<void()>& refresh)
         shortest = std::min(shortest, clock.nsecsElapsed());
     }
     return shortest;
-}
-
-/// Threads and programs that are started later stay there too.
-void stayOnOneProcessor()
-{
-    cpu_set_t allowed;
-    if (sched_getaffinity(0, sizeof allowed, &allowed) != 0)
-        throw std::runtime_error("the system does not say which processors may be used");
-    int last = CPU_SETSIZE - 1; // the first one often has the machine's interrupts
-    while (!CPU_ISSET(last, &allowed))
-        --last;
-    CPU_ZERO(&allowed);
-    CPU_SET(last, &allowed);
-    if (sched_setaffinity(0, sizeof allowed, &allowed) != 0)
-        throw std::runtime_error("the system does not let a program choose its processor");
 }
 
 struct Contender {
@@ -173,7 +157,7 @@ try {
     const int rounds = parser.value(QStringLiteral("rounds")).toInt();
     if (rounds < 1)
         throw std::runtime_error("--rounds: give a number from 1 on");
-    stayOnOneProcessor();
+    bench::stayOnOneProcessor();
     const QStringList lists = parser.positionalArguments();
     run(lists.isEmpty() ? QStringLiteral(PLC_EXAMPLES_DIR "/thousand.csv") : lists.first(), rounds);
     return 0;
