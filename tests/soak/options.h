@@ -3,8 +3,12 @@
 #ifndef SOAK_OPTIONS_H
 #define SOAK_OPTIONS_H
 
+#include "simulator/faults.h"
+
 #include <QString>
 #include <QStringList>
+
+#include <vector>
 
 namespace soak
 {
@@ -12,7 +16,8 @@ namespace soak
 struct Options {
     long requests = 1000000; ///< in all
     int pairs = 8;
-    double percent = 10; ///< of the replies that are spoiled, each kind of fault as often as the others
+    double percent = 10; ///< of the replies that are spoiled, each kind of `faults` as often as the others
+    std::vector<const simulator::FaultKind*> faults; ///< that are made
     bool remote = false;
     unsigned seed = 1;
     int timeoutMs = 20;

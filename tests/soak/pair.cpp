@@ -28,9 +28,9 @@ const long fewestRequestsForMemory = 20000; // fewer would hide a leak in the to
 simulator::FaultSettings faultsOf(const Options& options, int number)
 {
     simulator::FaultSettings faults;
-    const auto kinds = static_cast<double>(simulator::faultList().size());
-    for (const simulator::FaultKind& kind : simulator::faultList())
-        faults.*kind.probability = options.percent / 100 / kinds;
+    const auto kinds = static_cast<double>(options.faults.size());
+    for (const simulator::FaultKind* const kind : options.faults)
+        faults.*kind->probability = options.percent / 100 / kinds;
     faults.lateMs = options.lateMs;
     faults.seed = options.seed * 1000 + static_cast<unsigned>(number);
     return faults;
@@ -263,9 +263,9 @@ void Pair::checkThatMuchHappened()
 {
     if (m_rig->writesConfirmed == 0 || m_rig->readsDone == 0 || m_rig->freshLooks == 0)
         m_complaints.add(QStringLiteral("nothing was written, read or fresh"));
-    for (const simulator::FaultKind& kind : simulator::faultList()) {
-        if (m_options.percent > 0 && m_controller.injected(kind.fault) == 0)
-            m_complaints.add(QStringLiteral("there was no fault '%1'").arg(QLatin1String(kind.name)));
+    for (const simulator::FaultKind* const kind : m_options.faults) {
+        if (m_options.percent > 0 && m_controller.injected(kind->fault) == 0)
+            m_complaints.add(QStringLiteral("there was no fault '%1'").arg(QLatin1String(kind->name)));
     }
 }
 

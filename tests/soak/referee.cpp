@@ -109,7 +109,7 @@ void Referee::traced(const simulator::TraceEntry& entry)
     remember(entry);
     if (!entry.isReply)
         received(entry.bytes);
-    else if (m_lastReceived != nothing && entry.fault != simulator::Fault::Exception)
+    else if (m_lastReceived != nothing && simulator::isExecuted(entry.fault))
         m_histories[m_lastReceived].carriedOut();
 }
 
