@@ -15,6 +15,7 @@
 #include "simulator/request_stream.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <numeric>
 
 namespace
@@ -25,7 +26,11 @@ using fuzz::check;
 using simulator::AddressRange;
 using simulator::Bytes;
 using simulator::ControllerMemory;
+using simulator::Fault;
 using simulator::get16;
+using simulator::MemoryValue;
+using simulator::MovingValue;
+using simulator::ReplyKind;
 
 using Clock = simulator::ReplyQueue::Clock;
 using Time = simulator::ReplyQueue::Time;
@@ -39,8 +44,27 @@ std::vector<AddressRange> takeRanges(ByteSource& source)
     for (AddressRange& range : ranges) {
         range.from = source.word();
         range.to = std::min(range.from + source.byte(), 0xFFFF);
+        const int which = source.byte(); // units 1 to 3, all units; coils, registers, both
+        if (which % 4 != 0)
+            range.unit = which % 4;
+        if (which / 4 % 4 >= 2)
+            range.kind = which / 4 % 4 == 2 ? MemoryValue::Coil : MemoryValue::Register;
     }
     return ranges;
+}
+
+/// Values that move, somewhere near the first elements of unit 1, where requests are likely to look.
+void takeMotions(ByteSource& source, ControllerMemory& memory)
+{
+    static const MovingValue::Width widths[] = {MovingValue::Bit, MovingValue::Word, MovingValue::DoubleWord};
+    for (int count = source.below(4); count > 0; --count) {
+        MovingValue value{};
+        value.motion = static_cast<MovingValue::Motion>(source.below(4));
+        value.width = widths[source.below(3)];
+        value.highest = value.width == MovingValue::Bit ? 1 : source.word();
+        value.periodMs = 1 + source.byte();
+        memory.move({1, source.byte(), value});
+    }
 }
 
 bool beginsWith(const Bytes& bytes, const Bytes& start)
@@ -56,10 +80,12 @@ struct Controller {
     {
         const int silent = source.byte();
         modbus.setSilent(silent, true);
+        takeMotions(source, memory);
         memory.setHoldingRegister(1, 0, 0x1234); // broadcasts need a unit that has a memory
     }
 
-    ControllerMemory memory;
+    std::int64_t now = 0; // stands still while an answer is compared with the memory
+    ControllerMemory memory{1, [this] { return now; }};
     std::vector<AddressRange> refused;
     simulator::RequestServer modbus;
     simulator::RemoteServer remote;
@@ -67,6 +93,7 @@ struct Controller {
 
 void answerModbus(Controller& controller, const Bytes& request)
 {
+    controller.now += 7;
     const Bytes reply = controller.modbus.answer(request);
     if (!fuzz::isModbusRequest(request)) {
         check(reply.empty(), "what is no Modbus request is not answered");
@@ -191,6 +218,7 @@ void checkRemoteReply(const Bytes& frame, const Bytes& reply)
 void answerRemote(Controller& controller, const Bytes& frame)
 {
     const simulator::RemoteRequest request = simulator::remoteRequestOf(frame);
+    controller.now += 7;
     const Bytes reply = controller.remote.answer(frame);
     const simulator::MappedArea* const area = simulator::findArea(request.area);
     const bool possible = area && request.station != broadcast &&
@@ -260,7 +288,6 @@ void runMemoryText(ByteSource& source)
     const std::string text = source.text(source.size());
     const simulator::MemoryText read = simulator::parseMemoryText(text, "file");
     ControllerMemory memory;
-    std::vector<int> units;
     for (const simulator::MemoryValue& value : read.values) {
         check(value.unit >= simulator::firstUnit && value.unit <= simulator::lastUnit && value.address >= 0 &&
                   value.address < simulator::addressCount,
@@ -268,7 +295,10 @@ void runMemoryText(ByteSource& source)
         check(value.kind != simulator::MemoryValue::Coil || value.value <= 1, "a coil is 0 or 1");
     }
     const auto lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) + 1;
-    check(read.values.size() + read.errors.size() <= lines, "a line is one value or one error at most");
+    for (const simulator::MovingPlace& place : read.moving)
+        memory.move(place); // throws if its place, limits or period were let through
+    check(read.values.size() + read.moving.size() + read.errors.size() <= lines,
+          "a line is one value or one error at most");
     for (const std::string& error : read.errors)
         check(error.compare(0, 5, "file:") == 0 &&
                   std::all_of(error.begin(), error.end(), [](char c) { return c >= ' ' && c <= '~'; }),
@@ -281,16 +311,42 @@ void runMemoryText(ByteSource& source)
 simulator::FaultDraw takeDraw(ByteSource& source)
 {
     simulator::FaultDraw draw;
-    draw.fault = static_cast<simulator::Fault>(source.below(static_cast<int>(simulator::faultKinds)));
+    draw.fault = static_cast<Fault>(source.below(static_cast<int>(simulator::faultKinds)));
     draw.detail = static_cast<std::uint32_t>(source.number());
     draw.lateMs = source.byte();
     return draw;
 }
 
+/// How many bytes at the same places differ.
+std::size_t differences(const Bytes& a, const Bytes& b)
+{
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < std::min(a.size(), b.size()); ++i)
+        count += a[i] != b[i] ? 1 : 0;
+    return count;
+}
+
+void checkWrongFields(const Bytes& reply, const Bytes& spoilt, Fault fault)
+{
+    const std::size_t replyCountAt = 8;
+    check(spoilt.size() == reply.size(), "a reply with a wrong field is as long as it was");
+    const std::size_t changed = differences(reply, spoilt);
+    if (fault == Fault::WrongEcho)
+        check((changed == 1 || changed == 2) &&
+                  std::equal(reply.begin(), reply.begin() + replyCountAt, spoilt.begin()),
+              "a wrong echo names another address or value, in the frame of the right one");
+    if (fault == Fault::WrongByteCount)
+        check(changed == 1 && spoilt[replyCountAt] != reply[replyCountAt], "only the byte count is wrong");
+    if (fault == Fault::WrongLength) {
+        const int difference = get16(spoilt, simulator::lengthOffset) - get16(reply, simulator::lengthOffset);
+        check((std::abs(difference) == 1 || std::abs(difference) == 0xFFFF) && changed <= 3,
+              "a wrong length is one more or less");
+    }
+}
+
 // What a fault leaves of a reply, by its description.
 void checkSpoilt(const Bytes& reply, const Bytes& spoilt, const simulator::FaultDraw& draw)
 {
-    using simulator::Fault;
     switch (draw.fault) {
     case Fault::Doubled:
         check(spoilt.size() == 2 * reply.size() && beginsWith(spoilt, reply), "doubled is twice the reply");
@@ -309,14 +365,28 @@ void checkSpoilt(const Bytes& reply, const Bytes& spoilt, const simulator::Fault
                   spoilt[simulator::unitOffset] == ((reply[simulator::unitOffset] + 1) & 0xFF),
               "a wrong unit is the next one");
         break;
+    case Fault::WrongEcho:
+    case Fault::WrongByteCount:
+    case Fault::WrongLength:
+        checkWrongFields(reply, spoilt, draw.fault);
+        break;
     default:
         check(spoilt == reply, "the other faults leave the bytes alone");
     }
 }
 
+void checkPadded(const Bytes& reply, const simulator::FaultDraw& draw, std::size_t size)
+{
+    const Bytes longer = simulator::padded(reply, size, draw);
+    check(longer.size() == std::max(reply.size(), size), "a padded reply is as long as it shall be");
+    check(static_cast<std::uint16_t>(get16(longer, simulator::lengthOffset) -
+                                     get16(reply, simulator::lengthOffset)) == longer.size() - reply.size(),
+          "the length field of a padded reply counts what was added");
+}
+
 Bytes takeReply(ByteSource& source)
 {
-    const std::size_t shortest = 9;
+    const std::size_t shortest = 12; // of a write; others can be shorter, but a wrong echo hits writes only
     Bytes reply = source.bytes(shortest + static_cast<std::size_t>(source.byte()));
     reply.resize(std::max(reply.size(), shortest));
     return reply;
@@ -324,7 +394,7 @@ Bytes takeReply(ByteSource& source)
 
 bool isQueued(const simulator::FaultDraw& draw)
 {
-    return draw.fault != simulator::Fault::NoReply && draw.fault != simulator::Fault::Close;
+    return draw.fault != Fault::NoReply && draw.fault != Fault::Close;
 }
 
 void checkDue(const simulator::ReplyQueue& queue, bool sent, Time now)
@@ -334,10 +404,15 @@ void checkDue(const simulator::ReplyQueue& queue, bool sent, Time now)
     check(sent || !due || *due > now, "what is due is sent");
 }
 
+ReplyKind remoteKind(const Bytes& reply)
+{
+    return (reply[7] & 1) != 0 ? ReplyKind::ToRead : ReplyKind::ToWrite;
+}
+
 // Faults delay and reorder replies, but lose and make up nothing.
 void runFaults(ByteSource& source)
 {
-    simulator::ReplyQueue queue;
+    simulator::ReplyQueue queue{std::chrono::milliseconds(source.flag() ? source.byte() : 0)};
     Time now;
     std::size_t in = 0;
     std::size_t out = 0;
@@ -349,12 +424,16 @@ void runFaults(ByteSource& source)
         return !sent.empty();
     };
     for (int steps = 0; !source.empty() && steps < mostSteps; ++steps) {
-        const simulator::FaultDraw draw = takeDraw(source);
+        simulator::FaultDraw draw = takeDraw(source);
         const Bytes reply = takeReply(source);
         const bool remote = source.flag();
-        const Bytes spoilt =
-            remote ? simulator::spoilRemote(reply, draw, (reply[7] & 1) != 0) : simulator::spoil(reply, draw);
+        const ReplyKind kind = remote ? remoteKind(reply) : simulator::replyKindOf(reply);
+        if (!simulator::canHit(draw.fault, kind))
+            draw.fault = Fault::None;
+        const Bytes spoilt = simulator::spoil(reply, draw, kind);
         checkSpoilt(reply, spoilt, draw);
+        checkPadded(reply, draw, static_cast<std::size_t>(draw.detail % 300));
+        check(!queue.passes(draw) || queue.pendingBytes() == 0, "no reply passes one that waits");
         if (isQueued(draw)) {
             queue.add(spoilt, draw, now);
             in += spoilt.size();

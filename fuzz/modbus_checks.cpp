@@ -26,7 +26,9 @@ constexpr std::size_t exceptionSize = 9;
 
 // Function codes by name, so that the limits below read like the protocol's own.
 constexpr int readCoils = 1;
+constexpr int readInputs = 2; // the coils again
 constexpr int readRegisters = 3;
+constexpr int readInputRegisters = 4; // the registers again
 constexpr int writeCoil = 5;
 constexpr int writeRegister = 6;
 constexpr int writeCoils = 15;
@@ -36,8 +38,10 @@ int mostOf(int function)
 {
     switch (function) {
     case readCoils:
+    case readInputs:
         return 2000;
     case readRegisters:
+    case readInputRegisters:
         return 125;
     case writeCoils:
         return 1968;
@@ -48,10 +52,25 @@ int mostOf(int function)
     }
 }
 
+bool readsBits(int function)
+{
+    return function == readCoils || function == readInputs;
+}
+
+bool isRead(int function)
+{
+    return readsBits(function) || function == readRegisters || function == readInputRegisters;
+}
+
+bool isOfBits(int function)
+{
+    return readsBits(function) || function == writeCoil || function == writeCoils;
+}
+
 bool isServed(int function)
 {
-    return function == readCoils || function == readRegisters || function == writeCoil ||
-           function == writeRegister || function == writeCoils || function == writeRegisters;
+    return isRead(function) || function == writeCoil || function == writeRegister || function == writeCoils ||
+           function == writeRegisters;
 }
 
 bool writesOne(int function)
@@ -71,8 +90,7 @@ int quantityOf(const Bytes& request)
 
 std::size_t valueBytes(int function, int quantity)
 {
-    const bool bits = function == readCoils || function == writeCoils;
-    return static_cast<std::size_t>(bits ? (quantity + 7) / 8 : 2 * quantity);
+    return static_cast<std::size_t>(isOfBits(function) ? (quantity + 7) / 8 : 2 * quantity);
 }
 
 bool hasRightSize(const Bytes& request, int function)
@@ -93,12 +111,21 @@ bool hasRightValue(const Bytes& request, int function)
     return quantity >= 1 && quantity <= mostOf(function);
 }
 
-bool isThere(int address, int quantity, const std::vector<simulator::AddressRange>& refused)
+bool isFor(const simulator::AddressRange& hole, const Bytes& request)
 {
+    const auto kind = isOfBits(request[simulator::functionOffset]) ? simulator::MemoryValue::Coil
+                                                                   : simulator::MemoryValue::Register;
+    return (!hole.unit || *hole.unit == request[simulator::unitOffset]) && (!hole.kind || *hole.kind == kind);
+}
+
+bool isThere(const Bytes& request, const std::vector<simulator::AddressRange>& refused)
+{
+    const int address = get16(request, addressAt);
+    const int quantity = quantityOf(request);
     if (address + quantity > simulator::addressCount)
         return false;
     for (const simulator::AddressRange& range : refused)
-        if (address <= range.to && address + quantity - 1 >= range.from)
+        if (isFor(range, request) && address <= range.to && address + quantity - 1 >= range.from)
             return false;
     return true;
 }
@@ -119,14 +146,14 @@ void checkRead(const Bytes& request, const Bytes& reply, const ControllerMemory&
     const int unit = request[simulator::unitOffset];
     const int address = get16(request, addressAt);
     for (int i = 0; i < quantity; ++i) {
-        if (function == readCoils)
+        if (readsBits(function))
             check(bitAt(reply, replyDataAt, i) == memory.coil(unit, address + i), "a coil is read as it is");
         else
             check(get16(reply, replyDataAt + 2 * static_cast<std::size_t>(i)) ==
                       memory.holdingRegister(unit, address + i),
                   "a register is read as it is");
     }
-    for (int i = quantity; function == readCoils && i < 8 * static_cast<int>(bytes); ++i)
+    for (int i = quantity; readsBits(function) && i < 8 * static_cast<int>(bytes); ++i)
         check(!bitAt(reply, replyDataAt, i), "bits behind the last coil are 0");
 }
 
@@ -148,12 +175,11 @@ void checkWrite(const Bytes& request, const Bytes& reply, const ControllerMemory
                                                   request.begin() + simulator::unitOffset),
           "the reply to a write repeats its address and its quantity or value");
     const int function = request[simulator::functionOffset];
-    const bool coils = function == writeCoil || function == writeCoils;
     const int unit = request[simulator::unitOffset];
     for (int i = 0; i < quantityOf(request); ++i) {
         const int address = get16(request, addressAt) + i;
-        const std::uint16_t held =
-            coils ? std::uint16_t(memory.coil(unit, address)) : memory.holdingRegister(unit, address);
+        const std::uint16_t held = isOfBits(function) ? std::uint16_t(memory.coil(unit, address))
+                                                      : memory.holdingRegister(unit, address);
         check(held == writtenValue(request, i), "what was answered as written is in the memory");
     }
 }
@@ -185,7 +211,7 @@ unsigned expectedException(const Bytes& request, const std::vector<simulator::Ad
         return 1;
     if (request.size() < plainSize || !hasRightValue(request, function) || !hasRightSize(request, function))
         return 3;
-    return isThere(get16(request, addressAt), quantityOf(request), refused) ? 0 : 2;
+    return isThere(request, refused) ? 0 : 2;
 }
 
 void checkModbusReply(const Bytes& request, const Bytes& reply, unsigned exception,
@@ -200,7 +226,7 @@ void checkModbusReply(const Bytes& request, const Bytes& reply, unsigned excepti
         return;
     }
     check(reply[simulator::functionOffset] == function, "a reply names its function");
-    if (function == readCoils || function == readRegisters)
+    if (isRead(function))
         checkRead(request, reply, memory);
     else
         checkWrite(request, reply, memory);
