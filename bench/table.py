@@ -153,6 +153,13 @@ def whole_way(build, rounds):
     return rows, [f"{', '.join(line[:-1])}: {line[-1]}" for line in lines if line not in rates]
 
 
+def server_rows(build, rounds):
+    say(f"server_bench ({rounds} rounds)")
+    for what, clients, mine, libmodbus, ratio in lines_of(run([build / "bench" / "server_bench", "--rounds", rounds])):
+        name = f"plcsim, {clients} clients, {what}, to libmodbus's server"
+        yield Row(name, mine, libmodbus, float(ratio), ">= 1" if what == "requests per second" else None)
+
+
 def is_met(row):
     operator, value = row.goal.split()
     ratio, value = row.ratio, float(value)
@@ -182,6 +189,7 @@ def main():
     rows += store_rows(Figures(programs / "station_store_bench", options.rounds))
     rows += request_rows(options.build, programs)
     loopback, notes = whole_way(options.build, 3 * options.rounds)  # with fewer, luck decides the last hundredth
+    loopback += server_rows(options.build, options.rounds)
     print_table(rows + loopback)
     print("\nOver loopback, examples/thousand.csv:")
     print("\n".join("  " + note for note in notes))
