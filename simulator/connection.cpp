@@ -2,7 +2,7 @@
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>
-#include <poll.h>
+#include <sys/epoll.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -26,8 +26,9 @@ bool isTemporary(int error)
 
 } // namespace
 
-Connection::Connection(FileDescriptor socket, unsigned long number, bool isRemote)
-    : socket_(std::move(socket)), number_(number), isRemote_(isRemote)
+Connection::Connection(FileDescriptor socket, unsigned long number, bool isRemote,
+                       std::chrono::milliseconds delay)
+    : socket_(std::move(socket)), number_(number), isRemote_(isRemote), queue_(delay)
 {
     const int on = 1; // replies, and above all single bytes of split ones, leave at once
     setsockopt(socket_.number(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
@@ -36,14 +37,15 @@ Connection::Connection(FileDescriptor socket, unsigned long number, bool isRemot
 
 bool Connection::mayReceive() const
 {
-    return !inputEnded_ && unsent_.size() + queue_.pendingBytes() < mostPendingBytes;
+    return !inputEnded_ && !isLastReply_ && unsent_.size() + queue_.pendingBytes() < mostPendingBytes;
 }
 
-short Connection::wanted() const
+std::uint32_t Connection::wanted() const
 {
-    const int in = mayReceive() ? POLLIN : 0;
-    const int out = unsent_.empty() ? 0 : POLLOUT;
-    return static_cast<short>(in | out);
+    constexpr std::uint32_t nothing = 0;
+    const std::uint32_t in = mayReceive() ? std::uint32_t(EPOLLIN) : nothing;
+    const std::uint32_t out = unsent_.empty() ? nothing : std::uint32_t(EPOLLOUT);
+    return in | out;
 }
 
 std::optional<ReplyQueue::Time> Connection::wakeAt() const
@@ -55,11 +57,11 @@ std::optional<ReplyQueue::Time> Connection::wakeAt() const
 
 void Connection::receive()
 {
-    if (happened_ & (POLLERR | POLLHUP | POLLNVAL))
+    if (happened_ & (EPOLLERR | EPOLLHUP))
         close();
-    if (isClosed_ || !(happened_ & POLLIN))
+    if (isClosed_ || !(happened_ & EPOLLIN) || !mayReceive())
         return;
-    std::array<std::uint8_t, 4096> bytes{};
+    std::array<std::uint8_t, 4096> bytes; // not cleared: this is on the way of every request
     const ssize_t size = recv(socket_.number(), bytes.data(), bytes.size(), MSG_DONTWAIT);
     if (size > 0)
         takeIn(bytes.data(), static_cast<std::size_t>(size));
@@ -79,12 +81,21 @@ void Connection::takeIn(const std::uint8_t* bytes, std::size_t count)
 
 std::optional<Bytes> Connection::nextRequest()
 {
+    if (isLastReply_)
+        return std::nullopt;
     return isRemote_ ? remoteStream_.next(RemoteStream::Clock::now()) : stream_.next();
 }
 
 void Connection::reply(Bytes bytes, const FaultDraw& draw)
 {
-    queue_.add(std::move(bytes), draw, ReplyQueue::Clock::now());
+    if (unsent_.empty() && queue_.passes(draw)) // nearly always
+        unsent_ = std::move(bytes);
+    else
+        queue_.add(std::move(bytes), draw, ReplyQueue::Clock::now());
+    if (draw.fault == Fault::CloseAfterReply) {
+        queue_.forgetLate();
+        isLastReply_ = true;
+    }
 }
 
 void Connection::send()
@@ -96,7 +107,7 @@ void Connection::send()
 // False when nothing is due or the system takes no more.
 bool Connection::sendOnce()
 {
-    if (unsent_.empty())
+    if (unsent_.empty() && queue_.pendingBytes() != 0)
         unsent_ = queue_.takeDue(ReplyQueue::Clock::now());
     if (unsent_.empty())
         return false;
@@ -113,7 +124,8 @@ bool Connection::sendOnce()
 
 bool Connection::isOver() const
 {
-    return isClosed_ || stream_.isBroken() || (inputEnded_ && unsent_.empty() && !queue_.nextDue());
+    const bool wasLast = inputEnded_ || isLastReply_;
+    return isClosed_ || stream_.isBroken() || (wasLast && unsent_.empty() && !queue_.nextDue());
 }
 
 } // namespace simulator

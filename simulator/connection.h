@@ -19,18 +19,22 @@ class Connection
 {
 public:
     /// Takes over `socket`, which must be connected and non-blocking. `number` is for the trace. `isRemote`:
-    /// its requests are remote frames.
-    Connection(FileDescriptor socket, unsigned long number, bool isRemote);
+    /// its requests are remote frames. `delay`: how long every reply takes.
+    Connection(FileDescriptor socket, unsigned long number, bool isRemote, std::chrono::milliseconds delay);
 
     int socket() const { return socket_.number(); }
     unsigned long number() const { return number_; }
     FaultPlan::Position& faults() { return faults_; }
 
-    /// What to poll the socket for. Nothing is received while many replies wait to be sent.
-    short wanted() const;
+    /// The epoll events to wait for. Nothing is received while many replies wait to be sent.
+    std::uint32_t wanted() const;
 
-    /// What poll() reported for the socket.
-    void setHappened(short events) { happened_ = events; }
+    /// A note of whoever waits: the events that are waited for already.
+    std::uint32_t watched() const { return watched_; }
+    void setWatched(std::uint32_t events) { watched_ = events; }
+
+    /// The epoll events that the socket had.
+    void setHappened(std::uint32_t events) { happened_ = events; }
 
     /// When send() or nextRequest() has something to do though no event comes; nothing if not.
     std::optional<ReplyQueue::Time> wakeAt() const;
@@ -41,6 +45,8 @@ public:
 
     /// Remote frames that came in with a wrong length or sum and were dropped.
     unsigned long badFrames() const { return remoteStream_.badFrames(); }
+
+    /// With Fault::CloseAfterReply it takes no more requests, and is over once this reply is sent.
     void reply(Bytes bytes, const FaultDraw& draw);
 
     /// Sends what is due, as far as the system takes it.
@@ -64,8 +70,10 @@ private:
     RemoteStream remoteStream_; // instead of stream_
     ReplyQueue queue_;
     Bytes unsent_; // due, but the system did not take it yet
-    short happened_ = 0;
+    std::uint32_t happened_ = 0;
+    std::uint32_t watched_ = 0;
     bool inputEnded_ = false;
+    bool isLastReply_ = false; // no request is taken any more
     bool isClosed_ = false;
 };
 

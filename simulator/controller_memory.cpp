@@ -1,5 +1,6 @@
 #include "simulator/controller_memory.h"
 
+#include <chrono>
 #include <stdexcept>
 #include <string>
 #include <tuple>
@@ -35,6 +36,26 @@ void appendValues(std::vector<MemoryValue>& values, int unit, MemoryValue::Kind 
     }
 }
 
+void checkMotion(const MovingValue& value)
+{
+    const std::int64_t size = std::int64_t(1) << value.width;
+    const std::int64_t least = value.width == MovingValue::Bit ? 0 : -(size / 2);
+    if (value.lowest < least || value.highest >= size || value.lowest > value.highest)
+        throw std::invalid_argument("the limits of a moving value must be from " + std::to_string(least) +
+                                    " to " + std::to_string(size - 1) + ", the lowest first");
+    if (value.periodMs < 1)
+        throw std::invalid_argument("the period of a moving value must be 1 ms at least");
+}
+
+ControllerMemory::Clock millisecondsFromNow()
+{
+    using Steady = std::chrono::steady_clock;
+    return [start = Steady::now()] {
+        return static_cast<std::int64_t>(
+            std::chrono::duration_cast<std::chrono::milliseconds>(Steady::now() - start).count());
+    };
+}
+
 } // namespace
 
 bool operator==(const MemoryValue& a, const MemoryValue& b)
@@ -42,55 +63,103 @@ bool operator==(const MemoryValue& a, const MemoryValue& b)
     return std::tie(a.unit, a.kind, a.address, a.value) == std::tie(b.unit, b.kind, b.address, b.value);
 }
 
-const ControllerMemory::Unit* ControllerMemory::find(int unit) const
+void ControllerMemory::Unit::update(MemoryValue::Kind kind, int first, int count)
 {
-    const auto found = units_.find(unit);
-    return found == units_.end() ? nullptr : &found->second;
+    const std::int64_t now = memory_->clock_();
+    moving(kind).visit(first, count, [&](int address, const MovingValue& value) {
+        const std::uint64_t place = static_cast<std::uint64_t>(number_) << 32 |
+                                    static_cast<std::uint64_t>(kind) << 16 |
+                                    static_cast<std::uint64_t>(address);
+        store(address, value.width, valueAt(value, now, memory_->seed_ << 40 ^ place));
+    });
+}
+
+void ControllerMemory::Unit::store(int address, MovingValue::Width width, std::int64_t value)
+{
+    const auto place = static_cast<std::size_t>(address);
+    if (width == MovingValue::Bit) {
+        coils[place] = value != 0 ? 1 : 0;
+        return;
+    }
+    registers[place] = static_cast<std::uint16_t>(value & 0xFFFF);
+    if (width == MovingValue::DoubleWord)
+        registers[place + 1] = static_cast<std::uint16_t>(value >> 16 & 0xFFFF);
+}
+
+ControllerMemory::ControllerMemory(unsigned seed, Clock clock)
+    : seed_(seed), clock_(clock ? std::move(clock) : millisecondsFromNow())
+{
 }
 
 bool ControllerMemory::coil(int unit, int address) const
 {
-    checkPlace(unit, address);
-    const std::lock_guard<std::mutex> lock(mutex_);
-    const Unit* const memory = find(unit);
-    return memory && memory->coils[static_cast<std::size_t>(address)] != 0;
+    return look(unit, MemoryValue::Coil, address) != 0;
 }
 
 void ControllerMemory::setCoil(int unit, int address, bool on)
 {
-    checkPlace(unit, address);
-    const std::lock_guard<std::mutex> lock(mutex_);
-    units_[unit].coils[static_cast<std::size_t>(address)] = on ? 1 : 0;
+    put(unit, MemoryValue::Coil, address, on ? 1 : 0);
 }
 
 std::uint16_t ControllerMemory::holdingRegister(int unit, int address) const
 {
-    checkPlace(unit, address);
-    const std::lock_guard<std::mutex> lock(mutex_);
-    const Unit* const memory = find(unit);
-    return memory ? memory->registers[static_cast<std::size_t>(address)] : std::uint16_t(0);
+    return look(unit, MemoryValue::Register, address);
 }
 
 void ControllerMemory::setHoldingRegister(int unit, int address, std::uint16_t value)
 {
-    checkPlace(unit, address);
-    const std::lock_guard<std::mutex> lock(mutex_);
-    units_[unit].registers[static_cast<std::size_t>(address)] = value;
+    put(unit, MemoryValue::Register, address, value);
 }
 
 void ControllerMemory::set(const MemoryValue& value)
 {
-    if (value.kind == MemoryValue::Coil)
-        setCoil(value.unit, value.address, value.value != 0);
+    put(value.unit, value.kind, value.address, value.value);
+}
+
+std::uint16_t ControllerMemory::look(int unit, MemoryValue::Kind kind, int address) const
+{
+    checkPlace(unit, address);
+    const std::lock_guard<std::mutex> lock(mutex_);
+    const auto found = units_.find(unit);
+    if (found == units_.end())
+        return 0;
+    found->second.read(kind, address, 1);
+    const auto place = static_cast<std::size_t>(address);
+    return kind == MemoryValue::Coil ? found->second.coils[place] : found->second.registers[place];
+}
+
+void ControllerMemory::put(int unit, MemoryValue::Kind kind, int address, std::uint16_t value)
+{
+    checkPlace(unit, address);
+    const std::lock_guard<std::mutex> lock(mutex_);
+    Unit& memory = unitOf(unit);
+    memory.write(kind, address, 1);
+    const auto place = static_cast<std::size_t>(address);
+    if (kind == MemoryValue::Coil)
+        memory.coils[place] = value != 0 ? 1 : 0;
     else
-        setHoldingRegister(value.unit, value.address, value.value);
+        memory.registers[place] = value;
+}
+
+void ControllerMemory::move(const MovingPlace& place)
+{
+    const bool isBit = place.value.width == MovingValue::Bit;
+    checkPlace(place.unit, place.address);
+    checkPlace(place.unit, place.value.width == MovingValue::DoubleWord ? place.address + 1 : place.address);
+    checkMotion(place.value);
+    const std::lock_guard<std::mutex> lock(mutex_);
+    unitOf(place.unit)
+        .moving(isBit ? MemoryValue::Coil : MemoryValue::Register)
+        .put(place.address, place.value);
 }
 
 std::vector<MemoryValue> ControllerMemory::values() const
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     std::vector<MemoryValue> all;
-    for (const auto& [number, unit] : units_) {
+    for (auto& [number, unit] : units_) {
+        unit.read(MemoryValue::Coil, 0, addressCount);
+        unit.read(MemoryValue::Register, 0, addressCount);
         appendValues(all, number, MemoryValue::Coil, unit.coils);
         appendValues(all, number, MemoryValue::Register, unit.registers);
     }
@@ -106,11 +175,13 @@ std::vector<int> ControllerMemory::units() const
     return numbers;
 }
 
-void ControllerMemory::use(int unit, const std::function<void(Unit&)>& work)
+ControllerMemory::Unit& ControllerMemory::unitOf(int number)
 {
-    checkUnit(unit);
-    const std::lock_guard<std::mutex> lock(mutex_);
-    work(units_[unit]);
+    checkUnit(number);
+    Unit& unit = units_[number];
+    unit.memory_ = this;
+    unit.number_ = number;
+    return unit;
 }
 
 } // namespace simulator

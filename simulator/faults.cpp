@@ -1,5 +1,7 @@
 #include "simulator/faults.h"
 
+#include "simulator/modbus_request.h"
+
 #include <stdexcept>
 
 namespace simulator
@@ -8,10 +10,8 @@ namespace simulator
 namespace
 {
 
-constexpr std::size_t byteCountOffset = 8;
+constexpr std::uint8_t writeCoil = 5;
 constexpr std::size_t extraBytes = 2; // one register more than asked for, or 16 coils
-constexpr std::uint8_t readCoils = 1;
-constexpr std::uint8_t readRegisters = 3;
 
 Bytes doubled(const Bytes& reply)
 {
@@ -27,37 +27,50 @@ Bytes cut(Bytes reply, std::uint32_t detail)
     return reply;
 }
 
-bool isReadReply(const Bytes& reply)
+void add(std::uint8_t& byte, int difference)
 {
-    return reply[functionOffset] == readCoils || reply[functionOffset] == readRegisters;
+    byte = static_cast<std::uint8_t>(byte + difference);
 }
 
-Bytes longer(Bytes reply, std::uint32_t detail, bool hasByteCount)
+void addToLength(Bytes& reply, int difference)
 {
-    if (hasByteCount)
-        reply[byteCountOffset] = static_cast<std::uint8_t>(reply[byteCountOffset] + extraBytes);
-    put16(reply, lengthOffset, get16(reply, lengthOffset) + extraBytes);
+    put16(reply, lengthOffset, static_cast<std::size_t>(get16(reply, lengthOffset) + difference));
+}
+
+Bytes longer(Bytes reply, std::uint32_t detail, ReplyKind kind)
+{
+    if (kind == ReplyKind::ToRead)
+        add(reply[replyByteCountOffset], extraBytes);
+    addToLength(reply, extraBytes);
     reply.resize(reply.size() + extraBytes);
     put16(reply, reply.size() - extraBytes, detail & 0xFFFF);
     return reply;
 }
 
-// Unit and byte count are at the same places in both kinds of frames.
-Bytes spoilBytes(Bytes reply, const FaultDraw& draw, bool hasByteCount)
+int oneMoreOrLess(std::uint32_t detail)
 {
-    switch (draw.fault) {
-    case Fault::Doubled:
-        return doubled(reply);
-    case Fault::Cut:
-        return cut(std::move(reply), draw.detail);
-    case Fault::Longer:
-        return longer(std::move(reply), draw.detail, hasByteCount);
-    case Fault::WrongUnit:
-        ++reply[unitOffset];
-        return reply;
-    default:
-        return reply;
-    }
+    return detail % 2 == 0 ? 1 : -1;
+}
+
+// A value, quantity or address that differs in its lowest bit, or a coil that was switched the other way.
+Bytes wrongEcho(Bytes reply, std::uint32_t detail)
+{
+    const std::size_t offset = replyEchoOffset + (detail % 2 == 0 ? 0 : 2);
+    const bool isCoilValue = offset != replyEchoOffset && reply[functionOffset] == writeCoil;
+    put16(reply, offset, get16(reply, offset) ^ (isCoilValue ? 0xFF00u : 1u));
+    return reply;
+}
+
+Bytes wrongByteCount(Bytes reply, std::uint32_t detail)
+{
+    add(reply[replyByteCountOffset], oneMoreOrLess(detail));
+    return reply;
+}
+
+Bytes wrongLength(Bytes reply, std::uint32_t detail, ReplyKind kind)
+{
+    addToLength(reply, oneMoreOrLess(detail));
+    return kind == ReplyKind::ToRead ? wrongByteCount(std::move(reply), detail) : reply;
 }
 
 Fault choose(const FaultSettings& settings, double position)
@@ -68,6 +81,20 @@ Fault choose(const FaultSettings& settings, double position)
             return kind.fault;
     }
     return Fault::None;
+}
+
+bool isRange(int from, int to)
+{
+    return from >= 0 && from <= to;
+}
+
+// How much later the reply is sent.
+int laterMs(const FaultSettings& settings, Fault fault, std::uint32_t detail)
+{
+    if (fault != Fault::Delay)
+        return settings.lateMs;
+    const auto times = static_cast<std::uint32_t>(settings.delayToMs - settings.delayFromMs) + 1;
+    return settings.delayFromMs + static_cast<int>(detail % times);
 }
 
 double fractionOf(std::uint32_t number)
@@ -92,6 +119,19 @@ const std::vector<FaultKind>& faultList()
         {Fault::Exception, "exception", &S::exception,
          "exception 4 (remote: no reply); the request is not executed"},
         {Fault::Close, "close", &S::close, "the connection is closed instead of a reply"},
+        {Fault::PaddedException, "padded-exception", &S::paddedException,
+         "exception 4, as long as the reply that is waited for (remote: no reply); the request is not "
+         "executed"},
+        {Fault::WrongEcho, "wrong-echo", &S::wrongEcho,
+         "the reply to a write names another address, value or quantity"},
+        {Fault::WrongByteCount, "wrong-byte-count", &S::wrongByteCount,
+         "the byte count of the reply to a read is one more or less than what comes"},
+        {Fault::WrongLength, "wrong-length", &S::wrongLength,
+         "the length field is one more or less than what comes, and a byte count with it"},
+        {Fault::CloseAfterReply, "close-after-reply", &S::closeAfterReply,
+         "the connection is closed behind the reply"},
+        {Fault::Delay, "delay", &S::delay,
+         "the reply and those behind it come some time within --delay-ms later"},
     };
     return list;
 }
@@ -111,17 +151,61 @@ void checkFaults(const FaultSettings& settings)
                                     "; lower them so that they add up to 1 at most");
     if (settings.lateMs < 0)
         throw std::invalid_argument("the delay of late replies must not be negative");
+    if (!isRange(settings.delayFromMs, settings.delayToMs))
+        throw std::invalid_argument(
+            "the delays of replies must not be negative, and the shortest comes first");
 }
 
-Bytes spoil(Bytes reply, const FaultDraw& draw)
+bool isExecuted(Fault fault)
 {
-    const bool hasByteCount = isReadReply(reply);
-    return spoilBytes(std::move(reply), draw, hasByteCount);
+    return fault != Fault::Exception && fault != Fault::PaddedException;
 }
 
-Bytes spoilRemote(Bytes reply, const FaultDraw& draw, bool toRead)
+ReplyKind replyKindOf(const Bytes& reply)
 {
-    return spoilBytes(std::move(reply), draw, toRead);
+    const ModbusFunction* const function = findFunction(reply[functionOffset]);
+    if (!function)
+        return ReplyKind::Exception;
+    return function->action == ModbusFunction::Read ? ReplyKind::ToRead : ReplyKind::ToWrite;
+}
+
+bool canHit(Fault fault, ReplyKind kind)
+{
+    if (fault == Fault::WrongEcho)
+        return kind == ReplyKind::ToWrite;
+    return fault != Fault::WrongByteCount || kind == ReplyKind::ToRead;
+}
+
+Bytes spoil(Bytes reply, const FaultDraw& draw, ReplyKind kind)
+{
+    switch (draw.fault) {
+    case Fault::Doubled:
+        return doubled(reply);
+    case Fault::Cut:
+        return cut(std::move(reply), draw.detail);
+    case Fault::Longer:
+        return longer(std::move(reply), draw.detail, kind);
+    case Fault::WrongUnit:
+        ++reply[unitOffset];
+        return reply;
+    case Fault::WrongEcho:
+        return wrongEcho(std::move(reply), draw.detail);
+    case Fault::WrongByteCount:
+        return wrongByteCount(std::move(reply), draw.detail);
+    case Fault::WrongLength:
+        return wrongLength(std::move(reply), draw.detail, kind);
+    default:
+        return reply;
+    }
+}
+
+Bytes padded(Bytes exception, std::size_t size, const FaultDraw& draw)
+{
+    while (exception.size() < size) {
+        exception.push_back(static_cast<std::uint8_t>(draw.detail & 0xFF));
+        addToLength(exception, 1);
+    }
+    return exception;
 }
 
 FaultPlan::FaultPlan(const FaultSettings& settings) : settings_(settings)
@@ -149,7 +233,8 @@ FaultDraw FaultPlan::draw(Position& position)
     // Two numbers for every reply, whatever its fault: a changed probability moves no later draw.
     const auto place = static_cast<std::uint32_t>(position.random_());
     const auto detail = static_cast<std::uint32_t>(position.random_());
-    return {choose(settings_, fractionOf(place)), detail, settings_.lateMs};
+    const Fault fault = choose(settings_, fractionOf(place));
+    return {fault, detail, laterMs(settings_, fault, detail)};
 }
 
 } // namespace simulator

@@ -95,6 +95,8 @@ bool load(const std::string& fileName, ControllerMemory& memory)
         std::cerr << "plcsim: " << error << '\n';
     for (const MemoryValue& value : parsed.values)
         memory.set(value);
+    for (const MovingPlace& place : parsed.moving)
+        memory.move(place);
     return parsed.errors.empty();
 }
 
@@ -128,7 +130,7 @@ void printSummary(const SimulatedController& controller)
 ExitStatus serve(const Options& options, SimulatedController& controller, const sigset_t& endSignals)
 {
     controller.start();
-    if (!print("listening on 127.0.0.1:" + std::to_string(controller.port()) + '\n'))
+    if (!print("listening on " + endpointText(options.settings.listenAddress, controller.port()) + '\n'))
         return OutputFailed;
     int signal = 0;
     sigwait(&endSignals, &signal);

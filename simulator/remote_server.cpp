@@ -38,6 +38,23 @@ void put16Back(Bytes& bytes, std::uint16_t value)
     put16(bytes, bytes.size() - 2, value);
 }
 
+MemoryValue::Kind kindOf(const MappedArea& area)
+{
+    return area.kind == MappedArea::Bit ? MemoryValue::Coil : MemoryValue::Register;
+}
+
+/// Calls work(place) for each coil or register of `count` elements.
+template <class Work>
+void eachPlace(const MappedArea& area, int first, int count, const Work& work)
+{
+    for (int i = 0; i < count; ++i) {
+        const std::size_t place = index(area, first + i);
+        work(static_cast<int>(place));
+        if (area.kind == MappedArea::DoubleWord)
+            work(static_cast<int>(behind(place)));
+    }
+}
+
 Bytes bitsOf(const Unit& unit, const MappedArea& area, int first, int count)
 {
     Bytes data(static_cast<std::size_t>((count + 7) / 8));
@@ -59,8 +76,9 @@ Bytes registersOf(const Unit& unit, const MappedArea& area, int first, int count
     return data;
 }
 
-Bytes dataOf(const Unit& unit, const MappedArea& area, int first, int count)
+Bytes dataOf(Unit& unit, const MappedArea& area, int first, int count)
 {
+    eachPlace(area, first, count, [&](int place) { unit.read(kindOf(area), place, 1); });
     return area.kind == MappedArea::Bit ? bitsOf(unit, area, first, count)
                                         : registersOf(unit, area, first, count);
 }
@@ -79,6 +97,7 @@ void setBitOfWord(std::uint16_t& word, int bit, bool on)
 void writeElement(Unit& unit, const MappedArea& area, int element, const std::uint8_t* bytes)
 {
     const std::size_t place = index(area, element);
+    eachPlace(area, element, 1, [&](int each) { unit.write(kindOf(area), each, 1); });
     const bool on = (bytes[0] & 1) != 0;
     switch (area.kind) {
     case MappedArea::Bit:
@@ -108,9 +127,9 @@ void writeElements(Unit& unit, const RemoteRequest& request, const Bytes& frame)
 
 } // namespace
 
-RemoteServer::RemoteServer(ControllerMemory& memory, std::vector<AddressRange> refused,
+RemoteServer::RemoteServer(ControllerMemory& memory, std::vector<AddressRange> holes,
                            std::function<bool(int)> answers)
-    : memory_(memory), refused_(std::move(refused)), answers_(std::move(answers))
+    : memory_(memory), holes_(std::move(holes)), answers_(std::move(answers))
 {
 }
 
@@ -121,7 +140,7 @@ Bytes RemoteServer::answer(const Bytes& frame)
         return {};
     if (request.station == broadcast && !request.isRead)
         executeOnAll(request, frame);
-    if (request.station == broadcast || !answers_(request.station))
+    if (request.station == broadcast || !answers_(request.station) || isRefused(request, request.station))
         return {};
     Bytes reply;
     memory_.use(request.station, [&](Unit& unit) {
@@ -139,7 +158,7 @@ Bytes RemoteServer::answer(const Bytes& frame)
 void RemoteServer::executeOnAll(const RemoteRequest& request, const Bytes& frame)
 {
     for (const int number : memory_.units())
-        if (answers_(number))
+        if (answers_(number) && !isRefused(request, number))
             memory_.use(number, [&](Unit& unit) { writeElements(unit, request, frame); });
 }
 
@@ -149,22 +168,18 @@ bool RemoteServer::isServed(const RemoteRequest& request) const
     if (!area || (request.isRead && area->kind == MappedArea::BitOfWord))
         return false;
     return request.element >= 0 && request.element < elementsOf(*area) &&
-           elementsAsked(*area, request) <= elementsOf(*area) - request.element && !isRefused(*area, request);
+           elementsAsked(*area, request) <= elementsOf(*area) - request.element;
 }
 
-bool RemoteServer::isRefused(const MappedArea& area, const RemoteRequest& request) const
+bool RemoteServer::isRefused(const RemoteRequest& request, int unit) const
 {
-    const auto refuses = [this](std::size_t place) {
-        return std::any_of(refused_.begin(), refused_.end(), [&](const AddressRange& range) {
-            return static_cast<int>(place) >= range.from && static_cast<int>(place) <= range.to;
-        });
-    };
-    for (int i = 0; !refused_.empty() && i < elementsAsked(area, request); ++i) {
-        const std::size_t place = index(area, request.element + i);
-        if (refuses(place) || (area.kind == MappedArea::DoubleWord && refuses(behind(place))))
-            return true;
-    }
-    return false;
+    if (holes_.empty())
+        return false;
+    const MappedArea& area = *findArea(request.area);
+    bool refused = false;
+    eachPlace(area, request.element, elementsAsked(area, request),
+              [&](int place) { refused = refused || isInHole(holes_, unit, kindOf(area), place, 1); });
+    return refused;
 }
 
 } // namespace simulator

@@ -3,9 +3,9 @@
 #ifndef SIMULATOR_REMOTE_SERVER_H
 #define SIMULATOR_REMOTE_SERVER_H
 
+#include "simulator/address_range.h"
 #include "simulator/controller_memory.h"
 #include "simulator/remote_frame.h"
-#include "simulator/request_server.h"
 
 #include <functional>
 #include <vector>
@@ -13,11 +13,9 @@
 namespace simulator
 {
 
-struct MappedArea;
-
 /// Executes remote requests on a ControllerMemory; the frames are described in remote_frame.h. There are no
 /// exceptions in this format: what cannot be served is neither executed nor answered. That is an area code
-/// above 14, a read of bits in words (area 8), elements outside the area, and a refused address.
+/// above 14, a read of bits in words (area 8), elements outside the area, and an address in a hole.
 ///
 /// A write may carry fewer bytes than its count needs: elements whose bytes are not all there stay as they
 /// are. More bytes are ignored. The lowest bit of a byte is the value of a bit.
@@ -31,7 +29,7 @@ class RemoteServer
 {
 public:
     /// `memory` must outlive the server. `answers` says whether a unit (1 to 255) is switched on.
-    RemoteServer(ControllerMemory& memory, std::vector<AddressRange> refused,
+    RemoteServer(ControllerMemory& memory, std::vector<AddressRange> holes,
                  std::function<bool(int unit)> answers);
 
     /// Executes `request`, a whole frame with a right sum, and returns the reply; empty if there is none.
@@ -39,11 +37,11 @@ public:
 
 private:
     bool isServed(const RemoteRequest& request) const;
-    bool isRefused(const MappedArea& area, const RemoteRequest& request) const;
+    bool isRefused(const RemoteRequest& request, int unit) const;
     void executeOnAll(const RemoteRequest& request, const Bytes& frame);
 
     ControllerMemory& memory_;
-    const std::vector<AddressRange> refused_;
+    const std::vector<AddressRange> holes_;
     const std::function<bool(int)> answers_;
 };
 

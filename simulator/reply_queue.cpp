@@ -1,7 +1,6 @@
 #include "simulator/reply_queue.h"
 
 #include <algorithm>
-#include <numeric>
 
 namespace simulator
 {
@@ -13,18 +12,28 @@ constexpr std::chrono::microseconds splitPause{200};
 
 } // namespace
 
+bool ReplyQueue::passes(const FaultDraw& draw) const
+{
+    const bool isDelayed = draw.fault == Fault::Late || draw.fault == Fault::Glued ||
+                           draw.fault == Fault::Split || draw.fault == Fault::Delay ||
+                           delay_ != delay_.zero();
+    return !isDelayed && pendingBytes_ == 0;
+}
+
 void ReplyQueue::add(Bytes reply, const FaultDraw& draw, Time now)
 {
-    const Time later = now + std::chrono::milliseconds(draw.lateMs);
+    const Time ready = now + delay_;
+    const Time later = ready + std::chrono::milliseconds(draw.lateMs);
     moveDue(now);
+    pendingBytes_ += reply.size();
     if (draw.fault == Fault::Late)
         late_.emplace(later, std::move(reply));
     else if (draw.fault == Fault::Glued && held_.empty())
         hold(reply, later);
     else if (draw.fault == Fault::Split)
-        enqueueSplit(reply, now);
+        enqueueSplit(reply, ready);
     else
-        enqueue(reply, now);
+        enqueue(reply, draw.fault == Fault::Delay ? later : ready);
 }
 
 Bytes ReplyQueue::takeDue(Time now)
@@ -34,6 +43,7 @@ Bytes ReplyQueue::takeDue(Time now)
         return {};
     Bytes bytes = std::move(pieces_.front().bytes);
     pieces_.pop_front();
+    pendingBytes_ -= bytes.size();
     return bytes;
 }
 
@@ -50,14 +60,11 @@ std::optional<ReplyQueue::Time> ReplyQueue::nextDue() const
     return first;
 }
 
-std::size_t ReplyQueue::pendingBytes() const
+void ReplyQueue::forgetLate()
 {
-    std::size_t bytes = held_.size();
-    for (const Piece& piece : pieces_)
-        bytes += piece.bytes.size();
     for (const auto& reply : late_)
-        bytes += reply.second.size();
-    return bytes;
+        pendingBytes_ -= reply.second.size();
+    late_.clear();
 }
 
 // A reply that waits to be glued goes out with whatever comes next, in one piece.
@@ -70,10 +77,10 @@ void ReplyQueue::enqueue(const Bytes& bytes, Time due)
         pieces_.push_back({due, std::move(piece)});
 }
 
-void ReplyQueue::enqueueSplit(const Bytes& reply, Time now)
+void ReplyQueue::enqueueSplit(const Bytes& reply, Time from)
 {
-    enqueue({}, now); // what is held is not to be split
-    Time due = pieces_.empty() ? now : std::max(now, pieces_.back().due);
+    enqueue({}, from); // what is held is not to be split
+    Time due = pieces_.empty() ? from : std::max(from, pieces_.back().due);
     for (const std::uint8_t byte : reply) {
         pieces_.push_back({due, {byte}});
         due += splitPause;

@@ -22,6 +22,12 @@ public:
     using Clock = std::chrono::steady_clock;
     using Time = Clock::time_point;
 
+    /// `delay`: how long every reply takes, besides what its fault adds.
+    explicit ReplyQueue(std::chrono::milliseconds delay = {}) : delay_(delay) {}
+
+    /// Whether such a reply can be sent at once: nothing delays it, and nothing waits.
+    bool passes(const FaultDraw& draw) const;
+
     /// Takes in a reply, its bytes already spoiled. NoReply and Close are not queued: the caller's business.
     void add(Bytes reply, const FaultDraw& draw, Time now);
 
@@ -31,7 +37,10 @@ public:
     /// When takeDue() has something to give, or nothing if no reply is waiting.
     std::optional<Time> nextDue() const;
 
-    std::size_t pendingBytes() const;
+    std::size_t pendingBytes() const { return pendingBytes_; }
+
+    /// Drops the replies that the next ones may overtake.
+    void forgetLate();
 
 private:
     struct Piece {
@@ -40,10 +49,12 @@ private:
     };
 
     void enqueue(const Bytes& bytes, Time due);
-    void enqueueSplit(const Bytes& reply, Time now);
+    void enqueueSplit(const Bytes& reply, Time from);
     void hold(const Bytes& reply, Time until);
     void moveDue(Time now);
 
+    const std::chrono::milliseconds delay_;
+    std::size_t pendingBytes_ = 0;
     std::deque<Piece> pieces_;        // sent in this order, each when it is due
     std::multimap<Time, Bytes> late_; // not in the order yet
     Bytes held_;                      // goes out in front of the next piece

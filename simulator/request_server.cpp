@@ -1,15 +1,8 @@
 #include "simulator/request_server.h"
 
-#include "simulator/file_descriptor.h"
-
-#include <modbus.h>
-#include <sys/socket.h>
+#include "simulator/modbus_request.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <stdexcept>
-#include <string>
 
 namespace simulator
 {
@@ -17,158 +10,98 @@ namespace simulator
 namespace
 {
 
-constexpr std::size_t addressOffset = 8;
-constexpr std::size_t quantityOffset = 10;
-constexpr std::size_t byteCountOffset = 12;
-constexpr std::size_t fixedSize = 12; // of every request without values of its own
-constexpr int onlyOne = 0;            // maximum of functions that carry a value in place of a quantity
+using Unit = ControllerMemory::Unit;
 
-// What Modbus allows of the functions served here.
-struct Function {
-    int code;
-    int maximum;        // quantity
-    int bitsPerElement; // of the values that follow the quantity; 0 if none do
+/// What a well-formed request that hits no hole is about.
+struct Elements {
+    MemoryValue::Kind kind;
+    std::size_t first;
+    std::size_t count;
 };
 
-constexpr Function functions[] = {
-    {MODBUS_FC_READ_COILS, MODBUS_MAX_READ_BITS, 0},
-    {MODBUS_FC_READ_HOLDING_REGISTERS, MODBUS_MAX_READ_REGISTERS, 0},
-    {MODBUS_FC_WRITE_SINGLE_COIL, onlyOne, 0},
-    {MODBUS_FC_WRITE_SINGLE_REGISTER, onlyOne, 0},
-    {MODBUS_FC_WRITE_MULTIPLE_COILS, MODBUS_MAX_WRITE_BITS, 1},
-    {MODBUS_FC_WRITE_MULTIPLE_REGISTERS, MODBUS_MAX_WRITE_REGISTERS, 16},
-};
-
-const Function* functionOf(const Bytes& request)
+Elements elementsOf(const ModbusFunction& function, const Bytes& request)
 {
-    const auto found = std::find_if(std::begin(functions), std::end(functions),
-                                    [&](const Function& f) { return f.code == request[functionOffset]; });
-    return found == std::end(functions) ? nullptr : found;
+    return {function.kind, get16(request, requestAddressOffset),
+            static_cast<std::size_t>(quantityOf(function, request))};
 }
 
-bool isFrame(const Bytes& request)
+/// The header of `request` with the length field of a reply of this size, and unit and function.
+Bytes replyTo(const Bytes& request, std::size_t size)
 {
-    return request.size() >= lengthEnd + minimumLength && request.size() <= lengthEnd + maximumLength &&
-           get16(request, protocolOffset) == 0 && get16(request, lengthOffset) == request.size() - lengthEnd;
+    Bytes reply(size);
+    std::copy_n(request.begin(), functionOffset + 1, reply.begin());
+    put16(reply, lengthOffset, size - lengthEnd);
+    return reply;
 }
 
-int quantityOf(const Function& function, const Bytes& request)
+Bytes exceptionTo(const Bytes& request, unsigned code)
 {
-    return function.maximum == onlyOne ? 1 : get16(request, quantityOffset);
+    Bytes reply = replyTo(request, exceptionReplySize);
+    reply[functionOffset] |= exceptionFlag;
+    reply[functionOffset + 1] = static_cast<std::uint8_t>(code);
+    return reply;
 }
 
-bool hasRightValues(const Function& function, const Bytes& request)
+Bytes read(const Bytes& request, const Elements& elements, Unit& unit)
 {
-    const int bits = quantityOf(function, request) * function.bitsPerElement;
-    const std::size_t byteCount = static_cast<std::size_t>((bits + 7) / 8);
-    return request.size() == byteCountOffset + 1 + byteCount && request[byteCountOffset] == byteCount;
-}
-
-// Sizes first: nothing behind the end of the request is looked at.
-bool isWellFormed(const Function& function, const Bytes& request)
-{
-    if (request.size() < fixedSize)
-        return false;
-    if (function.maximum != onlyOne) {
-        const int quantity = quantityOf(function, request);
-        if (quantity < 1 || quantity > function.maximum)
-            return false;
+    unit.read(elements.kind, static_cast<int>(elements.first), static_cast<int>(elements.count));
+    const std::size_t bytes = valueBytes(elements.kind, static_cast<int>(elements.count));
+    constexpr std::size_t valuesOffset = replyByteCountOffset + 1;
+    Bytes reply = replyTo(request, valuesOffset + bytes);
+    reply[replyByteCountOffset] = static_cast<std::uint8_t>(bytes);
+    if (elements.kind == MemoryValue::Register) {
+        for (std::size_t i = 0; i < elements.count; ++i)
+            put16(reply, valuesOffset + 2 * i, unit.registers[elements.first + i]);
+        return reply;
     }
-    if (function.bitsPerElement != 0)
-        return hasRightValues(function, request);
-    if (function.code == MODBUS_FC_WRITE_SINGLE_COIL) {
-        const int value = get16(request, quantityOffset);
-        if (value != 0xFF00 && value != 0)
-            return false;
-    }
-    return request.size() == fixedSize;
+    for (std::size_t i = 0; i < elements.count; ++i)
+        reply[valuesOffset + i / 8] |= static_cast<std::uint8_t>(unit.coils[elements.first + i] << i % 8);
+    return reply;
 }
 
-modbus_mapping_t mappingOf(ControllerMemory::Unit& unit)
+void writeOne(const Bytes& request, const Elements& elements, Unit& unit)
 {
-    modbus_mapping_t mapping{};
-    mapping.nb_bits = addressCount;
-    mapping.tab_bits = unit.coils.data();
-    mapping.nb_registers = addressCount;
-    mapping.tab_registers = unit.registers.data();
-    return mapping;
+    const std::uint16_t value = get16(request, requestQuantityOffset);
+    if (elements.kind == MemoryValue::Register)
+        unit.registers[elements.first] = value;
+    else
+        unit.coils[elements.first] = value != 0 ? 1 : 0;
+}
+
+void writeMany(const Bytes& request, const Elements& elements, Unit& unit)
+{
+    for (std::size_t i = 0; i < elements.count; ++i) {
+        if (elements.kind == MemoryValue::Register)
+            unit.registers[elements.first + i] = get16(request, requestValuesOffset + 2 * i);
+        else
+            unit.coils[elements.first + i] = request[requestValuesOffset + i / 8] >> i % 8 & 1;
+    }
+}
+
+/// A write is answered with its own beginning.
+Bytes write(const ModbusFunction& function, const Bytes& request, const Elements& elements, Unit& unit)
+{
+    unit.write(elements.kind, static_cast<int>(elements.first), static_cast<int>(elements.count));
+    if (function.action == ModbusFunction::WriteOne)
+        writeOne(request, elements, unit);
+    else
+        writeMany(request, elements, unit);
+    Bytes reply = replyTo(request, writeReplySize);
+    std::copy_n(request.begin() + replyEchoOffset, writeReplySize - replyEchoOffset,
+                reply.begin() + replyEchoOffset);
+    return reply;
 }
 
 } // namespace
 
-/// libmodbus with its connection replaced by a pair of sockets: what it sends is read back here.
-class RequestServer::Library
-{
-public:
-    Library() : Library(socketPair()) {}
-    ~Library() { modbus_free(context_); }
-    Library(const Library&) = delete;
-    Library& operator=(const Library&) = delete;
-
-    Bytes reply(const Bytes& request, ControllerMemory::Unit& unit)
-    {
-        modbus_mapping_t mapping = mappingOf(unit);
-        modbus_reply(context_, request.data(), static_cast<int>(request.size()), &mapping);
-        return sent();
-    }
-
-    Bytes exception(const Bytes& request, unsigned code)
-    {
-        modbus_reply_exception(context_, request.data(), code);
-        Bytes reply = sent();
-        if (!reply.empty())
-            reply[functionOffset] |= 0x80; // libmodbus adds it, which wraps for functions above 127
-        return reply;
-    }
-
-private:
-    struct Pair {
-        int library;
-        int own;
-    };
-
-    explicit Library(Pair pair)
-        : librarySide_(pair.library), ownSide_(pair.own), context_(modbus_new_tcp("127.0.0.1", 0))
-    {
-        if (!context_)
-            throw std::runtime_error("cannot prepare libmodbus: " + std::string(modbus_strerror(errno)));
-        modbus_set_socket(context_, pair.library);
-        // Before some exceptions libmodbus waits this long for the rest of a damaged request.
-        modbus_set_response_timeout(context_, 0, 1);
-    }
-
-    // Packets, not a stream: each reply is read as it was sent.
-    static Pair socketPair()
-    {
-        int ends[2];
-        if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0)
-            throw std::runtime_error("cannot create a pair of sockets: " + std::string(std::strerror(errno)));
-        return {ends[0], ends[1]};
-    }
-
-    Bytes sent()
-    {
-        Bytes reply(MODBUS_TCP_MAX_ADU_LENGTH);
-        const ssize_t size = recv(ownSide_.number(), reply.data(), reply.size(), MSG_DONTWAIT);
-        reply.resize(size > 0 ? static_cast<std::size_t>(size) : 0);
-        return reply;
-    }
-
-    FileDescriptor librarySide_;
-    FileDescriptor ownSide_;
-    modbus_t* context_;
-};
-
-RequestServer::RequestServer(ControllerMemory& memory, std::vector<AddressRange> refused)
-    : memory_(memory), refused_(std::move(refused)), library_(std::make_unique<Library>())
+RequestServer::RequestServer(ControllerMemory& memory, std::vector<AddressRange> holes)
+    : memory_(memory), holes_(std::move(holes))
 {
 }
 
-RequestServer::~RequestServer() = default;
-
 Bytes RequestServer::answer(const Bytes& request)
 {
-    if (!isFrame(request))
+    if (!isModbusFrame(request))
         return {};
     const int unit = request[unitOffset];
     if (unit == 0)
@@ -176,12 +109,11 @@ Bytes RequestServer::answer(const Bytes& request)
     return answers(unit) ? execute(request, unit) : Bytes();
 }
 
-Bytes RequestServer::refuse(const Bytes& request, unsigned exceptionCode)
+Bytes RequestServer::refuse(const Bytes& request, unsigned exceptionCode) const
 {
-    if (!isFrame(request) || !answers(request[unitOffset]))
+    if (!isModbusFrame(request) || !answers(request[unitOffset]))
         return {};
-    const std::lock_guard<std::mutex> lock(mutex_);
-    return library_->exception(request, exceptionCode);
+    return exceptionTo(request, exceptionCode);
 }
 
 bool RequestServer::answers(int unit) const
@@ -197,11 +129,14 @@ void RequestServer::setSilent(int unit, bool silent)
 
 Bytes RequestServer::execute(const Bytes& request, int unit)
 {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const ModbusFunction* const function = findFunction(request[functionOffset]);
+    if (const unsigned exception = objection(function, request, unit))
+        return exceptionTo(request, exception);
+    const Elements elements = elementsOf(*function, request);
     Bytes reply;
-    memory_.use(unit, [&](ControllerMemory::Unit& elements) {
-        const unsigned exception = objection(request);
-        reply = exception ? library_->exception(request, exception) : library_->reply(request, elements);
+    memory_.use(unit, [&](Unit& memory) {
+        reply = function->action == ModbusFunction::Read ? read(request, elements, memory)
+                                                         : write(*function, request, elements, memory);
     });
     return reply;
 }
@@ -214,25 +149,18 @@ void RequestServer::executeOnAll(const Bytes& request)
             execute(request, unit);
 }
 
-bool RequestServer::isRefused(int address, int quantity) const
+// The exception to send, or 0. Only what passes is looked at any further.
+unsigned RequestServer::objection(const ModbusFunction* function, const Bytes& request, int unit) const
 {
-    return std::any_of(refused_.begin(), refused_.end(), [&](const AddressRange& range) {
-        return address <= range.to && address + quantity > range.from;
-    });
-}
-
-// The exception to send, or 0. libmodbus is only given what passes, so it never reads past the request.
-// Addresses past 65535 are left to it.
-unsigned RequestServer::objection(const Bytes& request) const
-{
-    const Function* const function = functionOf(request);
     if (!function)
-        return MODBUS_EXCEPTION_ILLEGAL_FUNCTION;
+        return illegalFunction;
     if (!isWellFormed(*function, request))
-        return MODBUS_EXCEPTION_ILLEGAL_DATA_VALUE;
-    if (isRefused(get16(request, addressOffset), quantityOf(*function, request)))
-        return MODBUS_EXCEPTION_ILLEGAL_DATA_ADDRESS;
-    return 0;
+        return illegalValue;
+    const int address = get16(request, requestAddressOffset);
+    const int quantity = quantityOf(*function, request);
+    const bool isThere =
+        address + quantity <= addressCount && !isInHole(holes_, unit, function->kind, address, quantity);
+    return isThere ? 0 : illegalAddress;
 }
 
 } // namespace simulator

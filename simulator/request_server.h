@@ -3,42 +3,36 @@
 #ifndef SIMULATOR_REQUEST_SERVER_H
 #define SIMULATOR_REQUEST_SERVER_H
 
+#include "simulator/address_range.h"
 #include "simulator/controller_memory.h"
 #include "simulator/frame_bytes.h"
 
 #include <array>
 #include <atomic>
-#include <memory>
-#include <mutex>
 #include <vector>
 
 namespace simulator
 {
 
-/// Addresses that do not exist, both ends included, for coils and holding registers of every unit.
-struct AddressRange {
-    int from;
-    int to;
-};
+struct ModbusFunction;
 
-/// Executes Modbus TCP requests on a ControllerMemory and builds the replies with libmodbus.
+/// Executes Modbus TCP requests on a ControllerMemory.
 ///
-/// Served are the functions 1, 3, 5, 6, 15 and 16. Refused like a real controller does, in this order:
+/// Served are the functions 1, 3, 5, 6, 15 and 16, and 2 and 4 for masters that read inputs: discrete inputs are the
+/// coils, input registers the holding registers. Refused like a real controller does, in this order:
 ///  - any other function: exception 1;
 ///  - a quantity of 0 or beyond what Modbus allows, a byte count or a request length that does not fit the
 ///    function and quantity, a coil value that is neither on nor off: exception 3;
-///  - an address past 65535 or inside a refused range: exception 2.
+///  - an address past 65535 or in a hole: exception 2.
 ///
 /// Unit 0 is broadcast: a write is executed on every unit that has a memory, a read does nothing, and
-/// neither is answered. Every function may be called from any thread; requests are executed one by one.
+/// neither is answered. Every function may be called from any thread; requests to the memory are executed one by
+/// one.
 class RequestServer
 {
 public:
-    /// `memory` must outlive the server. Throws std::runtime_error if the system has no sockets left.
-    explicit RequestServer(ControllerMemory& memory, std::vector<AddressRange> refused = {});
-    ~RequestServer();
-    RequestServer(const RequestServer&) = delete;
-    RequestServer& operator=(const RequestServer&) = delete;
+    /// `memory` must outlive the server.
+    explicit RequestServer(ControllerMemory& memory, std::vector<AddressRange> holes = {});
 
     /// Executes `request`, one frame with its header, and returns the reply; empty when nothing is to be
     /// sent. A frame that is too short, belongs to another protocol or whose length field does not match
@@ -46,7 +40,7 @@ public:
     Bytes answer(const Bytes& request);
 
     /// The exception reply to `request`, which is not executed; empty as for answer().
-    Bytes refuse(const Bytes& request, unsigned exceptionCode);
+    Bytes refuse(const Bytes& request, unsigned exceptionCode) const;
 
     /// Whether requests to this unit are answered: not for broadcast, and not while it is silent.
     bool answers(int unit) const;
@@ -56,18 +50,13 @@ public:
     void setSilent(int unit, bool silent);
 
 private:
-    class Library;
-
     Bytes execute(const Bytes& request, int unit);
     void executeOnAll(const Bytes& request);
-    bool isRefused(int address, int quantity) const;
-    unsigned objection(const Bytes& request) const;
+    unsigned objection(const ModbusFunction* function, const Bytes& request, int unit) const;
 
     ControllerMemory& memory_;
-    const std::vector<AddressRange> refused_;
+    const std::vector<AddressRange> holes_;
     std::array<std::atomic<bool>, lastUnit + 1> silent_{};
-    std::mutex mutex_; // guards library_; taken before the memory's own
-    std::unique_ptr<Library> library_;
 };
 
 } // namespace simulator

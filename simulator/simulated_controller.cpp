@@ -1,15 +1,12 @@
 #include "simulator/simulated_controller.h"
 
-#include "simulator/connection.h"
+#include "simulator/connection_set.h"
 #include "simulator/file_descriptor.h"
+#include "simulator/modbus_request.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <stdexcept>
@@ -20,10 +17,6 @@ namespace simulator
 
 namespace
 {
-
-constexpr std::size_t mostConnections = 64;
-constexpr std::size_t ownEntries = 2; // of the controller itself, polled besides its connections
-constexpr unsigned deviceFailure = 4; // the exception of Fault::Exception
 
 std::string failure(const std::string& what)
 {
@@ -38,50 +31,6 @@ int checkedPort(int port)
     return port;
 }
 
-sockaddr_in loopback(int port)
-{
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<std::uint16_t>(port));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return address;
-}
-
-std::string bindFailure(int port)
-{
-    const std::string name = "port " + std::to_string(port) + " of 127.0.0.1";
-    if (errno == EADDRINUSE)
-        return name + " is already in use: stop the program that listens there, or choose another port (0 "
-                      "picks a free one)";
-    if (errno == EACCES)
-        return name + " is not open to you: choose a port above 1023 (0 picks a free one)";
-    return failure("cannot listen on " + name);
-}
-
-std::unique_ptr<FileDescriptor> listenOn(int port)
-{
-    auto listener =
-        std::make_unique<FileDescriptor>(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
-    if (listener->number() < 0)
-        throw std::runtime_error(failure("cannot create a socket"));
-    const int on = 1; // a port whose last connections are still dying may be taken again
-    setsockopt(listener->number(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-    const sockaddr_in address = loopback(port);
-    if (bind(listener->number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-        listen(listener->number(), SOMAXCONN) != 0)
-        throw std::runtime_error(bindFailure(port));
-    return listener;
-}
-
-int portOf(const FileDescriptor& listener)
-{
-    sockaddr_in address{};
-    socklen_t size = sizeof address;
-    if (getsockname(listener.number(), reinterpret_cast<sockaddr*>(&address), &size) != 0)
-        throw std::runtime_error(failure("cannot find out the port"));
-    return ntohs(address.sin_port);
-}
-
 std::unique_ptr<FileDescriptor> wakeEvent()
 {
     auto event = std::make_unique<FileDescriptor>(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
@@ -90,16 +39,9 @@ std::unique_ptr<FileDescriptor> wakeEvent()
     return event;
 }
 
-// How long to sleep until `due`, for ppoll(): a null pointer if there is nothing to wake up for.
-const timespec* sleepUntil(const std::optional<ReplyQueue::Time>& due, timespec& pause)
+ReplyKind remoteReplyKind(const Bytes& request)
 {
-    if (!due)
-        return nullptr;
-    using namespace std::chrono;
-    const auto rest = std::max(nanoseconds(0), duration_cast<nanoseconds>(*due - ReplyQueue::Clock::now()));
-    pause.tv_sec = static_cast<time_t>(duration_cast<seconds>(rest).count());
-    pause.tv_nsec = static_cast<long>((rest % seconds(1)).count());
-    return &pause;
+    return request.size() == remoteReadSize ? ReplyKind::ToRead : ReplyKind::ToWrite;
 }
 
 std::size_t indexOf(Fault fault)
@@ -110,10 +52,14 @@ std::size_t indexOf(Fault fault)
 } // namespace
 
 SimulatedController::SimulatedController(const Settings& settings)
-    : settings_(settings), server_(memory_, settings.refused),
+    : settings_(settings), memory_(settings.faults.seed), server_(memory_, settings.refused),
       remoteServer_(memory_, settings.refused, [this](int unit) { return server_.answers(unit); }),
       plan_(settings.faults), port_(checkedPort(settings.port))
 {
+    if (settings.delayMs < 0)
+        throw std::invalid_argument("the delay of every reply must not be negative");
+    for (const int unit : settings.silentUnits)
+        server_.setSilent(unit, true);
 }
 
 SimulatedController::~SimulatedController()
@@ -126,7 +72,7 @@ void SimulatedController::start()
     const std::lock_guard<std::mutex> lock(lifeMutex_);
     if (thread_.joinable())
         return;
-    listener_ = listenOn(port_);
+    listener_ = listenOn(settings_.listenAddress, port_);
     wake_ = wakeEvent();
     port_ = portOf(*listener_);
     accepted_ = 0;
@@ -181,41 +127,23 @@ unsigned long SimulatedController::injected(Fault fault) const
 
 void SimulatedController::run()
 {
-    Connections connections;
-    for (Work work = waitForWork(connections); !work.isOver; work = waitForWork(connections)) {
-        for (const auto& connection : connections)
+    ConnectionSet connections(wake_->number(), listener_->number());
+    for (auto work = connections.wait(); !work.isOver; work = connections.wait()) {
+        for (Connection* const connection : work.ready) {
             serve(*connection);
-        connections.erase(std::remove_if(connections.begin(), connections.end(),
-                                         [](const auto& connection) { return connection->isOver(); }),
-                          connections.end());
+            connections.settle(*connection);
+        }
         if (work.isConnecting)
             acceptInto(connections);
     }
 }
 
-// Sleeps until something comes in, can go out or is due, and tells each connection what happened.
-SimulatedController::Work SimulatedController::waitForWork(const Connections& connections) const
-{
-    const int listener = connections.size() < mostConnections ? listener_->number() : -1;
-    std::vector<pollfd> entries = {{wake_->number(), POLLIN, 0}, {listener, POLLIN, 0}};
-    std::optional<ReplyQueue::Time> first;
-    for (const auto& connection : connections) {
-        entries.push_back({connection->socket(), connection->wanted(), 0});
-        if (const auto due = connection->wakeAt())
-            first = first ? std::min(*first, *due) : *due;
-    }
-    timespec pause{};
-    ppoll(entries.data(), entries.size(), sleepUntil(first, pause), nullptr);
-    for (std::size_t i = 0; i < connections.size(); ++i)
-        connections[i]->setHappened(entries[ownEntries + i].revents);
-    return {entries[0].revents != 0, entries[1].revents != 0};
-}
-
-void SimulatedController::acceptInto(Connections& connections)
+void SimulatedController::acceptInto(ConnectionSet& connections)
 {
     FileDescriptor socket(accept4(listener_->number(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
     if (socket.number() >= 0)
-        connections.push_back(std::make_unique<Connection>(std::move(socket), ++accepted_, settings_.remote));
+        connections.add(std::make_unique<Connection>(std::move(socket), ++accepted_, settings_.remote,
+                                                     std::chrono::milliseconds(settings_.delayMs)));
 }
 
 void SimulatedController::serve(Connection& connection)
@@ -243,11 +171,11 @@ void SimulatedController::handle(Connection& connection, const Bytes& request)
         return;
     }
     const FaultDraw draw = plan_.draw(connection.faults());
-    if (settings_.remote && draw.fault == Fault::Exception)
+    if (settings_.remote && !isExecuted(draw.fault))
         return deliver(connection, {}, draw); // remote frames know no exceptions
-    Bytes reply = spoiledAnswer(request, draw);
+    Bytes reply = isExecuted(draw.fault) ? answer(request) : server_.refuse(request, deviceFailure);
     if (!reply.empty()) // the unit may have become silent meanwhile, or a remote request cannot be served
-        deliver(connection, std::move(reply), draw);
+        spoilAndDeliver(connection, request, std::move(reply), draw);
 }
 
 Bytes SimulatedController::answer(const Bytes& request)
@@ -255,15 +183,15 @@ Bytes SimulatedController::answer(const Bytes& request)
     return settings_.remote ? remoteServer_.answer(request) : server_.answer(request);
 }
 
-Bytes SimulatedController::spoiledAnswer(const Bytes& request, const FaultDraw& draw)
+void SimulatedController::spoilAndDeliver(Connection& connection, const Bytes& request, Bytes reply,
+                                          FaultDraw draw)
 {
-    if (draw.fault == Fault::Exception)
-        return server_.refuse(request, deviceFailure);
-    Bytes reply = answer(request);
-    if (reply.empty())
-        return reply;
-    return settings_.remote ? spoilRemote(std::move(reply), draw, request.size() == remoteReadSize)
-                            : spoil(std::move(reply), draw);
+    const ReplyKind kind = settings_.remote ? remoteReplyKind(request) : replyKindOf(reply);
+    if (!canHit(draw.fault, kind))
+        draw.fault = Fault::None;
+    if (draw.fault == Fault::PaddedException)
+        reply = padded(std::move(reply), expectedReplySize(request), draw);
+    deliver(connection, spoil(std::move(reply), draw, kind), draw);
 }
 
 void SimulatedController::deliver(Connection& connection, Bytes reply, const FaultDraw& draw)

@@ -1,5 +1,5 @@
 /// \file
-/// \brief A Modbus TCP controller on loopback that misbehaves on demand.
+/// \brief A Modbus TCP controller that misbehaves on demand, on loopback unless told otherwise.
 ///
 ///     simulator::SimulatedController controller;
 ///     controller.start();
@@ -12,6 +12,7 @@
 #include "simulator/controller_memory.h"
 #include "simulator/faults.h"
 #include "simulator/frame_bytes.h"
+#include "simulator/listen_address.h"
 #include "simulator/remote_server.h"
 #include "simulator/request_server.h"
 
@@ -20,6 +21,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -27,6 +29,7 @@ namespace simulator
 {
 
 class Connection;
+class ConnectionSet;
 class FileDescriptor;
 
 /// One request as it came in, or one reply with the fault that hit it.
@@ -43,9 +46,12 @@ struct Settings {
     std::vector<AddressRange> refused = {};
     bool remote = false; ///< requests and replies are remote frames (remote_frame.h), not Modbus TCP
     std::function<void(const TraceEntry&)> trace = {}; ///< called on the controller's own thread
+    std::string listenAddress = defaultListenAddress;  ///< in digits, see listenOn()
+    int delayMs = 0;                   ///< how long every reply takes; they stay in their order
+    std::vector<int> silentUnits = {}; ///< see SimulatedController::setSilent()
 };
 
-/// Listens on 127.0.0.1 and serves up to 64 connections at once (a further one waits for its turn) on one
+/// Listens on Settings::listenAddress and serves up to 64 connections at once (a further one waits for its turn) on one
 /// thread of its own. Requests of a connection are executed in the order of their arrival. A frame of
 /// another protocol or with an impossible length closes its connection. The kinds of request served and
 /// refused are those of RequestServer, the faults those of faults.h. With remote frames RemoteServer serves
@@ -91,21 +97,12 @@ public:
     unsigned long injected(Fault fault) const;
 
 private:
-    using Connections = std::vector<std::unique_ptr<Connection>>;
-
-    /// What the controller itself is woken up for, its connections aside.
-    struct Work {
-        bool isOver;       ///< the thread shall end
-        bool isConnecting; ///< somebody wants a connection
-    };
-
     void run();
-    Work waitForWork(const Connections& connections) const;
-    void acceptInto(Connections& connections);
+    void acceptInto(ConnectionSet& connections);
     void serve(Connection& connection);
     void handle(Connection& connection, const Bytes& request);
     Bytes answer(const Bytes& request);
-    Bytes spoiledAnswer(const Bytes& request, const FaultDraw& draw);
+    void spoilAndDeliver(Connection& connection, const Bytes& request, Bytes reply, FaultDraw draw);
     void deliver(Connection& connection, Bytes reply, const FaultDraw& draw);
     void trace(const TraceEntry& entry) const;
 

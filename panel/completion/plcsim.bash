@@ -9,7 +9,8 @@ _plcsim_files() {
 
 _plcsim() {
   local current=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
-  local faults="no-reply= late= doubled= split= glued= cut= longer= wrong-unit= exception= close="
+  local faults="no-reply= late= doubled= split= glued= cut= longer= wrong-unit= exception= close=
+    padded-exception= wrong-echo= wrong-byte-count= wrong-length= close-after-reply= delay="
   COMPREPLY=()
   case $before in
   --load | --dump-file)
@@ -19,10 +20,13 @@ _plcsim() {
     compopt -o nospace 2>/dev/null
     mapfile -t COMPREPLY < <(compgen -W "$faults" -- "$current")
     ;;
-  --port | --refuse | --late-ms | --seed) ;;
+  --listen)
+    mapfile -t COMPREPLY < <(compgen -W "127.0.0.1 0.0.0.0 ::1 ::" -- "$current")
+    ;;
+  --port | --refuse | --silent | --delay | --delay-ms | --late-ms | --seed) ;;
   *)
-    mapfile -t COMPREPLY < <(compgen -W "--port --remote --load --dump --dump-file --refuse --fault --late-ms
-      --seed --trace --quiet --help --version" -- "$current")
+    mapfile -t COMPREPLY < <(compgen -W "--port --listen --remote --load --dump --dump-file --refuse --silent
+      --delay --fault --late-ms --delay-ms --seed --trace --quiet --help --version" -- "$current")
     ;;
   esac
 }

@@ -10,6 +10,7 @@ namespace
 
 using simulator::ControllerMemory;
 using simulator::MemoryValue;
+using simulator::MovingValue;
 using testing::ElementsAre;
 
 TEST(ControllerMemory, IsAllZeroAtFirst)
@@ -96,6 +97,109 @@ TEST(ControllerMemory, LosesNothingWhenSeveralThreadsWrite)
     one.join();
     two.join();
     EXPECT_EQ(memory.values().size(), 2000u);
+}
+
+class MovingMemory : public testing::Test
+{
+protected:
+    std::int64_t now = 0;
+    ControllerMemory memory{1, [this] { return now; }};
+};
+
+constexpr MovingValue countingUp{MovingValue::Counter, MovingValue::Word, 0, 65535, 10};
+
+TEST_F(MovingMemory, ShowsAValueAsItIsWhenItIsLookedAt)
+{
+    memory.move({1, 100, countingUp});
+    EXPECT_EQ(memory.holdingRegister(1, 100), 0);
+    now = 50;
+    EXPECT_EQ(memory.holdingRegister(1, 100), 5);
+    EXPECT_THAT(memory.values(), ElementsAre(MemoryValue{1, MemoryValue::Register, 100, 5}));
+}
+
+TEST_F(MovingMemory, MovesCoils)
+{
+    memory.move({1, 100, {MovingValue::Counter, MovingValue::Bit, 0, 1, 10}});
+    EXPECT_FALSE(memory.coil(1, 100));
+    now = 10;
+    EXPECT_TRUE(memory.coil(1, 100));
+    EXPECT_EQ(memory.holdingRegister(1, 100), 0);
+}
+
+TEST_F(MovingMemory, StoresADoubleWordLowHalfFirst)
+{
+    now = 10;
+    memory.move({1, 100, {MovingValue::Counter, MovingValue::DoubleWord, 0x1234FFFF, 0x7FFFFFFF, 10}});
+    EXPECT_EQ(memory.holdingRegister(1, 101), 0x1235);
+    EXPECT_EQ(memory.holdingRegister(1, 100), 0x0000);
+}
+
+TEST_F(MovingMemory, StoresNegativeValuesAsTwosComplement)
+{
+    memory.move({1, 100, {MovingValue::Counter, MovingValue::Word, -2, 0, 10}});
+    memory.move({1, 200, {MovingValue::Counter, MovingValue::DoubleWord, -2, 0, 10}});
+    EXPECT_EQ(memory.holdingRegister(1, 100), 0xFFFE);
+    EXPECT_EQ(memory.holdingRegister(1, 200), 0xFFFE);
+    EXPECT_EQ(memory.holdingRegister(1, 201), 0xFFFF);
+}
+
+TEST_F(MovingMemory, KeepsWhatIsWritten)
+{
+    memory.move({1, 100, countingUp});
+    memory.setHoldingRegister(1, 100, 77);
+    now = 50;
+    EXPECT_EQ(memory.holdingRegister(1, 100), 77);
+}
+
+TEST_F(MovingMemory, StopsADoubleWordOfWhichHalfIsWritten)
+{
+    memory.move({1, 100, {MovingValue::Counter, MovingValue::DoubleWord, 0x10005, 0x1FFFF, 10}});
+    memory.setHoldingRegister(1, 101, 9);
+    now = 50;
+    EXPECT_EQ(memory.holdingRegister(1, 100), 5);
+    EXPECT_EQ(memory.holdingRegister(1, 101), 9);
+}
+
+TEST_F(MovingMemory, GivesRandomValuesOfTwoPlacesEachTheirOwn)
+{
+    const MovingValue random{MovingValue::Random, MovingValue::Word, 0, 65535, 10};
+    memory.move({1, 100, random});
+    memory.move({1, 101, random});
+    memory.move({2, 100, random});
+    EXPECT_NE(memory.holdingRegister(1, 100), memory.holdingRegister(1, 101));
+    EXPECT_NE(memory.holdingRegister(1, 100), memory.holdingRegister(2, 100));
+}
+
+TEST_F(MovingMemory, GivesTheSameRandomValuesForTheSameSeed)
+{
+    const MovingValue random{MovingValue::Random, MovingValue::Word, 0, 65535, 10};
+    ControllerMemory same{1, [] { return 0; }};
+    ControllerMemory other{2, [] { return 0; }};
+    for (ControllerMemory* each : {&memory, &same, &other})
+        each->move({1, 100, random});
+    EXPECT_EQ(memory.holdingRegister(1, 100), same.holdingRegister(1, 100));
+    EXPECT_NE(memory.holdingRegister(1, 100), other.holdingRegister(1, 100));
+}
+
+TEST_F(MovingMemory, RefusesWhatHasNoPlaceOrDoesNotFit)
+{
+    EXPECT_THROW(memory.move({0, 100, countingUp}), std::out_of_range);
+    EXPECT_THROW(memory.move({1, 65535, {MovingValue::Ramp, MovingValue::DoubleWord, 0, 9, 10}}),
+                 std::out_of_range);
+    EXPECT_THROW(memory.move({1, 1, {MovingValue::Ramp, MovingValue::Word, 0, 65536, 10}}),
+                 std::invalid_argument);
+    EXPECT_THROW(memory.move({1, 1, {MovingValue::Ramp, MovingValue::Word, 9, 0, 10}}),
+                 std::invalid_argument);
+    EXPECT_THROW(memory.move({1, 1, {MovingValue::Ramp, MovingValue::Bit, -1, 1, 10}}),
+                 std::invalid_argument);
+    EXPECT_THROW(memory.move({1, 1, {MovingValue::Ramp, MovingValue::Word, 0, 9, 0}}), std::invalid_argument);
+}
+
+TEST(ControllerMemory, LetsTimeBeginWhenItIsMade)
+{
+    ControllerMemory memory;
+    memory.move({1, 100, {MovingValue::Ramp, MovingValue::Word, 0, 65535, 86400000}});
+    EXPECT_LT(memory.holdingRegister(1, 100), 100); // two minutes
 }
 
 } // namespace

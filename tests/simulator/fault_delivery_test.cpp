@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <stdexcept>
 
 namespace
 {
@@ -216,10 +217,129 @@ TEST_F(FaultDelivery, CloseComesAfterTheReplyToTheRequestBefore)
     EXPECT_EQ(client.receiveUntilClosed(), write1);
 }
 
-TEST_F(FaultDelivery, EveryFaultButTheExceptionExecutesTheRequest)
+TEST_F(FaultDelivery, PaddedExceptionIsAsLongAsTheReplyAndDoesNotExecute)
+{
+    LoopbackClient client(controller.port());
+    always(&FaultSettings::paddedException);
+    for (const char* request : {write1, "00 01 00 00 00 0B 01 10 00 05 00 02 04 00 01 FF FE"}) {
+        const test::Bytes reply = test::fromHex(client.exchange(request));
+        ASSERT_EQ(reply.size(), 12u);
+        EXPECT_EQ(simulator::get16(reply, simulator::lengthOffset), 6);
+        EXPECT_EQ(reply[7], 0x80 | test::fromHex(request)[7]);
+        EXPECT_EQ(reply[8], 4);
+    }
+    EXPECT_EQ(controller.memory().holdingRegister(1, 5), 0);
+    EXPECT_EQ(test::fromHex(client.exchange("00 01 00 00 00 06 01 03 00 05 00 0A")).size(), 9u + 20);
+    EXPECT_EQ(test::fromHex(client.exchange("00 01 00 00 00 06 01 01 00 05 00 0A")).size(), 9u + 2);
+}
+
+TEST_F(FaultDelivery, WrongEchoHitsWritesAndLeavesReadsAlone)
+{
+    LoopbackClient client(controller.port());
+    always(&FaultSettings::wrongEcho);
+    const std::string reply = client.exchange(write1);
+    EXPECT_TRUE(reply == "00 01 00 00 00 06 01 06 00 04 12 34" ||
+                reply == "00 01 00 00 00 06 01 06 00 05 12 35")
+        << reply;
+    EXPECT_EQ(client.exchange("00 03 00 00 00 06 01 03 00 05 00 01"), "00 03 00 00 00 05 01 03 02 12 34");
+    EXPECT_EQ(controller.injected(Fault::WrongEcho), 1u);
+    EXPECT_EQ(controller.injected(Fault::None), 1u);
+}
+
+TEST_F(FaultDelivery, WrongByteCountHitsReadsAndLeavesWritesAlone)
+{
+    LoopbackClient client(controller.port());
+    always(&FaultSettings::wrongByteCount);
+    EXPECT_EQ(client.exchange(write1), write1);
+    const std::string reply = client.exchange("00 03 00 00 00 06 01 03 00 05 00 01");
+    EXPECT_TRUE(reply == "00 03 00 00 00 05 01 03 01 12 34" || reply == "00 03 00 00 00 05 01 03 03 12 34")
+        << reply;
+    EXPECT_EQ(controller.injected(Fault::WrongByteCount), 1u);
+}
+
+TEST_F(FaultDelivery, WrongLengthSendsAsManyBytesAsWithoutIt)
+{
+    LoopbackClient client(controller.port());
+    always(&FaultSettings::wrongLength);
+    client.send(write1);
+    client.stopSending();
+    const std::string received = client.receiveUntilClosed();
+    EXPECT_TRUE(received == "00 01 00 00 00 05 01 06 00 05 12 34" ||
+                received == "00 01 00 00 00 07 01 06 00 05 12 34")
+        << received;
+}
+
+TEST_F(FaultDelivery, CloseAfterReplySendsTheReplyAndNothingMore)
+{
+    always(&FaultSettings::closeAfterReply);
+    for (int i = 0; i < 3; ++i) {
+        LoopbackClient client(controller.port());
+        client.send(std::string(write1) + " " + write2);
+        EXPECT_EQ(client.receiveUntilClosed(), write1);
+    }
+    EXPECT_EQ(controller.requests(), 3u);
+}
+
+TEST_F(FaultDelivery, CloseAfterReplyDoesNotWaitForLateReplies)
+{
+    FaultSettings settings;
+    settings.late = 0.5;
+    settings.closeAfterReply = 0.5;
+    settings.lateMs = never;
+    while (!startsWith(Fault::Late, Fault::CloseAfterReply, settings))
+        ++settings.seed;
+    controller.setFaults(settings);
+    LoopbackClient client(controller.port());
+    client.send(std::string(write1) + " " + write2);
+    EXPECT_EQ(client.receiveUntilClosed(), write2);
+}
+
+TEST_F(FaultDelivery, DelayComesNoSoonerThanItsShortestTimeAndKeepsTheOrder)
+{
+    FaultSettings settings;
+    settings.delay = 0.5;
+    settings.delayFromMs = 60;
+    settings.delayToMs = 80;
+    while (!startsWith(Fault::Delay, Fault::None, settings))
+        ++settings.seed;
+    controller.setFaults(settings);
+    LoopbackClient client(controller.port());
+    const auto start = std::chrono::steady_clock::now();
+    client.send(std::string(write1) + " " + write2);
+    EXPECT_EQ(client.receiveFrame(), write1);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(60));
+    EXPECT_EQ(client.receiveFrame(), write2);
+}
+
+TEST(Delay, HoldsEveryReplyOfEveryConnection)
+{
+    Settings settings;
+    settings.delayMs = 50;
+    SimulatedController controller(settings);
+    controller.start();
+    LoopbackClient client(controller.port());
+    LoopbackClient other(controller.port());
+    const auto start = std::chrono::steady_clock::now();
+    client.send(std::string(write1) + " " + write2);
+    other.send(write2);
+    EXPECT_EQ(client.receiveFrame(), write1);
+    EXPECT_EQ(client.receiveFrame(), write2);
+    EXPECT_EQ(other.receiveFrame(), write2);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(50));
+}
+
+TEST(Delay, MustNotBeNegative)
+{
+    Settings settings;
+    settings.delayMs = -1;
+    EXPECT_THROW(SimulatedController{settings}, std::invalid_argument);
+}
+
+TEST_F(FaultDelivery, EveryFaultButTheExceptionsExecutesTheRequest)
 {
     for (const FaultKind& kind : faultList()) {
-        if (kind.fault == Fault::Exception)
+        const bool hits = simulator::canHit(kind.fault, simulator::ReplyKind::ToWrite);
+        if (!hits || !simulator::isExecuted(kind.fault))
             continue;
         controller.memory().setHoldingRegister(1, 5, 0);
         LoopbackClient client(controller.port());

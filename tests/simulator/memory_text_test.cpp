@@ -8,6 +8,7 @@ namespace
 using simulator::formatMemoryText;
 using simulator::MemoryText;
 using simulator::MemoryValue;
+using simulator::MovingValue;
 using simulator::parseMemoryText;
 using simulator::parseNumber;
 using testing::AllOf;
@@ -57,6 +58,49 @@ TEST(ParseMemoryText, TakesLinesOfOtherSystemsAndALastLineWithoutEnd)
     EXPECT_EQ(text.values.size(), 2u);
 }
 
+TEST(ParseMemoryText, ReadsAMovingRegister)
+{
+    const MemoryText text = parseMemoryText("unit 2 register 100 ramp -5..1000 period 10000 # tank", "f");
+    EXPECT_THAT(text.errors, IsEmpty());
+    ASSERT_EQ(text.moving.size(), 1u);
+    EXPECT_EQ(text.moving[0].unit, 2);
+    EXPECT_EQ(text.moving[0].address, 100);
+    const MovingValue& value = text.moving[0].value;
+    EXPECT_EQ(value.motion, MovingValue::Ramp);
+    EXPECT_EQ(value.width, MovingValue::Word);
+    EXPECT_EQ(value.lowest, -5);
+    EXPECT_EQ(value.highest, 1000);
+    EXPECT_EQ(value.periodMs, 10000);
+}
+
+TEST(ParseMemoryText, ReadsAMovingDoubleWordWithTheWidestLimits)
+{
+    const MemoryText text =
+        parseMemoryText("unit 1 register32 65534 sine -2147483648..4294967295 period 86400000\n"
+                        "unit 1 register32 0 counter 0..0 period 1",
+                        "f");
+    EXPECT_THAT(text.errors, IsEmpty());
+    ASSERT_EQ(text.moving.size(), 2u);
+    const MovingValue& value = text.moving[0].value;
+    EXPECT_EQ(value.motion, MovingValue::Sine);
+    EXPECT_EQ(value.width, MovingValue::DoubleWord);
+    EXPECT_EQ(value.lowest, -2147483648LL);
+    EXPECT_EQ(value.highest, 4294967295LL);
+    EXPECT_EQ(text.moving[1].value.motion, MovingValue::Counter);
+}
+
+TEST(ParseMemoryText, ReadsAMovingCoilWithoutLimits)
+{
+    const MemoryText text = parseMemoryText("unit 1 coil 16 random period 500", "f");
+    EXPECT_THAT(text.errors, IsEmpty());
+    ASSERT_EQ(text.moving.size(), 1u);
+    const MovingValue& value = text.moving[0].value;
+    EXPECT_EQ(value.motion, MovingValue::Random);
+    EXPECT_EQ(value.width, MovingValue::Bit);
+    EXPECT_EQ(value.lowest, 0);
+    EXPECT_EQ(value.highest, 1);
+}
+
 TEST(ParseMemoryText, ReportsEveryWrongLineWithItsPlaceAndText)
 {
     const MemoryText text = parseMemoryText("unit 1 coil 1 1\nfoo\nunit 1 coil 5 2\n", "start.txt");
@@ -80,8 +124,23 @@ TEST_P(WrongLine, IsRefused)
 {
     const MemoryText text = parseMemoryText(GetParam(), "f");
     EXPECT_THAT(text.values, IsEmpty());
+    EXPECT_THAT(text.moving, IsEmpty());
     EXPECT_EQ(text.errors.size(), 1u);
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    ParseMemoryTextThatMoves, WrongLine,
+    testing::Values("unit 1 register 1 ramp 0..1", "unit 1 register 1 ramp period 5",
+                    "unit 1 register 1 ramp 5..4 period 5", "unit 1 register 1 ramp 0..65536 period 5",
+                    "unit 1 register 1 ramp -32769..0 period 5", "unit 1 register 1 ramp 0-9 period 5",
+                    "unit 1 register 1 ramp 0.. period 5", "unit 1 register 1 ramp ..9 period 5",
+                    "unit 1 register 1 ramp 0..9 period 0", "unit 1 register 1 ramp 0..9 period 86400001",
+                    "unit 1 register 1 ramp 0..9 every 5", "unit 1 register 1 ramp 0..9 period 5 5",
+                    "unit 1 register 1 jump 0..9 period 5", "unit 0 register 1 ramp 0..9 period 5",
+                    "unit 1 register 65536 ramp 0..9 period 5", "unit 1 register32 65535 ramp 0..9 period 5",
+                    "unit 1 register32 1 ramp 0..4294967296 period 5",
+                    "unit 1 register32 1 ramp -2147483649..0 period 5", "unit 1 coil 1 ramp 0..1 period 5",
+                    "unit 1 coil 1 ramp", "units 1 coil 1 ramp period 5", "unit 1 register32 1 5"));
 
 INSTANTIATE_TEST_SUITE_P(ParseMemoryText, WrongLine,
                          testing::Values("unit 0 coil 1 1", "unit 256 coil 1 1", "unit 1 coil 65536 1",

@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -331,6 +332,91 @@ TEST(Plcsim, TracesRequestsAndRepliesInHex)
               "1 <- 00 01 00 00 00 06 01 06 20 00 12 34\n1 -> 00 01 00 00 00 03 01 86 04 (exception)\n");
 }
 
+TEST(Plcsim, LeavesHolesPerUnitAndKind)
+{
+    Plcsim plcsim({"--refuse", "3:5-9", "--refuse", "coils:20-20", "--refuse", "4:registers:0x1E-30"});
+    LoopbackClient client(plcsim.port());
+    EXPECT_EQ(client.exchange("00 01 00 00 00 06 03 03 00 05 00 01"), "00 01 00 00 00 03 03 83 02");
+    EXPECT_EQ(client.exchange("00 01 00 00 00 06 01 03 00 05 00 01"), "00 01 00 00 00 05 01 03 02 00 00");
+    EXPECT_EQ(client.exchange("00 01 00 00 00 06 01 01 00 14 00 01"), "00 01 00 00 00 03 01 81 02");
+    EXPECT_EQ(client.exchange("00 01 00 00 00 06 01 03 00 14 00 01"), "00 01 00 00 00 05 01 03 02 00 00");
+    EXPECT_EQ(client.exchange("00 01 00 00 00 06 04 03 00 1E 00 01"), "00 01 00 00 00 03 04 83 02");
+    EXPECT_EQ(client.exchange("00 01 00 00 00 06 04 01 00 1E 00 01"), "00 01 00 00 00 04 04 01 01 00");
+}
+
+TEST(Plcsim, KeepsUnitsSilent)
+{
+    Plcsim plcsim({"--silent", "3,7-9", "--silent", "255"});
+    LoopbackClient client(plcsim.port());
+    for (const char* unit : {"03", "07", "08", "09", "FF"})
+        client.send(std::string("00 01 00 00 00 06 ") + unit + " 03 00 05 00 01");
+    EXPECT_EQ(client.exchange("00 02 00 00 00 06 06 03 00 05 00 01"), "00 02 00 00 00 05 06 03 02 00 00");
+}
+
+TEST(Plcsim, DelaysEveryReply)
+{
+    Plcsim plcsim({"--delay", "60"});
+    LoopbackClient client(plcsim.port());
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(client.exchange(write2000), write2000);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(60));
+}
+
+TEST(Plcsim, DelaysRepliesByAFault)
+{
+    Plcsim plcsim({"--fault", "delay=1", "--delay-ms", "60-70"});
+    LoopbackClient client(plcsim.port());
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(client.exchange(write2000), write2000);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(60));
+    EXPECT_EQ(plcsim.endBy(SIGINT), 0);
+    EXPECT_EQ(plcsim.restOfErrors, "plcsim: 1 requests, delay 1\n");
+}
+
+TEST(Plcsim, LoadsValuesThatMove)
+{
+    const TemporaryFile file(
+        "unit 1 register32 10 counter 5..9 period 1\nunit 1 register 8192 sine 7..7 period 5\n");
+    Plcsim plcsim({"--load", file.name});
+    LoopbackClient client(plcsim.port());
+    const char* const read10 = "00 01 00 00 00 06 01 03 00 0A 00 02";
+    const std::string first = client.exchange(read10);
+    EXPECT_TRUE(test::eventually([&] { return client.exchange(read10) != first; }));
+    EXPECT_EQ(client.exchange("00 01 00 00 00 06 01 04 20 00 00 01"), "00 01 00 00 00 05 01 04 02 00 07");
+    EXPECT_EQ(client.exchange(write2000), write2000);
+    EXPECT_EQ(client.exchange("00 01 00 00 00 06 01 03 20 00 00 01"), "00 01 00 00 00 05 01 03 02 12 34");
+}
+
+TEST(Plcsim, ListensOnAnotherAddress)
+{
+    Plcsim plcsim({"--listen", "0.0.0.0"});
+    const std::string line = plcsim.firstLine();
+    ASSERT_THAT(line, StartsWith("listening on 0.0.0.0:"));
+    LoopbackClient client(std::atoi(line.substr(line.rfind(':') + 1).c_str()));
+    EXPECT_EQ(client.exchange(write2000), write2000);
+}
+
+TEST(Plcsim, RefusesToListenOnWhatIsNoAddress)
+{
+    Plcsim plcsim({"--listen", "localhost"});
+    EXPECT_EQ(plcsim.end(), 1);
+    EXPECT_EQ(plcsim.restOfOutput, "");
+    EXPECT_THAT(plcsim.restOfErrors, HasSubstr("'localhost' is no address to listen on: give one in digits"));
+}
+
+TEST(Plcsim, ClosesTheConnectionBehindEachReply)
+{
+    Plcsim plcsim({"--fault", "close-after-reply=1"});
+    const int port = plcsim.port();
+    for (int i = 0; i < 3; ++i) {
+        LoopbackClient client(port);
+        client.send(write2000);
+        EXPECT_EQ(client.receiveUntilClosed(), write2000);
+    }
+    EXPECT_EQ(plcsim.endBy(SIGTERM), 0);
+    EXPECT_EQ(plcsim.restOfErrors, "plcsim: 3 requests, close-after-reply 3\n");
+}
+
 TEST(Plcsim, AnswersRemoteFramesAndCountsBadOnes)
 {
     Plcsim plcsim({"--remote"});
@@ -347,8 +433,17 @@ TEST(Plcsim, ExplainsEveryOption)
 {
     Plcsim plcsim({"--help"});
     EXPECT_EQ(plcsim.end(), 0);
-    for (const char* word : {"--port", "--load", "--dump", "--dump-file", "--refuse", "--fault", "--late-ms",
-                             "--seed", "--trace", "--quiet", "no-reply", "wrong-unit", "unit 1 coil"})
+    for (const char* word : {"--port",      "--load",
+                             "--dump",      "--dump-file",
+                             "--refuse",    "--fault",
+                             "--late-ms",   "--seed",
+                             "--trace",     "--quiet",
+                             "no-reply",    "wrong-unit",
+                             "unit 1 coil", "--listen",
+                             "--silent",    "--delay",
+                             "--delay-ms",  "padded-exception",
+                             "wrong-echo",  "close-after-reply",
+                             "SIGTERM",     "ramp 0..1000 period"})
         EXPECT_THAT(plcsim.restOfOutput, HasSubstr(word));
 }
 
@@ -391,6 +486,16 @@ INSTANTIATE_TEST_SUITE_P(
                     WrongArguments{{"--refuse", "5"}, "--refuse 5: give the first and the last address"},
                     WrongArguments{{"--refuse", "9-5"}, "--refuse 9-5: give"},
                     WrongArguments{{"--refuse", "0-65536"}, "for example --refuse 100-199"},
+                    WrongArguments{{"--refuse", "0:5-9"}, "--refuse 0:5-9: give"},
+                    WrongArguments{{"--refuse", "inputs:5-9"}, "for example --refuse 3:coils:100-199"},
+                    WrongArguments{{"--refuse", "1:2:5-9"}, "--refuse 1:2:5-9: give"},
+                    WrongArguments{{"--refuse", "coils:1:5-9"}, "--refuse coils:1:5-9: give"},
+                    WrongArguments{{"--silent", "0"}, "--silent 0: give units from 1 to 255"},
+                    WrongArguments{{"--silent", "3,"}, "for example --silent 3,7-9"},
+                    WrongArguments{{"--silent", "9-7"}, "--silent 9-7: give units"},
+                    WrongArguments{{"--delay", "600001"}, "--delay 600001: give a number from 0 to 600000"},
+                    WrongArguments{{"--delay-ms", "5"}, "for example --delay-ms 10-100"},
+                    WrongArguments{{"--delay-ms", "9-5"}, "--delay-ms 9-5: give"},
                     WrongArguments{{"--late-ms", "-1"}, "--late-ms -1: give a number"},
                     WrongArguments{{"--seed", "4294967296"}, "--seed 4294967296: give a number"},
                     WrongArguments{{"--bogus"}, "Unknown option 'bogus'"},

@@ -228,4 +228,43 @@ TEST_F(RemoteControllerTest, ClosesTheConnection)
     EXPECT_EQ(client.receiveUntilClosed(), "");
 }
 
+TEST_F(RemoteControllerTest, SendsNoPaddedExceptionAndDoesNotExecute)
+{
+    LoopbackClient client(controller.port());
+    useFault(&FaultSettings::paddedException);
+    client.send(remoteWrite(1, 9, 701, 1, {9, 0}));
+    ASSERT_TRUE(eventually([&] { return controller.injected(Fault::PaddedException) == 1; }));
+    expectNothingBeforeTheNextReply(client);
+    EXPECT_EQ(controller.memory().holdingRegister(1, 701), 0);
+}
+
+TEST_F(RemoteControllerTest, EchoesAnotherElementOrAnotherCount)
+{
+    LoopbackClient client(controller.port());
+    useFault(&FaultSettings::wrongEcho);
+    const std::string reply = exchange(client, write700);
+    EXPECT_TRUE(reply == "00 00 00 00 00 06 01 09 02 BD 00 01" ||
+                reply == "00 00 00 00 00 06 01 09 02 BC 00 00")
+        << reply;
+    EXPECT_EQ(exchange(client, remoteRead(1, 9, 700, 1)), "00 00 00 00 00 05 01 09 02 56 78");
+}
+
+TEST_F(RemoteControllerTest, CountsOneByteMoreOrLessThanThereAre)
+{
+    LoopbackClient client(controller.port());
+    useFault(&FaultSettings::wrongByteCount);
+    EXPECT_EQ(exchange(client, write700), remoteWriteReply);
+    const std::string reply = exchange(client, remoteRead(1, 9, 700, 1));
+    EXPECT_TRUE(reply == "00 00 00 00 00 05 01 09 01 56 78" || reply == "00 00 00 00 00 05 01 09 03 56 78")
+        << reply;
+}
+
+TEST_F(RemoteControllerTest, ClosesTheConnectionBehindAReply)
+{
+    LoopbackClient client(controller.port());
+    useFault(&FaultSettings::closeAfterReply);
+    client.send(write700);
+    EXPECT_EQ(client.receiveUntilClosed(), remoteWriteReply);
+}
+
 } // namespace

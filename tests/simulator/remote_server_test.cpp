@@ -242,4 +242,56 @@ TEST_F(RemoteServerTest, ServesTheLastElements)
     EXPECT_EQ(memory.holdingRegister(1, 65534), 0x8000);
 }
 
+TEST(RemoteHoles, AreThereForOneUnitAndOneKindOnly)
+{
+    ControllerMemory memory;
+    RemoteServer server(memory, {{100, 199, 2, simulator::MemoryValue::Register}}, [](int) { return true; });
+    EXPECT_THAT(server.answer(remoteRead(2, 9, 100, 1)), IsEmpty());
+    EXPECT_THAT(server.answer(remoteRead(1, 9, 100, 1)), testing::Not(IsEmpty()));
+    EXPECT_THAT(server.answer(remoteRead(2, 2, 100, 1)), testing::Not(IsEmpty()));
+}
+
+TEST(RemoteHoles, KeepABroadcastFromTheirUnitAlone)
+{
+    ControllerMemory memory;
+    memory.setCoil(1, 0, true);
+    memory.setCoil(2, 0, true);
+    RemoteServer server(memory, {{100, 199, 2}}, [](int) { return true; });
+    server.answer(remoteWrite(0, 9, 100, 1, {7, 0}));
+    EXPECT_EQ(memory.holdingRegister(1, 100), 7);
+    EXPECT_EQ(memory.holdingRegister(2, 100), 0);
+}
+
+class RemoteMovingValues : public testing::Test
+{
+protected:
+    using MovingValue = simulator::MovingValue;
+
+    std::string read(int area, int element, int count)
+    {
+        return toHex(server.answer(remoteRead(1, area, element, count)));
+    }
+
+    std::int64_t now = 0;
+    ControllerMemory memory{1, [this] { return now; }};
+    RemoteServer server{memory, {}, [](int) { return true; }};
+};
+
+TEST_F(RemoteMovingValues, AreReadAsTheyAreNow)
+{
+    memory.move({1, 0xF706, {MovingValue::Counter, MovingValue::DoubleWord, 0x10000, 0x1FFFF, 10}});
+    memory.move({1, 5, {MovingValue::Counter, MovingValue::Bit, 0, 1, 10}});
+    now = 70;
+    EXPECT_EQ(read(14, 3, 2), "00 00 00 00 00 07 01 0E 04 00 07 00 01");
+    EXPECT_EQ(read(2, 5, 1), "00 00 00 00 00 04 01 02 01 01");
+}
+
+TEST_F(RemoteMovingValues, StayAsTheyWereWritten)
+{
+    memory.move({1, 700, {MovingValue::Counter, MovingValue::Word, 5, 65535, 10}});
+    server.answer(remoteWrite(1, 8, 16 * 700, 1, {0})); // bit 0 of a word that is 5
+    now = 70;
+    EXPECT_EQ(memory.holdingRegister(1, 700), 4);
+}
+
 } // namespace

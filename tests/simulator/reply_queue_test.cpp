@@ -144,4 +144,50 @@ TEST(ReplyQueue, DoesNotSplitWhatIsHeld)
     EXPECT_THAT(sendsAt(queue, 10), ElementsAre("01 02", "03", "04"));
 }
 
+TEST(ReplyQueue, DelaysAReplyAndThoseBehindIt)
+{
+    ReplyQueue queue;
+    queue.add(fromHex("01"), drawn(Fault::Delay, 100), at(0));
+    queue.add(fromHex("02"), drawn(Fault::None), at(10));
+    EXPECT_THAT(sendsAt(queue, 99), ElementsAre());
+    EXPECT_THAT(sendsAt(queue, 100), ElementsAre("01", "02"));
+}
+
+TEST(ReplyQueue, DelaysEveryReplyWhenToldTo)
+{
+    ReplyQueue queue(std::chrono::milliseconds(20));
+    queue.add(fromHex("01"), drawn(Fault::None), at(0));
+    queue.add(fromHex("02"), drawn(Fault::Delay, 100), at(5));
+    queue.add(fromHex("03"), drawn(Fault::Late, 200), at(5));
+    EXPECT_THAT(sendsAt(queue, 19), ElementsAre());
+    EXPECT_THAT(sendsAt(queue, 20), ElementsAre("01"));
+    EXPECT_THAT(sendsAt(queue, 124), ElementsAre());
+    EXPECT_THAT(sendsAt(queue, 125), ElementsAre("02"));
+    EXPECT_THAT(sendsAt(queue, 224), ElementsAre());
+    EXPECT_THAT(sendsAt(queue, 225), ElementsAre("03"));
+    EXPECT_EQ(queue.pendingBytes(), 0u);
+}
+
+TEST(ReplyQueue, LetsPassWhatNothingDelaysWhileNothingWaits)
+{
+    ReplyQueue queue;
+    for (const Fault fault : {Fault::None, Fault::Doubled, Fault::CloseAfterReply})
+        EXPECT_TRUE(queue.passes(drawn(fault)));
+    for (const Fault fault : {Fault::Late, Fault::Glued, Fault::Split, Fault::Delay})
+        EXPECT_FALSE(queue.passes(drawn(fault)));
+    EXPECT_FALSE(ReplyQueue(std::chrono::milliseconds(1)).passes(drawn(Fault::None)));
+    queue.add(fromHex("01"), drawn(Fault::Late), at(0));
+    EXPECT_FALSE(queue.passes(drawn(Fault::None)));
+}
+
+TEST(ReplyQueue, ForgetsLateRepliesOnly)
+{
+    ReplyQueue queue;
+    queue.add(fromHex("01 02"), drawn(Fault::Late), at(0));
+    queue.add(fromHex("03"), drawn(Fault::None), at(0));
+    queue.forgetLate();
+    EXPECT_EQ(queue.pendingBytes(), 1u);
+    EXPECT_THAT(sendsAt(queue, 1000), ElementsAre("03"));
+}
+
 } // namespace

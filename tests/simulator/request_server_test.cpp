@@ -39,6 +39,19 @@ TEST_F(RequestServerTest, ReadsHoldingRegistersHighByteFirst)
     EXPECT_EQ(answer("00 07 00 00 00 06 02 03 F7 00 00 02"), "00 07 00 00 00 07 02 03 04 12 34 AB CD");
 }
 
+TEST_F(RequestServerTest, ReadsCoilsAsDiscreteInputs)
+{
+    memory.setCoil(1, 0x10, true);
+    memory.setCoil(1, 0x19, true);
+    EXPECT_EQ(answer("12 34 00 00 00 06 01 02 00 10 00 0A"), "12 34 00 00 00 05 01 02 02 01 02");
+}
+
+TEST_F(RequestServerTest, ReadsHoldingRegistersAsInputRegisters)
+{
+    memory.setHoldingRegister(2, 0xF700, 0x1234);
+    EXPECT_EQ(answer("00 07 00 00 00 06 02 04 F7 00 00 01"), "00 07 00 00 00 05 02 04 02 12 34");
+}
+
 TEST_F(RequestServerTest, WritesASingleCoil)
 {
     const std::string on = "00 01 00 00 00 06 01 05 FC 05 FF 00";
@@ -132,8 +145,9 @@ const Refusal refusals[] = {
     {"UnknownFunction", "AB CD 00 00 00 03 07 63 00", "AB CD 00 00 00 03 07 E3 01"},
     {"FunctionCodeZero", "00 01 00 00 00 02 01 00", "00 01 00 00 00 03 01 80 01"},
     {"FunctionCodeOfAnException", "00 01 00 00 00 02 01 83", "00 01 00 00 00 03 01 83 01"},
-    {"DiscreteInputs", "00 01 00 00 00 06 01 02 00 00 00 01", "00 01 00 00 00 03 01 82 01"},
-    {"InputRegisters", "00 01 00 00 00 06 01 04 00 00 00 01", "00 01 00 00 00 03 01 84 01"},
+    {"NoDiscreteInputs", "00 01 00 00 00 06 01 02 00 00 00 00", "00 01 00 00 00 03 01 82 03"},
+    {"InputRegisters126", "00 01 00 00 00 06 01 04 00 00 00 7E", "00 01 00 00 00 03 01 84 03"},
+    {"InputsInAHole", "00 01 00 00 00 06 01 04 00 64 00 01", "00 01 00 00 00 03 01 84 02"},
     {"NoCoils", "AB CD 00 00 00 06 09 01 00 00 00 00", "AB CD 00 00 00 03 09 81 03"},
     {"Coils2001", "00 01 00 00 00 06 01 01 00 00 07 D1", "00 01 00 00 00 03 01 81 03"},
     {"NoRegisters", "00 01 00 00 00 06 01 03 00 00 00 00", "00 01 00 00 00 03 01 83 03"},
@@ -181,6 +195,75 @@ TEST_F(RequestServerTest, ServesUpToTheEdgesOfARefusedRange)
     EXPECT_EQ(answer("00 01 00 00 00 06 01 03 00 63 00 01"), "00 01 00 00 00 05 01 03 02 00 00");
     EXPECT_EQ(answer("00 01 00 00 00 06 01 03 00 C8 00 01"), "00 01 00 00 00 05 01 03 02 00 00");
     EXPECT_EQ(answer("00 01 00 00 00 06 01 03 FF FF 00 01"), "00 01 00 00 00 05 01 03 02 00 00");
+}
+
+class Holes : public testing::Test
+{
+protected:
+    std::string exceptionOf(const std::string& request)
+    {
+        const Bytes reply = server.answer(fromHex(request));
+        return reply[simulator::functionOffset] >= 0x80 ? "exception " + std::to_string(reply[8]) : "served";
+    }
+
+    ControllerMemory memory;
+    RequestServer server{memory,
+                         {{10, 19, 3},
+                          {30, 39, {}, simulator::MemoryValue::Coil},
+                          {50, 59, 4, simulator::MemoryValue::Register}}};
+};
+
+TEST_F(Holes, OfOneUnitAreThereInOthers)
+{
+    EXPECT_EQ(exceptionOf("00 01 00 00 00 06 03 03 00 0A 00 01"), "exception 2");
+    EXPECT_EQ(exceptionOf("00 01 00 00 00 06 03 01 00 0A 00 01"), "exception 2");
+    EXPECT_EQ(exceptionOf("00 01 00 00 00 06 04 03 00 0A 00 01"), "served");
+}
+
+TEST_F(Holes, AmongCoilsAreNoneAmongRegisters)
+{
+    EXPECT_EQ(exceptionOf("00 01 00 00 00 06 01 01 00 1E 00 01"), "exception 2");
+    EXPECT_EQ(exceptionOf("00 01 00 00 00 06 01 02 00 1E 00 01"), "exception 2");
+    EXPECT_EQ(exceptionOf("00 01 00 00 00 06 01 03 00 1E 00 01"), "served");
+}
+
+TEST_F(Holes, AmongRegistersOfOneUnitAreNowhereElse)
+{
+    EXPECT_EQ(exceptionOf("00 01 00 00 00 06 04 06 00 32 00 01"), "exception 2");
+    EXPECT_EQ(exceptionOf("00 01 00 00 00 06 04 05 00 32 FF 00"), "served");
+    EXPECT_EQ(exceptionOf("00 01 00 00 00 06 05 06 00 32 00 01"), "served");
+}
+
+TEST_F(Holes, OfOneUnitKeepABroadcastFromItAlone)
+{
+    memory.setCoil(3, 0, true);
+    memory.setCoil(4, 0, true);
+    server.answer(fromHex("00 01 00 00 00 06 00 06 00 0A 12 34"));
+    EXPECT_EQ(memory.holdingRegister(3, 10), 0);
+    EXPECT_EQ(memory.holdingRegister(4, 10), 0x1234);
+}
+
+TEST_F(RequestServerTest, ReadsAMovingValueAsItIsNow)
+{
+    std::int64_t now = 0;
+    ControllerMemory moving(1, [&now] { return now; });
+    RequestServer reader(moving);
+    moving.move({1, 100, {simulator::MovingValue::Counter, simulator::MovingValue::Word, 0, 9, 10}});
+    const Bytes request = fromHex("00 01 00 00 00 06 01 03 00 63 00 03");
+    EXPECT_EQ(toHex(reader.answer(request)), "00 01 00 00 00 09 01 03 06 00 00 00 00 00 00");
+    now = 70;
+    EXPECT_EQ(toHex(reader.answer(request)), "00 01 00 00 00 09 01 03 06 00 00 00 07 00 00");
+}
+
+TEST_F(RequestServerTest, EndsAMovementByAWrite)
+{
+    std::int64_t now = 0;
+    ControllerMemory moving(1, [&now] { return now; });
+    RequestServer writer(moving);
+    moving.move({1, 100, {simulator::MovingValue::Counter, simulator::MovingValue::Word, 0, 9, 10}});
+    writer.answer(fromHex("00 01 00 00 00 06 01 06 00 64 12 34"));
+    now = 70;
+    EXPECT_EQ(moving.holdingRegister(1, 100), 0x1234);
 }
 
 TEST_F(RequestServerTest, ExecutesABroadcastWriteOnEveryUnitThatExistsAndAnswersNothing)
@@ -262,7 +345,7 @@ INSTANTIATE_TEST_SUITE_P(RequestServer, NoFrame,
 TEST_F(RequestServerTest, AnswersRandomFramesWithWellFormedReplies)
 {
     std::mt19937 random(7);
-    const std::uint8_t known[] = {1, 3, 5, 6, 15, 16};
+    const std::uint8_t known[] = {1, 2, 3, 4, 5, 6, 15, 16};
     for (int i = 0; i < 5000; ++i) {
         Bytes request(8 + random() % 16);
         for (std::uint8_t& byte : request)
@@ -270,7 +353,7 @@ TEST_F(RequestServerTest, AnswersRandomFramesWithWellFormedReplies)
         simulator::put16(request, simulator::protocolOffset, 0);
         simulator::put16(request, simulator::lengthOffset, request.size() - simulator::lengthEnd);
         if (random() % 8)
-            request[simulator::functionOffset] = known[random() % 6];
+            request[simulator::functionOffset] = known[random() % 8];
         const Bytes reply = server.answer(request);
         if (request[simulator::unitOffset] == 0) {
             EXPECT_THAT(reply, IsEmpty());

@@ -110,13 +110,27 @@ TEST_F(SimulatedControllerTest, GivesALibmodbusClientTheLargestReads)
     EXPECT_EQ(registers[124], 9);
 }
 
+TEST_F(SimulatedControllerTest, LetsALibmodbusClientReadInputs)
+{
+    const ModbusClient client(controller.port(), 1);
+    controller.memory().setHoldingRegister(1, 100, 0x1234);
+    controller.memory().setCoil(1, 101, true);
+    std::uint16_t registers[1] = {};
+    std::uint8_t bits[2] = {};
+    EXPECT_EQ(modbus_read_input_registers(client.context, 100, 1, registers), 1);
+    EXPECT_EQ(registers[0], 0x1234);
+    EXPECT_EQ(modbus_read_input_bits(client.context, 100, 2, bits), 2);
+    EXPECT_EQ(bits[0], 0);
+    EXPECT_EQ(bits[1], 1);
+}
+
 TEST_F(SimulatedControllerTest, GivesALibmodbusClientTheExceptionItExpects)
 {
     const ModbusClient client(controller.port(), 1);
     std::uint16_t values[2] = {};
     EXPECT_EQ(modbus_read_registers(client.context, 65535, 2, values), -1);
     EXPECT_EQ(errno, EMBXILADD);
-    EXPECT_EQ(modbus_read_input_registers(client.context, 0, 1, values), -1);
+    EXPECT_EQ(modbus_mask_write_register(client.context, 0, 1, 1), -1);
     EXPECT_EQ(errno, EMBXILFUN);
     EXPECT_EQ(modbus_read_registers(client.context, 0, 2, values), 2);
 }
