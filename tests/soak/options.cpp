@@ -1,9 +1,10 @@
 #include "soak/options.h"
 
+#include "support/unnoticed_faults.h"
+
 #include <QCommandLineParser>
 
 #include <algorithm>
-#include <iterator>
 #include <stdexcept>
 
 namespace soak
@@ -12,22 +13,13 @@ namespace soak
 namespace
 {
 
-using simulator::Fault;
 using simulator::FaultKind;
-
-// Not made unless --with names them: a panel that does not look at byte counts and echoes takes them for good replies.
-const Fault onWish[] = {Fault::PaddedException, Fault::WrongEcho, Fault::WrongByteCount};
-
-bool isOnWish(const FaultKind& kind)
-{
-    return std::find(std::begin(onWish), std::end(onWish), kind.fault) != std::end(onWish);
-}
 
 QString namesOnWish()
 {
     QStringList names;
     for (const FaultKind& kind : simulator::faultList()) {
-        if (isOnWish(kind))
+        if (test::isUnnoticed(kind.fault))
             names += QLatin1String(kind.name);
     }
     return names.join(QStringLiteral(", "));
@@ -56,7 +48,8 @@ void addOptions(QCommandLineParser& parser)
                         "default 10. With 100 no reply is left alone."),
          QStringLiteral("PERCENT"), QStringLiteral("10")},
         {QStringLiteral("with"),
-         QStringLiteral("Make this fault, too: ") + namesOnWish() + QStringLiteral(". Repeatable."),
+         QStringLiteral("Make this fault, too, which panels take for a good reply: ") + namesOnWish() +
+             QStringLiteral(". Repeatable."),
          QStringLiteral("FAULT")},
         {QStringLiteral("remote"), QStringLiteral("Remote frames instead of Modbus TCP.")},
         {QStringLiteral("seed"), QStringLiteral("Of the random numbers; default 1."), QStringLiteral("N"),
@@ -89,7 +82,7 @@ int optionNumber(const QCommandLineParser& parser, const char* name, long least,
 
 bool isWished(const FaultKind& kind, const QStringList& names)
 {
-    return !isOnWish(kind) || names.contains(QLatin1String(kind.name));
+    return !test::isUnnoticed(kind.fault) || names.contains(QLatin1String(kind.name));
 }
 
 std::vector<const FaultKind*> faultsWith(const QStringList& names)
