@@ -81,6 +81,9 @@ void ConnectionSet::settle(Connection& connection)
     connection.setHappened(0);
     if (connection.isOver()) {
         timed_.erase(&connection);
+        // Closing is not enough: a process that was just forked may hold the socket open until its exec, and as long as
+        // somebody does, its events would go on to come, for a connection that is no more.
+        epoll_ctl(events_.number(), EPOLL_CTL_DEL, connection.socket(), nullptr);
         connections_.erase(std::find_if(connections_.begin(), connections_.end(),
                                         [&](const auto& each) { return each.get() == &connection; }));
         watchListener();

@@ -8,8 +8,11 @@
 #include <cerrno>
 #include <chrono>
 #include <dirent.h>
+#include <netinet/in.h>
 #include <stdexcept>
+#include <sys/socket.h>
 #include <thread>
+#include <unistd.h>
 
 namespace
 {
@@ -133,6 +136,36 @@ TEST_F(SimulatedControllerTest, GivesALibmodbusClientTheExceptionItExpects)
     EXPECT_EQ(modbus_mask_write_register(client.context, 0, 1, 1), -1);
     EXPECT_EQ(errno, EMBXILFUN);
     EXPECT_EQ(modbus_read_registers(client.context, 0, 2, values), 2);
+}
+
+/// Descriptors of this process that are connected sockets of `port`, as a process that was forked has them.
+std::vector<simulator::FileDescriptor> copiesOfSockets(int port)
+{
+    std::vector<simulator::FileDescriptor> copies;
+    for (int number = 0; number < 1024; ++number) {
+        sockaddr_in address{};
+        socklen_t size = sizeof address;
+        const bool isSocket = getsockname(number, reinterpret_cast<sockaddr*>(&address), &size) == 0;
+        if (isSocket && address.sin_family == AF_INET && ntohs(address.sin_port) == port)
+            copies.emplace_back(dup(number));
+    }
+    return copies;
+}
+
+// Otherwise its events would go on to come.
+TEST_F(SimulatedControllerTest, ForgetsAConnectionWhoseSocketAnotherProcessStillHasOpen)
+{
+    std::vector<simulator::FileDescriptor> copies;
+    {
+        LoopbackClient client(controller.port());
+        EXPECT_EQ(client.exchange(readRequest), readReply);
+        copies = copiesOfSockets(controller.port());
+        ASSERT_GE(copies.size(), 2u); // the listener and the connection
+    }
+    for (int i = 0; i < 20; ++i) {
+        LoopbackClient client(controller.port());
+        EXPECT_EQ(client.exchange(readRequest), readReply);
+    }
 }
 
 TEST(SimulatedController, RefusesTheAddressesOfItsSettings)
