@@ -7,6 +7,7 @@
 #define TESTS_DRIVER_FIXTURE_H
 
 #include "driver/modbus_rtu_master.h"
+#include "support/hex.h"
 
 #include <gtest/gtest.h>
 
@@ -25,17 +26,8 @@ enum FixtureSettings {
     QUEUE_WRITES = 2 ///< COMINFO::hostWriteMode
 };
 
-/// Hexadecimal bytes, with or without spaces: Bytes("00 01 FF").
-inline QByteArray Bytes(const char* hex)
-{
-    return QByteArray::fromHex(hex);
-}
-
-/// The way back, as failures print it: "00 01 FF".
-inline std::string Hex(const QByteArray& bytes)
-{
-    return bytes.toHex(' ').toUpper().toStdString();
-}
+using test::fromHex;
+using test::toHex;
 
 /// A request of the local station group whose other fields are 0 or empty.
 inline RW_VAR Variable(int area, int address, int count, int station = DEFAULT_STATION)
@@ -53,7 +45,7 @@ inline RW_VAR Variable(int area, int address, int count, int station = DEFAULT_S
 inline RW_VAR Write(int area, int address, int count, const char* hexData, int station = DEFAULT_STATION)
 {
     RW_VAR var = Variable(area, address, count, station);
-    var.data = Bytes(hexData);
+    var.data = fromHex(hexData);
     return var;
 }
 
@@ -134,7 +126,7 @@ protected:
     /// A queued frame in hexadecimal; empty where there is none.
     static std::string frame(int index)
     {
-        return index < frameCount() ? Hex(PLC_driver.protocolList.at(index).frame) : std::string();
+        return index < frameCount() ? toHex(PLC_driver.protocolList.at(index).frame) : std::string();
     }
 
     COMINFO info;

@@ -6,6 +6,7 @@ namespace plc
 std::vector<WatchRow> emptyRows(const std::vector<Variable>& typed, const std::vector<ListedVariable>& listed)
 {
     std::vector<WatchRow> rows;
+    rows.reserve(typed.size() + listed.size());
     for (const Variable& variable : typed)
         rows.push_back({variable, {}, std::nullopt});
     for (const ListedVariable& line : listed)

@@ -15,7 +15,7 @@ std::size_t binOf(qint64 microseconds)
 {
     const auto limit =
         std::find_if(RoundTrips::limits.begin(), RoundTrips::limits.end(),
-                     [microseconds](int each) { return microseconds < each * microsecondsOfMs; });
+                     [microseconds](int each) { return microseconds < qint64(each) * microsecondsOfMs; });
     return static_cast<std::size_t>(limit - RoundTrips::limits.begin());
 }
 

@@ -118,7 +118,7 @@ std::string AllocationSweep::story()
         PLC_driver.readList.size() + 2 * PLC_driver.writeList.size() + PLC_driver.onceReadList.size();
     for (int turn = 0; turn < requests + 3; ++turn) {
         const Protocol* next = ComCommunication();
-        out << (next ? Hex(next->frame) : std::string("nothing")) << "\n";
+        out << (next ? toHex(next->frame) : std::string("nothing")) << "\n";
         if (!next)
             continue;
         QByteArray reply(next->replyLength, static_cast<char>(0x20 + turn));

@@ -18,7 +18,7 @@ void PutList(std::ostream& out, const char* title, const QList<RW_VAR>& list)
 void PutFrames(std::ostream& out)
 {
     for (const Protocol& protocol : PLC_driver.protocolList)
-        out << "frame " << Hex(protocol.frame) << ", " << protocol.frameLength << " bytes, reply "
+        out << "frame " << toHex(protocol.frame) << ", " << protocol.frameLength << " bytes, reply "
             << protocol.replyLength << ", data " << protocol.dataLength << " at " << protocol.dataOffset
             << ", " << Describe(protocol.var) << "\n";
 }
@@ -30,7 +30,7 @@ void PutStations(std::ostream& out)
     for (const EXTENDVAR& entry : PLC_driver.extendList)
         if (entry.value.count('\0') != entry.value.size())
             out << "station " << entry.station << " area " << entry.area << " element " << entry.address
-                << ": " << Hex(entry.value) << "\n";
+                << ": " << toHex(entry.value) << "\n";
 }
 
 template <typename Cell>
@@ -60,7 +60,7 @@ std::string Describe(const RW_VAR& var)
         << var.spare3 << "/" << var.spare13 << " group " << var.stationGroup << " '" << var.name.toStdString()
         << "' '" << var.name2.toStdString() << "' area " << var.area << " address " << var.address
         << " station " << var.station << " count " << var.count << " selector " << var.storeSelector
-        << " data " << Hex(var.data);
+        << " data " << toHex(var.data);
     return out.str();
 }
 

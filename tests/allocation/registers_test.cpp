@@ -44,11 +44,11 @@ protected:
         QString text(address);
         QByteArray out;
         sweep({[&] {
-                   out = Bytes("CC");
+                   out = fromHex("CC");
                    prepare();
                },
                [&, area, count] { return static_cast<int>(GetRegisterData(0, area, &text, 2, &out, count)); },
-               0, [&out] { return Hex(out); }, Leaves::ALL_OR_NOTHING, needs});
+               0, [&out] { return toHex(out); }, Leaves::ALL_OR_NOTHING, needs});
     }
 
     void inMemory() { info.hostWriteMode = 0; }

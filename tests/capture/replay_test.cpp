@@ -2,29 +2,27 @@
 
 #include "capture/capture_bytes.h"
 #include "capture/replay.h"
-#include "runtime/cycle/panel_fixture.h"
 #include "runtime/modbus/failure_words.h"
 #include "support/built_files.h"
+#include "support/hex.h"
+#include "support/runtime_fixture.h"
 
 #include <gmock/gmock.h>
 
 namespace
 {
 
+using test::fromHex;
+
 using namespace plc;
 using testing::ElementsAre;
 using testing::HasSubstr;
-
-QByteArray hex(const char* text)
-{
-    return QByteArray::fromHex(text);
-}
 
 // Rebuilding requests
 
 std::string rebuilt(const RequestRebuilder& rebuilder, const char* frame)
 {
-    const auto request = rebuilder.rebuild(hex(frame));
+    const auto request = rebuilder.rebuild(fromHex(frame));
     if (!request)
         return "none";
     Variable elements = elementsOf({request->request, {}, 0});
@@ -76,8 +74,8 @@ TEST(RequestRebuilder, RebuildsNothingOfOtherFunctionsAndOfRubbish)
     EXPECT_EQ(rebuilt(*none, "000100000006010300640000"), "none");
     EXPECT_EQ(rebuilt(*none, ""), "none");
     const auto remote = requestRebuilderFor(FrameFormat::Remote, {}, {});
-    EXPECT_FALSE(remote->rebuild(hex("16")));
-    EXPECT_FALSE(remote->rebuild(hex("1600000001000F000000640002000000000000000086")));
+    EXPECT_FALSE(remote->rebuild(fromHex("16")));
+    EXPECT_FALSE(remote->rebuild(fromHex("1600000001000F000000640002000000000000000086")));
 }
 
 // Playing
@@ -86,7 +84,7 @@ CaptureEntry entry(CaptureEntry::Kind kind, const char* bytes = "")
 {
     CaptureEntry entry;
     entry.kind = kind;
-    entry.bytes = hex(bytes);
+    entry.bytes = fromHex(bytes);
     return entry;
 }
 
@@ -241,7 +239,7 @@ TEST_F(ReplayOf, EqualNumbersOfAnotherProgramDoNotMakeAReplyADoubledOne)
 
 // Live and at the desk
 
-class ReplayAndLive : public PanelFixture, public testing::WithParamInterface<bool>
+class ReplayAndLive : public RuntimeFixture, public testing::WithParamInterface<bool>
 {
 };
 

@@ -41,7 +41,7 @@ protected:
     static std::string poll()
     {
         const Protocol* next = ComCommunication();
-        return next ? Hex(next->frame) : "nothing";
+        return next ? toHex(next->frame) : "nothing";
     }
 
     /// \return the key of the request whose frame is handed out, -1 for none
@@ -54,7 +54,7 @@ protected:
     /// \return result code
     static int reply(const char* hex)
     {
-        QByteArray bytes = Bytes(hex);
+        QByteArray bytes = fromHex(hex);
         return DataCom(&bytes, bytes.size())->result;
     }
 

@@ -144,7 +144,7 @@ TEST_F(HostInterface, AFreshDriverHasNothingToSendAndSaysTheCycleIsDone)
 
 TEST_F(HostInterface, AFreshDriverAnswersAReplyWithItsResultRecordAnd1)
 {
-    QByteArray bytes = Bytes("00 01");
+    QByteArray bytes = fromHex("00 01");
 
     EXPECT_EQ(&PLC_driver.retVar, DataCom(&bytes, 2));
     EXPECT_EQ(1, PLC_driver.retVar.result);
@@ -222,11 +222,11 @@ TEST_F(NoSettings, WholeRecordsAreStillQueued)
 TEST_F(NoSettings, RegistersAreNeitherReadNorWritten)
 {
     QString name("x"), text("10");
-    QByteArray data = Bytes("34 12"), out = Bytes("AB");
+    QByteArray data = fromHex("34 12"), out = fromHex("AB");
 
     EXPECT_EQ(0, SetRegisterData(&name, 9, &text, 1, &data, 1, 0, 0));
     EXPECT_EQ(0u, GetRegisterData(0, 9, &text, 1, &out, 1));
-    EXPECT_EQ("AB", Hex(out));
+    EXPECT_EQ("AB", toHex(out));
     EXPECT_TRUE(PLC_driver.writeList.isEmpty());
     EXPECT_EQ(0, word(10));
 }

@@ -119,13 +119,13 @@ TEST_F(DriverObject, FreesWhatItHolds)
 {
     const RW_VAR var = Write(9, 1, 1, "01 02 03");
     Protocol frame = Protocol();
-    frame.frame = Bytes("00 01");
+    frame.frame = fromHex("00 01");
     frame.var = var;
     driver->readList.append(var);
     driver->writeList.append(var);
     driver->onceReadList.append(var);
     driver->protocolList.append(frame);
-    driver->extendList.append(EXTENDVAR{1, 9, 1, Bytes("01 02")});
+    driver->extendList.append(EXTENDVAR{1, 9, 1, fromHex("01 02")});
     driver->stationMap.insert(1, 0);
     driver->retVar = var;
 }

@@ -217,7 +217,7 @@ protected:
         QString address = QString::number(element);
         QByteArray bytes;
         GetRegisterData(0, 9, &address, station, &bytes, 1);
-        return Hex(bytes);
+        return toHex(bytes);
     }
 };
 

@@ -148,7 +148,7 @@ TEST_F(ReplyHandling, ShortAndNullArraysAreJudgedByTheAnnouncedLength)
     PLC_driver.image.wordArea[0][17] = 0x7777;
 
     poll();
-    QByteArray twelve = Bytes("00 00 00 00 00 07 01 03 04 12 34 56");
+    QByteArray twelve = fromHex("00 00 00 00 00 07 01 03 04 12 34 56");
     EXPECT_EQ(1, DataCom(&twelve, 13)->result);
     EXPECT_EQ(0x1234, word(16));
     EXPECT_EQ(0x7777, word(17)) << "a word that is not wholly there is not filed";
@@ -164,7 +164,7 @@ TEST_F(ReplyHandling, ShortAndNullArraysAreJudgedByTheAnnouncedLength)
 TEST_F(ReplyHandling, ALongArrayIsJudgedByTheAnnouncedLengthToo)
 {
     readInFlight();
-    QByteArray long_ = Bytes("00 00 00 00 00 07 01 03 04 12 34 56 78 9A BC");
+    QByteArray long_ = fromHex("00 00 00 00 00 07 01 03 04 12 34 56 78 9A BC");
 
     EXPECT_EQ(1, DataCom(&long_, 13)->result);
     EXPECT_EQ(0x5678, word(17));
@@ -178,7 +178,7 @@ TEST_F(ReplyHandling, LocalFilingHoldsTheImageLockAndNoOther)
     PLC_driver.imageMutex.lock();
     std::atomic<bool> done(false);
     std::thread communication([&done] {
-        QByteArray bytes = Bytes(TWO_WORDS);
+        QByteArray bytes = fromHex(TWO_WORDS);
         DataCom(&bytes, 13);
         done = true;
     });
@@ -320,7 +320,7 @@ TEST_F(RemoteReply, DoesNotCountTowardsThePass)
 TEST_F(RemoteReply, IsFiledWithoutTheImageLock)
 {
     remoteInFlight(-1);
-    QByteArray bytes = Bytes(TWO_WORDS);
+    QByteArray bytes = fromHex(TWO_WORDS);
     QMutexLocker held(&PLC_driver.imageMutex);
 
     EXPECT_EQ(1, DealDataOfRemoteArea(&bytes, 13));
@@ -338,7 +338,7 @@ TEST_F(ReplyHandling, AFailureWithinTheLimitReports0AndKeepsTheFrameAtTheHead)
     EXPECT_EQ(first, ComCommunication());
     EXPECT_EQ(0, reply("00 01"));
     EXPECT_EQ(first, ComCommunication());
-    EXPECT_EQ("00 00 00 00 00 06 01 03 00 10 00 02", Hex(first->frame));
+    EXPECT_EQ("00 00 00 00 00 06 01 03 00 10 00 02", toHex(first->frame));
     EXPECT_EQ(0, info.framesReceived);
     EXPECT_TRUE(listDoneCalls().empty());
 }
@@ -509,7 +509,7 @@ TEST_F(ReplyHandling, TheResultRecordIdentifiesTheRequestButHoldsNoValue)
     var.spare13 = 52;
     queueWrite(var);
     poll();
-    PLC_driver.retVar.data = Bytes("AA BB");
+    PLC_driver.retVar.data = fromHex("AA BB");
     goodReply();
 
     const RW_VAR& result = PLC_driver.retVar;
@@ -539,7 +539,7 @@ TEST_F(ReplyHandling, PassRetValueEmptiesTheTargetsDataAndLeavesTheSource)
 
     EXPECT_EQ(5, target.hostKey);
     EXPECT_TRUE(target.data.isEmpty());
-    EXPECT_EQ("01 00", Hex(source.data));
+    EXPECT_EQ("01 00", toHex(source.data));
 }
 
 TEST_F(ReplyHandling, AFinishedRequestNamesItselfAndARetryNamesTheOneBefore)
@@ -972,7 +972,7 @@ protected:
     /// Bytes of which the runtime says that there were \a length. \return result code
     static int announced(const char* hex, int length)
     {
-        QByteArray bytes = Bytes(hex);
+        QByteArray bytes = fromHex(hex);
         return DataCom(&bytes, length)->result;
     }
 };
@@ -1010,7 +1010,7 @@ TEST_F(BitRead, WithNoSecondFrameStoresTheMergedWord)
 
 TEST_F(BitRead, WithASecondFrameOfLessThan12BytesPatchesNothing)
 {
-    PLC_driver.protocolList.last().frame = Bytes("00 00 00 00 00 05 01 06 00 02 AA");
+    PLC_driver.protocolList.last().frame = fromHex("00 00 00 00 00 05 01 06 00 02 AA");
 
     EXPECT_EQ(1, answered());
     EXPECT_EQ("00 00 00 00 00 05 01 06 00 02 AA", poll());

@@ -37,7 +37,7 @@ TEST_F(Scheduler, HandsAPendingFrameOutAgainEvenWhenWritesAreQueuedMeanwhile)
     EXPECT_EQ(first, ComCommunication());
     EXPECT_EQ(first, ComCommunication());
     EXPECT_EQ(1, frameCount());
-    EXPECT_EQ("00 00 00 00 00 06 01 03 00 05 00 01", Hex(first->frame));
+    EXPECT_EQ("00 00 00 00 00 06 01 03 00 05 00 01", toHex(first->frame));
     EXPECT_TRUE(listDoneCalls().empty());
 
     goodReply();

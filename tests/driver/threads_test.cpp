@@ -145,7 +145,7 @@ TEST_F(Threads, RegistersOfTwoStationsAreWrittenAndReadFromSeveralThreads)
     QString text("780");
     QByteArray out;
     GetRegisterData(0, 9, &text, 2, &out, 20);
-    EXPECT_EQ(Hex(QByteArray(40, '\2')), Hex(out));
+    EXPECT_EQ(toHex(QByteArray(40, '\2')), toHex(out));
 }
 
 // lastFailed is the one word that writers look at without a lock while the communication thread sets it.
@@ -158,7 +158,7 @@ TEST_F(Threads, WritesQueuedWhileRepliesFailAndRecoverAreAllAnswered)
         QString name("level");
         for (int i = 0; i < QUEUED; ++i) {
             QString text = QString::number(i);
-            QByteArray data = Bytes("21 43");
+            QByteArray data = fromHex("21 43");
             SetRegisterData(&name, 9, &text, 1, &data, 1, 5000 + i, 0);
         }
     });

@@ -73,7 +73,7 @@ QByteArray TakeBytes(const Words& words, size_t& at)
     std::string hex;
     while (at < words.size() && IsByte(words[at]))
         hex += words[at++];
-    return Bytes(hex.c_str());
+    return fromHex(hex.c_str());
 }
 
 void SetKey(RW_VAR& var, const std::string& key)
@@ -126,7 +126,7 @@ std::string Put(RW_VAR var)
 std::string Get(RW_VAR var)
 {
     QByteArray out;
-    return GetRegisterData(0, var.area, &var.name2, var.station, &out, var.count) ? Hex(out) : "refused";
+    return GetRegisterData(0, var.area, &var.name2, var.station, &out, var.count) ? toHex(out) : "refused";
 }
 
 std::string Queue(const std::string& list, Request request)
@@ -140,7 +140,7 @@ std::string Queue(const std::string& list, Request request)
 std::string Poll()
 {
     const Protocol* next = ComCommunication();
-    return next ? Hex(next->frame) + ", awaits " + std::to_string(next->replyLength) : "nothing";
+    return next ? toHex(next->frame) + ", awaits " + std::to_string(next->replyLength) : "nothing";
 }
 
 std::string Reply(QByteArray bytes)

@@ -42,7 +42,7 @@ TEST_F(ReadRequestTest, FrameAndReplyExpectation)
     for (const ReadRow& row : rows) {
         SCOPED_TRACE(row.what);
         const Protocol built = Build(row.request);
-        EXPECT_EQ(row.frame, Hex(built.frame));
+        EXPECT_EQ(row.frame, toHex(built.frame));
         EXPECT_EQ(12, built.frameLength);
         EXPECT_EQ(row.replyLength, built.replyLength);
         EXPECT_EQ(9, built.dataOffset);
@@ -67,7 +67,7 @@ TEST_F(ReadRequestTest, EveryReadableAreaHasItsFunctionCodeAndBase)
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.area);
-        EXPECT_EQ(row.frame, Hex(Build(Variable(row.area, 2, 3)).frame));
+        EXPECT_EQ(row.frame, toHex(Build(Variable(row.area, 2, 3)).frame));
     }
 }
 
@@ -85,7 +85,7 @@ TEST_F(ReadRequestTest, DoubleWordCountOf0Or1StillReadsOneElement)
     for (int count : {0, 1, 2}) {
         SCOPED_TRACE(count);
         const Protocol built = Build(Variable(14, 0, count));
-        EXPECT_EQ("00 00 00 00 00 06 01 03 F7 00 00 02", Hex(built.frame));
+        EXPECT_EQ("00 00 00 00 00 06 01 03 F7 00 00 02", toHex(built.frame));
         EXPECT_EQ(4, built.dataLength);
         EXPECT_EQ(13, built.replyLength);
     }
@@ -93,26 +93,26 @@ TEST_F(ReadRequestTest, DoubleWordCountOf0Or1StillReadsOneElement)
 
 TEST_F(ReadRequestTest, ModbusAddressWrapsAt65536)
 {
-    EXPECT_EQ("00 00 00 00 00 06 01 03 09 00 00 02", Hex(Build(Variable(14, 0x0900, 2)).frame));
-    EXPECT_EQ("00 00 00 00 00 06 01 01 00 00 00 01", Hex(Build(Variable(1, 0x0400, 1)).frame));
+    EXPECT_EQ("00 00 00 00 00 06 01 03 09 00 00 02", toHex(Build(Variable(14, 0x0900, 2)).frame));
+    EXPECT_EQ("00 00 00 00 00 06 01 01 00 00 00 01", toHex(Build(Variable(1, 0x0400, 1)).frame));
 }
 
 TEST_F(ReadRequestTest, OnlyTheLow16BitsOfTheAddressCount)
 {
-    EXPECT_EQ("00 00 00 00 00 06 01 03 00 05 00 01", Hex(Build(Variable(9, 0x10005, 1)).frame));
-    EXPECT_EQ("00 00 00 00 00 06 01 03 FF FF 00 01", Hex(Build(Variable(9, -1, 1)).frame));
-    EXPECT_EQ("00 00 00 00 00 06 01 03 2F FF 00 01", Hex(Build(Variable(10, INT_MAX, 1)).frame));
-    EXPECT_EQ("00 00 00 00 00 06 01 03 F6 FE 00 02", Hex(Build(Variable(14, INT_MAX, 2)).frame));
-    EXPECT_EQ("00 00 00 00 00 06 01 03 F7 00 00 02", Hex(Build(Variable(14, INT_MIN, 2)).frame));
+    EXPECT_EQ("00 00 00 00 00 06 01 03 00 05 00 01", toHex(Build(Variable(9, 0x10005, 1)).frame));
+    EXPECT_EQ("00 00 00 00 00 06 01 03 FF FF 00 01", toHex(Build(Variable(9, -1, 1)).frame));
+    EXPECT_EQ("00 00 00 00 00 06 01 03 2F FF 00 01", toHex(Build(Variable(10, INT_MAX, 1)).frame));
+    EXPECT_EQ("00 00 00 00 00 06 01 03 F6 FE 00 02", toHex(Build(Variable(14, INT_MAX, 2)).frame));
+    EXPECT_EQ("00 00 00 00 00 06 01 03 F7 00 00 02", toHex(Build(Variable(14, INT_MIN, 2)).frame));
 }
 
 TEST_F(ReadRequestTest, OnlyTheLow16BitsOfTheCountCount)
 {
-    EXPECT_EQ("00 00 00 00 00 06 01 03 00 00 00 03", Hex(Build(Variable(9, 0, 0x10003)).frame));
-    EXPECT_EQ("00 00 00 00 00 06 01 01 00 00 FF FF", Hex(Build(Variable(2, 0, INT_MAX)).frame));
-    EXPECT_EQ("00 00 00 00 00 06 01 03 00 00 FF FF", Hex(Build(Variable(9, 0, -1)).frame));
-    EXPECT_EQ("00 00 00 00 00 06 01 03 F7 00 00 02", Hex(Build(Variable(14, 0, 0x10001)).frame));
-    EXPECT_EQ("00 00 00 00 00 06 01 03 F7 00 FF FC", Hex(Build(Variable(14, 0, INT_MAX)).frame));
+    EXPECT_EQ("00 00 00 00 00 06 01 03 00 00 00 03", toHex(Build(Variable(9, 0, 0x10003)).frame));
+    EXPECT_EQ("00 00 00 00 00 06 01 01 00 00 FF FF", toHex(Build(Variable(2, 0, INT_MAX)).frame));
+    EXPECT_EQ("00 00 00 00 00 06 01 03 00 00 FF FF", toHex(Build(Variable(9, 0, -1)).frame));
+    EXPECT_EQ("00 00 00 00 00 06 01 03 F7 00 00 02", toHex(Build(Variable(14, 0, 0x10001)).frame));
+    EXPECT_EQ("00 00 00 00 00 06 01 03 F7 00 FF FC", toHex(Build(Variable(14, 0, INT_MAX)).frame));
 }
 
 TEST_F(ReadRequestTest, DataBytesAreCountedIn16Bits)
@@ -122,7 +122,7 @@ TEST_F(ReadRequestTest, DataBytesAreCountedIn16Bits)
     EXPECT_EQ(14473, words.replyLength);
 
     const Protocol doubleWords = Build(Variable(14, 0, 40000)); // 159996 bytes
-    EXPECT_EQ("00 00 00 00 00 06 01 03 F7 00 38 7E", Hex(doubleWords.frame));
+    EXPECT_EQ("00 00 00 00 00 06 01 03 F7 00 38 7E", toHex(doubleWords.frame));
     EXPECT_EQ(28924, doubleWords.dataLength);
     EXPECT_EQ(28933, doubleWords.replyLength);
 }
@@ -147,8 +147,8 @@ TEST_F(ReadRequestTest, BroadcastExpectsNoReply)
 
 TEST_F(ReadRequestTest, UnitIdentifierIsTheLowByteOfTheStation)
 {
-    EXPECT_EQ("00 00 00 00 00 06 05 03 00 00 00 01", Hex(Build(Variable(9, 0, 1, 0x105)).frame));
-    EXPECT_EQ("00 00 00 00 00 06 FF 03 00 00 00 01", Hex(Build(Variable(9, 0, 1, -1)).frame));
+    EXPECT_EQ("00 00 00 00 00 06 05 03 00 00 00 01", toHex(Build(Variable(9, 0, 1, 0x105)).frame));
+    EXPECT_EQ("00 00 00 00 00 06 FF 03 00 00 00 01", toHex(Build(Variable(9, 0, 1, -1)).frame));
 }
 
 TEST_F(ReadRequestTest, OnlyStation0IsABroadcast)
@@ -170,7 +170,7 @@ TEST_F(ReadRequestTest, RecordHoldsACopyOfTheWholeRequest)
     request.name2 = "1000";
     request.storeSelector = 17;
     request.spare13 = 18;
-    request.data = Bytes("0A 0B");
+    request.data = fromHex("0A 0B");
     const RW_VAR copy = Build(request).var;
     EXPECT_EQ(11, copy.hostKey);
     EXPECT_EQ(12, copy.hostSubKey);
@@ -186,18 +186,18 @@ TEST_F(ReadRequestTest, RecordHoldsACopyOfTheWholeRequest)
     EXPECT_EQ(2, copy.count);
     EXPECT_EQ(17, copy.storeSelector);
     EXPECT_EQ(18, copy.spare13);
-    EXPECT_EQ("0A 0B", Hex(copy.data));
+    EXPECT_EQ("0A 0B", toHex(copy.data));
 }
 
 TEST_F(ReadRequestTest, RequestStaysAsItIs)
 {
     RW_VAR request = Variable(14, -1, 0);
-    request.data = Bytes("01");
+    request.data = fromHex("01");
     ReadAnalog(&request);
     EXPECT_EQ(14, request.area);
     EXPECT_EQ(-1, request.address);
     EXPECT_EQ(0, request.count);
-    EXPECT_EQ("01", Hex(request.data));
+    EXPECT_EQ("01", toHex(request.data));
 }
 
 TEST_F(ReadRequestTest, ExtraWordsAre0)

@@ -84,14 +84,14 @@ TEST_F(RemoteFrameTest, AReadOfNothingIsItsLengthAndItsSum)
 {
     RW_VAR request = Zero();
     EXPECT_EQ("16 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 16",
-              Hex(BuildRead(request).frame));
+              toHex(BuildRead(request).frame));
 }
 
 TEST_F(RemoteFrameTest, AReadCarriesTheFieldsOfItsRequestHighByteFirst)
 {
     RW_VAR request = Distinct(9);
     EXPECT_EQ("16 14 34 54 78 00 09 71 72 73 74 02 03 01 02 03 04 05 06 07 08 26",
-              Hex(BuildRead(request).frame));
+              toHex(BuildRead(request).frame));
 }
 
 TEST_F(RemoteFrameTest, NegativeFieldsGoOutInTwosComplement)
@@ -103,7 +103,7 @@ TEST_F(RemoteFrameTest, NegativeFieldsGoOutInTwosComplement)
     request.storeSelector = -1;
     request.spare13 = INT_MIN;
     EXPECT_EQ("16 FF FF FF FF 00 00 FF FF FF FE FF FF FF FF FF FF 80 00 00 00 87",
-              Hex(BuildRead(request).frame));
+              toHex(BuildRead(request).frame));
 }
 
 TEST_F(RemoteFrameTest, AReadHas22BytesWhateverDataItsRequestHolds)
@@ -117,7 +117,7 @@ TEST_F(RemoteFrameTest, AReadHas22BytesWhateverDataItsRequestHolds)
 TEST_F(RemoteFrameTest, AReadKeepsACopyOfItsWholeRequest)
 {
     RW_VAR request = Distinct(9);
-    request.data = Bytes("01 02");
+    request.data = fromHex("01 02");
     const RW_VAR copy = BuildRead(request).var;
     EXPECT_EQ(0x11121314, copy.hostKey);
     EXPECT_EQ(0x21222324, copy.hostSubKey);
@@ -132,7 +132,7 @@ TEST_F(RemoteFrameTest, AReadKeepsACopyOfItsWholeRequest)
     EXPECT_EQ(0x00010203, copy.count);
     EXPECT_EQ(0x01020304, copy.storeSelector);
     EXPECT_EQ(0x05060708, copy.spare13);
-    EXPECT_EQ("01 02", Hex(copy.data));
+    EXPECT_EQ("01 02", toHex(copy.data));
 }
 
 TEST_F(RemoteFrameTest, ExpectedReplyOfBitsIsAByteForEightOfThem)
@@ -172,7 +172,7 @@ TEST_F(RemoteFrameTest, AReadOfDoubleWordsSendsTheOldCountAndKeepsTheRegisters)
 {
     RW_VAR request = Variable(14, 3, 5);
     const Protocol built = BuildRead(request);
-    EXPECT_EQ("16 00 00 03 01 00 0E 00 00 00 03 00 05 00 00 00 00 00 00 00 00 30", Hex(built.frame));
+    EXPECT_EQ("16 00 00 03 01 00 0E 00 00 00 03 00 05 00 00 00 00 00 00 00 00 30", toHex(built.frame));
     EXPECT_EQ(8, request.count);
     EXPECT_EQ(8, built.var.count);
     EXPECT_EQ(16, built.dataLength);
@@ -237,7 +237,7 @@ TEST_F(RemoteFrameTest, ARetryOfDoubleWordsSendsTheSameFrame)
     AddListReadVar(&request);
     const QByteArray first = ComCommunication()->frame;
     EXPECT_EQ(0, Answer(0)->result);
-    EXPECT_EQ(Hex(first), Hex(ComCommunication()->frame));
+    EXPECT_EQ(toHex(first), toHex(ComCommunication()->frame));
     EXPECT_EQ(4, PLC_driver.readList.first().count);
 }
 
@@ -293,17 +293,17 @@ TEST_F(RemoteFrameTest, EachFrameGoesToTheTailAndIsOneExpectedReply)
 TEST_F(RemoteFrameTest, AWriteCarriesTheFieldsOfItsRequestAndItsDataUnswapped)
 {
     RW_VAR request = Distinct(9);
-    request.data = Bytes("34 12 78 56");
+    request.data = fromHex("34 12 78 56");
     const Protocol built = BuildWrite(request);
     EXPECT_EQ("1A 14 34 54 78 00 09 71 72 73 74 02 03 01 02 03 04 05 06 07 08 34 12 78 56 3E",
-              Hex(built.frame));
+              toHex(built.frame));
     EXPECT_EQ(26, built.frameLength);
 }
 
 TEST_F(RemoteFrameTest, AWriteWithoutDataHas22Bytes)
 {
     EXPECT_EQ("16 00 00 03 01 00 09 00 00 00 05 00 01 00 00 00 00 00 00 00 00 29",
-              Hex(BuildWrite(Write(9, 5, 1, "")).frame));
+              toHex(BuildWrite(Write(9, 5, 1, "")).frame));
 }
 
 TEST_F(RemoteFrameTest, TheLengthByteIsTheLengthModulo256)
@@ -350,7 +350,7 @@ TEST_F(RemoteFrameTest, AWriteToStation0ExpectsNothing)
     EXPECT_EQ(0, built.replyLength);
     EXPECT_EQ(0, built.dataOffset);
     EXPECT_EQ(0, built.dataLength);
-    EXPECT_EQ("18 00 00 03 00 00 09 00 00 00 05 00 01 00 00 00 00 00 00 00 00 34 12 70", Hex(built.frame));
+    EXPECT_EQ("18 00 00 03 00 00 09 00 00 00 05 00 01 00 00 00 00 00 00 00 00 34 12 70", toHex(built.frame));
 }
 
 TEST_F(RemoteFrameTest, AWriteGoesOutWhateverItsArea)
@@ -364,7 +364,7 @@ TEST_F(RemoteFrameTest, AWriteGoesOutWhateverItsArea)
         SCOPED_TRACE(row.area);
         const Protocol built = BuildWrite(Write(row.area, 5, 1, "01 00"));
         ASSERT_EQ(24, built.frame.size());
-        EXPECT_EQ(row.bytes, Hex(built.frame.mid(5, 2)));
+        EXPECT_EQ(row.bytes, toHex(built.frame.mid(5, 2)));
         EXPECT_EQ(12, built.replyLength);
     }
 }
@@ -375,7 +375,7 @@ TEST_F(RemoteFrameTest, AWriteLeavesItsRequestAsItIs)
     const Protocol built = BuildWrite(request);
     EXPECT_EQ(3, request.count);
     EXPECT_EQ(3, built.var.count);
-    EXPECT_EQ(Hex(request.data), Hex(built.var.data));
+    EXPECT_EQ(toHex(request.data), toHex(built.var.data));
     EXPECT_EQ(request.accessFlag, built.var.accessFlag);
 }
 
@@ -422,8 +422,8 @@ TEST_F(RemoteFrameTest, AWriteIsMirroredForItsStationWhereValuesAreKeptPerStatio
     EXPECT_EQ(0, PLC_driver.image.wordArea[0][5]);
     EXPECT_EQ(0u, PLC_driver.image.dwordArea[6]);
     ASSERT_EQ(2, PLC_driver.extendList.size());
-    EXPECT_EQ("34 12", Hex(PLC_driver.extendList.at(ExtendFindSameVar(2, 9, 5)).value));
-    EXPECT_EQ("78 56 34 12", Hex(PLC_driver.extendList.at(ExtendFindSameVar(3, 14, 6)).value));
+    EXPECT_EQ("34 12", toHex(PLC_driver.extendList.at(ExtendFindSameVar(2, 9, 5)).value));
+    EXPECT_EQ("78 56 34 12", toHex(PLC_driver.extendList.at(ExtendFindSameVar(3, 14, 6)).value));
     EXPECT_EQ(2, PLC_driver.extendList.size());
 }
 
@@ -443,10 +443,10 @@ TEST_F(RemoteFrameTest, FramesAreTheSameWhereValuesAreKeptPerStation)
     RW_VAR multi = Variable(14, 3, 5, 7);
     const Protocol inMulti = BuildRead(multi);
     EXPECT_EQ(7, byteAt(inMulti.frame, 4));
-    EXPECT_EQ(Hex(inSingle.frame), Hex(inMulti.frame));
+    EXPECT_EQ(toHex(inSingle.frame), toHex(inMulti.frame));
     EXPECT_EQ(inSingle.replyLength, inMulti.replyLength);
     EXPECT_EQ(8, multi.count);
-    EXPECT_EQ(Hex(writeInSingle.frame), Hex(BuildWrite(Write(9, 5, 1, "34 12", 7)).frame));
+    EXPECT_EQ(toHex(writeInSingle.frame), toHex(BuildWrite(Write(9, 5, 1, "34 12", 7)).frame));
 }
 
 TEST_F(RemoteFrameTest, RepliesAreFiledFromBehindNineBytesPerStationOrInTheImage)
@@ -458,14 +458,14 @@ TEST_F(RemoteFrameTest, RepliesAreFiledFromBehindNineBytesPerStationOrInTheImage
         request.stationGroup = LOCAL_STATION;
         AddListReadVar(&request);
         ASSERT_TRUE(ComCommunication());
-        QByteArray reply = Bytes("FF FF FF FF FF FF FF FF FF 56 78 12 34 00 01 00 02");
+        QByteArray reply = fromHex("FF FF FF FF FF FF FF FF FF 56 78 12 34 00 01 00 02");
         EXPECT_EQ(PLC_DONE, DataCom(&reply, reply.size())->result);
         if (multiStation == 0) {
             EXPECT_EQ(0x12345678u, PLC_driver.image.dwordArea[3]);
             EXPECT_EQ(0x00020001u, PLC_driver.image.dwordArea[4]);
         } else {
-            EXPECT_EQ("78 56 34 12", Hex(PLC_driver.extendList.at(ExtendFindSameVar(7, 14, 3)).value));
-            EXPECT_EQ("01 00 02 00", Hex(PLC_driver.extendList.at(ExtendFindSameVar(7, 14, 4)).value));
+            EXPECT_EQ("78 56 34 12", toHex(PLC_driver.extendList.at(ExtendFindSameVar(7, 14, 3)).value));
+            EXPECT_EQ("01 00 02 00", toHex(PLC_driver.extendList.at(ExtendFindSameVar(7, 14, 4)).value));
         }
         PLC_driver.readList.clear();
     }

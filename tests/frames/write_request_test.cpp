@@ -26,7 +26,7 @@ protected:
     }
 
     /// The first bytes of a frame that is too long to be read.
-    static std::string Head(const Protocol& built, int bytes) { return Hex(built.frame.left(bytes)); }
+    static std::string Head(const Protocol& built, int bytes) { return toHex(built.frame.left(bytes)); }
 };
 
 struct WriteRow {
@@ -67,7 +67,7 @@ TEST_F(WriteRequestTest, Frames)
     for (const WriteRow& row : rows) {
         SCOPED_TRACE(row.what);
         const Protocol built = Build(row.request);
-        EXPECT_EQ(row.frame, Hex(built.frame));
+        EXPECT_EQ(row.frame, toHex(built.frame));
         EXPECT_EQ(built.frame.size(), built.frameLength);
     }
 }
@@ -95,7 +95,7 @@ TEST_F(WriteRequestTest, EveryWritableAreaHasItsFunctionCodeAndBase)
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.area);
-        EXPECT_EQ(row.frame, Hex(Build(Write(row.area, 2, 1, "01 00")).frame));
+        EXPECT_EQ(row.frame, toHex(Build(Write(row.area, 2, 1, "01 00")).frame));
     }
 }
 
@@ -103,38 +103,38 @@ TEST_F(WriteRequestTest, OnlyADataByteOf1SwitchesACoilOn)
 {
     for (const char* data : {"00", "02", "03", "81", "FF", ""}) {
         SCOPED_TRACE(data);
-        EXPECT_EQ("00 00 00 00 00 06 01 05 00 00 00 00", Hex(Build(Write(2, 0, 1, data)).frame));
+        EXPECT_EQ("00 00 00 00 00 06 01 05 00 00 00 00", toHex(Build(Write(2, 0, 1, data)).frame));
     }
 }
 
 TEST_F(WriteRequestTest, OnlyTheFirstCoilIsWritten)
 {
-    EXPECT_EQ("00 00 00 00 00 06 01 05 00 07 00 00", Hex(Build(Write(2, 7, 3, "00 01 01")).frame));
+    EXPECT_EQ("00 00 00 00 00 06 01 05 00 07 00 00", toHex(Build(Write(2, 7, 3, "00 01 01")).frame));
 }
 
 TEST_F(WriteRequestTest, ABitWriteOfCount0WithoutDataSwitchesOff)
 {
-    EXPECT_EQ("00 00 00 00 00 06 01 05 00 00 00 00", Hex(Build(Write(2, 0, 0, "")).frame));
+    EXPECT_EQ("00 00 00 00 00 06 01 05 00 00 00 00", toHex(Build(Write(2, 0, 0, "")).frame));
 }
 
 TEST_F(WriteRequestTest, DataIsPaddedWithZeroBytesInPlace)
 {
-    EXPECT_EQ("01 00 00", Hex(Padded(Write(2, 0, 3, "01"))));
-    EXPECT_EQ("34 12 00 00 00 00", Hex(Padded(Write(9, 0, 3, "34 12"))));
-    EXPECT_EQ("78 00 00 00 00 00 00 00", Hex(Padded(Write(14, 0, 2, "78"))));
-    EXPECT_EQ("00 00", Hex(Padded(Write(9, 0, 1, ""))));
+    EXPECT_EQ("01 00 00", toHex(Padded(Write(2, 0, 3, "01"))));
+    EXPECT_EQ("34 12 00 00 00 00", toHex(Padded(Write(9, 0, 3, "34 12"))));
+    EXPECT_EQ("78 00 00 00 00 00 00 00", toHex(Padded(Write(14, 0, 2, "78"))));
+    EXPECT_EQ("00 00", toHex(Padded(Write(9, 0, 1, ""))));
 }
 
 TEST_F(WriteRequestTest, MissingRegistersAreSentAs0)
 {
     EXPECT_EQ("00 00 00 00 00 0D 01 10 00 00 00 03 06 12 34 00 00 00 00",
-              Hex(Build(Write(9, 0, 3, "34 12")).frame));
+              toHex(Build(Write(9, 0, 3, "34 12")).frame));
 }
 
 TEST_F(WriteRequestTest, LongerDataIsNeitherCutNorSent)
 {
-    EXPECT_EQ("34 12 78 56", Hex(Padded(Write(9, 0, 1, "34 12 78 56"))));
-    EXPECT_EQ("00 00 00 00 00 06 01 06 00 00 12 34", Hex(Build(Write(9, 0, 1, "34 12 78 56")).frame));
+    EXPECT_EQ("34 12 78 56", toHex(Padded(Write(9, 0, 1, "34 12 78 56"))));
+    EXPECT_EQ("00 00 00 00 00 06 01 06 00 00 12 34", toHex(Build(Write(9, 0, 1, "34 12 78 56")).frame));
 }
 
 TEST_F(WriteRequestTest, PaddingDoesNotReachTheCallersOtherCopies)
@@ -142,23 +142,23 @@ TEST_F(WriteRequestTest, PaddingDoesNotReachTheCallersOtherCopies)
     RW_VAR request = Write(9, 0, 2, "34 12");
     const QByteArray before = request.data;
     WriteAnalog(&request);
-    EXPECT_EQ("34 12", Hex(before));
+    EXPECT_EQ("34 12", toHex(before));
 }
 
 TEST_F(WriteRequestTest, WordWriteOfCount0SendsOneRegisterFromTwoPaddedBytes)
 {
-    EXPECT_EQ("00 00", Hex(Padded(Write(9, 0, 0, ""))));
-    EXPECT_EQ("34 00", Hex(Padded(Write(9, 0, 0, "34"))));
-    EXPECT_EQ("00 00 00 00 00 06 01 06 00 00 00 00", Hex(Build(Write(9, 0, 0, "")).frame));
-    EXPECT_EQ("00 00 00 00 00 06 01 06 00 00 00 34", Hex(Build(Write(9, 0, 0, "34")).frame));
-    EXPECT_EQ("00 00 00 00 00 06 01 06 00 00 12 34", Hex(Build(Write(9, 0, 0, "34 12")).frame));
+    EXPECT_EQ("00 00", toHex(Padded(Write(9, 0, 0, ""))));
+    EXPECT_EQ("34 00", toHex(Padded(Write(9, 0, 0, "34"))));
+    EXPECT_EQ("00 00 00 00 00 06 01 06 00 00 00 00", toHex(Build(Write(9, 0, 0, "")).frame));
+    EXPECT_EQ("00 00 00 00 00 06 01 06 00 00 00 34", toHex(Build(Write(9, 0, 0, "34")).frame));
+    EXPECT_EQ("00 00 00 00 00 06 01 06 00 00 12 34", toHex(Build(Write(9, 0, 0, "34 12")).frame));
 }
 
 TEST_F(WriteRequestTest, DoubleWordWriteOfCount0SendsNoRegister)
 {
     const Protocol built = Build(Write(14, 0, 0, ""));
-    EXPECT_EQ("00 00 00 00 00 07 01 10 F7 00 00 00 00", Hex(built.frame));
-    EXPECT_EQ("", Hex(built.var.data));
+    EXPECT_EQ("00 00 00 00 00 07 01 10 F7 00 00 00 00", toHex(built.frame));
+    EXPECT_EQ("", toHex(built.var.data));
 }
 
 TEST_F(WriteRequestTest, ByteCountWrapsAbove127Registers)
@@ -178,8 +178,8 @@ TEST_F(WriteRequestTest, AllRegistersFollowAWrappedByteCount)
 
 TEST_F(WriteRequestTest, OnlyTheLow16BitsOfTheCountCount)
 {
-    EXPECT_EQ("00 00 00 00 00 06 01 06 00 00 12 34", Hex(Build(Write(9, 0, 0x10001, "34 12")).frame));
-    EXPECT_EQ("00 00 00 00 00 07 01 10 F7 00 00 00 00", Hex(Build(Variable(14, 0, 0x8000)).frame));
+    EXPECT_EQ("00 00 00 00 00 06 01 06 00 00 12 34", toHex(Build(Write(9, 0, 0x10001, "34 12")).frame));
+    EXPECT_EQ("00 00 00 00 00 07 01 10 F7 00 00 00 00", toHex(Build(Variable(14, 0, 0x8000)).frame));
 }
 
 TEST_F(WriteRequestTest, TheLargestCountMakesALongFrameWithAWrappedLengthField)
@@ -195,12 +195,12 @@ TEST_F(WriteRequestTest, TheLargestCountMakesALongFrameWithAWrappedLengthField)
 
 TEST_F(WriteRequestTest, OnlyTheLow16BitsOfTheAddressCount)
 {
-    EXPECT_EQ("00 00 00 00 00 06 01 06 00 05 12 34", Hex(Build(Write(9, 0x10005, 1, "34 12")).frame));
-    EXPECT_EQ("00 00 00 00 00 06 01 06 2F FF 12 34", Hex(Build(Write(10, -1, 1, "34 12")).frame));
+    EXPECT_EQ("00 00 00 00 00 06 01 06 00 05 12 34", toHex(Build(Write(9, 0x10005, 1, "34 12")).frame));
+    EXPECT_EQ("00 00 00 00 00 06 01 06 2F FF 12 34", toHex(Build(Write(10, -1, 1, "34 12")).frame));
     EXPECT_EQ("00 00 00 00 00 0B 01 10 F6 FE 00 02 04 00 01 00 00",
-              Hex(Build(Write(14, INT_MAX, 1, "01")).frame));
+              toHex(Build(Write(14, INT_MAX, 1, "01")).frame));
     EXPECT_EQ("00 00 00 00 00 0B 01 10 09 00 00 02 04 00 01 00 00",
-              Hex(Build(Write(14, 0x0900, 1, "01")).frame));
+              toHex(Build(Write(14, 0x0900, 1, "01")).frame));
 }
 
 TEST_F(WriteRequestTest, ReplyIsTheTwelveByteEchoWithoutData)
@@ -217,7 +217,7 @@ TEST_F(WriteRequestTest, ReplyIsTheTwelveByteEchoWithoutData)
 TEST_F(WriteRequestTest, BroadcastIsSentButExpectsNoReply)
 {
     const Protocol built = Build(Write(9, 5, 1, "34 12", 0));
-    EXPECT_EQ("00 00 00 00 00 06 00 06 00 05 12 34", Hex(built.frame));
+    EXPECT_EQ("00 00 00 00 00 06 00 06 00 05 12 34", toHex(built.frame));
     EXPECT_EQ(0, built.replyLength);
     EXPECT_EQ(0, built.dataOffset);
     EXPECT_EQ(0, built.dataLength);
@@ -226,7 +226,7 @@ TEST_F(WriteRequestTest, BroadcastIsSentButExpectsNoReply)
 TEST_F(WriteRequestTest, UnitIdentifierIsTheLowByteOfTheStation)
 {
     const Protocol built = Build(Write(9, 5, 1, "34 12", 0x102));
-    EXPECT_EQ("00 00 00 00 00 06 02 06 00 05 12 34", Hex(built.frame));
+    EXPECT_EQ("00 00 00 00 00 06 02 06 00 05 12 34", toHex(built.frame));
     EXPECT_EQ(12, built.replyLength);
 }
 
@@ -246,7 +246,7 @@ TEST_F(WriteRequestTest, RecordHoldsTheRequestWithItsPaddedData)
     EXPECT_EQ(2, copy.count);
     EXPECT_EQ(4, copy.station);
     EXPECT_EQ(17, copy.storeSelector);
-    EXPECT_EQ("34 12 00 00", Hex(copy.data));
+    EXPECT_EQ("34 12 00 00", toHex(copy.data));
 }
 
 TEST_F(WriteRequestTest, ExtraWordsAre0)
@@ -310,7 +310,7 @@ TEST_F(WriteRequestTest, BitOfWordReadIsMarkedAsReadBeforeWrite)
     EXPECT_EQ(-1, read.var.storeSelector);
     EXPECT_EQ(8, read.var.area);
     EXPECT_EQ(11, read.var.hostKey);
-    EXPECT_EQ("01", Hex(read.var.data));
+    EXPECT_EQ("01", toHex(read.var.data));
     EXPECT_EQ(0, read.extra0 | read.extra1 | read.extra2);
 }
 
@@ -329,7 +329,7 @@ TEST_F(WriteRequestTest, BitOfWordWriteKeepsTheBitAddress)
     EXPECT_EQ(1, write.var.accessFlag);
     EXPECT_EQ(35, write.var.address);
     EXPECT_EQ(0, write.var.storeSelector);
-    EXPECT_EQ("01", Hex(write.var.data));
+    EXPECT_EQ("01", toHex(write.var.data));
     EXPECT_EQ(0, write.extra0 | write.extra1 | write.extra2);
 }
 
@@ -342,7 +342,7 @@ TEST_F(WriteRequestTest, BitOfWordLeavesTheRequestAlone)
     EXPECT_EQ(35, request.address);
     EXPECT_EQ(5, request.accessFlag);
     EXPECT_EQ(6, request.storeSelector);
-    EXPECT_EQ("01", Hex(request.data));
+    EXPECT_EQ("01", toHex(request.data));
 }
 
 TEST_F(WriteRequestTest, WordOfABitIsItsAddressDividedBy16)
@@ -477,7 +477,7 @@ TEST_F(WriteRequestTest, NothingAtAllHappensForAreasThatAreNeverWritten)
         EXPECT_EQ(0u, listDoneCalls().size());
         EXPECT_EQ(9, info.framesExpected);
         EXPECT_FALSE(PLC_driver.image.bitArea[0][0]);
-        EXPECT_EQ("01", Hex(request.data));
+        EXPECT_EQ("01", toHex(request.data));
     }
 }
 

@@ -25,18 +25,18 @@ TEST(Image, AreasLieBackToBackWith65535ElementsEach)
 TEST(GetBitFromUC, AppendsOneByteForEachCell)
 {
     bool cells[5] = {false, true, false, true, true};
-    QByteArray out = Bytes("AA");
+    QByteArray out = fromHex("AA");
     GetBitFromUC(out, cells, 1, 3);
-    EXPECT_EQ("AA 01 00 01", Hex(out));
+    EXPECT_EQ("AA 01 00 01", toHex(out));
 }
 
 TEST(GetBitFromUC, DoesNothingForCountsBelow1)
 {
     bool cells[1] = {true};
-    QByteArray out = Bytes("AA");
+    QByteArray out = fromHex("AA");
     for (int count : {0, -1, INT_MIN})
         GetBitFromUC(out, cells, 0, count);
-    EXPECT_EQ("AA", Hex(out));
+    EXPECT_EQ("AA", toHex(out));
 }
 
 TEST(GetBitFromUS, TakesBitsAcrossWords)
@@ -44,24 +44,24 @@ TEST(GetBitFromUS, TakesBitsAcrossWords)
     unsigned short words[2] = {0x8000, 0x0001};
     QByteArray out;
     GetBitFromUS(out, words, 14, 4);
-    EXPECT_EQ("00 01 01 00", Hex(out));
+    EXPECT_EQ("00 01 01 00", toHex(out));
 }
 
 TEST(GetBitFromUS, WritesFromTheFirstByteAndKeepsTheOthers)
 {
     unsigned short words[1] = {0x0003};
-    QByteArray out = Bytes("AA BB CC");
+    QByteArray out = fromHex("AA BB CC");
     GetBitFromUS(out, words, 0, 2);
-    EXPECT_EQ("01 01 CC", Hex(out));
+    EXPECT_EQ("01 01 CC", toHex(out));
 }
 
 TEST(GetBitFromUS, DoesNothingForCountsBelow1)
 {
     unsigned short words[1] = {0xFFFF};
-    QByteArray out = Bytes("AA");
+    QByteArray out = fromHex("AA");
     for (int count : {0, -1, INT_MIN})
         GetBitFromUS(out, words, 0, count);
-    EXPECT_EQ("AA", Hex(out));
+    EXPECT_EQ("AA", toHex(out));
 }
 
 TEST(GetWordFromUS, GivesLowByteFirst)
@@ -69,24 +69,24 @@ TEST(GetWordFromUS, GivesLowByteFirst)
     unsigned short words[3] = {0xFFFF, 0x1234, 0xABCD};
     QByteArray out;
     GetWordFromUS(out, words, 1, 2);
-    EXPECT_EQ("34 12 CD AB", Hex(out));
+    EXPECT_EQ("34 12 CD AB", toHex(out));
 }
 
 TEST(GetWordFromUS, WritesFromTheFirstByteAndKeepsTheOthers)
 {
     unsigned short words[1] = {0x1234};
-    QByteArray out = Bytes("AA BB CC");
+    QByteArray out = fromHex("AA BB CC");
     GetWordFromUS(out, words, 0, 1);
-    EXPECT_EQ("34 12 CC", Hex(out));
+    EXPECT_EQ("34 12 CC", toHex(out));
 }
 
 TEST(GetWordFromUS, DoesNothingForCountsBelow1)
 {
     unsigned short words[1] = {0xFFFF};
-    QByteArray out = Bytes("AA");
+    QByteArray out = fromHex("AA");
     for (int count : {0, -1, INT_MIN})
         GetWordFromUS(out, words, 0, count);
-    EXPECT_EQ("AA", Hex(out));
+    EXPECT_EQ("AA", toHex(out));
 }
 
 TEST(GetDWordFromUS, Count1GivesTheLowHalfOfTheElementAfterTheStart)
@@ -94,26 +94,26 @@ TEST(GetDWordFromUS, Count1GivesTheLowHalfOfTheElementAfterTheStart)
     unsigned int doubleWords[2] = {0x11111111, 0x12345678};
     QByteArray out;
     GetDWordFromUS(out, doubleWords, 0, 1);
-    EXPECT_EQ("78 56", Hex(out));
+    EXPECT_EQ("78 56", toHex(out));
 }
 
 TEST(GetDWordFromUS, Count1KeepsTheOtherBytesOfTheOutput)
 {
     unsigned int doubleWords[2] = {0x11111111, 0x12345678};
-    QByteArray out = Bytes("AA BB CC");
+    QByteArray out = fromHex("AA BB CC");
     GetDWordFromUS(out, doubleWords, 0, 1);
-    EXPECT_EQ("78 56 CC", Hex(out));
+    EXPECT_EQ("78 56 CC", toHex(out));
 }
 
 TEST(GetDWordFromUS, OtherCountsAppendOneElementLess)
 {
     unsigned int doubleWords[3] = {0x11111111, 0x12345678, 0x9ABCDEF0};
-    QByteArray out = Bytes("AA");
+    QByteArray out = fromHex("AA");
     GetDWordFromUS(out, doubleWords, 1, 2);
-    EXPECT_EQ("AA 78 56 34 12", Hex(out));
+    EXPECT_EQ("AA 78 56 34 12", toHex(out));
     out.clear();
     GetDWordFromUS(out, doubleWords, 1, 3);
-    EXPECT_EQ("78 56 34 12 F0 DE BC 9A", Hex(out));
+    EXPECT_EQ("78 56 34 12 F0 DE BC 9A", toHex(out));
 }
 
 TEST(GetDWordFromUS, CountsBelow1AppendOneElement)
@@ -122,14 +122,14 @@ TEST(GetDWordFromUS, CountsBelow1AppendOneElement)
     for (int count : {0, -1, INT_MIN}) {
         QByteArray out;
         GetDWordFromUS(out, doubleWords, 0, count);
-        EXPECT_EQ("78 56 34 12", Hex(out)) << count;
+        EXPECT_EQ("78 56 34 12", toHex(out)) << count;
     }
 }
 
 TEST(SetBitToUC, StoresTheLowestBitOfEachByte)
 {
     bool cells[5] = {};
-    QByteArray data = Bytes("03 02 01 FF");
+    QByteArray data = fromHex("03 02 01 FF");
     SetBitToUC(1, cells, &data, 4);
     const bool expected[5] = {false, true, false, true, true};
     for (int i = 0; i < 5; ++i)
@@ -139,7 +139,7 @@ TEST(SetBitToUC, StoresTheLowestBitOfEachByte)
 TEST(SetBitToUC, StoresNoMoreThanItsCount)
 {
     bool cells[3] = {};
-    QByteArray data = Bytes("01 01 01");
+    QByteArray data = fromHex("01 01 01");
     SetBitToUC(0, cells, &data, 2);
     EXPECT_TRUE(cells[1]);
     EXPECT_FALSE(cells[2]);
@@ -150,7 +150,7 @@ TEST(SetBitToUC, ClearsOneCellPastTheDataAndLeavesTheRest)
     for (int count : {4, INT_MAX}) {
         SCOPED_TRACE(count);
         bool cells[4] = {true, true, true, true};
-        QByteArray data = Bytes("01 01");
+        QByteArray data = fromHex("01 01");
         SetBitToUC(0, cells, &data, count);
         EXPECT_TRUE(cells[1]);
         EXPECT_FALSE(cells[2]);
@@ -161,7 +161,7 @@ TEST(SetBitToUC, ClearsOneCellPastTheDataAndLeavesTheRest)
 TEST(SetBitToUC, TheByteBehindTheDataCountsAs0WhateverIsThere)
 {
     bool cells[2] = {true, true};
-    const QByteArray memory = Bytes("01 01");
+    const QByteArray memory = fromHex("01 01");
     QByteArray data = WithoutTerminator(memory, 1);
     SetBitToUC(0, cells, &data, 2);
     EXPECT_TRUE(cells[0]);
@@ -171,7 +171,7 @@ TEST(SetBitToUC, TheByteBehindTheDataCountsAs0WhateverIsThere)
 TEST(SetBitToUC, DoesNothingForCountsBelow1)
 {
     bool cells[1] = {};
-    QByteArray data = Bytes("01");
+    QByteArray data = fromHex("01");
     for (int count : {0, -1, INT_MIN})
         SetBitToUC(0, cells, &data, count);
     EXPECT_FALSE(cells[0]);
@@ -180,7 +180,7 @@ TEST(SetBitToUC, DoesNothingForCountsBelow1)
 TEST(SetBitToUS, Bit37IsBit5OfWord2)
 {
     unsigned short words[3] = {};
-    QByteArray data = Bytes("01");
+    QByteArray data = fromHex("01");
     SetBitToUS(37, words, &data, 1);
     EXPECT_EQ(0, words[0]);
     EXPECT_EQ(0, words[1]);
@@ -190,7 +190,7 @@ TEST(SetBitToUS, Bit37IsBit5OfWord2)
 TEST(SetBitToUS, OnlyAByteOf1SetsAndEveryOtherClears)
 {
     unsigned short words[1] = {0xFFFE};
-    QByteArray data = Bytes("01 02 00 FF 03");
+    QByteArray data = fromHex("01 02 00 FF 03");
     SetBitToUS(0, words, &data, 5);
     EXPECT_EQ(0xFFE1, words[0]);
 }
@@ -198,7 +198,7 @@ TEST(SetBitToUS, OnlyAByteOf1SetsAndEveryOtherClears)
 TEST(SetBitToUS, RunsAcrossWords)
 {
     unsigned short words[2] = {};
-    QByteArray data = Bytes("01 01 01");
+    QByteArray data = fromHex("01 01 01");
     SetBitToUS(14, words, &data, 3);
     EXPECT_EQ(0xC000, words[0]);
     EXPECT_EQ(0x0001, words[1]);
@@ -209,7 +209,7 @@ TEST(SetBitToUS, StopsAtTheEndOfTheData)
     for (int count : {3, INT_MAX}) {
         SCOPED_TRACE(count);
         unsigned short words[1] = {0x000F};
-        QByteArray data = Bytes("00");
+        QByteArray data = fromHex("00");
         SetBitToUS(0, words, &data, count);
         EXPECT_EQ(0x000E, words[0]);
     }
@@ -218,7 +218,7 @@ TEST(SetBitToUS, StopsAtTheEndOfTheData)
 TEST(SetBitToUS, DoesNothingForCountsBelow1)
 {
     unsigned short words[1] = {};
-    QByteArray data = Bytes("01");
+    QByteArray data = fromHex("01");
     for (int count : {0, -1, INT_MIN})
         SetBitToUS(0, words, &data, count);
     EXPECT_EQ(0, words[0]);
@@ -227,7 +227,7 @@ TEST(SetBitToUS, DoesNothingForCountsBelow1)
 TEST(SetWordToUS, TakesLowByteFirst)
 {
     unsigned short words[4] = {};
-    QByteArray data = Bytes("34 12 CD AB");
+    QByteArray data = fromHex("34 12 CD AB");
     SetWordToUS(1, words, &data, 2);
     EXPECT_EQ(0, words[0]);
     EXPECT_EQ(0x1234, words[1]);
@@ -238,7 +238,7 @@ TEST(SetWordToUS, TakesLowByteFirst)
 TEST(SetWordToUS, StoresNoMoreThanItsCount)
 {
     unsigned short words[2] = {};
-    QByteArray data = Bytes("01 00 02 00");
+    QByteArray data = fromHex("01 00 02 00");
     SetWordToUS(0, words, &data, 1);
     EXPECT_EQ(1, words[0]);
     EXPECT_EQ(0, words[1]);
@@ -247,7 +247,7 @@ TEST(SetWordToUS, StoresNoMoreThanItsCount)
 TEST(SetWordToUS, AMissingHighByteCountsAs0)
 {
     unsigned short words[3] = {7, 7, 7};
-    QByteArray data = Bytes("34 12 56");
+    QByteArray data = fromHex("34 12 56");
     SetWordToUS(0, words, &data, 3);
     EXPECT_EQ(0x1234, words[0]);
     EXPECT_EQ(0x0056, words[1]);
@@ -259,7 +259,7 @@ TEST(SetWordToUS, TheWordAtTheEndOfTheDataBecomes0AndTheRestStays)
     for (int count : {4, INT_MAX}) {
         SCOPED_TRACE(count);
         unsigned short words[4] = {7, 7, 7, 7};
-        QByteArray data = Bytes("01 00 02 00");
+        QByteArray data = fromHex("01 00 02 00");
         SetWordToUS(0, words, &data, count);
         EXPECT_EQ(1, words[0]);
         EXPECT_EQ(2, words[1]);
@@ -279,7 +279,7 @@ TEST(SetWordToUS, EmptyDataStoresOne0)
 
 TEST(SetWordToUS, BytesBehindTheDataCountAs0WhateverIsThere)
 {
-    const QByteArray memory = Bytes("34 12 56 78 9A BC");
+    const QByteArray memory = fromHex("34 12 56 78 9A BC");
     unsigned short words[2] = {7, 7};
     QByteArray odd = WithoutTerminator(memory, 3);
     SetWordToUS(0, words, &odd, 2);
@@ -292,7 +292,7 @@ TEST(SetWordToUS, BytesBehindTheDataCountAs0WhateverIsThere)
 TEST(SetWordToUS, DoesNothingForCountsBelow1)
 {
     unsigned short words[1] = {7};
-    QByteArray data = Bytes("01 00");
+    QByteArray data = fromHex("01 00");
     for (int count : {0, -1, INT_MIN})
         SetWordToUS(0, words, &data, count);
     EXPECT_EQ(7, words[0]);
@@ -301,7 +301,7 @@ TEST(SetWordToUS, DoesNothingForCountsBelow1)
 TEST(SetDWordToUS, TakesLowByteFirst)
 {
     unsigned int doubleWords[3] = {};
-    QByteArray data = Bytes("78 56 34 12 F0 DE BC 9A");
+    QByteArray data = fromHex("78 56 34 12 F0 DE BC 9A");
     SetDWordToUS(1, doubleWords, &data, 2);
     EXPECT_EQ(0u, doubleWords[0]);
     EXPECT_EQ(0x12345678u, doubleWords[1]);
@@ -311,7 +311,7 @@ TEST(SetDWordToUS, TakesLowByteFirst)
 TEST(SetDWordToUS, MissingBytesCountAs0)
 {
     unsigned int doubleWords[3] = {7, 7, 7};
-    QByteArray data = Bytes("01 00 00 00 34 12");
+    QByteArray data = fromHex("01 00 00 00 34 12");
     SetDWordToUS(0, doubleWords, &data, 3);
     EXPECT_EQ(1u, doubleWords[0]);
     EXPECT_EQ(0x1234u, doubleWords[1]);
@@ -323,7 +323,7 @@ TEST(SetDWordToUS, TheElementAtTheEndOfTheDataBecomes0AndTheRestStays)
     for (int count : {3, INT_MAX}) {
         SCOPED_TRACE(count);
         unsigned int doubleWords[3] = {7, 7, 7};
-        QByteArray data = Bytes("01 00 00 00");
+        QByteArray data = fromHex("01 00 00 00");
         SetDWordToUS(0, doubleWords, &data, count);
         EXPECT_EQ(1u, doubleWords[0]);
         EXPECT_EQ(0u, doubleWords[1]);
@@ -333,7 +333,7 @@ TEST(SetDWordToUS, TheElementAtTheEndOfTheDataBecomes0AndTheRestStays)
 
 TEST(SetDWordToUS, BytesBehindTheDataCountAs0WhateverIsThere)
 {
-    const QByteArray memory = Bytes("01 02 03 04 05 06 07 08");
+    const QByteArray memory = fromHex("01 02 03 04 05 06 07 08");
     unsigned int doubleWords[2] = {7, 7};
     QByteArray whole = WithoutTerminator(memory, 4);
     SetDWordToUS(0, doubleWords, &whole, 2);
@@ -346,7 +346,7 @@ TEST(SetDWordToUS, BytesBehindTheDataCountAs0WhateverIsThere)
 TEST(SetDWordToUS, DoesNothingForCountsBelow1)
 {
     unsigned int doubleWords[1] = {7};
-    QByteArray data = Bytes("01 00 00 00");
+    QByteArray data = fromHex("01 00 00 00");
     for (int count : {0, -1, INT_MIN})
         SetDWordToUS(0, doubleWords, &data, count);
     EXPECT_EQ(7u, doubleWords[0]);
@@ -355,7 +355,7 @@ TEST(SetDWordToUS, DoesNothingForCountsBelow1)
 TEST(SetWordToUI, ExchangesTheWordsOfEachPair)
 {
     unsigned short words[6] = {};
-    QByteArray data = Bytes("01 00 02 00 03 00 04 00");
+    QByteArray data = fromHex("01 00 02 00 03 00 04 00");
     SetWordToUI(1, words, &data, 4);
     const unsigned short expected[6] = {0, 2, 1, 4, 3, 0};
     for (int i = 0; i < 6; ++i)
@@ -365,7 +365,7 @@ TEST(SetWordToUI, ExchangesTheWordsOfEachPair)
 TEST(SetWordToUI, LeavesAnOddWordAtTheEnd)
 {
     unsigned short words[3] = {7, 7, 7};
-    QByteArray data = Bytes("01 00 02 00 03 00 04 00");
+    QByteArray data = fromHex("01 00 02 00 03 00 04 00");
     SetWordToUI(0, words, &data, 3);
     EXPECT_EQ(2, words[0]);
     EXPECT_EQ(1, words[1]);
@@ -377,7 +377,7 @@ TEST(SetWordToUI, LeavesAPairThatIsNotWhollyThere)
     for (int count : {4, INT_MAX}) {
         SCOPED_TRACE(count);
         unsigned short words[4] = {7, 7, 7, 7};
-        QByteArray data = Bytes("01 00 02 00 03 00 04");
+        QByteArray data = fromHex("01 00 02 00 03 00 04");
         SetWordToUI(0, words, &data, count);
         EXPECT_EQ(2, words[0]);
         EXPECT_EQ(1, words[1]);
@@ -389,7 +389,7 @@ TEST(SetWordToUI, LeavesAPairThatIsNotWhollyThere)
 TEST(SetWordToUI, DoesNothingForCountsBelow2)
 {
     unsigned short words[2] = {7, 7};
-    QByteArray data = Bytes("01 00 02 00");
+    QByteArray data = fromHex("01 00 02 00");
     for (int count : {1, 0, -1, INT_MIN})
         SetWordToUI(0, words, &data, count);
     EXPECT_EQ(7, words[0]);

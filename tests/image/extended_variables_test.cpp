@@ -16,7 +16,7 @@ TEST_F(ExtendFindSameVarTest, FirstLookupAppendsAnEntryOfFourZeroBytes)
     EXPECT_EQ(1, entry.station);
     EXPECT_EQ(9, entry.area);
     EXPECT_EQ(100, entry.address);
-    EXPECT_EQ("00 00 00 00", Hex(entry.value));
+    EXPECT_EQ("00 00 00 00", toHex(entry.value));
 }
 
 TEST_F(ExtendFindSameVarTest, SecondLookupFindsTheEntry)
@@ -47,8 +47,8 @@ TEST_F(ExtendFindSameVarTest, EntriesKeepTheirOrder)
 
 TEST_F(ExtendFindSameVarTest, FirstOfTwoEqualEntriesWins)
 {
-    EXTENDVAR other = {1, 9, 1, Bytes("00 00")};
-    EXTENDVAR same = {1, 9, 2, Bytes("00 00")};
+    EXTENDVAR other = {1, 9, 1, fromHex("00 00")};
+    EXTENDVAR same = {1, 9, 2, fromHex("00 00")};
     PLC_driver.extendList << other << same << same;
     EXPECT_EQ(1, ExtendFindSameVar(1, 9, 2));
     EXPECT_EQ(3, PLC_driver.extendList.size());
@@ -63,10 +63,10 @@ TEST_F(ExtendFindSameVarTest, AnyNumbersMakeAKey)
 
 TEST_F(ExtendFindSameVarTest, FindingLeavesValuesAlone)
 {
-    EXTENDVAR entry = {1, 9, 2, Bytes("34 12")};
+    EXTENDVAR entry = {1, 9, 2, fromHex("34 12")};
     PLC_driver.extendList << entry;
     ExtendFindSameVar(1, 9, 2);
-    EXPECT_EQ("34 12", Hex(PLC_driver.extendList.at(0).value));
+    EXPECT_EQ("34 12", toHex(PLC_driver.extendList.at(0).value));
 }
 
 TEST_F(ExtendFindSameVarTest, FindingDoesNotCopyTheList)

@@ -38,7 +38,7 @@ protected:
 
     static void Keep(int area, int address, const char* hexValue)
     {
-        PLC_driver.extendList << EXTENDVAR{DEFAULT_STATION, area, address, Bytes(hexValue)};
+        PLC_driver.extendList << EXTENDVAR{DEFAULT_STATION, area, address, fromHex(hexValue)};
     }
 
     /// "area:address=value" of every entry of the default station, in list order.
@@ -48,7 +48,7 @@ protected:
         for (const EXTENDVAR& entry : PLC_driver.extendList) {
             if (entry.station == DEFAULT_STATION)
                 entries.push_back(std::to_string(entry.area) + ":" + std::to_string(entry.address) + "=" +
-                                  Hex(entry.value));
+                                  toHex(entry.value));
         }
         return entries;
     }
@@ -241,7 +241,7 @@ TEST_F(ImageWriteTest, TheRequestIsOnlyRead)
     WriteDataToLocal(&var);
     EXPECT_EQ(-1, var.address);
     EXPECT_EQ(5, var.count);
-    EXPECT_EQ("34 12", Hex(var.data));
+    EXPECT_EQ("34 12", toHex(var.data));
 }
 
 TEST_F(ImageWriteTest, TheImageLockIsFreeAfterwards)
@@ -301,7 +301,7 @@ TEST_F(MultiStationImageWriteTest, OtherStationsStayAsTheyAre)
     EXPECT_EQ((List{"9:0=01 00"}), Entries());
     ASSERT_EQ(2, PLC_driver.extendList.size());
     EXPECT_EQ(2, PLC_driver.extendList.at(1).station);
-    EXPECT_EQ("34 12", Hex(PLC_driver.extendList.at(1).value));
+    EXPECT_EQ("34 12", toHex(PLC_driver.extendList.at(1).value));
 }
 
 TEST_F(MultiStationImageWriteTest, Area0AndCodesThatAreNoAreaMakeNoEntry)
@@ -339,7 +339,7 @@ TEST_F(MultiStationImageWriteTest, EmptyDataStoresOneZeroElement)
 
 TEST_F(MultiStationImageWriteTest, BytesBehindTheDataCountAs0WhateverIsThere)
 {
-    const QByteArray memory = Bytes("34 12 56 78");
+    const QByteArray memory = fromHex("34 12 56 78");
     RW_VAR var = Variable(9, 0, 2);
     var.data = QByteArray::fromRawData(memory.constData(), 3);
     WriteDataToLocal(&var);

@@ -12,9 +12,9 @@ protected:
     static std::string Get(int area, const char* address, int count, int station = DEFAULT_STATION)
     {
         QString text = address;
-        QByteArray out = Bytes("EE EE");
+        QByteArray out = fromHex("EE EE");
         const unsigned int result = GetRegisterData(0, area, &text, station, &out, count);
-        return std::to_string(result) + ": " + Hex(out);
+        return std::to_string(result) + ": " + toHex(out);
     }
 
     /// The bytes read, where there are too many to be written out.
@@ -41,7 +41,7 @@ protected:
         std::vector<std::string> queue;
         for (const RW_VAR& var : PLC_driver.writeList)
             queue.push_back(std::to_string(var.address) + "+" + std::to_string(var.count) + "=" +
-                            Hex(var.data));
+                            toHex(var.data));
         return queue;
     }
 
@@ -56,7 +56,7 @@ protected:
 
     static void Keep(int station, int area, int address, const char* hexValue)
     {
-        PLC_driver.extendList << EXTENDVAR{station, area, address, Bytes(hexValue)};
+        PLC_driver.extendList << EXTENDVAR{station, area, address, fromHex(hexValue)};
     }
 
     static unsigned short* Words(int buffer) { return PLC_driver.image.wordArea[buffer]; }
@@ -248,16 +248,16 @@ TEST_F(GetTest, ACutCountStillHasItsSizeBehindTheArea)
     Words(0)[65534] = 0x1234;
     const QByteArray out = GetBytes(9, "65534", INT_MAX);
     EXPECT_EQ(2 * 65535, out.size());
-    EXPECT_EQ("34 12 00 00", Hex(out.left(4)));
+    EXPECT_EQ("34 12 00 00", toHex(out.left(4)));
 }
 
 TEST_F(GetTest, NullPointersAreRefused)
 {
     QString text = "0";
-    QByteArray out = Bytes("EE");
+    QByteArray out = fromHex("EE");
     EXPECT_EQ(0u, GetRegisterData(0, 9, nullptr, 1, &out, 1));
     EXPECT_EQ(0u, GetRegisterData(0, 9, &text, 1, nullptr, 1));
-    EXPECT_EQ("EE", Hex(out));
+    EXPECT_EQ("EE", toHex(out));
 }
 
 TEST_F(GetTest, WithoutASettingsBlockNothingIsRead)
@@ -297,7 +297,7 @@ TEST_F(MultiStationGetTest, ReadingANewElementMakesItsEntryAndGives0)
     EXPECT_EQ(4, PLC_driver.extendList.at(0).station);
     EXPECT_EQ(9, PLC_driver.extendList.at(0).area);
     EXPECT_EQ(100, PLC_driver.extendList.at(0).address);
-    EXPECT_EQ("00 00 00 00", Hex(PLC_driver.extendList.at(0).value));
+    EXPECT_EQ("00 00 00 00", toHex(PLC_driver.extendList.at(0).value));
 }
 
 TEST_F(MultiStationGetTest, BitsAreTheLowestBitOfTheirByteAnd0WithoutValue)
@@ -419,7 +419,7 @@ TEST_F(SetMemoryTest, OnlyTheImageChanges)
         SCOPED_TRACE(mode);
         info.hostWriteMode = mode;
         Words(0)[10] = 0;
-        EXPECT_EQ(1, Set(9, "10", Bytes("34 12"), 1));
+        EXPECT_EQ(1, Set(9, "10", fromHex("34 12"), 1));
         EXPECT_EQ(0x1234, Words(0)[10]);
         EXPECT_EQ(0, PLC_driver.writeList.size());
         EXPECT_EQ(0, frameCount());
@@ -429,20 +429,20 @@ TEST_F(SetMemoryTest, OnlyTheImageChanges)
 TEST_F(SetMemoryTest, AfterAFailedReplyTheImageStillChanges)
 {
     PLC_driver.lastFailed = 1;
-    EXPECT_EQ(1, Set(9, "10", Bytes("34 12"), 1));
+    EXPECT_EQ(1, Set(9, "10", fromHex("34 12"), 1));
     EXPECT_EQ(0x1234, Words(0)[10]);
 }
 
 TEST_F(SetMemoryTest, CountMeansElementsOfTheArea)
 {
-    EXPECT_EQ(1, Set(14, "200", Bytes("01 00 00 00 02 00 00 00"), 2));
+    EXPECT_EQ(1, Set(14, "200", fromHex("01 00 00 00 02 00 00 00"), 2));
     EXPECT_EQ(1u, DoubleWords()[0]);
     EXPECT_EQ(2u, DoubleWords()[1]);
 }
 
 TEST_F(SetMemoryTest, AWordCanBeReadBackBitByBit)
 {
-    Set(9, "10", Bytes("34 12"), 1);
+    Set(9, "10", fromHex("34 12"), 1);
     EXPECT_EQ("1: 00 00 01 00 01 01 00 00 00 01 00 00 01 00 00 00", Get(8, "10.0", 16));
 }
 
@@ -450,7 +450,7 @@ TEST_F(SetMemoryTest, Area0AndCodesThatAreNoAreaAreIgnored)
 {
     for (int area : {0, 15, INT_MAX, -1}) {
         SCOPED_TRACE(area);
-        EXPECT_EQ(1, Set(area, "0", Bytes("01 01 01 01"), 1));
+        EXPECT_EQ(1, Set(area, "0", fromHex("01 01 01 01"), 1));
         EXPECT_TRUE(ImageIsAllZero());
         EXPECT_EQ(0, PLC_driver.writeList.size());
     }
@@ -458,17 +458,17 @@ TEST_F(SetMemoryTest, Area0AndCodesThatAreNoAreaAreIgnored)
 
 TEST_F(SetMemoryTest, AnAddressThatDoesNotConvertChangesNothing)
 {
-    EXPECT_EQ(0, Set(9, "x", Bytes("34 12"), 1));
-    EXPECT_EQ(0, Set(9, "-5", Bytes("34 12"), 1));
-    EXPECT_EQ(0, Set(8, "3", Bytes("01"), 1));
+    EXPECT_EQ(0, Set(9, "x", fromHex("34 12"), 1));
+    EXPECT_EQ(0, Set(9, "-5", fromHex("34 12"), 1));
+    EXPECT_EQ(0, Set(8, "3", fromHex("01"), 1));
     EXPECT_TRUE(ImageIsAllZero());
 }
 
 TEST_F(SetMemoryTest, ElementsOutsideTheAreaAreDropped)
 {
-    EXPECT_EQ(1, Set(9, "65534", Bytes("01 00 02 00"), 2));
-    EXPECT_EQ(1, Set(9, "65535", Bytes("03 00"), 1));
-    EXPECT_EQ(1, Set(9, "2147483647", Bytes("04 00 05 00"), 2));
+    EXPECT_EQ(1, Set(9, "65534", fromHex("01 00 02 00"), 2));
+    EXPECT_EQ(1, Set(9, "65535", fromHex("03 00"), 1));
+    EXPECT_EQ(1, Set(9, "2147483647", fromHex("04 00 05 00"), 2));
     EXPECT_EQ(1, Words(0)[65534]);
     Words(0)[65534] = 0;
     EXPECT_TRUE(ImageIsAllZero());
@@ -476,17 +476,17 @@ TEST_F(SetMemoryTest, ElementsOutsideTheAreaAreDropped)
 
 TEST_F(SetMemoryTest, RunawayAndNegativeCountsAreHarmless)
 {
-    EXPECT_EQ(1, Set(9, "10", Bytes("34 12"), INT_MAX));
+    EXPECT_EQ(1, Set(9, "10", fromHex("34 12"), INT_MAX));
     EXPECT_EQ(0x1234, Words(0)[10]);
     Words(0)[10] = 0;
-    EXPECT_EQ(1, Set(9, "10", Bytes("34 12"), INT_MIN));
-    EXPECT_EQ(1, Set(8, "10.0", Bytes("01"), INT_MIN));
+    EXPECT_EQ(1, Set(9, "10", fromHex("34 12"), INT_MIN));
+    EXPECT_EQ(1, Set(8, "10.0", fromHex("01"), INT_MIN));
     EXPECT_TRUE(ImageIsAllZero());
 }
 
 TEST_F(SetMemoryTest, SingleStationModeIgnoresTheStation)
 {
-    Set(9, "10", Bytes("34 12"), 1, 77);
+    Set(9, "10", fromHex("34 12"), 1, 77);
     EXPECT_EQ(0x1234, Words(0)[10]);
     EXPECT_EQ(0, PLC_driver.extendList.size());
 }
@@ -494,7 +494,7 @@ TEST_F(SetMemoryTest, SingleStationModeIgnoresTheStation)
 TEST_F(SetMemoryTest, MultiStationModeWritesTheStationsEntry)
 {
     info.multiStation = 1;
-    EXPECT_EQ(1, Set(9, "10", Bytes("34 12"), 1, 5));
+    EXPECT_EQ(1, Set(9, "10", fromHex("34 12"), 1, 5));
     EXPECT_TRUE(ImageIsAllZero());
     EXPECT_EQ("1: 34 12", Get(9, "10", 1, 5));
     EXPECT_EQ("1: 00 00", Get(9, "10", 1, 6));
@@ -503,15 +503,15 @@ TEST_F(SetMemoryTest, MultiStationModeWritesTheStationsEntry)
 TEST_F(SetMemoryTest, TheCallersDataStaysAsItIs)
 {
     QString name, text = "0";
-    QByteArray data = Bytes("34");
+    QByteArray data = fromHex("34");
     SetRegisterData(&name, 9, &text, 1, &data, 4, 0, 0);
-    EXPECT_EQ("34", Hex(data));
+    EXPECT_EQ("34", toHex(data));
 }
 
 TEST_F(SetQueueTest, TheQueuedRequestCarriesEverything)
 {
     info.remoteMode = 6;
-    EXPECT_EQ(1, Set(9, "10", Bytes("34 12"), 1));
+    EXPECT_EQ(1, Set(9, "10", fromHex("34 12"), 1));
     ASSERT_EQ(1, PLC_driver.writeList.size());
     const RW_VAR& var = PLC_driver.writeList.at(0);
     EXPECT_EQ(11, var.hostKey);
@@ -526,26 +526,26 @@ TEST_F(SetQueueTest, TheQueuedRequestCarriesEverything)
     EXPECT_EQ(1, var.count);
     EXPECT_EQ(0, var.storeSelector);
     EXPECT_EQ(0, var.spare13);
-    EXPECT_EQ("34 12", Hex(var.data));
+    EXPECT_EQ("34 12", toHex(var.data));
 }
 
 TEST_F(SetQueueTest, SingleStationModeUsesTheDefaultStation)
 {
     info.defaultStation = 42;
-    Set(9, "10", Bytes("34 12"), 1, 9);
+    Set(9, "10", fromHex("34 12"), 1, 9);
     EXPECT_EQ(42, PLC_driver.writeList.at(0).station);
 }
 
 TEST_F(SetQueueTest, MultiStationModeUsesTheGivenStation)
 {
     info.multiStation = 1;
-    Set(9, "10", Bytes("34 12"), 1, 9);
+    Set(9, "10", fromHex("34 12"), 1, 9);
     EXPECT_EQ(9, PLC_driver.writeList.at(0).station);
 }
 
 TEST_F(SetQueueTest, TheImageChangesOnlyWhenTheFrameIsBuilt)
 {
-    Set(9, "10", Bytes("34 12"), 1);
+    Set(9, "10", fromHex("34 12"), 1);
     EXPECT_TRUE(ImageIsAllZero());
 }
 
@@ -553,14 +553,14 @@ TEST_F(SetQueueTest, AfterAFailedReplyEachChunkIsMirroredAtOnce)
 {
     PLC_driver.lastFailed = 1;
     info.maxBlockCount = 1;
-    EXPECT_EQ(2, Set(9, "10", Bytes("34 12 78 56"), 2));
+    EXPECT_EQ(2, Set(9, "10", fromHex("34 12 78 56"), 2));
     EXPECT_EQ(0x1234, Words(0)[10]);
     EXPECT_EQ(0x5678, Words(0)[11]);
 }
 
 TEST_F(SetQueueTest, BitsAreQueuedOneByOne)
 {
-    EXPECT_EQ(3, Set(2, "10", Bytes("01 00 05"), 3));
+    EXPECT_EQ(3, Set(2, "10", fromHex("01 00 05"), 3));
     EXPECT_EQ((List{"10+1=01", "11+1=00", "12+1=05"}), Queue());
 }
 
@@ -570,7 +570,7 @@ TEST_F(SetQueueTest, EveryAreaFrom1To14IsServed)
         SCOPED_TRACE(area);
         PLC_driver.writeList.clear();
         const char* const address = area == 7 ? "8001" : area == 8 ? "0.1" : area == 14 ? "201" : "1";
-        EXPECT_EQ(1, Set(area, address, Bytes("01"), 1));
+        EXPECT_EQ(1, Set(area, address, fromHex("01"), 1));
         ASSERT_EQ(1, PLC_driver.writeList.size());
         EXPECT_EQ(area, PLC_driver.writeList.at(0).area);
         EXPECT_EQ(1, PLC_driver.writeList.at(0).address);
@@ -580,20 +580,20 @@ TEST_F(SetQueueTest, EveryAreaFrom1To14IsServed)
 
 TEST_F(SetQueueTest, BitsOfWordsAreQueuedOneByOneUnderTheirBitAddress)
 {
-    EXPECT_EQ(2, Set(8, "2.3", Bytes("01 01"), 2));
+    EXPECT_EQ(2, Set(8, "2.3", fromHex("01 01"), 2));
     EXPECT_EQ((List{"35+1=01", "36+1=01"}), Queue());
     EXPECT_EQ(8, PLC_driver.writeList.at(0).area);
 }
 
 TEST_F(SetQueueTest, BitsBeyondTheDataAre0)
 {
-    Set(2, "0", Bytes("01"), 3);
+    Set(2, "0", fromHex("01"), 3);
     EXPECT_EQ((List{"0+1=01", "1+1=00", "2+1=00"}), Queue());
 }
 
 TEST_F(SetQueueTest, WordsAreQueuedInBlocks)
 {
-    EXPECT_EQ(3, Set(9, "1000", Bytes("34 12"), 250));
+    EXPECT_EQ(3, Set(9, "1000", fromHex("34 12"), 250));
     EXPECT_EQ((List{"1000+100", "1100+100", "1200+50"}), QueuedRuns());
     EXPECT_EQ(200, PLC_driver.writeList.at(1).data.size());
     EXPECT_EQ(100, PLC_driver.writeList.at(2).data.size());
@@ -608,19 +608,19 @@ TEST_F(SetQueueTest, AMultipleOfTheBlockEndsWithAWholeBlock)
 TEST_F(SetQueueTest, EachBlockHasItsOwnBytesAnd0BeyondTheData)
 {
     info.maxBlockCount = 2;
-    Set(9, "0", Bytes("01 00 02 00 03"), 5);
+    Set(9, "0", fromHex("01 00 02 00 03"), 5);
     EXPECT_EQ((List{"0+2=01 00 02 00", "2+2=03 00 00 00", "4+1=00 00"}), Queue());
 }
 
 TEST_F(SetQueueTest, BytesBeyondTheCountAreNotQueued)
 {
-    Set(9, "0", Bytes("01 00 02 00 03 00"), 2);
+    Set(9, "0", fromHex("01 00 02 00 03 00"), 2);
     EXPECT_EQ((List{"0+2=01 00 02 00"}), Queue());
 }
 
 TEST_F(SetQueueTest, BytesBehindTheDataCountAs0WhateverIsThere)
 {
-    const QByteArray memory = Bytes("01 01 01 01");
+    const QByteArray memory = fromHex("01 01 01 01");
     Set(2, "0", QByteArray::fromRawData(memory.constData(), 1), 2);
     Set(9, "0", QByteArray::fromRawData(memory.constData(), 1), 1);
     EXPECT_EQ((List{"0+1=01", "1+1=00", "0+1=01 00"}), Queue());
@@ -628,7 +628,7 @@ TEST_F(SetQueueTest, BytesBehindTheDataCountAs0WhateverIsThere)
 
 TEST_F(SetQueueTest, DoubleWordsAreCountedInWordsRoundedUp)
 {
-    EXPECT_EQ(1, Set(14, "200", Bytes("01 00 00 00 02 00 00 00 03 00"), 5));
+    EXPECT_EQ(1, Set(14, "200", fromHex("01 00 00 00 02 00 00 00 03 00"), 5));
     EXPECT_EQ((List{"0+3=01 00 00 00 02 00 00 00 03 00 00 00"}), Queue());
 }
 
@@ -637,7 +637,7 @@ TEST_F(SetQueueTest, OneOrTwoWordsAreOneDoubleWord)
     for (int count : {1, 2}) {
         SCOPED_TRACE(count);
         PLC_driver.writeList.clear();
-        EXPECT_EQ(1, Set(14, "200", Bytes("78 56 34 12"), count));
+        EXPECT_EQ(1, Set(14, "200", fromHex("78 56 34 12"), count));
         EXPECT_EQ((List{"0+1=78 56 34 12"}), Queue());
     }
 }
@@ -645,7 +645,7 @@ TEST_F(SetQueueTest, OneOrTwoWordsAreOneDoubleWord)
 TEST_F(SetQueueTest, DoubleWordsAreQueuedInBlocks)
 {
     info.maxBlockCount = 2;
-    EXPECT_EQ(2, Set(14, "210", Bytes("01 00 00 00 02 00 00 00 03 00 00 00"), 6));
+    EXPECT_EQ(2, Set(14, "210", fromHex("01 00 00 00 02 00 00 00 03 00 00 00"), 6));
     EXPECT_EQ((List{"10+2=01 00 00 00 02 00 00 00", "12+1=03 00 00 00"}), Queue());
 }
 
@@ -654,7 +654,7 @@ TEST_F(SetQueueTest, Area0AndCodesThatAreNoAreaAreRefused)
     for (int area : {0, 15, 16, INT_MAX, -1, INT_MIN}) {
         SCOPED_TRACE(area);
         PLC_driver.lastFailed = 1;
-        EXPECT_EQ(0, Set(area, "0", Bytes("01 01 01 01"), 1));
+        EXPECT_EQ(0, Set(area, "0", fromHex("01 01 01 01"), 1));
         EXPECT_EQ(List{}, Queue());
         EXPECT_TRUE(ImageIsAllZero());
     }
@@ -662,9 +662,9 @@ TEST_F(SetQueueTest, Area0AndCodesThatAreNoAreaAreRefused)
 
 TEST_F(SetQueueTest, AnAddressThatDoesNotConvertQueuesNothing)
 {
-    EXPECT_EQ(0, Set(9, "x", Bytes("34 12"), 1));
-    EXPECT_EQ(0, Set(9, "-5", Bytes("34 12"), 1));
-    EXPECT_EQ(0, Set(7, "7999", Bytes("01"), 1));
+    EXPECT_EQ(0, Set(9, "x", fromHex("34 12"), 1));
+    EXPECT_EQ(0, Set(9, "-5", fromHex("34 12"), 1));
+    EXPECT_EQ(0, Set(7, "7999", fromHex("01"), 1));
     EXPECT_EQ(List{}, Queue());
 }
 
@@ -676,7 +676,7 @@ TEST_F(SetQueueTest, CountsBelow1QueueNothing)
                 SCOPED_TRACE(std::to_string(area) + " count " + std::to_string(count) + " block " +
                              std::to_string(maxBlockCount));
                 info.maxBlockCount = maxBlockCount;
-                EXPECT_EQ(0, Set(area, area == 8 ? "0.0" : area == 14 ? "200" : "0", Bytes("01"), count));
+                EXPECT_EQ(0, Set(area, area == 8 ? "0.0" : area == 14 ? "200" : "0", fromHex("01"), count));
                 EXPECT_EQ(List{}, Queue());
             }
         }
@@ -685,8 +685,8 @@ TEST_F(SetQueueTest, CountsBelow1QueueNothing)
 
 TEST_F(SetQueueTest, CountsBelow1QueueNothingBesideWhatIsQueued)
 {
-    Set(9, "0", Bytes("01 00"), 1);
-    EXPECT_EQ(0, Set(9, "5", Bytes("01 00"), 0));
+    Set(9, "0", fromHex("01 00"), 1);
+    EXPECT_EQ(0, Set(9, "5", fromHex("01 00"), 0));
     EXPECT_EQ(1, PLC_driver.writeList.size());
 }
 
@@ -696,8 +696,8 @@ TEST_F(SetQueueTest, ABlockOf0OrLessNeverSplits)
         SCOPED_TRACE(maxBlockCount);
         PLC_driver.writeList.clear();
         info.maxBlockCount = maxBlockCount;
-        EXPECT_EQ(1, Set(9, "0", Bytes("01"), 250));
-        EXPECT_EQ(2, Set(14, "200", Bytes("01"), 500));
+        EXPECT_EQ(1, Set(9, "0", fromHex("01"), 250));
+        EXPECT_EQ(2, Set(14, "200", fromHex("01"), 500));
         EXPECT_EQ((List{"0+250", "0+250"}), QueuedRuns());
     }
 }
@@ -705,64 +705,64 @@ TEST_F(SetQueueTest, ABlockOf0OrLessNeverSplits)
 TEST_F(SetQueueTest, TheLargestBlockNeverSplits)
 {
     info.maxBlockCount = INT_MAX;
-    EXPECT_EQ(1, Set(9, "0", Bytes("01"), 250));
+    EXPECT_EQ(1, Set(9, "0", fromHex("01"), 250));
     EXPECT_EQ((List{"0+250"}), QueuedRuns());
 }
 
 TEST_F(SetQueueTest, RunawayWordCountsAreCutToTheArea)
 {
-    EXPECT_EQ(656, Set(9, "0", Bytes("01"), INT_MAX)); // 655 x 100 + 35
+    EXPECT_EQ(656, Set(9, "0", fromHex("01"), INT_MAX)); // 655 x 100 + 35
     EXPECT_EQ("65500+35", QueuedRuns().back());
 }
 
 TEST_F(SetQueueTest, RunawayDoubleWordCountsAreCutToTheArea)
 {
-    EXPECT_EQ(656, Set(14, "200", Bytes("01"), INT_MAX));
+    EXPECT_EQ(656, Set(14, "200", fromHex("01"), INT_MAX));
     EXPECT_EQ("65500+35", QueuedRuns().back());
 }
 
 TEST_F(SetQueueTest, RunawayCountsWithoutSplittingAreCutToTheArea)
 {
     info.maxBlockCount = 0;
-    EXPECT_EQ(1, Set(9, "0", Bytes("01"), INT_MAX));
-    EXPECT_EQ(2, Set(14, "200", Bytes("01"), INT_MAX));
+    EXPECT_EQ(1, Set(9, "0", fromHex("01"), INT_MAX));
+    EXPECT_EQ(2, Set(14, "200", fromHex("01"), INT_MAX));
     EXPECT_EQ((List{"0+65535", "0+65535"}), QueuedRuns());
     EXPECT_EQ(4 * 65535, PLC_driver.writeList.at(1).data.size());
 }
 
 TEST_F(SetQueueTest, RunawayBitCountsFillTheListAndNoMore)
 {
-    EXPECT_EQ(1024, Set(2, "0", Bytes("01"), INT_MAX));
+    EXPECT_EQ(1024, Set(2, "0", fromHex("01"), INT_MAX));
     EXPECT_EQ("1023+1", QueuedRuns().back());
 }
 
 TEST_F(SetQueueTest, RunawayCountsOfBitsOfWordsFillTheListAndNoMore)
 {
-    EXPECT_EQ(1024, Set(8, "0.0", Bytes("01"), INT_MAX));
+    EXPECT_EQ(1024, Set(8, "0.0", fromHex("01"), INT_MAX));
     EXPECT_EQ("1023+1", QueuedRuns().back());
 }
 
 TEST_F(SetQueueTest, AnAddressAtTheEndOf32BitsIsSurvived)
 {
-    EXPECT_EQ(2, Set(9, "2147483647", Bytes("01"), 150));
+    EXPECT_EQ(2, Set(9, "2147483647", fromHex("01"), 150));
     EXPECT_EQ("2147483647+100", QueuedRuns().front());
-    EXPECT_EQ(5, Set(2, "2147483647", Bytes("01"), 3));
-    EXPECT_EQ(6, Set(14, "2147483647", Bytes("01"), 3));
+    EXPECT_EQ(5, Set(2, "2147483647", fromHex("01"), 3));
+    EXPECT_EQ(6, Set(14, "2147483647", fromHex("01"), 3));
 }
 
 TEST_F(SetQueueTest, ANewerWriteReplacesAQueuedOneBehindTheHead)
 {
-    Set(9, "0", Bytes("01 00"), 1);
-    Set(9, "5", Bytes("02 00"), 1);
-    EXPECT_EQ(2, Set(9, "5", Bytes("03 00"), 1));
+    Set(9, "0", fromHex("01 00"), 1);
+    Set(9, "5", fromHex("02 00"), 1);
+    EXPECT_EQ(2, Set(9, "5", fromHex("03 00"), 1));
     EXPECT_EQ((List{"0+1=01 00", "5+1=03 00"}), Queue());
-    EXPECT_EQ(3, Set(9, "0", Bytes("04 00"), 1));
+    EXPECT_EQ(3, Set(9, "0", fromHex("04 00"), 1));
 }
 
 TEST_F(SetQueueTest, NullPointersAreRefused)
 {
     QString name = "level", text = "0";
-    QByteArray data = Bytes("01 00");
+    QByteArray data = fromHex("01 00");
     EXPECT_EQ(0, SetRegisterData(nullptr, 9, &text, 1, &data, 1, 0, 0));
     EXPECT_EQ(0, SetRegisterData(&name, 9, nullptr, 1, &data, 1, 0, 0));
     EXPECT_EQ(0, SetRegisterData(&name, 9, &text, 1, nullptr, 1, 0, 0));
@@ -776,7 +776,7 @@ TEST_F(SetQueueTest, NullPointersAreRefused)
 TEST_F(SetQueueTest, WithoutASettingsBlockNothingIsWritten)
 {
     PLC_driver.comInfo = nullptr;
-    EXPECT_EQ(0, Set(9, "0", Bytes("34 12"), 1));
+    EXPECT_EQ(0, Set(9, "0", fromHex("34 12"), 1));
     EXPECT_EQ(List{}, Queue());
     EXPECT_TRUE(ImageIsAllZero());
 }
@@ -784,8 +784,8 @@ TEST_F(SetQueueTest, WithoutASettingsBlockNothingIsWritten)
 TEST_F(SetQueueTest, TheLocksAreFreeAfterwards)
 {
     PLC_driver.lastFailed = 1;
-    Set(9, "0", Bytes("34 12"), 1);
-    Set(9, "x", Bytes("34 12"), 1);
+    Set(9, "0", fromHex("34 12"), 1);
+    Set(9, "x", fromHex("34 12"), 1);
     ASSERT_TRUE(PLC_driver.listMutex.tryLock());
     PLC_driver.listMutex.unlock();
     ASSERT_TRUE(PLC_driver.imageMutex.tryLock());

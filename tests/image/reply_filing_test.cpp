@@ -29,7 +29,7 @@ protected:
 
     static void Arrive(const char* hexData)
     {
-        QByteArray reply = Bytes(misleadingHeader) + Bytes(hexData);
+        QByteArray reply = fromHex(misleadingHeader) + fromHex(hexData);
         TakePendingBit();
         SaveToLocalDataErea(&reply);
     }
@@ -37,7 +37,7 @@ protected:
     /// A read of \a var answered as expected.
     static void File(const RW_VAR& var, const char* hexData)
     {
-        InFlight(var, Bytes(hexData).size());
+        InFlight(var, fromHex(hexData).size());
         Arrive(hexData);
     }
 
@@ -49,7 +49,7 @@ protected:
         WriteBool_WordOfBit(&write);
     }
 
-    static std::string PatchedValue() { return Hex(PLC_driver.protocolList.at(1).frame.mid(10, 2)); }
+    static std::string PatchedValue() { return toHex(PLC_driver.protocolList.at(1).frame.mid(10, 2)); }
 
     static unsigned short* Words(int buffer) { return PLC_driver.image.wordArea[buffer]; }
     static bool* Bits(int buffer) { return PLC_driver.image.bitArea[buffer]; }
@@ -71,7 +71,7 @@ protected:
         for (const EXTENDVAR& entry : PLC_driver.extendList) {
             if (entry.station == station)
                 entries.push_back(std::to_string(entry.area) + ":" + std::to_string(entry.address) + "=" +
-                                  Hex(entry.value));
+                                  toHex(entry.value));
         }
         return entries;
     }
@@ -256,7 +256,7 @@ TEST_F(ReplyFilingTest, DataBeginsWhereTheFrameInFlightSays)
 {
     InFlight(Variable(9, 0, 1), 2);
     PLC_driver.protocolList.first().dataOffset = 3;
-    QByteArray reply = Bytes("AA AA AA 12 34 AA");
+    QByteArray reply = fromHex("AA AA AA 12 34 AA");
     SaveToLocalDataErea(&reply);
     EXPECT_EQ(0x1234, Words(0)[0]);
 }
@@ -301,7 +301,7 @@ TEST_F(ReplyFilingTest, AReplyWithoutItsDataStoresNothing)
         SCOPED_TRACE(area);
         InFlight(Variable(area, 0, 8), 4);
         QByteArray empty;
-        QByteArray headerOnly = Bytes("00 00 00 00 00");
+        QByteArray headerOnly = fromHex("00 00 00 00 00");
         SaveToLocalDataErea(&empty);
         SaveToLocalDataErea(&headerOnly);
         EXPECT_TRUE(ImageIsAllZero());
@@ -408,7 +408,7 @@ TEST_F(ReplyFilingTest, SaversTakeTheirRoutingFromTheFrameInFlight)
     unsigned short words[4] = {};
     unsigned int doubleWords[4] = {};
     bool bits[16] = {};
-    QByteArray reply = Bytes(misleadingHeader) + Bytes("12 34 56 78");
+    QByteArray reply = fromHex(misleadingHeader) + fromHex("12 34 56 78");
     InFlight(Variable(9, 2, 1), 2);
     SaveWordToUS(&reply, words);
     InFlight(Variable(14, 2, 2), 4);
@@ -503,7 +503,7 @@ TEST_F(ReplyFilingTest, AReadBeforeWriteWithoutItsWriteFrameIsStored)
 TEST_F(ReplyFilingTest, AShortSecondFrameIsNotPatched)
 {
     BitWriteInFlight(35, "01");
-    PLC_driver.protocolList[1].frame = Bytes("00 00 00 00 00 06 01 06 00 02 00");
+    PLC_driver.protocolList[1].frame = fromHex("00 00 00 00 00 06 01 06 00 02 00");
     Arrive("12 30");
     EXPECT_EQ("00 00 00 00 00 06 01 06 00 02 00", frame(1));
     EXPECT_EQ(0x1238, Words(0)[2]);
@@ -550,7 +550,7 @@ TEST_F(ReplyFilingTest, SpecialRegisterSaveWorksOnAnyBuffer)
     unsigned short words[3] = {};
     BitWriteInFlight(35, "01");
     TakePendingBit();
-    QByteArray reply = Bytes(misleadingHeader) + Bytes("12 30");
+    QByteArray reply = fromHex(misleadingHeader) + fromHex("12 30");
     SpecialRegisterSave(&reply, words);
     EXPECT_EQ(0x1238, words[2]);
     EXPECT_EQ("12 38", PatchedValue());
@@ -567,7 +567,7 @@ TEST_F(ReplyFilingTest, FilingTakesNoImageLock)
 TEST_F(ReplyFilingTest, FilingTakesNoListLock)
 {
     InFlight(Variable(9, 0, 1), 2);
-    QByteArray reply = Bytes(misleadingHeader) + Bytes("12 34");
+    QByteArray reply = fromHex(misleadingHeader) + fromHex("12 34");
     PLC_driver.listMutex.lock();
     SaveToLocalDataErea(&reply);
     PLC_driver.listMutex.unlock();
@@ -624,7 +624,7 @@ TEST_F(MultiStationFilingTest, BitsEndOnePastTheCountWithAnEmptyEntryBehind)
 
 TEST_F(MultiStationFilingTest, TheEntryPastTheBitsLosesItsOldValue)
 {
-    PLC_driver.extendList << EXTENDVAR{1, 2, 3, Bytes("01")};
+    PLC_driver.extendList << EXTENDVAR{1, 2, 3, fromHex("01")};
     File(Variable(2, 0, 2), "FF");
     EXPECT_EQ((List{"2:3=", "2:0=01", "2:1=01", "2:2=01"}), Entries(1));
 }
@@ -644,7 +644,7 @@ TEST_F(MultiStationFilingTest, OldValuesAreReplaced)
 
 TEST_F(MultiStationFilingTest, OtherStationsAndTheImageStayAsTheyAre)
 {
-    PLC_driver.extendList << EXTENDVAR{1, 9, 0, Bytes("01 00")};
+    PLC_driver.extendList << EXTENDVAR{1, 9, 0, fromHex("01 00")};
     for (int area : {2, 8, 9, 14})
         File(Variable(area, 0, 2, 2), "FF FF FF FF");
     EXPECT_EQ((List{"9:0=01 00"}), Entries(1));
@@ -653,7 +653,7 @@ TEST_F(MultiStationFilingTest, OtherStationsAndTheImageStayAsTheyAre)
 
 TEST_F(MultiStationFilingTest, WordsOfArea8AreKeptUnderArea8)
 {
-    PLC_driver.extendList << EXTENDVAR{1, 9, 2, Bytes("01 00")};
+    PLC_driver.extendList << EXTENDVAR{1, 9, 2, fromHex("01 00")};
     File(Variable(8, 2, 1), "12 34");
     EXPECT_EQ((List{"9:2=01 00", "8:2=34 12"}), Entries(1));
 }
@@ -702,7 +702,7 @@ TEST_F(MultiStationFilingTest, AWordReadOfArea8ThatIsNoReadBeforeWriteIsOnlyStor
 TEST_F(MultiStationFilingTest, AReadBeforeWriteWithoutAWholeWriteFrameIsStored)
 {
     BitWriteInFlight(35, "01");
-    PLC_driver.protocolList[1].frame = Bytes("00 00");
+    PLC_driver.protocolList[1].frame = fromHex("00 00");
     Arrive("12 30");
     EXPECT_EQ("00 00", frame(1));
     EXPECT_EQ((List{"8:2=38 12"}), Entries(1));

@@ -7,6 +7,7 @@
 
 #include "driver/plcdriver.h"
 #include "support/built_files.h"
+#include "support/hex.h"
 
 #include <gtest/gtest.h>
 
@@ -14,15 +15,8 @@
 #include <string>
 #include <vector>
 
-inline QByteArray Bytes(const char* hex)
-{
-    return QByteArray::fromHex(hex);
-}
-
-inline std::string Hex(const QByteArray& bytes)
-{
-    return bytes.toHex(' ').toUpper().toStdString();
-}
+using test::fromHex;
+using test::toHex;
 
 inline RW_VAR Variable(int area, int address, int count, int station = 1)
 {
@@ -154,12 +148,12 @@ protected:
     std::string poll()
     {
         const Protocol* next = driver.ComCommunication();
-        return next ? Hex(next->frame) : "nothing";
+        return next ? toHex(next->frame) : "nothing";
     }
 
     int reply(const char* hex)
     {
-        QByteArray bytes = Bytes(hex);
+        QByteArray bytes = fromHex(hex);
         return driver.DataCom(&bytes, bytes.size())->result;
     }
 
@@ -174,7 +168,7 @@ protected:
     std::string get(int area, QString text, int count, int station = 1)
     {
         QByteArray out;
-        return driver.GetRegisterData(0, area, &text, station, &out, count) ? Hex(out) : "refused";
+        return driver.GetRegisterData(0, area, &text, station, &out, count) ? toHex(out) : "refused";
     }
 
     LoadedDriver driver;

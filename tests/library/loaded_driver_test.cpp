@@ -84,7 +84,7 @@ TEST_F(Library, ReadsCyclicallyIntoWhatTheRuntimeReads)
 
 TEST_F(Library, WritesABitInsideAWord)
 {
-    EXPECT_EQ(1, set(8, "2.3", Bytes("01"), 1, 7));
+    EXPECT_EQ(1, set(8, "2.3", fromHex("01"), 1, 7));
 
     EXPECT_EQ("00 00 00 00 00 06 01 03 00 02 00 01", poll());
     EXPECT_EQ(std::vector<int>{7}, announced());
@@ -197,7 +197,7 @@ TEST(LibraryRecords, LieWhereTheTablesSay)
 
     const void* frame = driver.ComCommunication();
     ASSERT_NE(nullptr, frame);
-    EXPECT_EQ("00 00 00 00 00 06 05 03 00 10 00 02", Hex(BytesAt(frame, 0)));
+    EXPECT_EQ("00 00 00 00 00 06 05 03 00 10 00 02", toHex(BytesAt(frame, 0)));
     EXPECT_EQ(12, At(frame, 4));
     EXPECT_EQ(13, At(frame, 8));
     EXPECT_EQ(9, At(frame, 12));
@@ -207,7 +207,7 @@ TEST(LibraryRecords, LieWhereTheTablesSay)
     EXPECT_EQ(1, At(block, 44)); // framesExpected
     EXPECT_EQ(0, At(block, 48)); // framesReceived
 
-    QByteArray bytes = Bytes("00 00 00 00 00 07 05 03 04 12 34 56 78");
+    QByteArray bytes = fromHex("00 00 00 00 00 07 05 03 04 12 34 56 78");
     const void* result = driver.DataCom(&bytes, 13);
     EXPECT_EQ(1, At(block, 48));
     EXPECT_EQ(1, At(result, 20));

@@ -169,7 +169,8 @@ TEST_F(Loopback, OneShotReadsReachEveryAreaThatCanBeRead)
         SCOPED_TRACE(place.area);
         controller.memory().setHoldingRegister(1, place.address, static_cast<uint16_t>(0x1200 + place.area));
         readOnce(place.area, place.text, 1);
-        EXPECT_EQ(Hex(QByteArray(1, static_cast<char>(place.area))) + " 12", get(place.area, place.text, 1));
+        EXPECT_EQ(toHex(QByteArray(1, static_cast<char>(place.area))) + " 12",
+                  get(place.area, place.text, 1));
     }
     // One double word is a count of two.
     controller.memory().setHoldingRegister(1, 0xF706, 0x5678);
@@ -185,20 +186,20 @@ TEST_F(Loopback, BitsAreWrittenInEveryAreaThatAllowsIt)
         if (place.area == 0) // never written
             continue;
         SCOPED_TRACE(place.area);
-        EXPECT_EQ(1, set(place.area, place.text, Bytes("01"), 1));
+        EXPECT_EQ(1, set(place.area, place.text, fromHex("01"), 1));
         runDry();
         EXPECT_TRUE(controller.memory().coil(1, place.address));
-        EXPECT_EQ(1, set(place.area, place.text, Bytes("00"), 1));
+        EXPECT_EQ(1, set(place.area, place.text, fromHex("00"), 1));
         runDry();
         EXPECT_FALSE(controller.memory().coil(1, place.address));
     }
-    EXPECT_EQ(0, set(0, "17", Bytes("01"), 1));
+    EXPECT_EQ(0, set(0, "17", fromHex("01"), 1));
     EXPECT_EQ("nothing", poll());
 }
 
 TEST_F(Loopback, SeveralBitsAreWrittenOneByOne)
 {
-    EXPECT_EQ(7, set(2, "100", Bytes("01 00 01 01 00 00 01"), 7));
+    EXPECT_EQ(7, set(2, "100", fromHex("01 00 01 01 00 00 01"), 7));
     runDry();
 
     std::string bits;
@@ -211,12 +212,12 @@ TEST_F(Loopback, WordsAreWrittenInEveryAreaThatAllowsIt)
 {
     for (const Place& place : words) {
         SCOPED_TRACE(place.area);
-        EXPECT_EQ(1, set(place.area, place.text, Bytes("34 12 78 56 BC 9A"), 3));
+        EXPECT_EQ(1, set(place.area, place.text, fromHex("34 12 78 56 BC 9A"), 3));
         runDry();
         EXPECT_EQ(0x1234u, held(place.address));
         EXPECT_EQ(0x5678u, held(place.address + 1));
         EXPECT_EQ(0x9ABCu, held(place.address + 2));
-        EXPECT_EQ(1, set(place.area, place.text, Bytes("FF 00"), 1));
+        EXPECT_EQ(1, set(place.area, place.text, fromHex("FF 00"), 1));
         runDry();
         EXPECT_EQ(0x00FFu, held(place.address));
     }
@@ -240,7 +241,7 @@ TEST_F(Loopback, LongWritesArriveInBlocks)
 
 TEST_F(Loopback, DoubleWordsAreWrittenLowHalfFirst)
 {
-    EXPECT_EQ(1, set(14, "201", Bytes("78 56 34 12 01 00 00 80"), 4)); // four 16-bit words
+    EXPECT_EQ(1, set(14, "201", fromHex("78 56 34 12 01 00 00 80"), 4)); // four 16-bit words
     runDry();
 
     EXPECT_EQ(0x5678u, held(0xF702));
@@ -253,10 +254,10 @@ TEST_F(Loopback, ABitInsideAWordLeavesTheOtherFifteenAsTheControllerHasThem)
 {
     controller.memory().setHoldingRegister(1, 10, 0xA5F0);
 
-    EXPECT_EQ(1, set(8, "10.3", Bytes("01"), 1));
+    EXPECT_EQ(1, set(8, "10.3", fromHex("01"), 1));
     runDry();
     EXPECT_EQ(0xA5F8u, held(10));
-    EXPECT_EQ(1, set(8, "10.15", Bytes("00"), 1));
+    EXPECT_EQ(1, set(8, "10.15", fromHex("00"), 1));
     runDry();
     EXPECT_EQ(0x25F8u, held(10));
     EXPECT_EQ("F8 25", get(9, "10", 1));
@@ -267,7 +268,7 @@ TEST_F(Loopback, BitsInsideTwoWordsAreWrittenWordByWord)
     controller.memory().setHoldingRegister(1, 10, 0x0FFF);
     controller.memory().setHoldingRegister(1, 11, 0xFFF0);
 
-    EXPECT_EQ(4, set(8, "10.14", Bytes("01 00 01 00"), 4));
+    EXPECT_EQ(4, set(8, "10.14", fromHex("01 00 01 00"), 4));
     runDry();
 
     EXPECT_EQ(0x4FFFu, held(10));
@@ -290,7 +291,7 @@ TEST_F(Loopback, ASilentStationFailsAndTheNextOneIsServed)
     info.multiStation = 1;
     controller.setSilent(2, true);
     for (int station = 2; station <= 3; ++station) {
-        EXPECT_EQ(station - 1, set(9, "5", Bytes("01 00"), 1, 10 + station, station));
+        EXPECT_EQ(station - 1, set(9, "5", fromHex("01 00"), 1, 10 + station, station));
     }
 
     EXPECT_EQ(0, turn(SILENCE_MS));
@@ -320,7 +321,7 @@ TEST_F(Loopback, ABroadcastReachesEveryStationAndWaitsForNoAnswer)
     controller.memory().setHoldingRegister(1, 9, 1);
     controller.memory().setHoldingRegister(2, 9, 1);
     RW_VAR var = Variable(9, 7, 1, 0);
-    var.data = Bytes("34 12");
+    var.data = fromHex("34 12");
     driver.AddListWriteVar(&var, 0);
     EXPECT_EQ(1, turn());
     readOnce(9, "7", 1); // answered only after the broadcast was executed

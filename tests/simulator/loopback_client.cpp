@@ -5,21 +5,12 @@
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 
-#include <chrono>
 #include <cstdio>
 #include <sstream>
 #include <stdexcept>
-#include <thread>
 
 namespace test
 {
-
-namespace
-{
-
-constexpr int patienceMs = 20000;
-
-} // namespace
 
 Bytes fromHex(const std::string& text)
 {
@@ -41,16 +32,6 @@ std::string toHex(const Bytes& bytes)
         text += digits;
     }
     return text;
-}
-
-bool eventually(const std::function<bool()>& condition)
-{
-    for (int ms = 0; ms < patienceMs; ++ms) {
-        if (condition())
-            return true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return condition();
 }
 
 LoopbackClient::LoopbackClient(int port) : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))

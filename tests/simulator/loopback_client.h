@@ -5,8 +5,8 @@
 
 #include "simulator/file_descriptor.h"
 #include "simulator/frame_bytes.h"
+#include "support/waiting.h"
 
-#include <functional>
 #include <string>
 
 namespace test
@@ -17,9 +17,6 @@ using simulator::Bytes;
 /// "00 01 FF" as bytes, and back.
 Bytes fromHex(const std::string& text);
 std::string toHex(const Bytes& bytes);
-
-/// Waits until `condition` holds; false after a time that only a failure takes.
-bool eventually(const std::function<bool()>& condition);
 
 /// Connects to 127.0.0.1. Everything that waits gives up after a time that only a failure takes.
 class LoopbackClient

@@ -50,7 +50,7 @@ void ExpectSame(const RW_VAR& expected, const RW_VAR& actual)
     EXPECT_EQ(expected.count, actual.count);
     EXPECT_EQ(expected.storeSelector, actual.storeSelector);
     EXPECT_EQ(expected.spare13, actual.spare13);
-    EXPECT_EQ(Hex(expected.data), Hex(actual.data));
+    EXPECT_EQ(toHex(expected.data), toHex(actual.data));
 }
 
 /// A list of different word requests at elements 0, 1, ...
@@ -164,7 +164,7 @@ TEST_F(AddListWriteVarTest, AnEqualWriteReplacesTheOneBehindTheHead)
     Add(Write(9, 2, 1, "02 00"));
     EXPECT_EQ(2, Add(Write(9, 2, 1, "03 00")));
     EXPECT_EQ((List{"9:1+1", "9:2+1"}), Runs(Queue()));
-    EXPECT_EQ("03 00", Hex(Queue().at(1).data));
+    EXPECT_EQ("03 00", toHex(Queue().at(1).data));
 }
 
 TEST_F(AddListWriteVarTest, AnEqualWriteAtTheHeadIsNeverReplaced)
@@ -172,8 +172,8 @@ TEST_F(AddListWriteVarTest, AnEqualWriteAtTheHeadIsNeverReplaced)
     Add(Write(9, 1, 1, "01 00"));
     Add(Write(9, 2, 1, "02 00"));
     EXPECT_EQ(3, Add(Write(9, 1, 1, "03 00")));
-    EXPECT_EQ("01 00", Hex(Queue().at(0).data));
-    EXPECT_EQ("03 00", Hex(Queue().at(2).data));
+    EXPECT_EQ("01 00", toHex(Queue().at(0).data));
+    EXPECT_EQ("03 00", toHex(Queue().at(2).data));
 }
 
 TEST_F(AddListWriteVarTest, AListOfOneEntryIsNotSearched)
@@ -181,8 +181,8 @@ TEST_F(AddListWriteVarTest, AListOfOneEntryIsNotSearched)
     Add(Write(9, 1, 1, "01 00"));
     EXPECT_EQ(2, Add(Write(9, 1, 1, "02 00")));
     EXPECT_EQ(2, Add(Write(9, 1, 1, "03 00")));
-    EXPECT_EQ("01 00", Hex(Queue().at(0).data));
-    EXPECT_EQ("03 00", Hex(Queue().at(1).data));
+    EXPECT_EQ("01 00", toHex(Queue().at(0).data));
+    EXPECT_EQ("03 00", toHex(Queue().at(1).data));
 }
 
 TEST_F(AddListWriteVarTest, AReplacingWriteTakesThePlaceWithEveryField)
@@ -227,8 +227,8 @@ TEST_F(AddListWriteVarTest, TheFirstOfTwoEqualEntriesIsReplaced)
     Add(Write(9, 2, 1, "01 00"), 1);
     Add(Write(9, 2, 1, "02 00"), 1);
     EXPECT_EQ(3, Add(Write(9, 2, 1, "03 00")));
-    EXPECT_EQ("03 00", Hex(Queue().at(1).data));
-    EXPECT_EQ("02 00", Hex(Queue().at(2).data));
+    EXPECT_EQ("03 00", toHex(Queue().at(1).data));
+    EXPECT_EQ("02 00", toHex(Queue().at(2).data));
 }
 
 TEST_F(AddListWriteVarTest, TheListIsFullAt1024)
@@ -243,7 +243,7 @@ TEST_F(AddListWriteVarTest, AFullListStillTakesReplacements)
 {
     PLC_driver.writeList = ListOf(1024);
     EXPECT_EQ(1024, Add(Write(9, 1023, 1, "03 00")));
-    EXPECT_EQ("03 00", Hex(Queue().last().data));
+    EXPECT_EQ("03 00", toHex(Queue().last().data));
 }
 
 TEST_F(AddListWriteVarTest, DirectAppendsWithoutSearch)
@@ -251,8 +251,8 @@ TEST_F(AddListWriteVarTest, DirectAppendsWithoutSearch)
     Add(Write(9, 1, 1, ""));
     Add(Write(9, 2, 1, "01 00"));
     EXPECT_EQ(3, Add(Write(9, 2, 1, "02 00"), 1));
-    EXPECT_EQ("01 00", Hex(Queue().at(1).data));
-    EXPECT_EQ("02 00", Hex(Queue().at(2).data));
+    EXPECT_EQ("01 00", toHex(Queue().at(1).data));
+    EXPECT_EQ("02 00", toHex(Queue().at(2).data));
 }
 
 TEST_F(AddListWriteVarTest, DirectAppendsToAFullList)

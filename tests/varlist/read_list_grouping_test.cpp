@@ -175,7 +175,7 @@ TEST_F(Splitting, EveryPieceCarriesTheOtherFields)
     var.hostKey = 3;
     var.name = "name";
     var.name2 = "text";
-    var.data = Bytes("01 02");
+    var.data = fromHex("01 02");
     QList<RW_VAR> list;
 
     WhetherGroup(11, 10, &var, &list);
@@ -185,7 +185,7 @@ TEST_F(Splitting, EveryPieceCarriesTheOtherFields)
         EXPECT_EQ(3, piece.hostKey);
         EXPECT_EQ("name", piece.name);
         EXPECT_EQ("text", piece.name2);
-        EXPECT_EQ("01 02", Hex(piece.data));
+        EXPECT_EQ("01 02", toHex(piece.data));
     }
 }
 
@@ -394,7 +394,7 @@ TEST_F(Merging, AGrownBlockChangesNothingButItsCount)
     QList<RW_VAR> list = ListOf({{9, 4, 1, 2}, {12, 6, 3, 7}});
     list[0].hostKey = 3;
     list[0].name = "first";
-    list[0].data = Bytes("01");
+    list[0].data = fromHex("01");
     list[1].name = "second";
 
     WordVarReCreat(&list, 10, 0);
@@ -402,7 +402,7 @@ TEST_F(Merging, AGrownBlockChangesNothingButItsCount)
     ASSERT_THAT(BlockReads(), ElementsAre(BlockRead{9, 4, 5, 2}));
     EXPECT_EQ(3, PLC_driver.readList.at(0).hostKey);
     EXPECT_EQ("first", PLC_driver.readList.at(0).name);
-    EXPECT_EQ("01", Hex(PLC_driver.readList.at(0).data));
+    EXPECT_EQ("01", toHex(PLC_driver.readList.at(0).data));
 }
 
 TEST_F(Merging, TheMergedListStaysAsItIs)

@@ -1,7 +1,7 @@
 #include "panel/commands/listed_values.h"
 
-#include "runtime/cycle/panel_fixture.h"
 #include "support/built_files.h"
+#include "support/runtime_fixture.h"
 
 #include <QFile>
 #include <QStringList>

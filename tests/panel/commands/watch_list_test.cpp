@@ -2,8 +2,8 @@
 
 #include "panel/commands/listed_values.h"
 #include "panel/plcpanel_run.h"
-#include "runtime/cycle/panel_fixture.h"
 #include "simulator/memory_text.h"
+#include "support/runtime_fixture.h"
 
 #include <gmock/gmock.h>
 
@@ -14,6 +14,7 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryFile>
+#include <QThread>
 
 #include <atomic>
 #include <csignal>

@@ -1,7 +1,9 @@
 // Frames and replies as --trace shows them, without the times of day.
 
 #include "panel/session/trace.h"
+
 #include "runtime/cycle/exchange_record.h"
+#include "support/hex.h"
 
 #include <QDateTime>
 
@@ -10,23 +12,20 @@
 namespace
 {
 
+using test::fromHex;
+
 using namespace plc;
 
 const QDateTime endedAt(QDate(2024, 5, 6), QTime(7, 8, 9, 13), Qt::UTC);
-
-QByteArray bytes(const char* hex)
-{
-    return QByteArray::fromHex(hex);
-}
 
 ExchangeRecord readOfOneRegister()
 {
     ExchangeRecord record;
     record.durationMs = 3;
-    record.frame = bytes("00 00 00 00 00 06 01 03 00 64 00 01");
+    record.frame = fromHex("00 00 00 00 00 06 01 03 00 64 00 01");
     record.exchange.sent = true;
-    record.exchange.sentFrame = bytes("00 2A 00 00 00 06 01 03 00 64 00 01");
-    record.exchange.reply = bytes("00 00 00 00 00 05 01 03 02 04 D2");
+    record.exchange.sentFrame = fromHex("00 2A 00 00 00 06 01 03 00 64 00 01");
+    record.exchange.reply = fromHex("00 00 00 00 00 05 01 03 02 04 D2");
     record.result = PLC_DONE;
     return record;
 }
@@ -52,7 +51,7 @@ TEST(TraceText, ShowsThatNoReplyCame)
 TEST(TraceText, ShowsTheReturnCodeOfARequestThatIsGivenUp)
 {
     ExchangeRecord record = readOfOneRegister();
-    record.exchange.reply = bytes("00 00 00 00 00 03 01 83 02");
+    record.exchange.reply = fromHex("00 00 00 00 00 03 01 83 02");
     record.result = 71;
     EXPECT_TRUE(traceText(record, endedAt)
                     .endsWith(QStringLiteral(
@@ -75,7 +74,7 @@ TEST(TraceText, ShowsAFrameThatCouldNotBeSent)
 TEST(TraceText, ShowsRepliesThatWereDropped)
 {
     ExchangeRecord record = readOfOneRegister();
-    record.exchange.dropped.push_back({bytes("00 29 00 00 00 05 01 03 02 00 01"), DropReason::Late});
+    record.exchange.dropped.push_back({fromHex("00 29 00 00 00 05 01 03 02 00 01"), DropReason::Late});
     EXPECT_TRUE(traceText(record, endedAt)
                     .contains(QStringLiteral("<- 00 29 00 00 00 05 01 03 02 00 01  dropped: ")));
 }
@@ -83,7 +82,7 @@ TEST(TraceText, ShowsRepliesThatWereDropped)
 TEST(TraceText, ABroadcastExpectsNoReply)
 {
     ExchangeRecord record = readOfOneRegister();
-    record.frame = record.exchange.sentFrame = bytes("00 00 00 00 00 06 00 06 00 64 00 01");
+    record.frame = record.exchange.sentFrame = fromHex("00 00 00 00 00 06 00 06 00 64 00 01");
     record.exchange.reply.clear();
     record.replyExpected = false;
     EXPECT_TRUE(

@@ -1,9 +1,11 @@
 // Several stations on one link: each has values of its own, and one that is dead does not hold up the others.
 
 #include "runtime/cycle/exchange_record.h"
-#include "runtime/cycle/panel_fixture.h"
+#include "support/runtime_fixture.h"
 
 #include <gmock/gmock.h>
+
+#include <QThread>
 
 #include <map>
 #include <mutex>
@@ -40,7 +42,7 @@ std::vector<quint32> valuesOf(int area, int station, quint32 round = 0)
     return values;
 }
 
-class MultiStation : public PanelFixture
+class MultiStation : public RuntimeFixture
 {
 protected:
     MultiStation() { settings.multiStation = true; }

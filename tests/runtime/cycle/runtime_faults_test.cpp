@@ -1,6 +1,6 @@
 // Whatever a controller does to its replies: no wrong value is shown or filed, every write ends, and what
 // was confirmed is in the controller.
-#include "runtime/cycle/panel_fixture.h"
+#include "support/runtime_fixture.h"
 #include "support/unnoticed_faults.h"
 
 #include <gtest/gtest.h>
@@ -66,7 +66,7 @@ std::vector<Case> everyFault()
     return cases;
 }
 
-class RuntimeFaults : public PanelFixture, public testing::WithParamInterface<Case>
+class RuntimeFaults : public RuntimeFixture, public testing::WithParamInterface<Case>
 {
 protected:
     RuntimeFaults()
@@ -180,7 +180,7 @@ INSTANTIATE_TEST_SUITE_P(Each, RuntimeFaults, testing::ValuesIn(everyFault()),
                          [](const auto& fault) { return fault.param.name; });
 
 /// The panel must notice the faults, or the tests above would pass without any.
-class RuntimeCounts : public PanelFixture
+class RuntimeCounts : public RuntimeFixture
 {
 protected:
     bool seenAfterReads(double simulator::FaultSettings::*probability,

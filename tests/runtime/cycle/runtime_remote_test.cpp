@@ -1,6 +1,6 @@
 // The panel and the simulated controller with remote frames.
 #include "runtime/cycle/exchange_record.h"
-#include "runtime/cycle/panel_fixture.h"
+#include "support/runtime_fixture.h"
 
 #include "runtime/modbus/frame_fields.h"
 #include "runtime/modbus/remote_fields.h"
@@ -17,7 +17,7 @@ namespace
 using namespace plc;
 using testing::HasSubstr;
 
-class RuntimeRemote : public PanelFixture
+class RuntimeRemote : public RuntimeFixture
 {
 protected:
     RuntimeRemote() { useRemoteController(); }

@@ -1,6 +1,6 @@
 // What the runtime counts of its passes over the cyclic variables.
 
-#include "runtime/cycle/panel_fixture.h"
+#include "support/runtime_fixture.h"
 
 #include "driver/plcdriver.h"
 
@@ -9,7 +9,7 @@ namespace
 
 using plc::PassCost;
 
-class RuntimeStatistics : public PanelFixture
+class RuntimeStatistics : public RuntimeFixture
 {
 protected:
     /// Refreshes the variables \a passes times.

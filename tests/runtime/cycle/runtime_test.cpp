@@ -1,8 +1,10 @@
 #include "runtime/cycle/exchange_record.h"
-#include "runtime/cycle/panel_fixture.h"
+#include "support/runtime_fixture.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <QThread>
 
 #include <atomic>
 
@@ -15,7 +17,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-using RuntimeTest = PanelFixture;
+using RuntimeTest = RuntimeFixture;
 
 TEST_F(RuntimeTest, WritesReachTheControllerInEveryAreaThatCanBeWritten)
 {

@@ -1,8 +1,10 @@
 // The runtime as screens use it: many threads at once while the communication thread runs.
-#include "runtime/cycle/panel_fixture.h"
+#include "support/runtime_fixture.h"
 #include "support/unnoticed_faults.h"
 
 #include <gtest/gtest.h>
+
+#include <QThread>
 
 #include <atomic>
 #include <set>
@@ -29,7 +31,7 @@ struct Expected {
     }
 };
 
-class RuntimeThreads : public PanelFixture
+class RuntimeThreads : public RuntimeFixture
 {
 protected:
     RuntimeThreads()

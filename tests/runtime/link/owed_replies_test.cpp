@@ -1,21 +1,20 @@
 #include "runtime/link/owed_replies.h"
 
+#include "support/hex.h"
+
 #include <gtest/gtest.h>
 
 namespace
 {
 
-using plc::OwedReplies;
+using test::fromHex;
 
-QByteArray hex(const char* text)
-{
-    return QByteArray::fromHex(text);
-}
+using plc::OwedReplies;
 
 OwedReplies owing(const char* request)
 {
     OwedReplies owed;
-    owed.add(hex(request));
+    owed.add(fromHex(request));
     return owed;
 }
 
@@ -24,37 +23,37 @@ const char request7[] = "0007 0000 0006 01 03 0005 0001";
 TEST(OwedReplies, AreSeenInsideAReplyWhereverTheyBegin)
 {
     const OwedReplies owed = owing(request7);
-    EXPECT_TRUE(owed.beginInside(hex("0008 0000 000B 0007 0000 0005 01 03 02 9999")));
-    EXPECT_TRUE(owed.beginInside(hex("0008 0000 000D 01 03 0007 0000 0005 01 03 02 9999")));
-    EXPECT_TRUE(owed.beginInside(hex("0008 0000 000E 01 03 0A 1234 0007 0000 0005 01 03")));
+    EXPECT_TRUE(owed.beginInside(fromHex("0008 0000 000B 0007 0000 0005 01 03 02 9999")));
+    EXPECT_TRUE(owed.beginInside(fromHex("0008 0000 000D 01 03 0007 0000 0005 01 03 02 9999")));
+    EXPECT_TRUE(owed.beginInside(fromHex("0008 0000 000E 01 03 0A 1234 0007 0000 0005 01 03")));
 }
 
 TEST(OwedReplies, AreSeenInsideAReplyAsExceptionsToo)
 {
-    EXPECT_TRUE(owing(request7).beginInside(hex("0008 0000 000C 01 03 09 0007 0000 0003 01 83 02")));
+    EXPECT_TRUE(owing(request7).beginInside(fromHex("0008 0000 000C 01 03 09 0007 0000 0003 01 83 02")));
 }
 
 TEST(OwedReplies, OfAnotherNumberUnitOrFunctionAreOnlyData)
 {
     EXPECT_FALSE(
-        owing("0006 0000 0006 01 03").beginInside(hex("0008 0000 000B 01 03 08 0007 0000 0005 01 03")));
+        owing("0006 0000 0006 01 03").beginInside(fromHex("0008 0000 000B 01 03 08 0007 0000 0005 01 03")));
     EXPECT_FALSE(
-        owing("0007 0000 0006 02 03").beginInside(hex("0008 0000 000B 01 03 08 0007 0000 0005 01 03")));
+        owing("0007 0000 0006 02 03").beginInside(fromHex("0008 0000 000B 01 03 08 0007 0000 0005 01 03")));
     EXPECT_FALSE(
-        owing("0007 0000 0006 01 06").beginInside(hex("0008 0000 000B 01 03 08 0007 0000 0005 01 03")));
+        owing("0007 0000 0006 01 06").beginInside(fromHex("0008 0000 000B 01 03 08 0007 0000 0005 01 03")));
 }
 
 TEST(OwedReplies, AreNotTheHeaderOfTheReplyItself)
 {
-    EXPECT_FALSE(owing(request7).beginInside(hex("0007 0000 0005 01 03 02 1234")));
+    EXPECT_FALSE(owing(request7).beginInside(fromHex("0007 0000 0005 01 03 02 1234")));
 }
 
 TEST(OwedReplies, AreNotOwedOnceTheyCame)
 {
     OwedReplies owed = owing(request7);
-    owed.came(hex("0006 0000 0005 01 03 02 9999"));
+    owed.came(fromHex("0006 0000 0005 01 03 02 9999"));
     EXPECT_TRUE(owed.areThere());
-    owed.came(hex("0007 0000 0005 01 03 02 9999"));
+    owed.came(fromHex("0007 0000 0005 01 03 02 9999"));
     EXPECT_FALSE(owed.areThere());
 }
 
@@ -62,8 +61,8 @@ TEST(OwedReplies, OfADeadStationDoNotPileUp)
 {
     OwedReplies owed = owing(request7);
     for (int request = 0; request < 64; ++request)
-        owed.add(hex("0008 0000 0006 02 03 0005 0001"));
-    EXPECT_FALSE(owed.beginInside(hex("0009 0000 000B 01 03 08 0007 0000 0005 01 03")));
+        owed.add(fromHex("0008 0000 0006 02 03 0005 0001"));
+    EXPECT_FALSE(owed.beginInside(fromHex("0009 0000 000B 01 03 08 0007 0000 0005 01 03")));
     EXPECT_TRUE(owed.areThere());
 }
 

@@ -1,5 +1,7 @@
 #include "runtime/link/reply_assembler.h"
 
+#include "support/hex.h"
+
 #include <gtest/gtest.h>
 
 #include <QList>
@@ -7,12 +9,9 @@
 namespace
 {
 
-using plc::ReplyAssembler;
+using test::fromHex;
 
-QByteArray hex(const char* text)
-{
-    return QByteArray::fromHex(text);
-}
+using plc::ReplyAssembler;
 
 const char* const registerReply = "0001 0000 0005 01 03 02 1234";
 const char* const writeReply = "0002 0000 0006 01 06 0005 1234";
@@ -20,15 +19,15 @@ const char* const writeReply = "0002 0000 0006 01 06 0005 1234";
 TEST(ReplyAssembler, GivesAWholeReply)
 {
     ReplyAssembler assembler;
-    assembler.append(hex(registerReply));
-    EXPECT_EQ(assembler.next(), hex(registerReply));
+    assembler.append(fromHex(registerReply));
+    EXPECT_EQ(assembler.next(), fromHex(registerReply));
     EXPECT_TRUE(assembler.next().isEmpty());
     EXPECT_FALSE(assembler.partial());
 }
 
 TEST(ReplyAssembler, PutsTwoRepliesTogetherWhereverTheStreamIsCut)
 {
-    const QByteArray stream = hex(registerReply) + hex(writeReply);
+    const QByteArray stream = fromHex(registerReply) + fromHex(writeReply);
     for (int first = 0; first <= stream.size(); ++first) {
         for (int second = first; second <= stream.size(); ++second) {
             ReplyAssembler assembler;
@@ -39,7 +38,7 @@ TEST(ReplyAssembler, PutsTwoRepliesTogetherWhereverTheStreamIsCut)
                 for (QByteArray reply = assembler.next(); !reply.isEmpty(); reply = assembler.next())
                     replies << reply;
             }
-            EXPECT_EQ(replies, QList<QByteArray>({hex(registerReply), hex(writeReply)}))
+            EXPECT_EQ(replies, QList<QByteArray>({fromHex(registerReply), fromHex(writeReply)}))
                 << first << ' ' << second;
         }
     }
@@ -48,7 +47,7 @@ TEST(ReplyAssembler, PutsTwoRepliesTogetherWhereverTheStreamIsCut)
 TEST(ReplyAssembler, GivesNothingBeforeTheLastByte)
 {
     ReplyAssembler assembler;
-    assembler.append(hex(registerReply).chopped(1));
+    assembler.append(fromHex(registerReply).chopped(1));
     EXPECT_TRUE(assembler.next().isEmpty());
     EXPECT_TRUE(assembler.partial());
     EXPECT_FALSE(assembler.outOfStep());
@@ -57,8 +56,8 @@ TEST(ReplyAssembler, GivesNothingBeforeTheLastByte)
 TEST(ReplyAssembler, TakesTheShortestAndTheLongestReply)
 {
     ReplyAssembler assembler;
-    const QByteArray shortest = hex("0001 0000 0002 01 81");
-    const QByteArray longest = hex("0001 0000 00FE 01 03") + QByteArray(252, 'x');
+    const QByteArray shortest = fromHex("0001 0000 0002 01 81");
+    const QByteArray longest = fromHex("0001 0000 00FE 01 03") + QByteArray(252, 'x');
     assembler.append(shortest + longest);
     EXPECT_EQ(assembler.next(), shortest);
     EXPECT_EQ(assembler.next(), longest);
@@ -76,7 +75,7 @@ TEST(ReplyAssembler, DoesNotTrustHeadersThatNoReplyHas)
     };
     for (const char* header : headers) {
         ReplyAssembler assembler;
-        assembler.append(hex(header));
+        assembler.append(fromHex(header));
         EXPECT_TRUE(assembler.next().isEmpty()) << header;
         EXPECT_TRUE(assembler.outOfStep()) << header;
     }
@@ -85,10 +84,10 @@ TEST(ReplyAssembler, DoesNotTrustHeadersThatNoReplyHas)
 TEST(ReplyAssembler, GivesTheRepliesBeforeGarbageAndNothingAfterIt)
 {
     ReplyAssembler assembler;
-    assembler.append(hex(registerReply) + "GET / HTTP/1.1\r\n" + hex(writeReply));
-    EXPECT_EQ(assembler.next(), hex(registerReply));
+    assembler.append(fromHex(registerReply) + "GET / HTTP/1.1\r\n" + fromHex(writeReply));
+    EXPECT_EQ(assembler.next(), fromHex(registerReply));
     EXPECT_TRUE(assembler.next().isEmpty());
-    assembler.append(hex(writeReply));
+    assembler.append(fromHex(writeReply));
     EXPECT_TRUE(assembler.next().isEmpty());
     EXPECT_TRUE(assembler.outOfStep());
 }
@@ -101,8 +100,8 @@ TEST(ReplyAssembler, StartsAgainOnANewConnection)
     assembler.reset();
     EXPECT_FALSE(assembler.outOfStep());
     EXPECT_FALSE(assembler.partial());
-    assembler.append(hex(writeReply));
-    EXPECT_EQ(assembler.next(), hex(writeReply));
+    assembler.append(fromHex(writeReply));
+    EXPECT_EQ(assembler.next(), fromHex(writeReply));
 }
 
 } // namespace

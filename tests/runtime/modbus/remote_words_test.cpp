@@ -1,9 +1,13 @@
 #include "runtime/modbus/remote_words.h"
 
+#include "support/hex.h"
+
 #include <gtest/gtest.h>
 
 namespace
 {
+
+using test::fromHex;
 
 using namespace plc;
 
@@ -32,26 +36,21 @@ const Row rows[] = {
      "no whole reply (2 bytes)"},
 };
 
-QByteArray bytes(const char* hex)
-{
-    return QByteArray::fromHex(hex);
-}
-
 TEST(RemoteWords, SayWhatAFrameAsksFor)
 {
     for (const Row& row : rows)
-        EXPECT_EQ(remoteRequestWords(bytes(row.frame)).toStdString(), row.words);
+        EXPECT_EQ(remoteRequestWords(fromHex(row.frame)).toStdString(), row.words);
 }
 
 TEST(RemoteWords, SayWhatAReplyTells)
 {
     for (const Row& row : rows)
-        EXPECT_EQ(remoteReplyWords(bytes(row.frame), bytes(row.reply)).toStdString(), row.replyWords);
+        EXPECT_EQ(remoteReplyWords(fromHex(row.frame), fromHex(row.reply)).toStdString(), row.replyWords);
 }
 
 TEST(RemoteWords, SayThatAFrameIsNotWhole)
 {
-    EXPECT_EQ(remoteRequestWords(bytes("16 00")).toStdString(), "no whole request (2 bytes)");
+    EXPECT_EQ(remoteRequestWords(fromHex("16 00")).toStdString(), "no whole request (2 bytes)");
 }
 
 } // namespace

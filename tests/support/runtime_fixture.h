@@ -1,36 +1,21 @@
 /// \file
 /// \brief A runtime and a simulated controller.
-#ifndef TESTS_PANEL_FIXTURE_H
-#define TESTS_PANEL_FIXTURE_H
+#ifndef TESTS_SUPPORT_RUNTIME_FIXTURE_H
+#define TESTS_SUPPORT_RUNTIME_FIXTURE_H
 
 #include "runtime/cycle/runtime.h"
 #include "runtime/modbus/failure_words.h"
 #include "simulator/simulated_controller.h"
 #include "support/built_files.h"
 #include "support/controller_values.h"
+#include "support/waiting.h"
 
 #include <gtest/gtest.h>
 
-#include <QThread>
-
-#include <functional>
 #include <memory>
 
-// Long enough for a busy machine; a test that has to wait so long has failed.
-const int patienceMs = 20000;
-
-/// Waits until \a condition holds. \return false when it never does
-inline bool eventually(const std::function<bool()>& condition)
-{
-    QElapsedTimer clock;
-    clock.start();
-    while (!condition()) {
-        if (clock.elapsed() > patienceMs)
-            return false;
-        QThread::msleep(2);
-    }
-    return true;
-}
+using test::eventually;
+using test::patienceMs;
 
 /// \return why something failed, in words; empty when it did not
 template <class Outcome>
@@ -78,10 +63,10 @@ inline std::vector<quint32> testValues(int area, int count)
 }
 
 /// Starts a controller; the runtime is started by the test, after it has changed the settings.
-class PanelFixture : public testing::Test
+class RuntimeFixture : public testing::Test
 {
 protected:
-    PanelFixture() { useController({}); }
+    RuntimeFixture() { useController({}); }
 
     void useController(const simulator::Settings& controllerSettings)
     {
