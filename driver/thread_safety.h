@@ -50,7 +50,7 @@ class PLC_SCOPED_CAPABILITY MutexHolder
 {
 public:
     explicit MutexHolder(DriverMutex& mutex) PLC_ACQUIRE(mutex) PLC_UNCHECKED("QMutexLocker is not annotated")
-        : locker_(&mutex)
+        : m_locker(&mutex)
     {
     }
     ~MutexHolder() PLC_RELEASE() PLC_UNCHECKED("QMutexLocker is not annotated") {}
@@ -59,7 +59,7 @@ private:
     MutexHolder(const MutexHolder&);
     MutexHolder& operator=(const MutexHolder&);
 
-    QMutexLocker locker_;
+    QMutexLocker m_locker;
 };
 
 #endif

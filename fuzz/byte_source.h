@@ -32,12 +32,12 @@ constexpr std::array<int, word16Marker - firstMarker> edges = {
 class ByteSource
 {
 public:
-    ByteSource(const std::uint8_t* data, std::size_t size) : at_(data), end_(data + size) {}
+    ByteSource(const std::uint8_t* data, std::size_t size) : m_at(data), m_end(data + size) {}
 
-    bool empty() const { return at_ == end_; }
-    std::size_t size() const { return static_cast<std::size_t>(end_ - at_); }
+    bool empty() const { return m_at == m_end; }
+    std::size_t size() const { return static_cast<std::size_t>(m_end - m_at); }
 
-    int byte() { return empty() ? 0 : *at_++; }
+    int byte() { return empty() ? 0 : *m_at++; }
 
     bool flag() { return (byte() & 1) != 0; }
 
@@ -67,9 +67,9 @@ public:
     /// \a count bytes, fewer at the end.
     std::vector<std::uint8_t> bytes(std::size_t count)
     {
-        const std::uint8_t* const from = at_;
-        at_ += std::min(count, size());
-        return std::vector<std::uint8_t>(from, at_);
+        const std::uint8_t* const from = m_at;
+        m_at += std::min(count, size());
+        return std::vector<std::uint8_t>(from, m_at);
     }
 
     /// The same as text.
@@ -80,8 +80,8 @@ public:
     }
 
 private:
-    const std::uint8_t* at_;
-    const std::uint8_t* end_;
+    const std::uint8_t* m_at;
+    const std::uint8_t* m_end;
 };
 
 } // namespace fuzz

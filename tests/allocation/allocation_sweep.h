@@ -5,7 +5,7 @@
 #define TESTS_ALLOCATION_ALLOCATION_SWEEP_H
 
 #include "driver/cycle.h"
-#include "failing_allocation.h"
+#include "allocation/failing_allocation.h"
 
 #include <functional>
 #include <string>

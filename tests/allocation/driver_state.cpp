@@ -1,6 +1,6 @@
 #include "driver_state.h"
 
-#include "driver_fixture.h"
+#include "driver/driver_fixture.h"
 
 #include <sstream>
 

@@ -1,4 +1,4 @@
-#include "tests/failing_allocation.h"
+#include "allocation/failing_allocation.h"
 
 #include <cerrno>
 #include <cstdlib>

@@ -25,10 +25,10 @@ protected:
     void SetUp() override
     {
         AllocationSweep::SetUp();
-        cyclic_ = {Cyclic("300"), Cyclic("600")};
-        once_ = Keyed(Variable(9, 0, 250), 8, 9);
-        once_.name2 = QString("0");
-        reply_.reserve(1000);
+        m_cyclic = {Cyclic("300"), Cyclic("600")};
+        m_once = Keyed(Variable(9, 0, 250), 8, 9);
+        m_once.name2 = QString("0");
+        m_reply.reserve(1000);
         frames.reserve(100000);
         frames.clear();
     }
@@ -44,11 +44,11 @@ protected:
     void run()
     {
         unlessRefused(
-            [this] { return ReCreatReadVarList(&cyclic_) >= 0 && PLC_driver.readList.size() == 2; });
-        unlessRefused([this] { return SetRegisterData(&name_, 9, &wordText_, 1, &data_, 1, 5, 5) > 0; });
-        unlessRefused([this] { return SetRegisterData(&name_, 9, &wordText_, 1, &data_, 250, 5, 6) > 0; });
-        unlessRefused([this] { return SetRegisterData(&name_, 8, &bitText_, 1, &data_, 2, 5, 7) > 0; });
-        unlessRefused([this] { return AddListOnceReadVar(&once_, 0) > 0; });
+            [this] { return ReCreatReadVarList(&m_cyclic) >= 0 && PLC_driver.readList.size() == 2; });
+        unlessRefused([this] { return SetRegisterData(&m_name, 9, &m_wordText, 1, &m_data, 1, 5, 5) > 0; });
+        unlessRefused([this] { return SetRegisterData(&m_name, 9, &m_wordText, 1, &m_data, 250, 5, 6) > 0; });
+        unlessRefused([this] { return SetRegisterData(&m_name, 8, &m_bitText, 1, &m_data, 2, 5, 7) > 0; });
+        unlessRefused([this] { return AddListOnceReadVar(&m_once, 0) > 0; });
         for (int turn = 0; turn < TURNS; ++turn)
             unlessRefused([this] { return cycleOnce(); });
     }
@@ -71,21 +71,21 @@ private:
             return false;
         const std::size_t sent = frames.size();
         frames.append(next->frame.constData(), static_cast<std::size_t>(next->frame.size()));
-        reply_.resize(next->replyLength);
-        reply_.fill('\x21');
-        const bool answered = DataCom(&reply_, reply_.size())->result != PLC_RETRYING;
+        m_reply.resize(next->replyLength);
+        m_reply.fill('\x21');
+        const bool answered = DataCom(&m_reply, m_reply.size())->result != PLC_RETRYING;
         if (!answered)
             frames.resize(sent);
         return answered;
     }
 
-    QList<HOST_VAR> cyclic_;
-    RW_VAR once_;
-    QString name_ = QString("level");
-    QString wordText_ = QString("0");
-    QString bitText_ = QString("3.7");
-    QByteArray data_ = QByteArray(500, '\1');
-    QByteArray reply_;
+    QList<HOST_VAR> m_cyclic;
+    RW_VAR m_once;
+    QString m_name = QString("level");
+    QString m_wordText = QString("0");
+    QString m_bitText = QString("3.7");
+    QByteArray m_data = QByteArray(500, '\1');
+    QByteArray m_reply;
 };
 
 } // namespace

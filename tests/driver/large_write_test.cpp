@@ -52,15 +52,15 @@ protected:
 
     void TearDown() override
     {
-        if (writer_.joinable())
-            writer_.join();
+        if (m_writer.joinable())
+            m_writer.join();
         CycleTest::TearDown();
     }
 
     /// Begins a write of PIECES pieces on another thread.
     void begin()
     {
-        writer_ = std::thread([] {
+        m_writer = std::thread([] {
             QString name("level");
             QString text("100");
             QByteArray data(4 * PIECES, '\1');
@@ -68,7 +68,7 @@ protected:
         });
     }
 
-    void end() { writer_.join(); }
+    void end() { m_writer.join(); }
 
     /// \return entries in the write list, -1 while the lists stay locked for 5 s
     static int queued()
@@ -92,7 +92,7 @@ protected:
     }
 
 private:
-    std::thread writer_;
+    std::thread m_writer;
 };
 
 } // namespace

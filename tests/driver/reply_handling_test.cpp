@@ -164,9 +164,9 @@ TEST_F(ReplyHandling, ShortAndNullArraysAreJudgedByTheAnnouncedLength)
 TEST_F(ReplyHandling, ALongArrayIsJudgedByTheAnnouncedLengthToo)
 {
     readInFlight();
-    QByteArray long_ = fromHex("00 00 00 00 00 07 01 03 04 12 34 56 78 9A BC");
+    QByteArray longReply = fromHex("00 00 00 00 00 07 01 03 04 12 34 56 78 9A BC");
 
-    EXPECT_EQ(1, DataCom(&long_, 13)->result);
+    EXPECT_EQ(1, DataCom(&longReply, 13)->result);
     EXPECT_EQ(0x5678, word(17));
     EXPECT_EQ(0, word(18));
 }

@@ -60,7 +60,7 @@ void Threads::communicate(Losses losses)
     int turn = 0;
     const auto end = std::chrono::steady_clock::now() + LONGEST;
     while (std::chrono::steady_clock::now() < end) {
-        const bool last = othersDone_;
+        const bool last = m_othersDone;
         const Protocol* next = ComCommunication();
         if (next)
             answer(*next, IsLost(losses, ++turn));
@@ -73,10 +73,10 @@ void Threads::communicate(Losses losses)
 
 void Threads::joinAll()
 {
-    for (std::thread& thread : threads_)
+    for (std::thread& thread : m_threads)
         thread.join();
-    threads_.clear();
-    othersDone_ = true;
+    m_threads.clear();
+    m_othersDone = true;
 }
 
 void Threads::beside(const std::vector<std::function<void()>>& work, Losses losses)

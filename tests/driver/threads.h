@@ -38,7 +38,7 @@ protected:
     void SetUp() override;
 
     /// Starts a thread.
-    void run(const std::function<void()>& work) { threads_.emplace_back(work); }
+    void run(const std::function<void()>& work) { m_threads.emplace_back(work); }
 
     /// The communication thread's loop: ends when the other threads have and nothing is queued any more.
     void communicate(Losses losses = NO_LOSS);
@@ -62,8 +62,8 @@ private:
     void answer(const Protocol& request, bool lost);
     void count(const RW_VAR& result);
 
-    std::vector<std::thread> threads_;
-    std::atomic<bool> othersDone_{false};
+    std::vector<std::thread> m_threads;
+    std::atomic<bool> m_othersDone{false};
 };
 
 #endif

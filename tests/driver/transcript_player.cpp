@@ -179,7 +179,7 @@ std::string Trimmed(const std::string& text)
 
 } // namespace
 
-TranscriptPlayer::TranscriptPlayer(COMINFO& settings) : settings_(settings)
+TranscriptPlayer::TranscriptPlayer(COMINFO& settings) : m_settings(settings)
 {
     RegistCallBackFuncIntf(NoteOnceReadDone, NoteListDone);
     Callbacks().clear();
@@ -189,7 +189,7 @@ std::vector<std::string> TranscriptPlayer::Play(const std::vector<std::string>& 
 {
     for (const std::string& line : transcript)
         PlayLine(line);
-    return played_;
+    return m_played;
 }
 
 void TranscriptPlayer::PlayLine(const std::string& line)
@@ -197,13 +197,13 @@ void TranscriptPlayer::PlayLine(const std::string& line)
     if (!line.empty() && line[0] == ' ')
         return; // a callback of an earlier run
     if (line.empty() || line[0] == '#') {
-        played_.push_back(line);
+        m_played.push_back(line);
         return;
     }
     const std::string call = Trimmed(line.substr(0, line.find("->")));
     const std::string answer = Answer(call);
-    played_.push_back(answer.empty() ? call : call + " -> " + answer);
-    played_.insert(played_.end(), Callbacks().begin(), Callbacks().end());
+    m_played.push_back(answer.empty() ? call : call + " -> " + answer);
+    m_played.insert(m_played.end(), Callbacks().begin(), Callbacks().end());
     Callbacks().clear();
 }
 
@@ -229,7 +229,7 @@ try {
     if (call == "show queues")
         return Queues();
     if (call == "show state")
-        return State(settings_);
+        return State(m_settings);
     return call == "show result" ? Result() : "?";
 } catch (const std::exception&) {
     return "?";
@@ -246,6 +246,6 @@ std::string TranscriptPlayer::Set(const std::string& word, int value)
                                                                 {"hostWriteMode", &COMINFO::hostWriteMode},
                                                                 {"cycleDone", &COMINFO::cycleDone},
                                                                 {"portId", &COMINFO::portId}};
-    settings_.*words.at(word) = value;
+    m_settings.*words.at(word) = value;
     return "";
 }

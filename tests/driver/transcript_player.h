@@ -49,8 +49,8 @@ private:
     std::string Answer(const std::string& call);
     std::string Set(const std::string& word, int value);
 
-    COMINFO& settings_;
-    std::vector<std::string> played_;
+    COMINFO& m_settings;
+    std::vector<std::string> m_played;
 };
 
 #endif

@@ -1,6 +1,6 @@
 #include "frames/write_request.h"
 
-#include "tests/driver_fixture.h"
+#include "driver/driver_fixture.h"
 
 #include <climits>
 

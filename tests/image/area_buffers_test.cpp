@@ -1,6 +1,6 @@
 #include "image/area_buffers.h"
 
-#include "tests/driver_fixture.h"
+#include "driver/driver_fixture.h"
 
 #include <climits>
 

@@ -1,6 +1,6 @@
 #include "image/image_write.h"
 
-#include "tests/driver_fixture.h"
+#include "driver/driver_fixture.h"
 
 #include <climits>
 

@@ -1,4 +1,4 @@
-#include "tests/driver_fixture.h"
+#include "driver/driver_fixture.h"
 
 #include <climits>
 

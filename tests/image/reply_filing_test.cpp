@@ -2,7 +2,7 @@
 
 #include "driver/reply_handling.h"
 #include "frames/write_request.h"
-#include "tests/driver_fixture.h"
+#include "driver/driver_fixture.h"
 
 #include <climits>
 

@@ -1,7 +1,7 @@
 // How often the store of multi-station mode is walked: each walk may take as long as the store.
 //
 // The linker puts countedFind() in the place of ExtendFindSameVar() in this program (see tests/CMakeLists.txt).
-#include "driver_fixture.h"
+#include "driver/driver_fixture.h"
 
 int realFind(int station, int area, int address) asm("__real__Z17ExtendFindSameVariii");
 int countedFind(int station, int area, int address) asm("__wrap__Z17ExtendFindSameVariii");

@@ -32,10 +32,10 @@ inline RW_VAR Variable(int area, int address, int count, int station = 1)
 class LoadedDriver
 {
 public:
-    LoadedDriver() : handle_(dlopen(builtDriver(), RTLD_NOW | RTLD_LOCAL))
+    LoadedDriver() : m_handle(dlopen(builtDriver(), RTLD_NOW | RTLD_LOCAL))
     {
-        if (!handle_)
-            missing_ = dlerror();
+        if (!m_handle)
+            m_missing = dlerror();
         Find(SetComInfo, "SetComInfo");
         Find(RegistCallBackFuncIntf, "RegistCallBackFuncIntf");
         Find(FlashLocalRegister, "FlashLocalRegister");
@@ -66,14 +66,14 @@ public:
 
     ::testing::AssertionResult loaded() const
     {
-        return missing_.empty() ? ::testing::AssertionSuccess() : ::testing::AssertionFailure() << missing_;
+        return m_missing.empty() ? ::testing::AssertionSuccess() : ::testing::AssertionFailure() << m_missing;
     }
 
     void unload()
     {
-        if (handle_)
-            dlclose(handle_);
-        handle_ = nullptr;
+        if (m_handle)
+            dlclose(m_handle);
+        m_handle = nullptr;
     }
 
     decltype(&::SetComInfo) SetComInfo;
@@ -104,13 +104,13 @@ private:
     template <typename Pointer>
     void Find(Pointer& pointer, const char* name)
     {
-        pointer = handle_ ? reinterpret_cast<Pointer>(dlsym(handle_, name)) : nullptr;
-        if (handle_ && !pointer)
-            missing_ += std::string(name) + " is not exported; ";
+        pointer = m_handle ? reinterpret_cast<Pointer>(dlsym(m_handle, name)) : nullptr;
+        if (m_handle && !pointer)
+            m_missing += std::string(name) + " is not exported; ";
     }
 
-    void* handle_;
-    std::string missing_;
+    void* m_handle;
+    std::string m_missing;
 };
 
 /// A freshly loaded driver for each test, wired to a settings block and two counting callbacks.

@@ -25,24 +25,24 @@ const int HEADER = 6; // bytes up to and with the length field
 class Link
 {
 public:
-    explicit Link(int port) : socket_(socket(AF_INET, SOCK_STREAM, 0))
+    explicit Link(int port) : m_socket(socket(AF_INET, SOCK_STREAM, 0))
     {
         sockaddr_in address = sockaddr_in();
         address.sin_family = AF_INET;
         address.sin_port = htons(static_cast<uint16_t>(port));
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        connected_ = connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+        m_connected = connect(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
     }
-    ~Link() { close(socket_); }
+    ~Link() { close(m_socket); }
     Link(const Link&) = delete;
     Link& operator=(const Link&) = delete;
 
-    bool connected() const { return connected_; }
+    bool connected() const { return m_connected; }
 
     /// \return the reply, empty when none came in time
     QByteArray exchange(const QByteArray& request, int waitMs)
     {
-        if (send(socket_, request.constData(), static_cast<size_t>(request.size()), MSG_NOSIGNAL) !=
+        if (send(m_socket, request.constData(), static_cast<size_t>(request.size()), MSG_NOSIGNAL) !=
             request.size())
             return QByteArray();
         QByteArray reply = receive(HEADER, waitMs);
@@ -57,10 +57,10 @@ private:
     QByteArray receive(int size, int waitMs)
     {
         QByteArray bytes;
-        pollfd readable = {socket_, POLLIN, 0};
+        pollfd readable = {m_socket, POLLIN, 0};
         while (bytes.size() < size && poll(&readable, 1, waitMs) == 1) {
             char part[300];
-            const ssize_t got = recv(socket_, part, static_cast<size_t>(size - bytes.size()), 0);
+            const ssize_t got = recv(m_socket, part, static_cast<size_t>(size - bytes.size()), 0);
             if (got <= 0)
                 break;
             bytes.append(part, static_cast<int>(got));
@@ -68,8 +68,8 @@ private:
         return bytes;
     }
 
-    int socket_;
-    bool connected_;
+    int m_socket;
+    bool m_connected;
 };
 
 class Loopback : public LibraryTest

@@ -34,13 +34,13 @@ std::string toHex(const Bytes& bytes)
     return text;
 }
 
-LoopbackClient::LoopbackClient(int port) : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+LoopbackClient::LoopbackClient(int port) : m_socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
 {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_port = htons(static_cast<std::uint16_t>(port));
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (connect(socket_.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+    if (connect(m_socket.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
         throw std::runtime_error("cannot connect to the simulated controller");
 }
 
@@ -51,24 +51,24 @@ void LoopbackClient::send(const std::string& hex)
 
 void LoopbackClient::send(const Bytes& bytes)
 {
-    if (::send(socket_.number(), bytes.data(), bytes.size(), MSG_NOSIGNAL) !=
+    if (::send(m_socket.number(), bytes.data(), bytes.size(), MSG_NOSIGNAL) !=
         static_cast<ssize_t>(bytes.size()))
         throw std::runtime_error("cannot send");
 }
 
 void LoopbackClient::stopSending()
 {
-    shutdown(socket_.number(), SHUT_WR);
+    shutdown(m_socket.number(), SHUT_WR);
 }
 
 // False at the end of the stream, or when nothing comes.
 bool LoopbackClient::append(Bytes& bytes, std::size_t most)
 {
-    pollfd entry{socket_.number(), POLLIN, 0};
+    pollfd entry{m_socket.number(), POLLIN, 0};
     if (poll(&entry, 1, patienceMs) <= 0)
         return false;
     Bytes part(most);
-    const ssize_t size = recv(socket_.number(), part.data(), part.size(), 0);
+    const ssize_t size = recv(m_socket.number(), part.data(), part.size(), 0);
     if (size <= 0)
         return false;
     bytes.insert(bytes.end(), part.begin(), part.begin() + size);
@@ -109,7 +109,7 @@ Bytes LoopbackClient::receiveBytesUntilClosed()
 std::string LoopbackClient::receiveUntilClosed()
 {
     const Bytes bytes = receiveBytesUntilClosed();
-    pollfd entry{socket_.number(), POLLIN, 0};
+    pollfd entry{m_socket.number(), POLLIN, 0};
     const bool isClosed = poll(&entry, 1, 0) > 0;
     return isClosed ? toHex(bytes) : "still open";
 }
@@ -117,7 +117,7 @@ std::string LoopbackClient::receiveUntilClosed()
 std::size_t LoopbackClient::bytesWaiting() const
 {
     int count = 0;
-    ioctl(socket_.number(), FIONREAD, &count);
+    ioctl(m_socket.number(), FIONREAD, &count);
     return static_cast<std::size_t>(count);
 }
 

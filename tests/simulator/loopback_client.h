@@ -47,7 +47,7 @@ public:
 private:
     bool append(Bytes& bytes, std::size_t most);
 
-    simulator::FileDescriptor socket_;
+    simulator::FileDescriptor m_socket;
 };
 
 } // namespace test

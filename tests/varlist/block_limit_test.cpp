@@ -1,6 +1,6 @@
 #include "varlist/block_limit.h"
 
-#include "tests/driver_fixture.h"
+#include "driver/driver_fixture.h"
 
 #include <climits>
 

@@ -3,7 +3,7 @@
 #ifndef TESTS_VARLIST_CYCLIC_VARIABLES_H
 #define TESTS_VARLIST_CYCLIC_VARIABLES_H
 
-#include "driver_fixture.h"
+#include "driver/driver_fixture.h"
 
 #include <ostream>
 #include <vector>
