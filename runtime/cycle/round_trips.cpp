@@ -10,7 +10,6 @@ namespace plc
 namespace
 {
 
-
 std::size_t binOf(qint64 microseconds)
 {
     const auto limit =

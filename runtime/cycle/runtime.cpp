@@ -91,9 +91,8 @@ public:
     std::vector<StationReport> stations();
     Statistics statistics();
 
-    const Settings m_settings;
-    ExchangeObserver m_observer;
-    Link m_link;
+    void setObserver(const ExchangeObserver& observer) { m_observer = observer; }
+    Link& link() { return m_link; }
 
 private:
     void communicate();
@@ -106,6 +105,10 @@ private:
     void givenUp(const Turn& turn, const Failure& why);
     void lost(int station, const Failure& why);
     Failure whyGivenUp(int code, const LinkExchange& exchange) const;
+
+    const Settings m_settings;
+    ExchangeObserver m_observer;
+    Link m_link;
 
     std::mutex m_mutex;
     std::condition_variable m_workCame;
@@ -398,12 +401,12 @@ int Runtime::addCyclic(const Variable& variable)
 
 void Runtime::setObserver(const ExchangeObserver& observer)
 {
-    d->m_observer = observer;
+    d->setObserver(observer);
 }
 
 void Runtime::setTap(const std::shared_ptr<LinkTap>& tap)
 {
-    d->m_link.setTap(tap);
+    d->link().setTap(tap);
 }
 
 void Runtime::start()
@@ -443,7 +446,7 @@ std::vector<StationReport> Runtime::stations() const
 
 LinkState Runtime::linkState() const
 {
-    return d->m_link.state();
+    return d->link().state();
 }
 
 Statistics Runtime::statistics() const

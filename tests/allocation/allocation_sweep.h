@@ -4,8 +4,8 @@
 #ifndef TESTS_ALLOCATION_ALLOCATION_SWEEP_H
 #define TESTS_ALLOCATION_ALLOCATION_SWEEP_H
 
-#include "driver/cycle.h"
 #include "allocation/failing_allocation.h"
+#include "driver/cycle.h"
 
 #include <functional>
 #include <string>

@@ -14,7 +14,7 @@ class ImageHolder
 public:
     ImageHolder()
     {
-        while (!held_)
+        while (!m_held)
             std::this_thread::yield();
     }
 
@@ -22,23 +22,23 @@ public:
 
     void release()
     {
-        released_ = true;
-        if (thread_.joinable())
-            thread_.join();
+        m_released = true;
+        if (m_thread.joinable())
+            m_thread.join();
     }
 
 private:
     void hold()
     {
         QMutexLocker lock(&PLC_driver.imageMutex);
-        held_ = true;
-        while (!released_)
+        m_held = true;
+        while (!m_released)
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
 
-    std::atomic<bool> held_{false};
-    std::atomic<bool> released_{false};
-    std::thread thread_{[this] { hold(); }};
+    std::atomic<bool> m_held{false};
+    std::atomic<bool> m_released{false};
+    std::thread m_thread{[this] { hold(); }};
 };
 
 class LargeWrite : public CycleTest

@@ -1,7 +1,7 @@
 #include "frames/remote_frame.h"
 
-#include "image/extended_variables.h"
 #include "driver/driver_fixture.h"
+#include "image/extended_variables.h"
 
 #include <climits>
 

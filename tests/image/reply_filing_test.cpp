@@ -1,8 +1,8 @@
 #include "image/reply_filing.h"
 
+#include "driver/driver_fixture.h"
 #include "driver/reply_handling.h"
 #include "frames/write_request.h"
-#include "driver/driver_fixture.h"
 
 #include <climits>
 

@@ -40,19 +40,19 @@ public:
         int err[2];
         if (pipe2(out, O_CLOEXEC) != 0 || pipe2(err, O_CLOEXEC) != 0)
             throw std::runtime_error("no pipes");
-        process = fork();
-        if (process == 0)
+        m_process = fork();
+        if (m_process == 0)
             become(arguments, out[1], err[1]);
         close(out[1]);
         close(err[1]);
-        output = std::make_unique<FileDescriptor>(out[0]);
-        errors = std::make_unique<FileDescriptor>(err[0]);
+        m_output = std::make_unique<FileDescriptor>(out[0]);
+        m_errors = std::make_unique<FileDescriptor>(err[0]);
     }
     ~Plcsim()
     {
-        if (process > 0 && !isOver) {
-            kill(process, SIGKILL);
-            waitpid(process, nullptr, 0);
+        if (m_process > 0 && !m_isOver) {
+            kill(m_process, SIGKILL);
+            waitpid(m_process, nullptr, 0);
         }
     }
     Plcsim(const Plcsim&) = delete;
@@ -63,7 +63,7 @@ public:
     {
         std::string line;
         char character = 0;
-        while (readSome(*output, &character, 1) == 1 && character != '\n')
+        while (readSome(*m_output, &character, 1) == 1 && character != '\n')
             line += character;
         return line;
     }
@@ -78,18 +78,18 @@ public:
     /// Sends the signal, then waits for the end; the exit status, or minus the signal that killed it.
     int endBy(int signal)
     {
-        kill(process, signal);
+        kill(m_process, signal);
         return end();
     }
 
     /// Waits for the end.
     int end()
     {
-        restOfOutput = readAll(*output);
-        restOfErrors = readAll(*errors);
+        restOfOutput = readAll(*m_output);
+        restOfErrors = readAll(*m_errors);
         int status = 0;
-        waitpid(process, &status, 0);
-        isOver = true;
+        waitpid(m_process, &status, 0);
+        m_isOver = true;
         return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
     }
 
@@ -126,10 +126,10 @@ private:
         return all;
     }
 
-    pid_t process = -1;
-    bool isOver = false;
-    std::unique_ptr<FileDescriptor> output;
-    std::unique_ptr<FileDescriptor> errors;
+    pid_t m_process = -1;
+    bool m_isOver = false;
+    std::unique_ptr<FileDescriptor> m_output;
+    std::unique_ptr<FileDescriptor> m_errors;
 };
 
 /// A file of its own that is gone after the test.

@@ -67,9 +67,11 @@ TEST(ModbusMatcher, DropsASecondReplyAsDoubled)
     ModbusMatcher matcher;
     matcher.prepare(readRegister);
     EXPECT_EQ(dropped(matcher, fromHex("0001 0000 0005 01 03 02 1234")), QString());
-    EXPECT_EQ(dropped(matcher, fromHex("0001 0000 0005 01 03 02 1234")), dropReasonWords(DropReason::Doubled));
+    EXPECT_EQ(dropped(matcher, fromHex("0001 0000 0005 01 03 02 1234")),
+              dropReasonWords(DropReason::Doubled));
     matcher.prepare(readRegister);
-    EXPECT_EQ(dropped(matcher, fromHex("0001 0000 0005 01 03 02 1234")), dropReasonWords(DropReason::Doubled));
+    EXPECT_EQ(dropped(matcher, fromHex("0001 0000 0005 01 03 02 1234")),
+              dropReasonWords(DropReason::Doubled));
 }
 
 TEST(ModbusMatcher, TakesTheReplyToANumberThatComesRoundUnanswered)
@@ -87,7 +89,8 @@ TEST(ModbusMatcher, DropsTheReplyOfAnotherUnit)
 {
     ModbusMatcher matcher;
     matcher.prepare(readRegister);
-    EXPECT_EQ(dropped(matcher, fromHex("0001 0000 0005 02 03 02 1234")), dropReasonWords(DropReason::WrongUnit));
+    EXPECT_EQ(dropped(matcher, fromHex("0001 0000 0005 02 03 02 1234")),
+              dropReasonWords(DropReason::WrongUnit));
     EXPECT_EQ(dropped(matcher, fromHex("0001 0000 0005 01 03 02 1234")), QString());
 }
 
