@@ -342,6 +342,8 @@ int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange)
         reply = QByteArray(1, '\0');
     std::lock_guard<std::mutex> lock(m_mutex);
     const int code = m_calls.DataCom(&reply, reply.size())->result;
+    if (code != PLC_RETRYING)
+        m_driver->renewTries();
     m_counter.exchanged(turn.request, exchange.replyMicroseconds, code);
     if (turn.replyExpected)
         m_stations.tried(turn.request.station, endOf(exchange, code));

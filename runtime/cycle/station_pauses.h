@@ -23,8 +23,8 @@ enum class TryEnd {
 /// is served. So a station that left a whole request's tries in a row unanswered gets a pause, and a longer
 /// one each time that it does so again, until it answers.
 ///
-/// A request may be given up after fewer tries than it has by right, because the driver counts the failures
-/// of all stations together. Such a request alone brings no pause.
+/// A request that was given up after fewer of them, because there was no connection for the others, brings no
+/// pause.
 ///
 /// Times are milliseconds of any clock that does not go back. No locks; belongs to the caller's.
 class StationPauses

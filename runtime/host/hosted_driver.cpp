@@ -11,6 +11,9 @@ namespace plc
 namespace
 {
 std::atomic<bool> isClaimed{false};
+
+// The driver counts failures up to a final one. Here the count is brought back before it could overflow.
+const int mostFailures = 1000000000;
 } // namespace
 
 HostedDriver::Claim::Claim()
@@ -28,7 +31,7 @@ HostedDriver* HostedDriver::s_hosted = nullptr;
 
 HostedDriver::HostedDriver(const Settings& settings, OnceReadDone onceReadDone)
     : m_library(settings.driverPath), m_onceReadDone(std::move(onceReadDone)),
-      m_info(driverSettings(settings))
+      m_retryLimit(settings.retryLimit), m_info(driverSettings(settings))
 {
     s_hosted = this;
     calls().SetComInfo(&m_info);
@@ -40,6 +43,16 @@ HostedDriver::~HostedDriver()
     calls().SetComInfo(nullptr);
     calls().RegistCallBackFuncIntf(nullptr, nullptr);
     s_hosted = nullptr;
+}
+
+void HostedDriver::renewTries()
+{
+    m_info.retryLimit = m_info.failCount < mostFailures ? m_info.failCount + m_retryLimit : 0;
+}
+
+void HostedDriver::tryNoMore()
+{
+    m_info.retryLimit = 0; // the count is above it with the next failure
 }
 
 int HostedDriver::noteOnceRead(int, int, int hostSubKey, int status)

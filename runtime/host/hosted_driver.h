@@ -27,6 +27,14 @@ public:
 
     const DriverCalls& calls() const { return m_library.calls(); }
 
+    /// The request that ComCommunication() hands out next has all the tries of the settings, whatever those
+    /// before it needed: the driver's count of failures goes on over a success. To be called by the thread
+    /// that calls ComCommunication() and DataCom(), while no request is in flight.
+    void renewTries();
+
+    /// The request in flight has had its last try: the next reply that is none ends it. Same thread.
+    void tryNoMore();
+
 private:
     /// Held before the library is loaded and until it is unloaded.
     class Claim
@@ -46,6 +54,7 @@ private:
     const Claim m_claim;
     const DriverLibrary m_library;
     const OnceReadDone m_onceReadDone;
+    const int m_retryLimit; // of a single request
     COMINFO m_info;
 };
 

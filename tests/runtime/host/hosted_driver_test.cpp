@@ -69,4 +69,49 @@ TEST(HostedDriver, WiresTheDriverForAsLongAsItLives)
     EXPECT_EQ(calls.ComCommunication(), nullptr);
 }
 
+class TriesOfRequests : public testing::Test
+{
+protected:
+    void SetUp() override { queueRead(); }
+
+    void queueRead()
+    {
+        RW_VAR read = {};
+        read.area = 9;
+        read.count = 1;
+        read.station = 1;
+        driver->calls().AddListOnceReadVar(&read, 1);
+    }
+
+    /// \return the driver's result
+    int replyOf(int bytes)
+    {
+        EXPECT_NE(driver->calls().ComCommunication(), nullptr);
+        QByteArray reply(bytes, '\0');
+        return driver->calls().DataCom(&reply, bytes)->result;
+    }
+
+    const std::unique_ptr<HostedDriver> driver = host(); // with three retries
+    const int good = 11;
+};
+
+TEST_F(TriesOfRequests, AreRenewedAfterASuccessThatNeededSome)
+{
+    EXPECT_EQ(replyOf(0), PLC_RETRYING);
+    EXPECT_EQ(replyOf(0), PLC_RETRYING);
+    EXPECT_EQ(replyOf(good), PLC_DONE);
+    driver->renewTries();
+    queueRead();
+    for (int retry = 0; retry < 3; ++retry)
+        EXPECT_EQ(replyOf(0), PLC_RETRYING) << retry;
+    EXPECT_EQ(replyOf(0), PLC_LOCAL_NO_REPLY + 1);
+}
+
+TEST_F(TriesOfRequests, AreOverWhenNoMoreAreWanted)
+{
+    EXPECT_EQ(replyOf(0), PLC_RETRYING);
+    driver->tryNoMore();
+    EXPECT_EQ(replyOf(0), PLC_LOCAL_NO_REPLY + 1);
+}
+
 } // namespace
