@@ -4,7 +4,8 @@
 /// The driver does no input or output. The runtime's communication thread asks for the next frame
 /// (ComCommunication()), sends its bytes, and hands whatever came back to DataCom(). Other threads may queue
 /// writes and one-shot reads, switch stations off and on, and read or write registers meanwhile. This page
-/// lists; the guide (docs/guide.md) explains and has the recipes.
+/// lists; the guide explains and has the recipes: guide.md, below share/doc/libplcdriver-dev where the driver is
+/// installed, with the examples.
 ///
 /// The records cross the boundary between two separately built modules. On the product platform (32-bit,
 /// little-endian) their layout is fixed and checked below at compile time; QString, QByteArray and QList
@@ -20,10 +21,13 @@
 ///
 /// Locks: nothing of the driver is held while it waits for the network, for it never does. Entry points that
 /// take the lock of the lists say so; that lock is not recursive and is held while a callback runs. One store
-/// goes without the lock of the image, on purpose: that of a reply of another station group
-/// (RW_VAR::storeSelector -1, or a write of a bit inside a word). In the image a reader may see part of it;
-/// in multi-station mode GetRegisterData() and SetRegisterData() MUST NOT run on another thread while
+/// goes without the lock of the image, on purpose: that of a reply to a request of another station group
+/// (RW_VAR::stationGroup is not COMINFO::localStation), to a read with RW_VAR::storeSelector -1 or to a write of
+/// a bit inside a word. In the image a reader may see part of it; in multi-station mode GetRegisterData() and SetRegisterData() MUST NOT run on another thread while
 /// DataCom() handles such a reply.
+///
+/// A runtime's account of its requests needs a lock of its own, over queueing and booking and over DataCom() and
+/// booking: a request queued after DataCom() let go of the lock of the lists is not among those that it removed.
 ///
 /// Failures: no entry point throws and none prints. A null record, list, string or byte array is refused:
 /// nothing changes and the result is the one given for it. A call that runs out of memory gives up with the
@@ -121,7 +125,8 @@ struct Protocol {
 /// The runtime's settings block: 76 bytes, owned by the runtime, which must keep it alive as long as the
 /// driver is used. The driver reads the runtime's words without a lock: they MUST NOT change while another
 /// thread is inside the driver, and multiStation, remoteMode and localStation not while a request is queued
-/// or in flight. Words that only the driver writes may be read by the communication thread.
+/// or in flight. Only DataCom() reads retryLimit: the communication thread may change it between its calls. Words
+/// that only the driver writes may be read by the communication thread.
 struct COMINFO {
     int host0[4];       ///< the runtime's
     int maxBlockCount;  ///< most elements of one request, in words; bit areas allow eight times as many;
@@ -129,9 +134,10 @@ struct COMINFO {
     int host20;         ///< the runtime's
     int defaultStation; ///< station of every variable while multiStation is 0, 0..255
     int retryLimit;     ///< failures that are retried, 0 or more; one more is final
-    int failCount;      ///< driver: failures since the last final one; a success does not clear it
-    int multiStation;   ///< 0: one station, values in the image; else values are kept per station
-    int host40;         ///< the runtime's; SetComInfo() clears it
+    int failCount;    ///< driver: failures of all requests since the last final one; a success does not clear
+                      ///< it, so a request may have no tries left (guide: tries of its own)
+    int multiStation; ///< 0: one station, values in the image; else values are kept per station
+    int host40;       ///< the runtime's; SetComInfo() clears it
     int framesExpected; ///< driver: replies that make up the request in flight, 1 or 2
     int framesReceived; ///< driver: replies received for it
     int host52;         ///< the runtime's; SetComInfo() clears it
@@ -193,7 +199,8 @@ extern PLCDRIVER_API void* RWI; ///< third pointer of FlashLocalRegister(); the 
 ///
 /// Wiring; no lock.
 /// \param info the block, which stays the runtime's. Null unwires the driver: with no block nothing is sent,
-///             queued by address text, read or rebuilt.
+///             queued by address text, read or rebuilt. Neither unwiring nor wiring anew clears anything: a frame in
+///             flight, queued requests, the read list, switched-off stations and values stay (guide: another project).
 PLCDRIVER_API void SetComInfo(COMINFO* info);
 
 /// Registers the two callbacks.
@@ -235,8 +242,7 @@ PLCDRIVER_API Protocol* ComCommunication();
 ///
 /// Communication thread; takes the locks of the lists and of the image, one after the other, and may run both
 /// callbacks.
-/// \param reply  the bytes received, a whole frame; the runtime's. Null is judged like an empty array. Where
-/// it
+/// \param reply  the bytes received, a whole frame; the runtime's. Null is judged like an empty array. Where it
 ///               holds less than \a length says, what is there is filed; only a reply that lacks the word
 ///               into which a bit is to be written counts as one of the wrong length.
 /// \param length number of bytes received, 0 when nothing arrived in time or no reply is expected
@@ -262,7 +268,8 @@ PLCDRIVER_API int PLCAddressChangeIntef(int area, QString text);
 
 /// Appends a copy of a request to the cyclic read list.
 ///
-/// Takes no lock: MUST NOT be called while another thread is inside the driver.
+/// Takes no lock: MUST NOT be called while another thread is inside the driver. With null it only reads the size
+/// of the list, and MAY be called by the communication thread at any time if that makes the rebuilds too.
 /// \param var the request; not checked, see RW_VAR
 /// \return entries in the read list, also for null
 PLCDRIVER_API int AddListReadVar(RW_VAR* var);
@@ -278,7 +285,8 @@ PLCDRIVER_API int AddListWriteVar(RW_VAR* var, int direct);
 
 /// Queues a one-shot read, split into requests of at most COMINFO::maxBlockCount words (bit areas: eight
 /// times as many elements). Pieces that are already queued under the same keys are skipped; at
-/// #PLC_LIST_LIMIT entries new ones are dropped. A count beyond the size of the area is cut to it; a count below 1 queues nothing.
+/// #PLC_LIST_LIMIT entries new ones are dropped. A count beyond the size of the area is cut to it; a count below 1
+/// queues nothing.
 ///
 /// Any thread; takes the lock of the lists.
 ///
@@ -308,8 +316,8 @@ PLCDRIVER_API int ReCreatReadVarList(QList<HOST_VAR>* list);
 /// @{
 
 /// Switches communication with a station off or on. Cyclic reads of a switched-off station are skipped, its
-/// writes and one-shot reads are discarded without a report when their turn comes; a frame in flight is
-/// finished.
+/// writes and one-shot reads are discarded without a report, not by this call but when their turn comes while it
+/// is off: one that is still queued when the station is switched on goes out. A frame in flight is finished.
 ///
 /// Any thread; takes the lock of the stations only, so a callback may call it.
 /// \param station station number; a negative one switches every station on, whatever the flag
@@ -327,7 +335,7 @@ PLCDRIVER_API void EnCommStation(int station, int flag);
 /// Any thread; takes the lock of the lists for each piece that it queues, and that of the image. Its pieces
 /// are not queued together: a poll may come between two of them, and so may a write of another thread. The
 /// communication thread waits for one piece at most.
-/// \param name       carried through in RW_VAR::name
+/// \param name       carried through in RW_VAR::name; null is refused all the same
 /// \param area       1..14
 /// \param address    address text, as PLCAddressChangeIntef() takes it
 /// \param station    used in multi-station mode; else COMINFO::defaultStation
@@ -335,8 +343,8 @@ PLCDRIVER_API void EnCommStation(int station, int flag);
 /// \param count      elements; for a queued write of area 14 the number of 16-bit words, two an element
 /// \param hostKey    identity of the request in callbacks and result records
 /// \param hostSubKey second identity of the request in result records
-/// \return 0 when the address text or the area is refused, there is nothing to write, or with no settings
-///         block; 1 when only the driver's memory was written (also for an area that it does not write);
+/// \return 0 when the address text or the area is refused, there is nothing to write, with no settings
+///         block, and for a null name, text or data; 1 when only the driver's memory was written (also for an area that it does not write);
 ///         else entries in the write list after the last piece
 PLCDRIVER_API int SetRegisterData(QString* name, int area, QString* address, unsigned int station,
                                   QByteArray* data, int count, int hostKey, unsigned int hostSubKey);
