@@ -23,8 +23,8 @@
 /// take the lock of the lists say so; that lock is not recursive and is held while a callback runs. One store
 /// goes without the lock of the image, on purpose: that of a reply to a request of another station group
 /// (RW_VAR::stationGroup is not COMINFO::localStation), to a read with RW_VAR::storeSelector -1 or to a write of
-/// a bit inside a word. In the image a reader may see part of it; in multi-station mode GetRegisterData() and SetRegisterData() MUST NOT run on another thread while
-/// DataCom() handles such a reply.
+/// a bit inside a word. In the image a reader may see part of it; in multi-station mode GetRegisterData() and
+/// SetRegisterData() MUST NOT run on another thread while DataCom() handles such a reply.
 ///
 /// A runtime's account of its requests needs a lock of its own, over queueing and booking and over DataCom() and
 /// booking: a request queued after DataCom() let go of the lock of the lists is not among those that it removed.
@@ -199,8 +199,9 @@ extern PLCDRIVER_API void* RWI; ///< third pointer of FlashLocalRegister(); the 
 ///
 /// Wiring; no lock.
 /// \param info the block, which stays the runtime's. Null unwires the driver: with no block nothing is sent,
-///             queued by address text, read or rebuilt. Neither unwiring nor wiring anew clears anything: a frame in
-///             flight, queued requests, the read list, switched-off stations and values stay (guide: another project).
+///             queued by address text, read or rebuilt. Neither unwiring nor wiring anew clears anything: a
+///             frame in flight, queued requests, the read list, switched-off stations and values stay (guide:
+///             another project).
 PLCDRIVER_API void SetComInfo(COMINFO* info);
 
 /// Registers the two callbacks.
@@ -344,8 +345,8 @@ PLCDRIVER_API void EnCommStation(int station, int flag);
 /// \param hostKey    identity of the request in callbacks and result records
 /// \param hostSubKey second identity of the request in result records
 /// \return 0 when the address text or the area is refused, there is nothing to write, with no settings
-///         block, and for a null name, text or data; 1 when only the driver's memory was written (also for an area that it does not write);
-///         else entries in the write list after the last piece
+///         block, and for a null name, text or data; 1 when only the driver's memory was written (also for an
+///         area that it does not write); else entries in the write list after the last piece
 PLCDRIVER_API int SetRegisterData(QString* name, int area, QString* address, unsigned int station,
                                   QByteArray* data, int count, int hostKey, unsigned int hostSubKey);
 

@@ -269,13 +269,13 @@ TEST_F(Guide, WithoutALockOfItsOwnTheAccountFailsAWriteThatIsSent)
 namespace
 {
 
-/// Two threads queue writes of values that no other write has, while the communication thread loses every third reply.
+const int queueingThreads = 2;
+const int writesOfAThread = 6000;
+
+/// Threads queue writes of values that no other write has, while the communication thread loses every third reply.
 class AccountUnderStress
 {
 public:
-    static const int threads = 2;
-    static const int writesOfAThread = 6000;
-
     void run()
     {
         int frame = 0;
@@ -285,8 +285,8 @@ public:
         };
         alsoToldOfEnds = [&](int key, bool) { ++toldOf[key]; };
         std::vector<std::thread> queueing;
-        std::atomic<int> running{threads};
-        for (int thread = 0; thread < threads; ++thread)
+        std::atomic<int> running{queueingThreads};
+        for (int thread = 0; thread < queueingThreads; ++thread)
             queueing.emplace_back([&, thread] {
                 for (int i = 0; i < writesOfAThread; ++i)
                     queue(100 + thread * writesOfAThread + i);
@@ -328,7 +328,7 @@ TEST_F(Guide, WithItsLockTheAccountTellsOfEachWriteOnceAndNoneIsSentAfterwards)
     AccountUnderStress account;
     account.run();
 
-    EXPECT_EQ(AccountUnderStress::threads * AccountUnderStress::writesOfAThread, account.queued());
+    EXPECT_EQ(queueingThreads * writesOfAThread, account.queued());
     EXPECT_EQ(std::size_t(account.queued()), account.toldOf.size());
     for (const auto& told : account.toldOf)
         EXPECT_EQ(1, told.second) << "key " << told.first;
