@@ -24,9 +24,11 @@ ReadAnswer answerOf(const ReadOutcome& outcome)
     if (!hasFailed(failure))
         return {};
     if (failure.kind == FailureKind::NotConnected)
-        return {ReadAnswer::NotConnected, failureWords(outcome)};
-    if (failure.kind != FailureKind::Exception || !isAboutTheRequest(failure.exception))
+        return {ReadAnswer::NotConnected, failureWords(outcome), true};
+    if (failure.kind == FailureKind::Acknowledged)
         return {ReadAnswer::Unanswered, failureWords(outcome)};
+    if (failure.kind != FailureKind::Exception || !isAboutTheRequest(failure.exception))
+        return {ReadAnswer::Unanswered, failureWords(outcome), true};
     return {ReadAnswer::Refused,
             QStringLiteral("exception %1, %2").arg(failure.exception).arg(exceptionWords(failure.exception))};
 }

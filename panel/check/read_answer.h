@@ -20,7 +20,8 @@ struct ReadAnswer {
         Interrupted   ///< the user wants no more
     };
     Kind kind = Given;
-    QString words; ///< why, unless it was given
+    QString words;           ///< why, unless it was given
+    bool mayComeYet = false; ///< asking again may bring another answer
 };
 
 /// \return what the end of a read says about the elements that were asked for

@@ -82,7 +82,7 @@ public:
     ReadAnswer read(const Variable& elements)
     {
         ReadAnswer answer = tryToRead(elements);
-        for (int retry = 0; retry < m_options.settings.retryLimit && isWorthARetry(answer); ++retry)
+        for (int retry = 0; retry < m_options.settings.retryLimit && answer.mayComeYet; ++retry)
             answer = tryToRead(elements);
         return answer;
     }
@@ -90,11 +90,6 @@ public:
     void tell(const QString& text) { m_text = text; }
 
 private:
-    static bool isWorthARetry(const ReadAnswer& answer)
-    {
-        return answer.kind == ReadAnswer::Unanswered || answer.kind == ReadAnswer::NotConnected;
-    }
-
     static Settings settingsFor(const Options& options)
     {
         Settings settings = options.settings;

@@ -4,6 +4,7 @@
 #include "runtime/cycle/exchange_counter.h"
 #include "runtime/cycle/exchange_record.h"
 #include "runtime/cycle/once_reads.h"
+#include "runtime/cycle/send_pause.h"
 #include "runtime/cycle/stations.h"
 #include "runtime/cycle/write_queue.h"
 #include "runtime/host/hosted_driver.h"
@@ -62,6 +63,12 @@ TryEnd endOf(const LinkExchange& exchange, int code)
     return exchange.reply.isEmpty() || isFromGateway(exception) ? TryEnd::NoAnswer : TryEnd::Answered;
 }
 
+/// \return the Modbus exception that came; 0 when none did, and remote frames know none
+int exceptionIn(const LinkExchange& exchange)
+{
+    return exchange.format == FrameFormat::ModbusTcp ? exceptionCode(exchange.reply) : 0;
+}
+
 /// What the communication thread has to do next.
 struct Turn {
     bool frameIsDue = false;
@@ -70,6 +77,16 @@ struct Turn {
     int replySize = 0; // what the driver expects
     RW_VAR request = {};
 };
+
+/// \return what a controller takes that acknowledges the frame of \a turn, for people
+QString takenBy(const Turn& turn)
+{
+    if (turn.request.hostKey != writeKey)
+        return QStringLiteral("the read");
+    return byteAt(turn.frame, functionOffset) == ReadRegisters
+               ? QStringLiteral("only the read of the bit's word, without which nothing is written,")
+               : QStringLiteral("the write");
+}
 
 } // namespace
 
@@ -99,12 +116,13 @@ private:
     Turn takeTurn();
     void endPass();
     void waitForWork(int milliseconds);
+    void waitUnlessStopped(int milliseconds);
     void exchange(Turn turn);
     int judge(const Turn& turn, const LinkExchange& exchange);
     void answered(const Turn& turn, Clock::time_point repliedAt);
     void givenUp(const Turn& turn, const Failure& why);
     void lost(int station, const Failure& why);
-    Failure whyGivenUp(int code, const LinkExchange& exchange) const;
+    Failure whyGivenUp(const Turn& turn, int code, const LinkExchange& exchange) const;
 
     const Settings m_settings;
     ExchangeObserver m_observer;
@@ -125,6 +143,7 @@ private:
     OnceReads m_reads;
     Stations m_stations;
     ExchangeCounter m_counter;
+    SendPause m_pause; // of the communication thread alone
 };
 
 Runtime::Private::Private(const Settings& settings)
@@ -132,7 +151,7 @@ Runtime::Private::Private(const Settings& settings)
       m_cyclic(settings),
       m_writes(m_calls, settings, [this](const Variable& elements) { m_cyclic.doubt(elements); }),
       m_reads(m_calls, settings, [this](const Variable& asked) { return m_cyclic.wholeBits(asked); }),
-      m_stations(m_calls, settings)
+      m_stations(m_calls, settings), m_pause(settings)
 {
 }
 
@@ -320,17 +339,26 @@ void Runtime::Private::waitForWork(int milliseconds)
                         [this] { return m_hasWork || m_stopping; });
 }
 
+void Runtime::Private::waitUnlessStopped(int milliseconds)
+{
+    if (milliseconds == 0)
+        return;
+    std::unique_lock<std::mutex> lock(m_mutex);
+    m_workCame.wait_for(lock, std::chrono::milliseconds(milliseconds), [this] { return m_stopping.load(); });
+}
+
 void Runtime::Private::exchange(Turn turn)
 {
     LinkExchange exchange = m_link.exchange(turn.frame, turn.replyExpected, turn.replySize);
     if (m_stopping)
         return;
     const int result = judge(turn, exchange);
-    if (!m_observer)
-        return;
+    const int pauseMs = m_pause.after(exceptionIn(exchange));
     const int durationMs = static_cast<int>(exchange.durationMs);
-    m_observer({durationMs, std::move(turn.frame), std::move(exchange), std::move(turn.request),
-                turn.replyExpected, result});
+    if (m_observer)
+        m_observer({durationMs, std::move(turn.frame), std::move(exchange), std::move(turn.request),
+                    turn.replyExpected, result});
+    waitUnlessStopped(pauseMs);
 }
 
 int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange)
@@ -341,6 +369,8 @@ int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange)
     if (!turn.replyExpected && !exchange.sent)
         reply = QByteArray(1, '\0');
     std::lock_guard<std::mutex> lock(m_mutex);
+    if (exceptionIn(exchange) == Acknowledge)
+        m_driver->tryNoMore();
     const int code = m_calls.DataCom(&reply, reply.size())->result;
     if (code != PLC_RETRYING)
         m_driver->renewTries();
@@ -350,7 +380,7 @@ int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange)
     if (isSuccess(code))
         answered(turn, exchange.repliedAt);
     else if (code != PLC_RETRYING)
-        givenUp(turn, whyGivenUp(code, exchange));
+        givenUp(turn, whyGivenUp(turn, code, exchange));
     return code;
 }
 
@@ -384,12 +414,17 @@ void Runtime::Private::lost(int station, const Failure& why)
     m_stations.leaveAlone(station);
 }
 
-Failure Runtime::Private::whyGivenUp(int code, const LinkExchange& exchange) const
+Failure Runtime::Private::whyGivenUp(const Turn& turn, int code, const LinkExchange& exchange) const
 {
     if (!exchange.sent)
         return connectionFailure(
             code, noConnectionWords(m_settings.host, m_settings.port, m_link.state().lastError));
-    return replyFailure(code, exchange.reply, m_settings.timeoutMs);
+    Failure failure = replyFailure(code, exchange.reply, m_settings.timeoutMs);
+    if (exceptionIn(exchange) == Acknowledge) {
+        failure.kind = FailureKind::Acknowledged;
+        failure.detail = takenBy(turn);
+    }
+    return failure;
 }
 
 Runtime::Runtime(const Settings& settings) : d(new Private(settings)) {}

@@ -56,6 +56,14 @@ QString notTaken(const Failure& failure, Asked asked)
         .arg(QLatin1String(asked == Write ? "write to" : "read of"), failure.detail);
 }
 
+QString acknowledged(const Failure& failure)
+{
+    return QStringLiteral(
+               "the controller took %1 and is still at work on it (exception %2); nothing was sent "
+               "again")
+        .arg(failure.detail, QString::number(failure.exception));
+}
+
 QString wordsOf(const Failure& failure, Asked asked)
 {
     switch (failure.kind) {
@@ -74,6 +82,8 @@ QString wordsOf(const Failure& failure, Asked asked)
         return QStringLiteral("the controller refused it: exception %1, %2")
             .arg(failure.exception)
             .arg(exceptionWords(failure.exception));
+    case FailureKind::Acknowledged:
+        return acknowledged(failure);
     case FailureKind::BadReply:
         return resultWords(failure.code);
     default:

@@ -19,6 +19,7 @@ bool isUnsent(FailureKind kind)
     case FailureKind::NotConnected: // an earlier try may have gone out
     case FailureKind::NoReply:
     case FailureKind::Exception:
+    case FailureKind::Acknowledged:
     case FailureKind::BadReply:
     case FailureKind::Stopped:
     case FailureKind::OutOfStep:

@@ -29,6 +29,7 @@ enum class FailureKind {
     NotConnected, ///< which found no connection; Failure::detail says why there is none
     NoReply,      ///< within Failure::timeoutMs
     Exception,    ///< the controller answered with Failure::exception
+    Acknowledged, ///< the controller took Failure::detail and is still at work on it; it was not sent again
     BadReply,     ///< the driver could not use the reply; Failure::code says why
 
     // How far it came is not known.
