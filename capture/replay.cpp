@@ -2,6 +2,7 @@
 
 #include "runtime/host/driver_settings.h"
 #include "runtime/modbus/reply_failure.h"
+#include "runtime/modbus/reply_fault.h"
 #include "runtime/modbus/return_codes.h"
 
 namespace plc
@@ -159,7 +160,9 @@ void Replay::judge(QByteArray reply, const QString& why)
 {
     m_isWaiting = false;
     const RW_VAR request = m_pending->var;
-    const int code = m_calls.DataCom(&reply, reply.size())->result;
+    const FailureKind fault = dialectOf(frameFormatOf(m_settings)).faultOf(m_pending->frame, reply);
+    QByteArray judged = fault == FailureKind::None ? reply : replyOfWrongLength();
+    const int code = m_calls.DataCom(&judged, judged.size())->result;
     if (code == PLC_RETRYING) {
         ++m_counts.retried;
         return;
@@ -177,7 +180,7 @@ void Replay::judge(QByteArray reply, const QString& why)
     }
     ++m_counts.failed;
     if (isRead)
-        m_cyclic.givenUp(request, why.isEmpty() ? replyFailure(code, reply, m_settings.timeoutMs)
+        m_cyclic.givenUp(request, why.isEmpty() ? replyFailure(code, fault, reply, m_settings.timeoutMs)
                                                 : connectionFailure(code, why));
 }
 

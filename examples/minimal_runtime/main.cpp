@@ -74,7 +74,11 @@ public:
         QByteArray reply = receive();
         for (; !reply.isEmpty() && !answers(reply, frame); reply = receive())
             std::puts("dropped: a reply to another frame");
-        return reply.isEmpty() ? reply : reply.replace(0, 2, QByteArray(2, '\0'));
+        if (reply.isEmpty())
+            return reply;
+        if (!isGood(reply, frame))
+            return QByteArray(1, '\0'); // no reply has one byte, so the driver refuses it
+        return reply.replace(0, 2, QByteArray(2, '\0'));
     }
 
 private:
@@ -117,10 +121,20 @@ private:
         return drop("what came is no whole reply");
     }
 
-    /// Number, station and function must be the frame's. An exception answers too; the driver refuses it.
+    /// Number, station and function must be the frame's. An exception answers, too.
     static bool answers(const QByteArray& reply, const QByteArray& frame)
     {
         return reply.left(2) == frame.left(2) && reply[6] == frame[6] && (reply[7] & 0x7F) == frame[7];
+    }
+
+    /// A refusal may be as long as the answer, with bytes behind it that somebody left there; an echo may be that
+    /// of another write, and a byte count another than that of the data.
+    static bool isGood(const QByteArray& reply, const QByteArray& frame)
+    {
+        if (reply[7] != frame[7] || reply.size() < 9)
+            return false;
+        const bool isWrite = frame[7] > 4;
+        return isWrite ? reply.mid(8) == frame.mid(8, 4) : wordOf(0, reply[8]) == reply.size() - 9;
     }
 
     const char *const m_host, *const m_port;

@@ -10,9 +10,11 @@
 #include "runtime/host/hosted_driver.h"
 #include "runtime/host/request_keys.h"
 #include "runtime/link/link.h"
+#include "runtime/modbus/dialect.h"
 #include "runtime/modbus/failure_words.h"
 #include "runtime/modbus/frame_fields.h"
 #include "runtime/modbus/reply_failure.h"
+#include "runtime/modbus/reply_fault.h"
 #include "runtime/modbus/return_codes.h"
 
 #include <algorithm>
@@ -67,6 +69,12 @@ TryEnd endOf(const LinkExchange& exchange, int code)
 int exceptionIn(const LinkExchange& exchange)
 {
     return exchange.format == FrameFormat::ModbusTcp ? exceptionCode(exchange.reply) : 0;
+}
+
+/// \return what the reply has against it that its length need not show
+FailureKind faultIn(const LinkExchange& exchange)
+{
+    return dialectOf(exchange.format).faultOf(exchange.sentFrame, exchange.reply);
 }
 
 /// What the communication thread has to do next.
@@ -364,10 +372,9 @@ void Runtime::Private::exchange(Turn turn)
 int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange)
 {
     QByteArray reply = exchange.reply;
-    // With nothing to judge the driver would take a broadcast that never went out for done; a reply to it
-    // has the wrong length.
-    if (!turn.replyExpected && !exchange.sent)
-        reply = QByteArray(1, '\0');
+    // With nothing to judge the driver would take a broadcast that never went out for done.
+    if (faultIn(exchange) != FailureKind::None || (!turn.replyExpected && !exchange.sent))
+        reply = replyOfWrongLength();
     std::lock_guard<std::mutex> lock(m_mutex);
     if (exceptionIn(exchange) == Acknowledge)
         m_driver->tryNoMore();
@@ -419,7 +426,7 @@ Failure Runtime::Private::whyGivenUp(const Turn& turn, int code, const LinkExcha
     if (!exchange.sent)
         return connectionFailure(
             code, noConnectionWords(m_settings.host, m_settings.port, m_link.state().lastError));
-    Failure failure = replyFailure(code, exchange.reply, m_settings.timeoutMs);
+    Failure failure = replyFailure(code, faultIn(exchange), exchange.reply, m_settings.timeoutMs);
     if (exceptionIn(exchange) == Acknowledge) {
         failure.kind = FailureKind::Acknowledged;
         failure.detail = takenBy(turn);

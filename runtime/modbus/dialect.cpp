@@ -4,6 +4,7 @@
 #include "runtime/modbus/frame_words.h"
 #include "runtime/modbus/remote_fields.h"
 #include "runtime/modbus/remote_words.h"
+#include "runtime/modbus/reply_fault.h"
 
 namespace plc
 {
@@ -19,6 +20,11 @@ public:
     QString replyWords(const QByteArray& frame, const QByteArray& reply) const override
     {
         return plc::replyWords(frame, reply);
+    }
+
+    FailureKind faultOf(const QByteArray& request, const QByteArray& reply) const override
+    {
+        return replyFault(request, reply);
     }
 
     int stationOf(const QByteArray& frame) const override { return byteAt(frame, unitOffset); }
@@ -42,6 +48,11 @@ public:
     QString replyWords(const QByteArray& frame, const QByteArray& reply) const override
     {
         return remoteReplyWords(frame, reply);
+    }
+
+    FailureKind faultOf(const QByteArray& request, const QByteArray& reply) const override
+    {
+        return remoteReplyFault(request, reply);
     }
 
     int stationOf(const QByteArray& frame) const override { return byteAt(frame, remoteStationOffset); }

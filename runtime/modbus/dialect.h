@@ -3,6 +3,7 @@
 #ifndef RUNTIME_MODBUS_DIALECT_H
 #define RUNTIME_MODBUS_DIALECT_H
 
+#include "runtime/model/failure.h"
 #include "runtime/model/frame_format.h"
 
 #include <QByteArray>
@@ -22,6 +23,10 @@ public:
 
     /// \return what \a reply to \a frame says; "no reply" when it is empty
     virtual QString replyWords(const QByteArray& frame, const QByteArray& reply) const = 0;
+
+    /// \param reply that the link matched with \a request, as both went over the link
+    /// \return what it has against it that its length need not show; None when that is nothing
+    virtual FailureKind faultOf(const QByteArray& request, const QByteArray& reply) const = 0;
 
     /// \return the station that a request goes to
     virtual int stationOf(const QByteArray& frame) const = 0;

@@ -1,6 +1,7 @@
 #include "runtime/modbus/failure_words.h"
 
 #include "runtime/modbus/exception_words.h"
+#include "runtime/modbus/reply_fault.h"
 #include "runtime/modbus/return_code_words.h"
 
 namespace plc
@@ -86,6 +87,11 @@ QString wordsOf(const Failure& failure, Asked asked)
         return acknowledged(failure);
     case FailureKind::BadReply:
         return resultWords(failure.code);
+    case FailureKind::OtherAddress:
+    case FailureKind::OtherValue:
+    case FailureKind::OtherQuantity:
+    case FailureKind::OtherByteCount:
+        return replyFaultWords(failure.kind);
     default:
         return plain(failure.kind, asked);
     }

@@ -29,11 +29,16 @@ inline void putWord(QByteArray* bytes, int offset, int value)
     (*bytes)[offset + 1] = static_cast<char>(value & 0xFF);
 }
 
+/// \return true for a refusal, however long it is: some gateways leave bytes of an older reply behind it
+inline bool isException(const QByteArray& reply)
+{
+    return (byteAt(reply, functionOffset) & exceptionFlag) != 0;
+}
+
 /// \return the exception code that \a reply carries; 0 when it is no exception
 inline int exceptionCode(const QByteArray& reply)
 {
-    const bool isException = (byteAt(reply, functionOffset) & exceptionFlag) != 0;
-    return isException ? byteAt(reply, pduDataOffset) : 0;
+    return isException(reply) ? byteAt(reply, pduDataOffset) : 0;
 }
 
 } // namespace plc

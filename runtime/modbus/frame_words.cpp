@@ -2,6 +2,7 @@
 
 #include "runtime/modbus/exception_words.h"
 #include "runtime/modbus/frame_fields.h"
+#include "runtime/modbus/reply_fault.h"
 
 #include <QStringList>
 
@@ -100,9 +101,11 @@ QString replyWords(const QByteArray& frame, const QByteArray& reply)
         return QStringLiteral("no reply");
     if (reply.size() <= pduDataOffset)
         return QStringLiteral("no whole reply (%1 bytes)").arg(reply.size());
-    const int exception = exceptionCode(reply);
-    const QString meaning = exception != 0 ? exceptionReplyWords(exception) : wholeReplyWords(frame, reply);
-    return unitWords(reply) + QStringLiteral(": ") + meaning;
+    const QString unit = unitWords(reply) + QStringLiteral(": ");
+    if (isException(reply))
+        return unit + exceptionReplyWords(exceptionCode(reply));
+    const FailureKind fault = replyFault(frame, reply);
+    return unit + (fault == FailureKind::None ? wholeReplyWords(frame, reply) : replyFaultWords(fault));
 }
 
 } // namespace plc

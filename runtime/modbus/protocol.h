@@ -24,7 +24,10 @@ inline constexpr int quantityOffset = 10;       ///< how many of them
 inline constexpr int singleValueOffset = 10;    ///< of a write of one
 inline constexpr int multipleValuesOffset = 13; ///< of a write of several
 
-inline constexpr int readDataOffset = 9; ///< of the reply to a read
+// Of replies. That to a write repeats the request from addressOffset to before the values of several registers.
+inline constexpr int byteCountOffset = 8; ///< of the reply to a read
+inline constexpr int readDataOffset = 9;  ///< the same
+inline constexpr int writeReplySize = 12;
 
 // What the length field may say of a reply.
 inline constexpr int shortestLength = 2; ///< unit and function code

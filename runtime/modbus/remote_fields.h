@@ -15,9 +15,10 @@ const int remoteValueOffset = 21;
 const int remoteReadSize = 22; ///< a write is longer
 
 const int remoteReplyAreaOffset = 7;
-const int remoteReplyDataOffset = 9;    ///< of the reply to a read
-const int remoteReplyElementOffset = 8; ///< of the reply to a write: low 16 bits
-const int remoteReplyCountOffset = 10;  ///< of the reply to a write
+const int remoteReplyByteCountOffset = 8; ///< of the reply to a read: of its data, modulo 256
+const int remoteReplyDataOffset = 9;      ///< of the reply to a read
+const int remoteReplyElementOffset = 8;   ///< of the reply to a write: low 16 bits
+const int remoteReplyCountOffset = 10;    ///< of the reply to a write
 const int remoteWriteReplySize = 12;
 
 } // namespace plc

@@ -5,7 +5,7 @@
 namespace plc
 {
 
-Failure replyFailure(int code, const QByteArray& reply, int timeoutMs)
+Failure replyFailure(int code, FailureKind fault, const QByteArray& reply, int timeoutMs)
 {
     Failure failure;
     failure.code = code;
@@ -14,8 +14,8 @@ Failure replyFailure(int code, const QByteArray& reply, int timeoutMs)
         failure.timeoutMs = timeoutMs;
         return failure;
     }
-    failure.exception = exceptionCode(reply);
-    failure.kind = failure.exception != 0 ? FailureKind::Exception : FailureKind::BadReply;
+    failure.kind = fault == FailureKind::None ? FailureKind::BadReply : fault;
+    failure.exception = fault == FailureKind::Exception ? exceptionCode(reply) : 0;
     return failure;
 }
 

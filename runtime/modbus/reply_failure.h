@@ -11,7 +11,8 @@ namespace plc
 {
 
 /// \param code what the driver made of \a reply, which is empty when none came within \a timeoutMs
-Failure replyFailure(int code, const QByteArray& reply, int timeoutMs);
+/// \param fault of the reply, see Dialect::faultOf()
+Failure replyFailure(int code, FailureKind fault, const QByteArray& reply, int timeoutMs);
 
 /// \param code what the driver made of it \param why there is no connection, in words
 Failure connectionFailure(int code, const QString& why);

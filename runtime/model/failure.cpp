@@ -21,6 +21,10 @@ bool isUnsent(FailureKind kind)
     case FailureKind::Exception:
     case FailureKind::Acknowledged:
     case FailureKind::BadReply:
+    case FailureKind::OtherAddress:
+    case FailureKind::OtherValue:
+    case FailureKind::OtherQuantity:
+    case FailureKind::OtherByteCount:
     case FailureKind::Stopped:
     case FailureKind::OutOfStep:
     case FailureKind::NotReported:

@@ -26,11 +26,15 @@ enum class FailureKind {
     Purged,     ///< it went with another request that was given up, see Failure::cause
 
     // It was given up after its last try.
-    NotConnected, ///< which found no connection; Failure::detail says why there is none
-    NoReply,      ///< within Failure::timeoutMs
-    Exception,    ///< the controller answered with Failure::exception
-    Acknowledged, ///< the controller took Failure::detail and is still at work on it; it was not sent again
-    BadReply,     ///< the driver could not use the reply; Failure::code says why
+    NotConnected,   ///< which found no connection; Failure::detail says why there is none
+    NoReply,        ///< within Failure::timeoutMs
+    Exception,      ///< the controller answered with Failure::exception
+    Acknowledged,   ///< the controller took Failure::detail and is still at work on it; it was not sent again
+    BadReply,       ///< the driver could not use the reply; Failure::code says why
+    OtherAddress,   ///< the reply to a write names another address
+    OtherValue,     ///< the reply to a write of one coil or register names another value
+    OtherQuantity,  ///< the reply to a write of several registers names another number of them
+    OtherByteCount, ///< the reply to a read counts other bytes than those of what was asked for
 
     // How far it came is not known.
     Stopped,    ///< the runtime was stopped before it ended

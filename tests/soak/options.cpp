@@ -1,10 +1,7 @@
 #include "soak/options.h"
 
-#include "support/unnoticed_faults.h"
-
 #include <QCommandLineParser>
 
-#include <algorithm>
 #include <stdexcept>
 
 namespace soak
@@ -12,18 +9,6 @@ namespace soak
 
 namespace
 {
-
-using simulator::FaultKind;
-
-QString namesOnWish()
-{
-    QStringList names;
-    for (const FaultKind& kind : simulator::faultList()) {
-        if (test::isUnnoticed(kind.fault))
-            names += QLatin1String(kind.name);
-    }
-    return names.join(QStringLiteral(", "));
-}
 
 [[noreturn]] void refuse(const QString& message)
 {
@@ -47,10 +32,6 @@ void addOptions(QCommandLineParser& parser)
          QStringLiteral("Spoil so many percent of the replies, each kind of fault as often as the others; "
                         "default 10. With 100 no reply is left alone."),
          QStringLiteral("PERCENT"), QStringLiteral("10")},
-        {QStringLiteral("with"),
-         QStringLiteral("Make this fault, too, which panels take for a good reply: ") + namesOnWish() +
-             QStringLiteral(". Repeatable."),
-         QStringLiteral("FAULT")},
         {QStringLiteral("remote"), QStringLiteral("Remote frames instead of Modbus TCP.")},
         {QStringLiteral("seed"), QStringLiteral("Of the random numbers; default 1."), QStringLiteral("N"),
          QStringLiteral("1")},
@@ -80,25 +61,11 @@ int optionNumber(const QCommandLineParser& parser, const char* name, long least,
     return static_cast<int>(numberOf(QStringLiteral("--") + option, parser.value(option), least, most));
 }
 
-bool isWished(const FaultKind& kind, const QStringList& names)
+std::vector<const simulator::FaultKind*> everyFault()
 {
-    return !test::isUnnoticed(kind.fault) || names.contains(QLatin1String(kind.name));
-}
-
-std::vector<const FaultKind*> faultsWith(const QStringList& names)
-{
-    std::vector<const FaultKind*> faults;
-    for (const FaultKind& kind : simulator::faultList()) {
-        if (isWished(kind, names))
-            faults.push_back(&kind);
-    }
-    for (const QString& name : names) {
-        const bool exists = std::any_of(faults.begin(), faults.end(), [&](const FaultKind* kind) {
-            return name == QLatin1String(kind->name);
-        });
-        if (!exists)
-            refuse(QStringLiteral("--with %1: give one of %2").arg(name, namesOnWish()));
-    }
+    std::vector<const simulator::FaultKind*> faults;
+    for (const simulator::FaultKind& kind : simulator::faultList())
+        faults.push_back(&kind);
     return faults;
 }
 
@@ -112,7 +79,7 @@ Options optionsOf(const QCommandLineParser& parser)
         options.requests = numberOf(QStringLiteral("REQUESTS"), others[0], 1, 1000000000);
     options.pairs = optionNumber(parser, "pairs", 1, 64);
     options.percent = optionNumber(parser, "faults", 0, 100);
-    options.faults = faultsWith(parser.values(QStringLiteral("with")));
+    options.faults = everyFault();
     options.seed = static_cast<unsigned>(optionNumber(parser, "seed", 0, 1000000));
     options.timeoutMs = optionNumber(parser, "timeout-ms", 1, 60000);
     options.lateMs = optionNumber(parser, "late-ms", 0, 600000);

@@ -13,6 +13,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <functional>
@@ -163,6 +164,23 @@ inline QByteArray exceptionReply(const QByteArray& request, int code)
     reply[7] = static_cast<char>(reply.at(7) | 0x80);
     reply.append(static_cast<char>(code));
     return reply;
+}
+
+/// \return \a bytes with another one at \a offset
+inline QByteArray withByte(QByteArray bytes, int offset, int value)
+{
+    bytes[offset] = static_cast<char>(value);
+    return bytes;
+}
+
+/// \return the same refusal with bytes behind it, as long as the right reply; its length field counts them
+inline QByteArray paddedException(const QByteArray& request, int code)
+{
+    const int size = rightReply(request).size();
+    QByteArray reply = exceptionReply(request, code);
+    reply.append(QByteArray(std::max(size - reply.size(), 0), '\0'));
+    const int length = reply.size() - 6;
+    return withByte(withByte(reply, 4, length >> 8), 5, length & 0xFF);
 }
 
 } // namespace test

@@ -3,6 +3,7 @@
 #include "panel/check/read_answer.h"
 
 #include "runtime/modbus/reply_failure.h"
+#include "runtime/modbus/reply_fault.h"
 
 #include <gtest/gtest.h>
 
@@ -22,7 +23,9 @@ ReadOutcome failed(const Failure& failure)
 
 ReadOutcome answeredWith(const char* hex)
 {
-    return failed(replyFailure(wrongLength, QByteArray::fromHex(hex), 300));
+    const QByteArray read = QByteArray::fromHex("000000000006010300050001");
+    const QByteArray reply = QByteArray::fromHex(hex);
+    return failed(replyFailure(wrongLength, replyFault(read, reply), reply, 300));
 }
 
 TEST(CheckAnswer, IsARefusalOnlyForAnExceptionAboutTheRequest)

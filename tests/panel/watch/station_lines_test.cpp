@@ -17,7 +17,7 @@ StationReport report(int station, StationCondition condition, qint64 nextTryMs =
     report.nextTryMs = nextTryMs;
     report.failures = failures;
     if (condition == StationCondition::NotAnswering || condition == StationCondition::Pausing)
-        report.failure = replyFailure(41, QByteArray(), 300);
+        report.failure = replyFailure(41, FailureKind::None, QByteArray(), 300);
     return report;
 }
 

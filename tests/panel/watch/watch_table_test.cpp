@@ -27,7 +27,7 @@ WatchRow row(const char* variable, ValueState state, const std::vector<quint32>&
 WatchRow failedRow(const char* variable, const std::vector<quint32>& values, qint64 ageMs)
 {
     WatchRow failed = row(variable, ageMs < 0 ? ValueState::NeverRead : ValueState::Failed, values, ageMs);
-    failed.value.failure = replyFailure(42, QByteArray(), 300);
+    failed.value.failure = replyFailure(42, FailureKind::None, QByteArray(), 300);
     return failed;
 }
 

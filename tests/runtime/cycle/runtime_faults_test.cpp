@@ -1,7 +1,6 @@
 // Whatever a controller does to its replies: no wrong value is shown or filed, every write ends, and what
 // was confirmed is in the controller.
 #include "support/runtime_fixture.h"
-#include "support/unnoticed_faults.h"
 
 #include <gtest/gtest.h>
 
@@ -53,8 +52,6 @@ std::vector<Case> everyFault()
 {
     std::vector<Case> cases;
     for (const simulator::FaultKind& kind : simulator::faultList()) {
-        if (test::isUnnoticed(kind.fault))
-            continue;
         std::string name;
         for (const char* letter = kind.name; *letter != '\0'; ++letter)
             name += *letter == '-' ? '_' : *letter;

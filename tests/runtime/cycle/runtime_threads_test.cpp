@@ -1,6 +1,5 @@
 // The runtime as screens use it: many threads at once while the communication thread runs.
 #include "support/runtime_fixture.h"
-#include "support/unnoticed_faults.h"
 
 #include <gtest/gtest.h>
 
@@ -169,7 +168,7 @@ TEST_F(RuntimeThreads, LoseNoWriteWithAControllerThatMisbehaves)
 {
     simulator::FaultSettings faults;
     for (const simulator::FaultKind& kind : simulator::faultList())
-        faults.*kind.probability = test::isUnnoticed(kind.fault) ? 0 : 0.01;
+        faults.*kind.probability = 0.01;
     faults.lateMs = 60;
     controller->setFaults(faults);
     m_writesOfEach = 210;

@@ -3,6 +3,7 @@
 #include "runtime/modbus/failure_words.h"
 
 #include "runtime/modbus/reply_failure.h"
+#include "runtime/modbus/reply_fault.h"
 
 #include <gtest/gtest.h>
 
@@ -28,6 +29,14 @@ std::string ofRead(const Failure& failure)
     return failureWords(outcome).toStdString();
 }
 
+/// What a read of one register failed of.
+Failure repliedWith(int code, const char* hex)
+{
+    const QByteArray read = QByteArray::fromHex("000000000006010300050001");
+    const QByteArray reply = QByteArray::fromHex(hex);
+    return replyFailure(code, replyFault(read, reply), reply, 300);
+}
+
 Failure purgedWith(Failure other)
 {
     other.cause = other.kind;
@@ -43,11 +52,10 @@ TEST(FailureWords, AreNoneForWhatHasNotFailed)
 
 TEST(FailureWords, SayWhatTheLastTryBrought)
 {
-    EXPECT_EQ(ofRead(replyFailure(noReply, QByteArray(), 300)), "no reply within 300 ms");
-    EXPECT_EQ(ofRead(replyFailure(wrongLength, QByteArray::fromHex("000000000003018302"), 300)),
+    EXPECT_EQ(ofRead(repliedWith(noReply, "")), "no reply within 300 ms");
+    EXPECT_EQ(ofRead(repliedWith(wrongLength, "000000000003018302")),
               "the controller refused it: exception 2, illegal data address");
-    EXPECT_EQ(ofRead(replyFailure(wrongLength, QByteArray::fromHex("0000000000050103020000"), 300)),
-              "the reply has the wrong length");
+    EXPECT_EQ(ofRead(repliedWith(wrongLength, "00000000000501030200")), "the reply has the wrong length");
     EXPECT_EQ(ofRead(connectionFailure(noReply, noConnectionWords(QStringLiteral("plc"), 502,
                                                                   QStringLiteral("Connection refused")))),
               "no connection to plc:502 (Connection refused)");
@@ -55,7 +63,7 @@ TEST(FailureWords, SayWhatTheLastTryBrought)
 
 TEST(FailureWords, OfARequestThatFellWithAnotherGiveTheOthersReason)
 {
-    const Failure failure = purgedWith(replyFailure(noReply, QByteArray(), 50));
+    const Failure failure = purgedWith(replyFailure(noReply, FailureKind::None, QByteArray(), 50));
     EXPECT_EQ(ofWrite(failure), "given up unsent with another request that failed: no reply within 50 ms");
     EXPECT_EQ(ofRead(failure), "given up unread with another request that failed: no reply within 50 ms");
 }
@@ -92,7 +100,7 @@ TEST(FailureWords, ArePlainForTheRest)
 
 TEST(FailureText, GivesTheResultCodeWhereThereIsOne)
 {
-    EXPECT_EQ(failureText(replyFailure(noReply, QByteArray(), 300)),
+    EXPECT_EQ(failureText(repliedWith(noReply, "")),
               QLatin1String("no reply within 300 ms (return code 41)"));
     EXPECT_EQ(failureText(Failure(FailureKind::NotRunning)), QLatin1String("the panel is not running"));
 }
