@@ -1,6 +1,7 @@
 #include "panel/check/list_check.h"
 
 #include <algorithm>
+#include <tuple>
 
 namespace plc
 {
@@ -13,6 +14,11 @@ const int mostUnanswered = 2; // blocks in a row that a station may leave unansw
 bool samePlace(const Variable& a, const Variable& b)
 {
     return a.station == b.station && a.area == b.area;
+}
+
+std::tuple<int, int, int> orderOf(const Variable& variable)
+{
+    return {variable.station, variable.area, variable.element};
 }
 
 bool lessByElement(const CheckedPart& a, const CheckedPart& b)
@@ -173,13 +179,23 @@ void ListCheck::add(Finding finding, const Parts& parts)
     m_findings.push_back(finding);
 }
 
+void sortForBlocks(std::vector<CheckedPart>* parts)
+{
+    std::stable_sort(parts->begin(), parts->end(), [](const CheckedPart& a, const CheckedPart& b) {
+        return orderOf(a.asked) < orderOf(b.asked);
+    });
+}
+
 std::vector<CheckedPart> partsIn(const Variable& block, const std::vector<CheckedPart>& parts)
 {
+    auto part = std::partition_point(parts.begin(), parts.end(), [&block](const CheckedPart& candidate) {
+        return orderOf(candidate.asked) < orderOf(block);
+    });
     std::vector<CheckedPart> inside;
-    for (const CheckedPart& part : parts) {
-        if (samePlace(part.asked, block) && part.asked.element >= block.element &&
-            endOf(part.asked) <= endOf(block))
-            inside.push_back(part);
+    for (; part != parts.end() && samePlace(part->asked, block) && part->asked.element < endOf(block);
+         ++part) {
+        if (endOf(part->asked) <= endOf(block))
+            inside.push_back(*part);
     }
     return inside;
 }

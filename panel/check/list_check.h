@@ -77,6 +77,10 @@ private:
     long m_reads = 0;
 };
 
+/// Puts \a parts into the order that partsIn() needs: by station, area and first element.
+void sortForBlocks(std::vector<CheckedPart>* parts);
+
+/// \param parts sorted by sortForBlocks(), so that few are looked at however many there are
 /// \return the parts that \a block reads whole, by their first element
 std::vector<CheckedPart> partsIn(const Variable& block, const std::vector<CheckedPart>& parts);
 

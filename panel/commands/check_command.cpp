@@ -45,6 +45,7 @@ CheckedList checkedList(const Options& options)
         for (const ReadPiece& piece : plan.parts[variable])
             list.parts.push_back({variable, piece.asked});
     }
+    sortForBlocks(&list.parts);
     return list;
 }
 
@@ -101,11 +102,13 @@ private:
     ReadAnswer tryToRead(const Variable& elements)
     {
         const Pending<ReadOutcome> pending = m_session.runtime().read(elements);
-        while (!pending.wait(betweenLooksMs)) {
+        bool isThere = false;
+        do {
+            isThere = pending.wait(betweenLooksMs);
             m_progress->show(m_text);
             if (WatchSignals::wait(0) == WatchSignals::End)
                 return {ReadAnswer::Interrupted, QStringLiteral("the check was ended before")};
-        }
+        } while (!isThere);
         m_session.settle();
         return answerOf(pending.get());
     }
@@ -154,7 +157,8 @@ std::optional<int> remedyFor(const Options& options, const CheckedList& list,
                              const std::vector<Finding>& findings)
 {
     BlockPlanner planner(options.settings);
-    for (int count = options.settings.maxBlockCount - 1; count >= smallestBlockCount; --count) {
+    for (int count = options.settings.maxBlockCount - 1;
+         count >= smallestBlockCount && WatchSignals::wait(0) != WatchSignals::End; --count) {
         if (!repeatsAny(findings, planner.blocks(list.variables, count)))
             return count;
     }
@@ -177,7 +181,6 @@ void show(const Options& options, const CheckReport& report)
 
 ExitStatus runCheck(const Options& options)
 {
-    WatchSignals::block();
     const CheckedList list = checkedList(options);
     const int maxBlockCount = options.settings.maxBlockCount;
     const std::vector<DriverBlock> blocks =
@@ -194,6 +197,7 @@ ExitStatus runCheck(const Options& options)
         show(options, report);
         return LimitBroken;
     }
+    WatchSignals::block(); // a signal that comes before ends the program, as is usual
     const bool reached = checkBlocks(options, list, blocks, &report);
     if (needsRemedy(report))
         report.remedy = remedyFor(options, list, report.findings);

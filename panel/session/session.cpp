@@ -49,11 +49,12 @@ bool Session::neverConnected() const
 
 void complainOfNoConnection(const Settings& settings)
 {
-    complain(
-        QStringLiteral("%1:%2 cannot be reached; check that the controller is on, and that address and port "
-                       "are right (--controller HOST:PORT)")
-            .arg(settings.host)
-            .arg(settings.port));
+    complain(QStringLiteral(
+                 "%1:%2 cannot be reached; check that the controller is on, and that address and port "
+                 "are right (--controller HOST:PORT; an address of IPv6 stands in brackets before a port, "
+                 "as in [::1]:502)")
+                 .arg(settings.host)
+                 .arg(settings.port));
 }
 
 } // namespace plc

@@ -14,7 +14,7 @@ const int betweenTextsMs = 100;
 
 } // namespace
 
-ProgressLine::ProgressLine() : m_wanted(errorsGoToTerminal() && qgetenv("TERM") != "dumb")
+ProgressLine::ProgressLine() : m_wanted(errorsGoToTerminal() && knowsEscapeCodes())
 {
     m_sinceBegin.start();
 }

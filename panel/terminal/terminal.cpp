@@ -6,9 +6,15 @@
 namespace plc
 {
 
+bool knowsEscapeCodes()
+{
+    const QByteArray terminal = qgetenv("TERM");
+    return !terminal.isEmpty() && terminal != "dumb" && terminal != "unknown";
+}
+
 bool isTerminal()
 {
-    return isatty(STDOUT_FILENO) == 1 && qgetenv("TERM") != "dumb";
+    return isatty(STDOUT_FILENO) == 1 && knowsEscapeCodes();
 }
 
 bool errorsGoToTerminal()

@@ -6,6 +6,9 @@
 namespace plc
 {
 
+/// \return false when the environment names no terminal, or one that knows no escape codes
+bool knowsEscapeCodes();
+
 /// \return true when standard output is a terminal that understands escape codes
 bool isTerminal();
 

@@ -41,7 +41,8 @@ std::vector<DriverBlock> BlockPlanner::blocks(const std::vector<Variable>& varia
     return onePass();
 }
 
-/// Each frame is answered with zeros, which are filed and which nobody reads. The pacing request, which ends
+/// Each frame is answered well, by its length, and without bytes: what would be filed nobody reads, and with
+/// several stations the driver looks for each element among all. The pacing request, which ends
 /// the pass, is answered as well, so that none is pending when the next pass begins.
 std::vector<DriverBlock> BlockPlanner::onePass() const
 {
@@ -53,8 +54,8 @@ std::vector<DriverBlock> BlockPlanner::onePass() const
         isOver = CyclicValues::isPacing(protocol->var);
         if (!isOver)
             blocks.push_back({protocol->var, protocol->frame, protocol->replyLength});
-        QByteArray zeros(protocol->replyLength, '\0');
-        m_calls.DataCom(&zeros, zeros.size());
+        QByteArray nothing;
+        m_calls.DataCom(&nothing, protocol->replyLength);
     }
     return blocks;
 }

@@ -10,6 +10,9 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryFile>
+#include <QThread>
+
+#include <csignal>
 
 namespace
 {
@@ -115,6 +118,31 @@ TEST_F(HostileList, ValuesAreTypedInJson)
     EXPECT_EQ(line[QStringLiteral("value")], QJsonValue(123456.79)) << ended.out;
     EXPECT_EQ(line[QStringLiteral("text")], QStringLiteral("123456.79"));
     EXPECT_EQ(line[QStringLiteral("values")].toArray().size(), 1);
+}
+
+TEST_F(HostileList, OfManyRefusedVariablesIsCheckedUntilASignalEndsIt)
+{
+    simulator::Settings settings;
+    settings.refused = {{0, 65535}};
+    simulator::SimulatedController refusing(settings);
+    refusing.start();
+    QTemporaryFile file;
+    ASSERT_TRUE(file.open());
+    file.write(header);
+    for (int line = 0; line < 60000; ++line)
+        file.write("v" + QByteArray::number(line) + ",9," + QByteArray::number(line) + ",,1,uint16\n");
+    file.close();
+    test::Plcpanel check(QStringList{QStringLiteral("check"), QStringLiteral("--vars"), file.fileName(),
+                                     QStringLiteral("--controller"),
+                                     QStringLiteral("127.0.0.1:%1").arg(refusing.port())});
+    QElapsedTimer clock;
+    clock.start();
+    while (refusing.requests() < 100 && clock.elapsed() < soonMs)
+        QThread::msleep(5);
+    ASSERT_GE(refusing.requests(), 100U);
+    clock.start();
+    EXPECT_THAT(check.endBy(SIGTERM).out, HasSubstr("the check was ended before"));
+    EXPECT_LT(clock.elapsed(), soonMs / 2);
 }
 
 } // namespace
