@@ -168,6 +168,7 @@ void Replay::judge(QByteArray reply, const QString& why)
         return;
     }
     m_pending = nullptr;
+    renewTries(&m_info, m_settings.retryLimit); // as the runtime does
     const bool isRead = request.accessFlag == 0;
     m_changed = elementsOf({request, {}, 0});
     if (!isRead)

@@ -9,6 +9,9 @@ namespace
 // SetRegisterData() queues writes for the controller.
 const int queueWrites = 2;
 
+// The driver counts failures up to a final one. Here the count is brought back before it could overflow.
+const int mostFailures = 1000000000;
+
 } // namespace
 
 COMINFO driverSettings(const Settings& settings)
@@ -23,6 +26,11 @@ COMINFO driverSettings(const Settings& settings)
     info.remoteMode = settings.remoteMode ? 1 : 0;
     info.hostWriteMode = queueWrites;
     return info;
+}
+
+void renewTries(COMINFO* info, int retryLimit)
+{
+    info->retryLimit = info->failCount < mostFailures ? info->failCount + retryLimit : 0;
 }
 
 } // namespace plc

@@ -12,6 +12,10 @@ namespace plc
 /// \return \a settings as the driver takes them
 COMINFO driverSettings(const Settings& settings);
 
+/// The next request has \a retryLimit retries, whatever those before it needed: the driver's count of failures goes
+/// on over a success. On the thread that calls ComCommunication() and DataCom(), while no request is in flight.
+void renewTries(COMINFO* info, int retryLimit);
+
 } // namespace plc
 
 #endif

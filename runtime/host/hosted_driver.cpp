@@ -11,9 +11,6 @@ namespace plc
 namespace
 {
 std::atomic<bool> isClaimed{false};
-
-// The driver counts failures up to a final one. Here the count is brought back before it could overflow.
-const int mostFailures = 1000000000;
 } // namespace
 
 HostedDriver::Claim::Claim()
@@ -47,7 +44,7 @@ HostedDriver::~HostedDriver()
 
 void HostedDriver::renewTries()
 {
-    m_info.retryLimit = m_info.failCount < mostFailures ? m_info.failCount + m_retryLimit : 0;
+    plc::renewTries(&m_info, m_retryLimit);
 }
 
 void HostedDriver::tryNoMore()

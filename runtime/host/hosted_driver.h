@@ -27,9 +27,7 @@ public:
 
     const DriverCalls& calls() const { return m_library.calls(); }
 
-    /// The request that ComCommunication() hands out next has all the tries of the settings, whatever those
-    /// before it needed: the driver's count of failures goes on over a success. To be called by the thread
-    /// that calls ComCommunication() and DataCom(), while no request is in flight.
+    /// The request that ComCommunication() hands out next has all the tries of the settings, see plc::renewTries().
     void renewTries();
 
     /// The request in flight has had its last try: the next reply that is none ends it. Same thread.
