@@ -66,8 +66,11 @@ const OptionRow optionRows[] = {
     {"timeout", "MS", "Wait so many milliseconds for a reply.", allCommands, &Settings::timeoutMs},
     {"retries", "N", "Try a request again so many times before giving it up.", allCommands,
      &Settings::retryLimit},
-    {"max-block", "N", "Words in one request at most, 2 to 125, and eight times as many bits.", allCommands,
-     &Settings::maxBlockCount},
+    {"max-block", "N",
+     "Words in one request at most, 2 to 125, and eight times as many bits; default is what Modbus allows "
+     "for "
+     "the variables: 125, and 63 where one is of area 14.",
+     allCommands, nullptr},
     {"driver", "PATH",
      "The driver library; default is libplcdriver.so beside this program, one directory up, or where the "
      "system looks for libraries.",

@@ -3,6 +3,7 @@
 #include "capture/capture.h"
 #include "panel/commands/command_help.h"
 #include "runtime/cycle/refresh_plan.h"
+#include "runtime/model/printable.h"
 
 #include <stdexcept>
 
@@ -29,7 +30,7 @@ int numberOf(const QCommandLineParser& parser, const char* option, int least, in
     const int number = parser.value(name).toInt(&isNumber);
     if (!isNumber || number < least || number > most)
         refuse(QStringLiteral("--%1 %2: give a number from %3 to %4")
-                   .arg(name, parser.value(name))
+                   .arg(name, excerpt(parser.value(name)))
                    .arg(least)
                    .arg(most));
     return number;
@@ -52,7 +53,7 @@ void setController(const QString& text, Settings* settings)
         refuse(QStringLiteral(
                    "--controller %1: give a name or address, and after a colon a port from 1 to 65535, for "
                    "example 192.168.0.10:502")
-                   .arg(text));
+                   .arg(excerpt(text)));
 }
 
 QString replayedFile(const QCommandLineParser& parser)
@@ -101,11 +102,11 @@ Variable readableVariable(const QString& text, const Settings& settings)
 {
     if (text.contains(QLatin1Char('=')))
         refuse(QStringLiteral("%1: a value is given, but nothing is written here; plcpanel write does that")
-                   .arg(text));
+                   .arg(excerpt(text)));
     const Variable variable = variableOf(text);
     const QString words = readRefusal(withStation(variable, settings), settings);
     if (!words.isEmpty())
-        refuse(QStringLiteral("%1: %2").arg(text, words));
+        refuse(QStringLiteral("%1: %2").arg(excerpt(text), words));
     return variable;
 }
 
@@ -115,21 +116,21 @@ WriteTask writeTaskOf(const QString& text, const Settings& settings)
     if (sign < 0)
         refuse(
             QStringLiteral("\"%1\" names no value; AREA:ADDRESS=VALUE[,VALUE...] is expected, e.g. 9:100=1,2")
-                .arg(text));
+                .arg(excerpt(text)));
     WriteTask task;
     task.text = text;
     task.variable = variableOf(text.left(sign));
     QString error;
     const auto values = parseValues(task.variable.area, text.mid(sign + 1), &error);
     if (!values)
-        refuse(QStringLiteral("%1: %2").arg(text, error));
+        refuse(QStringLiteral("%1: %2").arg(excerpt(text), error));
     task.values = *values;
     // A count may be given; then it must be that of the values.
     if (!text.left(sign).contains(QLatin1Char('x')))
         task.variable.count = static_cast<int>(values->size());
     const QString words = writeRefusal(withStation(task.variable, settings), task.values, settings);
     if (!words.isEmpty())
-        refuse(QStringLiteral("%1: %2").arg(text, words));
+        refuse(QStringLiteral("%1: %2").arg(excerpt(text), words));
     return task;
 }
 
@@ -138,9 +139,9 @@ void refuseErrors(const QString& path, const QStringList& errors)
 {
     if (errors.isEmpty())
         return;
-    QString text = QStringLiteral("--vars %1: nothing is polled until this is put right:").arg(path);
+    QString text = QStringLiteral("--vars %1: nothing is polled until this is put right:").arg(excerpt(path));
     for (const QString& error : errors)
-        text += QStringLiteral("\n%1: %2").arg(path, error);
+        text += QStringLiteral("\n%1: %2").arg(excerpt(path), error);
     refuse(text);
 }
 
@@ -167,7 +168,7 @@ void setList(const QCommandLineParser& parser, Options* options)
     if (list.variables.empty())
         refuse(QStringLiteral("--vars %1: the list holds no variable; a line for each is expected below the "
                               "first one, e.g. speed,9,100,,1,int16")
-                   .arg(path));
+                   .arg(excerpt(path)));
     options->listed = list.variables;
 }
 
@@ -295,9 +296,9 @@ QString parseError(const QCommandLineParser& parser, Command command)
         const QStringList others = commandsWith(name);
         if (!others.isEmpty())
             return QStringLiteral("--%1 is no option of %2; it belongs to %3")
-                .arg(name, nameOf(command), others.join(QStringLiteral(" and ")));
+                .arg(excerpt(name), nameOf(command), others.join(QStringLiteral(" and ")));
     }
-    return parser.errorText();
+    return excerpt(parser.errorText());
 }
 
 CommandLine parseCommand(Command command, const QStringList& arguments)
@@ -322,7 +323,7 @@ CommandLine parseCommandLine(const QStringList& arguments)
     QCommandLineParser parser;
     addOptions(&parser, std::nullopt);
     if (!parser.parse(arguments))
-        return refusal(parser.errorText(), {});
+        return refusal(excerpt(parser.errorText()), {});
     if (parser.isSet(QStringLiteral("version")))
         return show(QStringLiteral("plcpanel " PLCPANEL_VERSION "\n"));
     const QStringList words = parser.positionalArguments();
@@ -335,7 +336,7 @@ CommandLine parseCommandLine(const QStringList& arguments)
     if (!command)
         return refusal(
             QStringLiteral("\"%1\" is no command; choose read, write, watch, check, replay or demo")
-                .arg(words.first()),
+                .arg(excerpt(words.first())),
             {});
     return parseCommand(*command, arguments);
 }

@@ -1,5 +1,7 @@
 #include "panel/terminal/wrapped_text.h"
 
+#include "panel/terminal/display_width.h"
+
 namespace plc
 {
 
@@ -7,7 +9,7 @@ QStringList wrapped(const QStringList& texts, int width)
 {
     QStringList lines;
     for (const QString& text : texts) {
-        if (!lines.isEmpty() && lines.last().size() + 1 + text.size() <= width)
+        if (!lines.isEmpty() && columnsOf(lines.last()) + 1 + columnsOf(text) <= width)
             lines.last() += QLatin1Char(' ') + text;
         else
             lines << text;
@@ -17,9 +19,14 @@ QStringList wrapped(const QStringList& texts, int width)
 
 QStringList chopped(const QString& text, int width)
 {
-    QStringList pieces = {text.left(width)};
-    for (int at = width; at < text.size(); at += width)
-        pieces << text.mid(at, width);
+    QStringList pieces;
+    QString rest = text;
+    do {
+        // One character goes on a line by itself, however narrow that is.
+        const QString fitting = leftColumns(rest, width);
+        pieces << (fitting.isEmpty() ? rest.left(1) : fitting);
+        rest = rest.mid(pieces.last().size());
+    } while (!rest.isEmpty());
     return pieces;
 }
 

@@ -8,10 +8,10 @@
 namespace plc
 {
 
-/// Joins \a texts with spaces into lines of \a width characters at most, as far as a single one fits.
+/// Joins \a texts with spaces into lines of \a width columns at most, as far as a single one fits.
 QStringList wrapped(const QStringList& texts, int width);
 
-/// \return \a text in pieces of \a width characters, the last one shorter; an empty text is one piece
+/// \return \a text in pieces of \a width columns, the last one shorter; an empty text is one piece
 QStringList chopped(const QString& text, int width);
 
 } // namespace plc

@@ -1,5 +1,6 @@
 #include "panel/watch/watch_table.h"
 
+#include "panel/terminal/display_width.h"
 #include "panel/terminal/wrapped_text.h"
 #include "panel/watch/station_lines.h"
 #include "panel/watch/watch_words.h"
@@ -85,13 +86,13 @@ int nameWidth(const WatchView& view, const TableStyle& style)
 {
     int width = narrowestNameCell;
     for (const WatchRow& row : view.rows)
-        width = std::max(width, nameOf(row).size());
+        width = std::max(width, columnsOf(nameOf(row)));
     return style.columns == 0 ? width : std::min(width, std::max(neverCutName, style.columns - besideName));
 }
 
 QString cutName(const QString& name, int width)
 {
-    return name.size() <= width ? name : name.left(width - 2) + QStringLiteral("..");
+    return columnsOf(name) <= width ? name : leftColumns(name, width - 2) + QStringLiteral("..");
 }
 
 /// Room for the values: what a narrow window leaves beside the other columns.
@@ -123,7 +124,7 @@ QString withoutSpacesBehind(QString text)
 
 QString coloured(const QString& text, Colour colour, const TableStyle& style)
 {
-    const QString cut = withoutSpacesBehind(style.columns > 0 ? text.left(style.columns) : text);
+    const QString cut = withoutSpacesBehind(style.columns > 0 ? leftColumns(text, style.columns) : text);
     if (!style.colours || colour == Plain)
         return cut;
     return QStringLiteral("\x1b[%1m%2\x1b[0m").arg(static_cast<int>(colour)).arg(cut);
@@ -132,8 +133,8 @@ QString coloured(const QString& text, Colour colour, const TableStyle& style)
 QString lineOf(const QString& name, const QString& value, const QString& age, const QString& state,
                const Widths& widths)
 {
-    return name.leftJustified(widths.name + gap) + value.leftJustified(widths.value + gap) +
-           age.leftJustified(ageWidth + gap) + state;
+    return padded(name, widths.name + gap) + padded(value, widths.value + gap) + padded(age, ageWidth + gap) +
+           state;
 }
 
 /// \return the state in lines that fit beside the other columns
@@ -248,7 +249,7 @@ QStringList watchTable(const WatchView& view, const TableStyle& style)
     for (const WatchRow& row : view.rows) {
         table.push_back(cellsOf(row, style, widths.name));
         for (const QString& line : table.back().valueLines)
-            widths.value = std::max(widths.value, line.size());
+            widths.value = std::max(widths.value, columnsOf(line));
     }
     const QStringList head = headLines(view, widths, style);
     const std::vector<QStringList> rows = rowsOf(table, widths, style, true);

@@ -40,7 +40,7 @@ WatchRow listedRow(const char* name, ValueType type, int area, const std::vector
     row.value.values = values;
     row.value.ageMs = 20;
     ListedVariable listed;
-    listed.name = QLatin1String(name);
+    listed.name = QString::fromUtf8(name);
     listed.type = type;
     listed.count = 99;
     row.listed = listed;
@@ -263,6 +263,20 @@ TEST(RedrawnLines, AreDrawnBelowWhenTheyStartAnew)
     lines.draw({QStringLiteral("a")});
     lines.startAnew();
     EXPECT_EQ(lines.draw({QStringLiteral("a")}), QStringLiteral("\ra\x1b[K\n\x1b[J"));
+}
+
+TEST(WatchTable, KeepsItsColumnsWithCharactersOfTwoColumnsAndOfNone)
+{
+    const std::vector<quint32> values = {7};
+    const QStringList lines = watchTable(
+        view({listedRow("\xE6\xB8\xA9\xE5\xBA\xA6", ValueType::Uint16, 9, values), // two wide ones
+              listedRow("Cafe\xCC\x81", ValueType::Uint16, 9, values)}), // a mark above the letter before
+        {});
+    const QStringList rows = lines.mid(lines.size() - 2);
+    EXPECT_EQ(rows[0].toStdString().find("7"), std::string("\xE6\xB8\xA9\xE5\xBA\xA6      ").size())
+        << rows[0].toStdString();
+    EXPECT_EQ(rows[1].toStdString().find("7"), std::string("Cafe\xCC\x81      ").size())
+        << rows[1].toStdString();
 }
 
 } // namespace
