@@ -36,9 +36,11 @@ configure_file(cmake/plcdriver.pc.in "${PLC_GENERATED_DIR}/plcdriver.pc" @ONLY)
 install(FILES "${PLC_GENERATED_DIR}/plcdriver.pc"
   DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)
 
-install(FILES examples/minimal_runtime/main.cpp examples/minimal_runtime/CMakeLists.txt
-  examples/minimal_runtime/README.md
-  DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/libplcdriver-dev/examples/minimal_runtime" COMPONENT development)
+foreach(example minimal_runtime full_runtime)
+  file(GLOB files CONFIGURE_DEPENDS examples/${example}/*)
+  install(FILES ${files} DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/libplcdriver-dev/examples/${example}"
+    COMPONENT development)
+endforeach()
 
 if(PLC_BUILD_TOOLS)
   # libplcruntime: what it was built from says "runtime/..." and "driver/plcdriver.h", and so may its users.
