@@ -11,9 +11,9 @@ namespace
 {
 
 const int stations = 3;
-const int shownFrom = 100, shownWords = 8; // read again and again
-const int setPoint = 300;                  // read and written
-const int firstOwn = 1000;                 // each further write has a word of its own
+const int shown[] = {100, 200}, shownWords = 8; // read again and again
+const int setPoint = 300;                       // read and written
+const int firstOwn = 1000;                      // each further write has a word of its own
 const std::chrono::milliseconds screen(50);
 
 HOST_VAR words(int station, int address, int count)
@@ -29,8 +29,11 @@ HOST_VAR words(int station, int address, int count)
 QList<HOST_VAR> variables()
 {
     QList<HOST_VAR> all;
-    for (int station = 1; station <= stations; ++station)
-        all << words(station, shownFrom, shownWords) << words(station, setPoint, 1);
+    for (int station = 1; station <= stations; ++station) {
+        all << words(station, setPoint, 1);
+        for (const int from : shown)
+            all << words(station, from, shownWords);
+    }
     return all;
 }
 
@@ -52,11 +55,13 @@ void write(Account& account, int station, int address, int value)
 void refreshScreen(Account& account, int round)
 {
     for (int station = 1; station <= stations; ++station) {
-        write(account, station, firstOwn + round, round);
+        if (round % stations == station % stations)
+            write(account, station, firstOwn + round, round);
         if (round % 10 == 0)
             write(account, station, setPoint, round);
-        std::printf("station %d words %d: %s\n", station, shownFrom,
-                    account.show(station, shownFrom, shownWords).c_str());
+        for (const int from : shown)
+            std::printf("station %d words %d: %s\n", station, from,
+                        account.show(station, from, shownWords).c_str());
         std::printf("station %d word %d: %s\n", station, setPoint,
                     account.show(station, setPoint, 1).c_str());
     }
