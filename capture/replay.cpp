@@ -1,6 +1,7 @@
 #include "capture/replay.h"
 
 #include "runtime/host/driver_settings.h"
+#include "runtime/modbus/frame_fields.h"
 #include "runtime/modbus/reply_failure.h"
 #include "runtime/modbus/reply_fault.h"
 #include "runtime/modbus/return_codes.h"
@@ -162,6 +163,8 @@ void Replay::judge(QByteArray reply, const QString& why)
     const RW_VAR request = m_pending->var;
     const FailureKind fault = dialectOf(frameFormatOf(m_settings)).faultOf(m_pending->frame, reply);
     QByteArray judged = fault == FailureKind::None ? reply : replyOfWrongLength();
+    if (fault == FailureKind::Exception && exceptionCode(reply) == Acknowledge)
+        m_info.retryLimit = 0; // it was not sent again
     const int code = m_calls.DataCom(&judged, judged.size())->result;
     if (code == PLC_RETRYING) {
         ++m_counts.retried;

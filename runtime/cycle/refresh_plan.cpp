@@ -124,6 +124,112 @@ std::vector<ReadPiece> partsInside(const Runs& runs, const Variable& variable)
     return parts;
 }
 
+/// Variables of one group of words that overlap, by their place in the list of all.
+struct Overlapping {
+    std::vector<std::size_t> members;
+    int begin = 0;
+    int end = 0;
+};
+
+/// \param asked of all variables, as they are read
+std::vector<Overlapping> overlapping(const Runs& asked)
+{
+    std::map<Group, std::vector<std::size_t>> groups;
+    for (std::size_t index = 0; index < asked.size(); ++index) {
+        if (!isBits(asked[index]))
+            groups[{asked[index].station, asked[index].area}].push_back(index);
+    }
+    std::vector<Overlapping> clusters;
+    for (auto& group : groups) {
+        std::vector<std::size_t>& members = group.second;
+        std::stable_sort(members.begin(), members.end(), [&asked](std::size_t a, std::size_t b) {
+            return asked[a].element < asked[b].element;
+        });
+        bool isFirst = true;
+        for (const std::size_t member : members) {
+            if (isFirst || asked[member].element >= clusters.back().end)
+                clusters.push_back({{}, asked[member].element, 0});
+            clusters.back().members.push_back(member);
+            clusters.back().end = std::max(clusters.back().end, endOf(asked[member]));
+            isFirst = false;
+        }
+    }
+    return clusters;
+}
+
+/// \return for each place between the elements of \a cluster, its begin being 0, whether it lies inside a value
+std::vector<bool> insideValues(const Overlapping& cluster, const Runs& asked)
+{
+    std::vector<bool> inside(static_cast<std::size_t>(cluster.end - cluster.begin) + 1, false);
+    for (const std::size_t member : cluster.members) {
+        const Variable& variable = asked[member];
+        for (int element = 0; element < variable.count; ++element) {
+            if (element % variable.valueElements != 0)
+                inside[static_cast<std::size_t>(variable.element + element - cluster.begin)] = true;
+        }
+    }
+    return inside;
+}
+
+/// \return \a cluster in runs that end between values; none when there is no such place
+Runs runsBetweenValues(const Overlapping& cluster, const Runs& asked, int maxBlockCount)
+{
+    const std::vector<bool> inside = insideValues(cluster, asked);
+    Variable run = asked[cluster.members.front()];
+    run.valueElements = 1;
+    const int most = mostElementsRead(run.area, maxBlockCount);
+    Runs runs;
+    for (run.element = cluster.begin; run.element < cluster.end; run.element = endOf(run)) {
+        run.count = std::min(most, cluster.end - run.element);
+        while (run.count > 0 && inside[static_cast<std::size_t>(endOf(run) - cluster.begin)])
+            --run.count;
+        if (run.count == 0)
+            return {};
+        runs.push_back(run);
+    }
+    return runs;
+}
+
+bool hasWideValues(const Overlapping& cluster, const Runs& asked)
+{
+    return std::any_of(cluster.members.begin(), cluster.members.end(),
+                       [&asked](std::size_t member) { return asked[member].valueElements > 1; });
+}
+
+/// Runs that overlapping variables are read by together.
+struct SharedRuns {
+    std::vector<Runs> runs;
+    std::vector<std::size_t> ofVariable; ///< index into runs; of an empty one where a variable has its own
+};
+
+SharedRuns sharedRuns(const std::vector<Variable>& variables, int maxBlockCount)
+{
+    Runs asked;
+    std::transform(variables.begin(), variables.end(), std::back_inserter(asked), wordsOf);
+    SharedRuns shared;
+    shared.runs.emplace_back(); // of those that have their own
+    shared.ofVariable.resize(variables.size(), 0);
+    for (const Overlapping& cluster : overlapping(asked)) {
+        if (cluster.members.size() < 2 || !hasWideValues(cluster, asked))
+            continue;
+        for (const std::size_t member : cluster.members)
+            shared.ofVariable[member] = shared.runs.size();
+        shared.runs.push_back(runsBetweenValues(cluster, asked, maxBlockCount));
+    }
+    return shared;
+}
+
+/// \return the parts of a variable of words, each read by one run \param runs none: it has its own
+std::vector<ReadPiece> partsOfWords(const Variable& variable, const Runs& runs, int maxBlockCount)
+{
+    if (runs.empty())
+        return readPieces(variable, maxBlockCount);
+    std::vector<ReadPiece> parts;
+    for (const ReadPiece& part : partsInside(runs, wordsOf(variable)))
+        parts.push_back(pieceOf(variable, part.asked));
+    return parts;
+}
+
 std::vector<ReadPiece> singleElements(const Variable& variable)
 {
     std::vector<ReadPiece> pieces;
@@ -139,15 +245,22 @@ std::vector<ReadPiece> singleElements(const Variable& variable)
 RefreshPlan refreshPlan(const std::vector<Variable>& variables, int maxBlockCount)
 {
     const std::map<Group, Runs> bits = runsOfBits(variables, maxBlockCount);
+    const SharedRuns shared = sharedRuns(variables, maxBlockCount);
     RefreshPlan plan;
+    for (const Runs& runs : shared.runs)
+        plan.runs.insert(plan.runs.end(), runs.begin(), runs.end());
     for (const auto& group : bits)
         plan.runs.insert(plan.runs.end(), group.second.begin(), group.second.end());
-    for (const Variable& variable : variables) {
+    for (std::size_t index = 0; index < variables.size(); ++index) {
+        const Variable& variable = variables[index];
         if (isBits(variable)) {
             plan.parts.push_back(partsInside(bits.at({variable.station, variable.area}), variable));
             continue;
         }
-        plan.parts.push_back(readPieces(variable, maxBlockCount));
+        const Runs& runs = shared.runs[shared.ofVariable[index]];
+        plan.parts.push_back(partsOfWords(variable, runs, maxBlockCount));
+        if (!runs.empty())
+            continue;
         for (const ReadPiece& piece : plan.parts.back())
             plan.runs.push_back(piece.asked);
     }

@@ -22,6 +22,10 @@ struct RefreshPlan {
 /// Neighbouring bits become one run: the driver files up to two bits of padding behind a block of bits, so no
 /// block may end right before a bit that is shown. Long runs of area 7, which the driver would cut anywhere,
 /// begin and end at whole bytes for that. Bits in words are refreshed as words.
+///
+/// No value of several elements is cut apart, and where variables overlap, none ends a run inside a value of
+/// another: half of it would be newer than the other half. (Values that overlap each other all along may leave no
+/// such place in a run that is too long for one request; then each variable has requests of its own.)
 RefreshPlan refreshPlan(const std::vector<Variable>& variables, int maxBlockCount);
 
 /// The same for remote frames. With them the driver writes the number of registers over the count of a cyclic

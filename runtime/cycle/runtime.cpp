@@ -427,10 +427,8 @@ Failure Runtime::Private::whyGivenUp(const Turn& turn, int code, const LinkExcha
         return connectionFailure(
             code, noConnectionWords(m_settings.host, m_settings.port, m_link.state().lastError));
     Failure failure = replyFailure(code, faultIn(exchange), exchange.reply, m_settings.timeoutMs);
-    if (exceptionIn(exchange) == Acknowledge) {
-        failure.kind = FailureKind::Acknowledged;
+    if (failure.kind == FailureKind::Acknowledged)
         failure.detail = takenBy(turn);
-    }
     return failure;
 }
 

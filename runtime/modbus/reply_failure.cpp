@@ -16,6 +16,10 @@ Failure replyFailure(int code, FailureKind fault, const QByteArray& reply, int t
     }
     failure.kind = fault == FailureKind::None ? FailureKind::BadReply : fault;
     failure.exception = fault == FailureKind::Exception ? exceptionCode(reply) : 0;
+    if (failure.exception == Acknowledge) {
+        failure.kind = FailureKind::Acknowledged;
+        failure.detail = QStringLiteral("the read");
+    }
     return failure;
 }
 

@@ -10,7 +10,7 @@
 namespace plc
 {
 
-/// \param code what the driver made of \a reply, which is empty when none came within \a timeoutMs
+/// \param code what the driver made of \a reply to a read, which is empty when none came within \a timeoutMs
 /// \param fault of the reply, see Dialect::faultOf()
 Failure replyFailure(int code, FailureKind fault, const QByteArray& reply, int timeoutMs);
 

@@ -11,17 +11,10 @@ namespace plc
 namespace
 {
 
-int mostElementsRead(int area, int maxBlockCount)
+/// \return \a most, or as many elements less as it takes to end behind a whole value
+int wholeValues(const Variable& variable, int most)
 {
-    switch (kindOf(area)) {
-    case ElementKind::Bit:
-        return std::min(bitsOfByte * maxBlockCount, mostCoilsRead);
-    case ElementKind::DoubleWord:
-        // Asked for as one more than is fetched, so one less fits into a block.
-        return std::min(maxBlockCount - 1, mostRegistersRead / 2);
-    default:
-        return std::min(maxBlockCount, mostRegistersRead);
-    }
+    return most - most % variable.valueElements;
 }
 
 int mostElementsWritten(int area, int maxBlockCount)
@@ -76,7 +69,24 @@ QString runRefusal(const Variable& variable)
             .arg(variable.element)
             .arg(variable.area)
             .arg(areaSize(variable.area));
+    if (variable.valueElements < 1 || variable.count % variable.valueElements != 0)
+        return QStringLiteral("%1 elements are no whole number of values of %2 elements")
+            .arg(variable.count)
+            .arg(variable.valueElements);
     return QString();
+}
+
+/// \param most elements of one request
+QString widthRefusal(const Variable& variable, int most, const Settings& settings)
+{
+    if (variable.valueElements <= most)
+        return QString();
+    return QStringLiteral(
+               "a value of %1 elements of area %2 does not fit into one request of %3 words (--max-block), "
+               "and in two it would be torn")
+        .arg(variable.valueElements)
+        .arg(variable.area)
+        .arg(settings.maxBlockCount);
 }
 
 /// A frame of Modbus TCP would carry the low 16 bits of such an address, which are those of another element.
@@ -139,7 +149,10 @@ Variable withStation(Variable variable, const Settings& settings)
 
 QString readRefusal(const Variable& variable, const Settings& settings)
 {
-    const QString words = refusal(variable, settings);
+    QString words = refusal(variable, settings);
+    if (words.isEmpty())
+        words = widthRefusal(wordsOf(variable),
+                             mostElementsRead(wordsOf(variable).area, settings.maxBlockCount), settings);
     if (words.isEmpty() && variable.station == broadcastStation)
         return QStringLiteral("station 0 is a broadcast, which no controller answers, so nothing can be read "
                               "from it; give the controller's own station");
@@ -148,7 +161,9 @@ QString readRefusal(const Variable& variable, const Settings& settings)
 
 QString writeRefusal(const Variable& variable, const std::vector<quint32>& values, const Settings& settings)
 {
-    const QString words = refusal(variable, settings);
+    QString words = refusal(variable, settings);
+    if (words.isEmpty())
+        words = widthRefusal(variable, mostElementsWritten(variable.area, settings.maxBlockCount), settings);
     if (!words.isEmpty())
         return words;
     // The driver builds no frame for these two, and such a write would hold back every later one. (A remote
@@ -159,6 +174,19 @@ QString writeRefusal(const Variable& variable, const std::vector<quint32>& value
         return QStringLiteral("a bit in a word cannot be written to station 0: its word would have to be "
                               "read first, and no controller answers a broadcast");
     return valueRefusal(variable, values);
+}
+
+int mostElementsRead(int area, int maxBlockCount)
+{
+    switch (kindOf(area)) {
+    case ElementKind::Bit:
+        return std::min(bitsOfByte * maxBlockCount, mostCoilsRead);
+    case ElementKind::DoubleWord:
+        // Asked for as one more than is fetched, so one less fits into a block.
+        return std::min(maxBlockCount - 1, mostRegistersRead / 2);
+    default:
+        return std::min(maxBlockCount, mostRegistersRead);
+    }
 }
 
 std::vector<Variable> cut(const Variable& variable, int most)
@@ -173,20 +201,24 @@ std::vector<Variable> cut(const Variable& variable, int most)
     return pieces;
 }
 
+ReadPiece pieceOf(const Variable& variable, const Variable& asked)
+{
+    return {kindOf(variable.area) == ElementKind::BitInWord ? bitsInside(variable, asked) : asked, asked};
+}
+
 std::vector<ReadPiece> readPieces(const Variable& variable, int maxBlockCount)
 {
     const Variable asked = wordsOf(variable);
+    const int most = wholeValues(asked, mostElementsRead(asked.area, maxBlockCount));
     std::vector<ReadPiece> pieces;
-    for (const Variable& piece : cut(asked, mostElementsRead(asked.area, maxBlockCount))) {
-        const bool bitInWord = kindOf(variable.area) == ElementKind::BitInWord;
-        pieces.push_back({bitInWord ? bitsInside(variable, piece) : piece, piece});
-    }
+    for (const Variable& piece : cut(asked, most))
+        pieces.push_back(pieceOf(variable, piece));
     return pieces;
 }
 
 std::vector<Variable> writePieces(const Variable& variable, int maxBlockCount)
 {
-    return cut(variable, mostElementsWritten(variable.area, maxBlockCount));
+    return cut(variable, wholeValues(variable, mostElementsWritten(variable.area, maxBlockCount)));
 }
 
 int driverReadCount(int area, int elements)
@@ -213,6 +245,7 @@ Variable wordsOf(const Variable& variable)
     words.area = wordArea;
     words.element = variable.element / bitsOfWord;
     words.count = end - words.element;
+    words.valueElements = 1;
     return words;
 }
 

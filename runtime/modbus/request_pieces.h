@@ -32,10 +32,17 @@ QString writeRefusal(const Variable& variable, const std::vector<quint32>& value
 /// \return \a variable in pieces of \a most elements, in order; the last may be shorter
 std::vector<Variable> cut(const Variable& variable, int most);
 
-/// \return the read requests that \a variable needs, in order
+/// \return \a asked, elements that \a variable needs to be read, with what it shows of them
+ReadPiece pieceOf(const Variable& variable, const Variable& asked);
+
+/// \return the elements of \a area that one read request asks for at most
+int mostElementsRead(int area, int maxBlockCount);
+
+/// \return the read requests that \a variable needs, in order. No value is cut apart.
 std::vector<ReadPiece> readPieces(const Variable& variable, int maxBlockCount);
 
-/// \return the runs of elements that the driver writes as one request each, in order: bits one by one
+/// \return the runs of elements that the driver writes as one request each, in order: bits one by one, and no
+///         value cut apart
 std::vector<Variable> writePieces(const Variable& variable, int maxBlockCount);
 
 /// \return the count by which the driver reads \a elements of \a area: in area 14 it fetches one less

@@ -24,6 +24,10 @@ struct Variable {
     int element = 0;  ///< first element; for area 8 word x 16 + bit
     int count = 1;    ///< elements, as a person counts them
     int station = -1; ///< -1: the station of the settings
+
+    /// Words or double words that make one value of a wider type. A value is read, and written, by one request,
+    /// and count is a multiple of it.
+    int valueElements = 1;
 };
 
 /// \return the element behind the last one of \a variable

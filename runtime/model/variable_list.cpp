@@ -135,6 +135,7 @@ ListedVariable variableOf(const QStringList& fields)
     variable.count = numberIn(fields, CountColumn, 1, areaSize(elements.area), 1);
     variable.type = typeIn(fields, elements.area);
     elements.count = elementsOfType(variable.type, elements.area, variable.count);
+    elements.valueElements = elementsOfType(variable.type, elements.area, 1);
     if (elements.count > areaSize(elements.area) - elements.element)
         throw LineError(
             QStringLiteral("%1 elements from %2 on run past the end of area %3; at most %4 are there")

@@ -41,6 +41,46 @@ std::vector<std::string> shownTexts(const std::vector<ReadPiece>& parts)
 
 using testing::ElementsAre;
 
+namespace
+{
+
+Variable values(int elementsEach, int area, int element, int count)
+{
+    Variable run = variable(area, element, count);
+    run.valueElements = elementsEach;
+    return run;
+}
+
+} // namespace
+
+TEST(RefreshPlan, CutsNoValueApart)
+{
+    EXPECT_THAT(texts(refreshPlan({values(2, 9, 0, 160)}, 125).runs), ElementsAre("1/9:0+124", "1/9:124+36"));
+    EXPECT_THAT(texts(refreshPlan({variable(9, 0, 160, 1)}, 125).runs),
+                ElementsAre("1/9:0+125", "1/9:125+35"));
+}
+
+TEST(RefreshPlan, EndsNoRunInsideAValueOfAnotherVariable)
+{
+    const RefreshPlan plan = refreshPlan({variable(9, 0, 10), values(2, 9, 9, 4)}, 10);
+    EXPECT_THAT(texts(plan.runs), ElementsAre("1/9:0+9", "1/9:9+4"));
+    EXPECT_THAT(shownTexts(plan.parts[0]), ElementsAre("1/9:0+9", "1/9:9+1"));
+    EXPECT_THAT(shownTexts(plan.parts[1]), ElementsAre("1/9:9+4"));
+}
+
+TEST(RefreshPlan, KeepsValuesWholeThatBitsOfTheirWordsOverlap)
+{
+    const RefreshPlan plan = refreshPlan({variable(8, 0, 32), values(2, 9, 1, 2)}, 2);
+    EXPECT_THAT(texts(plan.runs), ElementsAre("1/9:0+1", "1/9:1+2"));
+    EXPECT_THAT(shownTexts(plan.parts[0]), ElementsAre("1/8:0+16", "1/8:16+16"));
+}
+
+TEST(RefreshPlan, ReadsValuesByThemselvesThatOverlapEachOtherAllAlong)
+{
+    const RefreshPlan plan = refreshPlan({values(2, 9, 0, 8), values(2, 9, 1, 8)}, 4);
+    EXPECT_THAT(texts(plan.runs), ElementsAre("1/9:0+4", "1/9:4+4", "1/9:1+4", "1/9:5+4"));
+}
+
 TEST(RemoteRefreshPlan, QueuesEachDoubleWordByItself)
 {
     const RefreshPlan plan =

@@ -166,4 +166,54 @@ TEST(Overlaps, SeesBitsInTheirWords)
     EXPECT_TRUE(overlaps(variable(8, 35, 2), variable(8, 36, 1)));
 }
 
+Variable valuesOf(int elementsEach, Variable run)
+{
+    run.valueElements = elementsEach;
+    return run;
+}
+
+TEST(ReadPieces, CutNoValueApart)
+{
+    for (const int elementsEach : {1, 2}) {
+        const Variable run = valuesOf(elementsEach, variable(9, 1, 500));
+        for (int maxBlockCount = smallestBlockCount; maxBlockCount <= largestBlockCount; ++maxBlockCount) {
+            int next = run.element;
+            for (const ReadPiece& piece : readPieces(run, maxBlockCount)) {
+                EXPECT_EQ(piece.asked.element, next);
+                EXPECT_EQ(piece.asked.count % elementsEach, 0) << maxBlockCount;
+                EXPECT_LE(piece.asked.count, maxBlockCount);
+                next += piece.asked.count;
+            }
+            EXPECT_EQ(next, endOf(run)) << maxBlockCount;
+        }
+    }
+}
+
+TEST(WritePieces, CutNoValueApart)
+{
+    EXPECT_EQ(writePieces(valuesOf(2, variable(9, 0, 8)), 5).at(1).element, 4);
+    EXPECT_EQ(writePieces(valuesOf(4, variable(9, 0, 240)), 125).at(1).element, 120)
+        << "Modbus writes 123 at most";
+}
+
+TEST(Refusals, KeepOffAValueThatDoesNotFitIntoOneRequest)
+{
+    Settings settings = oneStation;
+    settings.maxBlockCount = 3;
+    const Variable wide = valuesOf(4, variable(9, 0, 8));
+    EXPECT_THAT(readRefusal(withStation(wide, settings), settings).toStdString(), HasSubstr("--max-block"));
+    EXPECT_THAT(writeRefusal(withStation(wide, settings), std::vector<quint32>(8), settings).toStdString(),
+                HasSubstr("--max-block"));
+    settings.maxBlockCount = 4;
+    EXPECT_THAT(readRefusal(withStation(wide, settings), settings).toStdString(), IsEmpty());
+}
+
+TEST(Refusals, KeepOffPartsOfValues)
+{
+    const Variable half = withStation(valuesOf(2, variable(9, 0, 3)), oneStation);
+    EXPECT_THAT(readRefusal(half, oneStation).toStdString(), HasSubstr("no whole number of values"));
+    const Variable none = withStation(valuesOf(0, variable(9, 0, 3)), oneStation);
+    EXPECT_THAT(readRefusal(none, oneStation).toStdString(), HasSubstr("no whole number of values"));
+}
+
 } // namespace
