@@ -10,6 +10,7 @@
 #include "runtime/host/hosted_driver.h"
 #include "runtime/host/request_keys.h"
 #include "runtime/link/link.h"
+#include "runtime/link/silence.h"
 #include "runtime/modbus/dialect.h"
 #include "runtime/modbus/failure_words.h"
 #include "runtime/modbus/frame_fields.h"
@@ -77,6 +78,12 @@ FailureKind faultIn(const LinkExchange& exchange)
     return dialectOf(exchange.format).faultOf(exchange.sentFrame, exchange.reply);
 }
 
+/// \return true when no request would get as far as the controller
+bool isLinkDown(const Failure& why)
+{
+    return why.kind == FailureKind::NotConnected || why.kind == FailureKind::ClosedAtOnce;
+}
+
 /// What the communication thread has to do next.
 struct Turn {
     bool frameIsDue = false;
@@ -130,6 +137,8 @@ private:
     void answered(const Turn& turn, Clock::time_point repliedAt);
     void givenUp(const Turn& turn, const Failure& why);
     void lost(int station, const Failure& why);
+    void failWaiting(int station, const Failure& why);
+    Failure unsentFailure(int code) const;
     Failure whyGivenUp(const Turn& turn, int code, const LinkExchange& exchange) const;
 
     const Settings m_settings;
@@ -410,25 +419,44 @@ void Runtime::Private::givenUp(const Turn& turn, const Failure& why)
     m_reads.givenUp(key == onceReadKey, turn.request.station, why);
     if (turn.replyExpected && m_stations.givenUp(turn.request.station, why))
         lost(turn.request.station, why);
+    else if (isLinkDown(why))
+        failWaiting(turn.request.station, why);
 }
 
 /// Nothing may wait for a station that pauses: the driver would throw it away without having tried.
 void Runtime::Private::lost(int station, const Failure& why)
 {
-    m_writes.lost(station, why);
-    m_reads.lost(station, why);
+    failWaiting(station, why);
     m_cyclic.lost(station, why);
     m_stations.leaveAlone(station);
+}
+
+/// So that a write or read of many requests does not wait for the controller with each of them.
+void Runtime::Private::failWaiting(int station, const Failure& why)
+{
+    m_writes.lost(station, why);
+    m_reads.lost(station, why);
 }
 
 Failure Runtime::Private::whyGivenUp(const Turn& turn, int code, const LinkExchange& exchange) const
 {
     if (!exchange.sent)
-        return connectionFailure(
-            code, noConnectionWords(m_settings.host, m_settings.port, m_link.state().lastError));
+        return unsentFailure(code);
+    if (exchange.reply.isEmpty())
+        return silenceFailure(code, exchange, m_settings.timeoutMs);
     Failure failure = replyFailure(code, faultIn(exchange), exchange.reply, m_settings.timeoutMs);
     if (failure.kind == FailureKind::Acknowledged)
         failure.detail = takenBy(turn);
+    return failure;
+}
+
+Failure Runtime::Private::unsentFailure(int code) const
+{
+    const LinkState link = m_link.state();
+    Failure failure =
+        connectionFailure(code, noConnectionWords(m_settings.host, m_settings.port, link.lastError));
+    if (link.closedAtOnce)
+        failure.kind = FailureKind::ClosedAtOnce;
     return failure;
 }
 

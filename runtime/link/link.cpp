@@ -18,9 +18,6 @@ const int sliceMs = 20;
 // its memory.
 const std::size_t mostDropped = 128;
 
-// A connection that answered a request so short a time ago counts as open.
-const std::chrono::milliseconds justAnswered(1);
-
 } // namespace
 
 Link::Link(const QString& host, int port, int timeoutMs, FrameFormat format)
@@ -57,7 +54,7 @@ LinkExchange Link::tryToExchange(const QByteArray& frame, bool replyExpected, in
     LinkExchange exchange;
     exchange.format = m_format;
     Clock::time_point begin = m_time.now();
-    if (!isStillConnected(begin)) {
+    if (!isStillConnected()) {
         const bool connectedAgain = connectAgain(begin);
         exchange.durationMs = m_time.msSince(begin);
         if (!connectedAgain)
@@ -80,19 +77,22 @@ LinkExchange Link::tryToExchange(const QByteArray& frame, bool replyExpected, in
 
 void Link::noteReply(Clock::time_point begin, LinkExchange* exchange)
 {
-    m_lastAnswered = begin;
     exchange->repliedAt = m_time.now();
     exchange->replyMicroseconds =
         std::chrono::duration_cast<std::chrono::microseconds>(exchange->repliedAt - begin).count();
     exchange->durationMs += exchange->replyMicroseconds / microsecondsOfMs;
 }
 
-/// Notices that the other side has closed meanwhile. Bytes that came are seen by their number later, or cost the
-/// connection. Right after an answer the next request finds out as soon as a look would.
-bool Link::isStillConnected(Clock::time_point now)
+/// Notices that the other side has closed meanwhile, so that this costs no request a try. Bytes that came are seen by
+/// their number later, or cost the connection.
+bool Link::isStillConnected()
 {
-    if (m_connection.isOpen() && (!m_matcher->knowsLateReplies() || now - m_lastAnswered >= justAnswered))
-        m_assembler.append(m_connection.look());
+    if (!m_connection.isOpen())
+        return false;
+    const int waitMs = m_closing.waitMs(m_connection.answers());
+    m_assembler.append(waitMs > 0 ? m_connection.receive(waitMs) : m_connection.look());
+    if (!m_connection.isOpen())
+        m_closing.closed(m_connection.answers());
     if (m_connection.isOpen() && !m_matcher->knowsLateReplies() && m_assembler.partial())
         m_connection.dropUntrusted(QStringLiteral("the controller sent something that was not asked for"));
     return m_connection.isOpen();
@@ -102,7 +102,6 @@ bool Link::isStillConnected(Clock::time_point now)
 ///         connection
 bool Link::connectAgain(Clock::time_point begin)
 {
-    m_lastAnswered = Clock::time_point(); // on another connection
     if (!m_connection.make(begin, m_timeoutMs))
         return false;
     m_assembler.reset();
@@ -129,12 +128,21 @@ void Link::waitForReply(Clock::time_point begin, LinkExchange* exchange)
         m_assembler.append(m_connection.receive(static_cast<int>(std::min<qint64>(left, sliceMs))));
         takeReplies(exchange);
         if (!exchange->reply.isEmpty())
-            return m_connection.restartPauses();
+            return m_connection.answered();
         if (!m_connection.isOpen())
-            return m_connection.drop(QStringLiteral("the controller closed the connection"));
-        if (m_assembler.outOfStep())
+            return noteClosed(exchange);
+        exchange->outOfStep = m_assembler.outOfStep();
+        if (exchange->outOfStep)
             return;
     }
+}
+
+void Link::noteClosed(LinkExchange* exchange)
+{
+    exchange->closed = true;
+    exchange->answeredBefore = m_connection.answers() > 0;
+    m_connection.dropClosed();
+    m_closing.closed(m_connection.answers());
 }
 
 void Link::noteSilence(const QByteArray& sentFrame)

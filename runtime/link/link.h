@@ -3,6 +3,7 @@
 #ifndef RUNTIME_LINK_LINK_H
 #define RUNTIME_LINK_LINK_H
 
+#include "runtime/link/closing_habit.h"
 #include "runtime/link/link_connection.h"
 #include "runtime/link/link_exchange.h"
 #include "runtime/link/link_tap.h"
@@ -59,11 +60,12 @@ public:
 
 private:
     LinkExchange tryToExchange(const QByteArray& frame, bool replyExpected, int replySize);
-    bool isStillConnected(Clock::time_point now);
+    bool isStillConnected();
     bool connectAgain(Clock::time_point begin);
     void noteReply(Clock::time_point begin, LinkExchange* exchange);
     void receive(Clock::time_point begin, LinkExchange* exchange);
     void waitForReply(Clock::time_point begin, LinkExchange* exchange);
+    void noteClosed(LinkExchange* exchange);
     void noteSilence(const QByteArray& sentFrame);
     void judgeStream(const StreamEnd& end);
     void takeReplies(LinkExchange* exchange);
@@ -76,7 +78,7 @@ private:
     LinkConnection m_connection;
     ReplyAssembler m_assembler;
     const std::unique_ptr<ReplyMatcher> m_matcher;
-    Clock::time_point m_lastAnswered; // when the last request to be answered was sent
+    ClosingHabit m_closing;
 };
 
 } // namespace plc

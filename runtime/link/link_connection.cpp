@@ -25,7 +25,7 @@ bool LinkConnection::make(Clock::time_point begin, int timeoutMs)
 {
     // Only this thread changes the state, so it may look without the lock.
     if (m_state.connected)
-        drop(QStringLiteral("the controller closed the connection"));
+        dropClosed();
     do {
         if (m_time.msSince(m_lastAttempt) >= m_nextPauseMs && tryToConnect())
             return true;
@@ -53,7 +53,8 @@ bool LinkConnection::pauseUntilNextAttempt(Clock::time_point begin, int timeoutM
     if (left <= 0 || m_stopping)
         return false;
     const qint64 untilAttempt = m_nextPauseMs - m_time.msSince(m_lastAttempt);
-    m_time.sleep(static_cast<int>(std::min({left, std::max<qint64>(untilAttempt, 1), qint64(longestSleepMs)})));
+    m_time.sleep(
+        static_cast<int>(std::min({left, std::max<qint64>(untilAttempt, 1), qint64(longestSleepMs)})));
     return true;
 }
 
@@ -63,8 +64,15 @@ void LinkConnection::restartPauses()
     m_nextPauseMs = m_pause.next();
 }
 
+void LinkConnection::answered()
+{
+    ++m_answers;
+    restartPauses();
+}
+
 void LinkConnection::noteConnected()
 {
+    m_answers = 0;
     if (m_tap)
         m_tap->opened(m_transport->ownEnd(), m_transport->otherEnd());
     std::lock_guard<std::mutex> lock(m_stateMutex);
@@ -109,7 +117,15 @@ void LinkConnection::drop(const QString& why)
     if (m_state.connected)
         m_stateSince = m_time.now();
     m_state.connected = false;
+    m_state.closedAtOnce = false;
     m_state.lastError = why;
+}
+
+void LinkConnection::dropClosed()
+{
+    drop(QStringLiteral("the controller closed the connection"));
+    std::lock_guard<std::mutex> lock(m_stateMutex);
+    m_state.closedAtOnce = m_answers == 0;
 }
 
 void LinkConnection::dropUntrusted(const QString& why)

@@ -48,6 +48,16 @@ public:
     /// The same, because of what came on it.
     void dropUntrusted(const QString& why);
 
+    /// The same, because the controller has closed it.
+    void dropClosed();
+
+    /// A request was answered on it. So the pauses between attempts begin anew: a controller that accepts and
+    /// closes every connection is not stormed.
+    void answered();
+
+    /// \return requests that were answered on the connection that there is or was last
+    int answers() const { return m_answers; }
+
     /// At the end.
     void close();
 
@@ -74,6 +84,7 @@ private:
     ReconnectPause m_pause;
     Clock::time_point m_lastAttempt; // when it ended
     int m_nextPauseMs = 0;
+    int m_answers = 0;
 
     mutable std::mutex m_stateMutex;
     LinkState m_state;

@@ -22,7 +22,9 @@ struct LinkState {
     int untrusted = 0;  ///< connections dropped because the stream was no longer in step or full of other
                         ///< replies, or because with remote frames a late reply could still have come
     DropCounts dropped; ///< replies that did not belong to the request
-    QString lastError;  ///< why the last connection was lost or could not be made
+    bool closedAtOnce =
+        false;         ///< the last connection was closed by the controller, which had answered nothing on it
+    QString lastError; ///< why the last connection was lost or could not be made
 };
 
 /// What one exchange brought.
@@ -35,6 +37,9 @@ struct LinkExchange {
     qint64 replyMicroseconds = -1;     ///< from sending to the reply; -1: none came
     qint64 durationMs = 0;             ///< of the whole, connecting included
     std::vector<DroppedReply> dropped; ///< other replies that came meanwhile
+    bool closed = false;               ///< the controller closed the connection instead of answering
+    bool answeredBefore = false;       ///< something was answered before on the same connection
+    bool outOfStep = false;            ///< what came is not in the form of the dialect
 };
 
 } // namespace plc

@@ -19,10 +19,18 @@ struct PlainWords {
     const char* ofRead;
 };
 
+const char noProtocol[] = "what came is no reply of the protocol; check the port (--controller HOST:PORT)";
+const char closed[] = "the controller closed the connection instead of answering";
+const char closedAtOnce[] =
+    "the controller closed the connection at once: another master may hold its only one";
+
 const PlainWords plainWords[] = {
     {FailureKind::NotRunning, "the panel is not running", "the panel is not running"},
     {FailureKind::NotTried, "not tried, because the controller cannot be reached",
      "not tried, because the controller cannot be reached"},
+    {FailureKind::NoProtocol, noProtocol, noProtocol},
+    {FailureKind::Closed, closed, closed},
+    {FailureKind::ClosedAtOnce, closedAtOnce, closedAtOnce},
     {FailureKind::Discarded, "its station was switched off before it was sent",
      "its station was switched off before it was read"},
     {FailureKind::Replaced, "replaced by a newer write before it was sent", ""},
@@ -65,6 +73,28 @@ QString acknowledged(const Failure& failure)
         .arg(failure.detail, QString::number(failure.exception));
 }
 
+/// \return what came in place of the reply, and what to try; empty when nothing did
+QString seenWords(const Failure& failure)
+{
+    switch (failure.kind) {
+    case FailureKind::LateReply:
+        return QStringLiteral("; replies came later: try a longer --timeout");
+    case FailureKind::OtherUnit:
+        return QStringLiteral("; unit %1 answered: try --station %1").arg(failure.seen);
+    case FailureKind::OtherFunction:
+        return QStringLiteral("; replies to function %1 came, which was not asked for").arg(failure.seen);
+    case FailureKind::OtherNumber:
+        return QStringLiteral(
+                   "; replies came with transaction number %1, which is not that of the request: a gateway "
+                   "or controller has to repeat it")
+            .arg(failure.seen);
+    case FailureKind::OtherElements:
+        return QStringLiteral("; replies came for other elements than those asked for");
+    default:
+        return QString();
+    }
+}
+
 QString wordsOf(const Failure& failure, Asked asked)
 {
     switch (failure.kind) {
@@ -78,7 +108,13 @@ QString wordsOf(const Failure& failure, Asked asked)
     case FailureKind::Purged:
         return purged(failure, asked);
     case FailureKind::NoReply:
-        return QStringLiteral("%1 within %2 ms").arg(resultWords(failure.code)).arg(failure.timeoutMs);
+    case FailureKind::LateReply:
+    case FailureKind::OtherUnit:
+    case FailureKind::OtherFunction:
+    case FailureKind::OtherNumber:
+    case FailureKind::OtherElements:
+        return QStringLiteral("%1 within %2 ms").arg(resultWords(failure.code)).arg(failure.timeoutMs) +
+               seenWords(failure);
     case FailureKind::Exception:
         return QStringLiteral("the controller refused it: exception %1, %2")
             .arg(failure.exception)

@@ -18,6 +18,14 @@ bool isUnsent(FailureKind kind)
     case FailureKind::None:
     case FailureKind::NotConnected: // an earlier try may have gone out
     case FailureKind::NoReply:
+    case FailureKind::LateReply:
+    case FailureKind::OtherUnit:
+    case FailureKind::OtherFunction:
+    case FailureKind::OtherNumber:
+    case FailureKind::OtherElements:
+    case FailureKind::NoProtocol:
+    case FailureKind::Closed:
+    case FailureKind::ClosedAtOnce:
     case FailureKind::Exception:
     case FailureKind::Acknowledged:
     case FailureKind::BadReply:

@@ -26,8 +26,16 @@ enum class FailureKind {
     Purged,     ///< it went with another request that was given up, see Failure::cause
 
     // It was given up after its last try.
-    NotConnected,   ///< which found no connection; Failure::detail says why there is none
-    NoReply,        ///< within Failure::timeoutMs
+    NotConnected,  ///< which found no connection; Failure::detail says why there is none
+    NoReply,       ///< nothing came within Failure::timeoutMs
+    LateReply,     ///< the same, but replies to earlier requests came
+    OtherUnit,     ///< the same, but unit Failure::seen answered
+    OtherFunction, ///< the same, but replies to function Failure::seen came
+    OtherNumber, ///< the same, but replies with transaction number Failure::seen came, which was not asked with
+    OtherElements,  ///< the same, but remote replies for other elements than those asked for came
+    NoProtocol,     ///< what came is not in the form of the protocol
+    Closed,         ///< the controller closed the connection instead of answering
+    ClosedAtOnce,   ///< the same, and it had not answered anything on that connection
     Exception,      ///< the controller answered with Failure::exception
     Acknowledged,   ///< the controller took Failure::detail and is still at work on it; it was not sent again
     BadReply,       ///< the driver could not use the reply; Failure::code says why
@@ -56,6 +64,7 @@ struct Failure {
     int exception = 0; ///< Modbus exception code
     int timeoutMs = 0;
     int station = -1;
+    int seen = -1;  ///< what a reply carried that is no answer
     QString detail; ///< for people, never to be looked into
 };
 
@@ -69,8 +78,8 @@ PLCRUNTIME_API bool isUnsent(FailureKind kind);
 
 inline bool operator==(const Failure& a, const Failure& b)
 {
-    return std::tie(a.kind, a.cause, a.code, a.exception, a.timeoutMs, a.station, a.detail) ==
-           std::tie(b.kind, b.cause, b.code, b.exception, b.timeoutMs, b.station, b.detail);
+    return std::tie(a.kind, a.cause, a.code, a.exception, a.timeoutMs, a.station, a.seen, a.detail) ==
+           std::tie(b.kind, b.cause, b.code, b.exception, b.timeoutMs, b.station, b.seen, b.detail);
 }
 
 } // namespace plc

@@ -42,6 +42,7 @@ public:
     /// Called on the server's thread. \param index of the request since the start, from 0 on
     using Script = std::function<Answer(const QByteArray& request, int index)>;
 
+    /// \param script none: each connection is closed as soon as it is made
     explicit HostileServer(Script script) : m_script(std::move(script))
     {
         m_address.sin_family = AF_INET;
@@ -74,6 +75,8 @@ public:
         return m_seen;
     }
 
+    int connections() const { return m_connections; }
+
 private:
     void serve()
     {
@@ -81,7 +84,8 @@ private:
             if (!isReadable(m_listener))
                 continue;
             const int connection = accept(m_listener, nullptr, nullptr);
-            while (!m_stopping && answerNext(connection)) {
+            ++m_connections;
+            while (m_script && !m_stopping && answerNext(connection)) {
             }
             close(connection);
         }
@@ -137,6 +141,7 @@ private:
     const int m_listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     mutable std::mutex m_mutex;
     std::vector<SeenRequest> m_seen;
+    std::atomic<int> m_connections{0};
     std::atomic<bool> m_stopping{false};
     std::thread m_thread;
 };

@@ -47,6 +47,11 @@ const HostileServer::Script paddedRefusal = [](const QByteArray& request, int) {
 
 const char refusedWords[] = "the controller refused it: exception 2, illegal data address";
 
+QString largeWrite(int words)
+{
+    return QStringLiteral("write 9:100=") + QStringLiteral("7,").repeated(words - 1) + QLatin1Char('7');
+}
+
 bool isWrite(const QByteArray& request)
 {
     return request.at(7) > 4;
@@ -170,6 +175,85 @@ TEST(HostileController, AWrongEchoIsTriedAgain)
     });
     EXPECT_EQ(run(server, QStringLiteral("write 9:100=1")).status, 0);
     EXPECT_EQ(server.seen().size(), 2U);
+}
+
+TEST(HostileController, ThatAnswersAsAnotherUnitIsNamed)
+{
+    HostileServer server(changed([](const QByteArray& reply) { return withByte(reply, 6, 255); }));
+    const RunResult ended = run(server, QStringLiteral("read 9:100"));
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_THAT(ended.errors, HasSubstr("unit 255 answered: try --station 255"));
+}
+
+TEST(HostileController, ThatAnswersAnotherFunctionIsNamed)
+{
+    HostileServer server(changed([](const QByteArray& reply) { return withByte(reply, 7, 4); }));
+    EXPECT_THAT(run(server, QStringLiteral("read 9:100")).errors, HasSubstr("replies to function 4 came"));
+}
+
+TEST(HostileController, ThatDoesNotRepeatTheNumberIsNamed)
+{
+    HostileServer server(
+        changed([](const QByteArray& reply) { return withByte(withByte(reply, 0, 0), 1, 0); }));
+    EXPECT_THAT(run(server, QStringLiteral("read 9:100")).errors,
+                HasSubstr("replies came with transaction number 0"));
+}
+
+TEST(HostileController, ThatSpeaksAnotherProtocolIsNamed)
+{
+    HostileServer server([](const QByteArray&, int) { return Answer{"HTTP/1.1 400 Bad Request\r\n\r\n"}; });
+    EXPECT_THAT(run(server, QStringLiteral("read 9:100")).errors, HasSubstr("no reply of the protocol"));
+}
+
+TEST(HostileController, ThatClosesEveryConnectionIsNotSaidToBeSlow)
+{
+    HostileServer server{HostileServer::Script()};
+    for (const char* text : {"read 9:100", "write 9:100=1", "watch 9:100 --once", "check 9:100"}) {
+        const RunResult ended = run(server, QString::fromLatin1(text));
+        EXPECT_NE(ended.status, 0) << text;
+        EXPECT_THAT(ended.out + ended.errors,
+                    AllOf(HasSubstr("closed the connection at once: another master may hold its only one"),
+                          Not(HasSubstr("no reply within"))))
+            << text;
+    }
+}
+
+TEST(HostileController, ThatClosesEveryConnectionIsNotStormed)
+{
+    HostileServer server{HostileServer::Script()};
+    run(server, QStringLiteral("read 9:100x500 --retries 3"));
+    EXPECT_GT(server.connections(), 1);
+    EXPECT_LE(server.connections(), 6);
+}
+
+/// Answers, and closes after each reply.
+const HostileServer::Script closing = [](const QByteArray& request, int) {
+    return Answer{rightReply(request), true};
+};
+
+TEST(HostileController, ThatClosesAfterEachReplyCostsNoMoreThanOneTry)
+{
+    HostileServer server(closing);
+    EXPECT_EQ(run(server, QStringLiteral("read 9:100x1000")).status, 0);
+    EXPECT_EQ(run(server, largeWrite(1000)).status, 0);
+}
+
+TEST(HostileController, ALargeRequestToNobodyEndsWithTheTriesOfTheFirst)
+{
+    const QString nobody = HostileServer(right).controller(); // not there any more
+    for (const QString& text :
+         {QStringLiteral("read 9:100x9000"), largeWrite(9000), QStringLiteral("check 9:100x9000"),
+          QStringLiteral("watch 9:100x9000 --once")}) {
+        QElapsedTimer clock;
+        clock.start();
+        const RunResult ended =
+            plcpanel(text.split(QLatin1Char(' ')) +
+                     QStringList{QStringLiteral("--controller"), nobody, QStringLiteral("--timeout"),
+                                 QStringLiteral("200"), QStringLiteral("--retries"), QStringLiteral("2")});
+        EXPECT_NE(ended.status, 0) << text.left(20).toStdString();
+        EXPECT_LT(clock.elapsed(), 3000) << text.left(20).toStdString();
+        EXPECT_THAT(ended.errors, HasSubstr("cannot be reached")) << text.left(20).toStdString();
+    }
 }
 
 } // namespace

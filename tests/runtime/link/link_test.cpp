@@ -155,6 +155,33 @@ TEST_F(LinkTest, ControllerThatClosesEveryConnectionIsNotStormed)
     EXPECT_THAT(controller.attempts(), ElementsAre(0, 100, 300, 700, 1500));
 }
 
+TEST_F(LinkTest, TellsAConnectionThatWasClosedAtOnceFromOneThatHadAnswered)
+{
+    EXPECT_FALSE(askWhile(Script().close()).answeredBefore);
+    EXPECT_TRUE(link.state().closedAtOnce);
+    askWhile(Script().send(secondReply));
+    const LinkExchange exchange = askWhile(Script().close());
+    EXPECT_TRUE(exchange.closed);
+    EXPECT_TRUE(exchange.answeredBefore);
+    EXPECT_FALSE(link.state().closedAtOnce);
+}
+
+TEST_F(LinkTest, ARequestIsNotPutOnAConnectionThatWasClosedRightBehindTheAnswer)
+{
+    askWhile(Script().send(firstReply).close());
+    EXPECT_EQ(askWhile(Script().send(secondReply)).reply, register5Is1234);
+    EXPECT_EQ(controller.sent().size(), 2u);
+}
+
+TEST_F(LinkTest, ControllersKnownToCloseAfterEachReplyAreGivenTimeForIt)
+{
+    askWhile(Script().send(firstReply).close());
+    askWhile(Script().send(secondReply).after(5).close());
+    EXPECT_EQ(askWhile(Script().send("0003 0000 0005 01 03 02 1234")).reply, register5Is1234);
+    EXPECT_EQ(link.state().connects, 3);
+    EXPECT_EQ(time.elapsedMs(), 5);
+}
+
 TEST_F(LinkTest, StopEndsAnExchangeWithinASlice)
 {
     const LinkExchange exchange = askWhile(Script().after(10).act([this] { link.stop(); }));
