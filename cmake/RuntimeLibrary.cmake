@@ -22,6 +22,7 @@ set(PLC_RUNTIME_HEADERS
   runtime/model/cyclic_value.h
   runtime/model/failure.h
   runtime/model/frame_format.h
+  runtime/model/listed_value.h
   runtime/model/outcome.h
   runtime/model/pending.h
   runtime/model/settings.h
@@ -29,7 +30,8 @@ set(PLC_RUNTIME_HEADERS
   runtime/model/value_text.h
   runtime/model/value_type.h
   runtime/model/variable.h
-  runtime/model/variable_list.h)
+  runtime/model/variable_list.h
+  runtime/model/word_order.h)
 
 find_package(Csv REQUIRED)
 

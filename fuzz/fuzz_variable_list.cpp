@@ -3,9 +3,13 @@
 #include "fuzz/check.h"
 #include "fuzz/fuzz_target.h"
 #include "fuzz/shown_text.h"
+#include "runtime/model/listed_value.h"
 #include "runtime/model/variable_list.h"
 
 #include <QHash>
+
+#include <algorithm>
+#include <cmath>
 
 namespace
 {
@@ -16,13 +20,48 @@ using plc::ListedVariable;
 using plc::Variable;
 using plc::VariableList;
 
-const char header[] = "name,area,address,station,count,type";
+const char shortHeader[] = "name,area,address,station,count,type";
+const char longHeader[] =
+    "name,area,address,station,count,type,order,scale,offset,unit,digits,min,max,access,comment";
+const char semicolonHeader[] =
+    "name;area;address;station;count;type;order;scale;offset;unit;digits;min;max;access;comment";
 
 bool isInside(const Variable& elements)
 {
     return elements.area >= 0 && elements.area < 15 && elements.element >= 0 && elements.count >= 1 &&
            elements.count <= plc::areaSize(elements.area) - elements.element && elements.station >= -1 &&
            elements.station <= 255;
+}
+
+/// \return elements of no particular values
+std::vector<quint32> someElements(const Variable& variable)
+{
+    std::vector<quint32> elements;
+    const int bits = 8 * plc::bytesOfElement(variable.area);
+    const bool isBit = bits == 8;
+    for (int i = 0; i < std::min(variable.count, 8); ++i) {
+        const quint32 value = 0x9E3779B9U * static_cast<quint32>(variable.element + i + 1);
+        elements.push_back(isBit ? value & 1 : bits == 16 ? value & 0xFFFF : value);
+    }
+    return elements;
+}
+
+// Whatever the controller answers can be shown, and exact values can be written as they are shown.
+void checkShown(ListedVariable variable)
+{
+    const std::vector<quint32> elements = someElements(variable.elements);
+    if (static_cast<int>(elements.size()) != variable.elements.count)
+        return;
+    const QString shown = plc::listedTexts(variable, elements).join(QLatin1Char(','));
+    check(isPrintable(shown), "a value can be shown");
+    const bool isExact = variable.scale == 1 && variable.offset == 0 && variable.digits < 0 &&
+                         variable.type != plc::ValueType::Text && variable.type != plc::ValueType::Float32 &&
+                         variable.type != plc::ValueType::Float64;
+    if (!isExact || shown.contains(QLatin1String("not BCD")) || plc::isOutside(variable, elements))
+        return;
+    variable.access = plc::Access::Unsaid;
+    QString error;
+    check(plc::parseListed(variable, shown, &error) == elements, "a value is written as it is shown");
 }
 
 // What the panel relies on without looking again.
@@ -34,6 +73,10 @@ void checkVariable(const ListedVariable& variable)
               variable.elements.count ==
                   plc::elementsOfType(variable.type, variable.elements.area, variable.count),
           "the elements are those that the values of the type take");
+    check(variable.scale != 0 && std::isfinite(variable.scale) && std::isfinite(variable.offset),
+          "a number can be scaled there and back");
+    check(isPrintable(variable.unit) && isPrintable(variable.comment), "what a list says can be shown");
+    checkShown(variable);
 }
 
 // Lines are told apart by them, and names are the keys of what is shown.
@@ -74,9 +117,22 @@ QByteArray lineOf(const ListedVariable& variable)
 {
     const Variable& elements = variable.elements;
     const QString station = elements.station < 0 ? QString() : QString::number(elements.station);
+    const auto real = [](std::optional<double> number) {
+        return number ? QString::number(*number, 'g', 17) : QString();
+    };
+    const bool isNumber = plc::isNumber(variable.type);
+    const auto access = variable.access;
     return QStringList({quoted(variable.name), QString::number(elements.area),
                         plc::addressText(elements.area, elements.element), station,
-                        QString::number(variable.count), plc::valueTypeWord(variable.type)})
+                        QString::number(variable.count), plc::valueTypeWord(variable.type),
+                        plc::wordOrderWord(variable.order), isNumber ? real(variable.scale) : QString(),
+                        isNumber ? real(variable.offset) : QString(), quoted(variable.unit),
+                        variable.digits < 0 ? QString() : QString::number(variable.digits),
+                        real(variable.min), real(variable.max),
+                        access == plc::Access::Unsaid     ? QString()
+                        : access == plc::Access::ReadOnly ? QStringLiteral("r")
+                                                          : QStringLiteral("rw"),
+                        quoted(variable.comment)})
         .join(QLatin1Char(','))
         .toUtf8();
 }
@@ -85,13 +141,16 @@ bool isSame(const ListedVariable& a, const ListedVariable& b)
 {
     return a.name == b.name && a.elements.area == b.elements.area &&
            a.elements.element == b.elements.element && a.elements.count == b.elements.count &&
-           a.elements.station == b.elements.station && a.type == b.type && a.count == b.count;
+           a.elements.station == b.elements.station && a.type == b.type && a.count == b.count &&
+           a.order == b.order && a.scale == b.scale && a.offset == b.offset && a.unit == b.unit &&
+           a.digits == b.digits && a.min == b.min && a.max == b.max && a.access == b.access &&
+           a.comment == b.comment;
 }
 
 // A list written anew from what was understood is understood in the same way.
 void checkWayBack(const VariableList& list)
 {
-    QByteArray csv = header;
+    QByteArray csv = longHeader;
     for (const ListedVariable& variable : list.variables)
         csv += '\n' + lineOf(variable);
     const VariableList again = plc::parseVariableList(csv);
@@ -159,9 +218,11 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     const QList<QByteArray> lines = csv.split('\n');
     checkList(csv, lines.size());
     // Without its header no list has variables: most inputs get one.
-    const QByteArray withHeader = QByteArray(header) + '\n' + csv;
-    checkList(withHeader, lines.size() + 1);
-    checkPercentSigns(withHeader);
+    for (const char* header : {shortHeader, longHeader, semicolonHeader}) {
+        const QByteArray withHeader = QByteArray(header) + '\n' + csv;
+        checkList(withHeader, lines.size() + 1);
+        checkPercentSigns(withHeader);
+    }
     for (int i = 0; i < lines.size(); ++i) {
         checkCommandLine(QString::fromUtf8(lines.at(i)));
         checkValues(i % 15, QString::fromUtf8(lines.at(i)));

@@ -2,6 +2,7 @@
 
 #include "runtime/model/area_guide.h"
 #include "runtime/model/value_type.h"
+#include "runtime/model/variable_list.h"
 
 namespace plc
 {
@@ -44,11 +45,11 @@ const OptionRow optionRows[] = {
      "wait for it.",
      R | W | V | C | P, nullptr},
     {"vars", "FILE",
-     "Watch, check or replay the variables of a list. CSV, its first line "
-     "name,area,address,station,count,type, "
-     "then a variable a line. Types: VALUE-TYPES. An empty station "
-     "is that of the "
-     "option, an empty count 1; lines that begin with # are comments. Goes with AREA:ADDRESS as well.",
+     "Watch, check or replay the variables of a list. It is a CSV file, whose first line names the columns "
+     "and "
+     "each other a variable; lines that begin with # are comments. Types: VALUE-TYPES. Goes with "
+     "AREA:ADDRESS "
+     "as well.",
      V | C | P, nullptr},
     {"remote", nullptr,
      "Speak remote frames instead of Modbus TCP; the controller must do so too, as plcsim --remote does.",
@@ -85,6 +86,15 @@ const OptionRow optionRows[] = {
      "replaced. plcpanel replay plays both.",
      allWithLink, nullptr},
 };
+
+bool takesList(int command)
+{
+    for (const OptionRow& row : optionRows) {
+        if (QLatin1String(row.name) == QLatin1String("vars"))
+            return (row.commands & command) != 0;
+    }
+    return false;
+}
 
 struct CommandRow {
     Command command;
@@ -214,6 +224,14 @@ QString variablesText()
                "With --multi-station an @ and the station may follow: 9:100x4@3.\n");
 }
 
+QString listsText()
+{
+    return QStringLiteral("Lists have these columns, in any order:\n") + listGuide() +
+           QStringLiteral(
+               "Commas or semicolons stand between the fields; with semicolons a number may have a "
+               "decimal comma.\n");
+}
+
 /// The parser's own text from the heading of the options on, which wraps their explanations.
 QString optionsText(std::optional<Command> command)
 {
@@ -234,6 +252,8 @@ QString commandHelp(const CommandRow& row)
                    paragraph("", row.description);
     if (row.command != Command::Demo)
         text += variablesText() + QLatin1Char('\n');
+    if (takesList(row.bit))
+        text += listsText() + QLatin1Char('\n');
     return text + optionsText(row.command) + QLatin1Char('\n') + paragraph("Examples:\n", row.examples) +
            exitStatusText(row.command);
 }

@@ -3,6 +3,7 @@
 #include "panel/watch/watch_words.h"
 #include "runtime/modbus/failure_words.h"
 #include "runtime/modbus/return_code_words.h"
+#include "runtime/model/listed_value.h"
 
 #include <QJsonArray>
 
@@ -13,19 +14,6 @@ namespace
 {
 
 const QString timeMember = QStringLiteral("time");
-
-void addListed(QJsonObject* object, const WatchRow& row)
-{
-    if (!row.listed)
-        return;
-    object->insert(QStringLiteral("name"), row.listed->name);
-    object->insert(QStringLiteral("type"), valueTypeWord(row.listed->type));
-    if (row.value.ageMs < 0)
-        return;
-    object->insert(QStringLiteral("text"), listedText(row));
-    object->insert(QStringLiteral("value"),
-                   valueJson(row.listed->type, row.variable.area, row.value.values, row.listed->count));
-}
 
 QJsonObject jsonOfPass(const PassCost& pass)
 {
@@ -88,7 +76,10 @@ QString watchJson(const WatchRow& row, int station, const QDateTime& time)
     QJsonObject object = jsonOfVariable(row.variable, own < 0 ? station : own);
     object.insert(timeMember, time.toString(Qt::ISODateWithMs));
     object.insert(QStringLiteral("state"), stateWord(row.value));
-    addListed(&object, row);
+    if (row.listed)
+        addListed(&object, *row.listed);
+    if (row.listed && row.value.ageMs >= 0)
+        addListedValue(&object, *row.listed, row.value.values);
     if (row.value.ageMs >= 0)
         addValues(&object, row.value.values);
     if (hasFailed(row.value.failure)) {

@@ -12,9 +12,9 @@ namespace plc
 {
 
 /// \param station of variables that name none
-/// \return what is known of one variable. One of a list has its "name", its "type", and under "text" its
-/// value
-///         as the table shows it; "values" are always the elements, as numbers
+/// \return what is known of one variable. One of a list has its "name" and "type", its "unit", "min" and
+///         "max" where the list has them, its value as the table shows it ("text") and as JSON has it
+///         ("value"), and "outside" where there are limits; "values" are always the elements, as numbers
 QString watchJson(const WatchRow& row, int station, const QDateTime& time);
 
 /// \return one object, "statistics", with what statisticsLines() tells

@@ -4,6 +4,7 @@
 #include "panel/terminal/wrapped_text.h"
 #include "panel/watch/station_lines.h"
 #include "panel/watch/watch_words.h"
+#include "runtime/model/listed_value.h"
 
 #include <algorithm>
 
@@ -53,8 +54,8 @@ QStringList pieces(const WatchRow& row, ValueFormat format, int width)
 {
     if (!row.listed)
         return valueTexts(row.variable.area, row.value.values, format);
-    const QString text = listedText(row);
-    return row.listed->type == ValueType::Text ? chopped(text, width) : text.split(QLatin1Char(' '));
+    const QStringList texts = listedTexts(*row.listed, row.value.values);
+    return row.listed->type == ValueType::Text ? chopped(texts.first(), width) : texts;
 }
 
 QStringList valueLines(const WatchRow& row, ValueFormat format, int width)
@@ -62,6 +63,8 @@ QStringList valueLines(const WatchRow& row, ValueFormat format, int width)
     if (!wasRead(row.value))
         return {QStringLiteral("-")};
     QStringList texts = pieces(row, format, width);
+    if (row.listed && !texts.isEmpty())
+        texts.last() += unitText(*row.listed);
     if (row.value.state != ValueState::Fresh && !texts.isEmpty()) {
         texts.first().prepend(QLatin1Char('('));
         texts.last().append(QLatin1Char(')'));
@@ -69,9 +72,10 @@ QStringList valueLines(const WatchRow& row, ValueFormat format, int width)
     return wrapped(texts, width);
 }
 
-Colour colourOf(const CyclicValue& value)
+Colour colourOf(const WatchRow& row)
 {
-    if (hasFailed(value.failure))
+    const CyclicValue& value = row.value;
+    if (hasFailed(value.failure) || isOutside(row))
         return Red;
     return value.state == ValueState::Fresh ? Plain : Yellow;
 }
@@ -110,8 +114,8 @@ Cells cellsOf(const WatchRow& row, const TableStyle& style, int widest)
     cells.name = cutName(nameOf(row), widest);
     cells.valueLines = valueLines(row, style.format, valueRoom(style, widest));
     cells.age = ageText(row.value.ageMs);
-    cells.state = stateText(row.value);
-    cells.colour = colourOf(row.value);
+    cells.state = stateText(row);
+    cells.colour = colourOf(row);
     return cells;
 }
 

@@ -1,15 +1,10 @@
 #include "panel/watch/watch_words.h"
 
 #include "runtime/modbus/failure_words.h"
+#include "runtime/model/listed_value.h"
 
 namespace plc
 {
-
-QString listedText(const WatchRow& row)
-{
-    const ListedVariable& listed = *row.listed;
-    return valueText(listed.type, row.variable.area, row.value.values, listed.count);
-}
 
 QString linkText(const LinkState& link)
 {
@@ -37,6 +32,17 @@ QString stateText(const CyclicValue& value)
     if (!hasFailed(value.failure))
         return stateWord(value);
     return QStringLiteral("%1: %2").arg(stateWord(value), failureText(value.failure));
+}
+
+bool isOutside(const WatchRow& row)
+{
+    return row.listed && row.value.ageMs >= 0 && isOutside(*row.listed, row.value.values);
+}
+
+QString stateText(const WatchRow& row)
+{
+    const QString text = stateText(row.value);
+    return isOutside(row) ? QStringLiteral("%1, outside %2").arg(text, limitsText(*row.listed)) : text;
 }
 
 QString ageText(qint64 ms)

@@ -10,14 +10,17 @@
 namespace plc
 {
 
-/// \return the value of a listed variable as its type has it
-QString listedText(const WatchRow& row);
-
 /// \return "connected for 12 s", or why there is no connection
 QString linkText(const LinkState& link);
 
 /// \return the state of a value in one word or two; "failed" as well for one that could never be read
 QString stateWord(const CyclicValue& value);
+
+/// \return true when the value was read and lies outside the limits that the list has for it
+bool isOutside(const WatchRow& row);
+
+/// \return stateText() of a row's value; of one outside its limits those too
+QString stateText(const WatchRow& row);
 
 /// \return the state of a value in words, with the reason and the return code of a failure
 QString stateText(const CyclicValue& value);

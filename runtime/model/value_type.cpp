@@ -17,9 +17,13 @@ namespace plc
 namespace
 {
 
-// Of a 32-bit floating-point number: no more are ever needed to read it back.
-const int usualDigits = 7;
-const int mostDigits = std::numeric_limits<float>::max_digits10;
+const int usualFloatDigits = 7;
+const int usualDoubleDigits = 15;
+
+// The greatest whole number up to which a double has each.
+const qint64 greatestExact = 1LL << std::numeric_limits<double>::digits;
+
+enum class Reads { Signed, Unsigned, Float, Bcd, Hex, Characters };
 
 struct TypeRow {
     ValueType type;
@@ -28,18 +32,24 @@ struct TypeRow {
     bool ofWords;
     bool ofDoubleWords;
     int bytes; ///< of one value; 0: of one element
+    Reads reads;
 };
 
 // One row per type: the word for it and the areas that can hold it.
 const TypeRow typeRows[] = {
-    {ValueType::Bit, "bit", true, false, false, 0},
-    {ValueType::Int16, "int16", false, true, false, 2},
-    {ValueType::Uint16, "uint16", false, true, false, 2},
-    {ValueType::Int32, "int32", false, true, true, 4},
-    {ValueType::Uint32, "uint32", false, true, true, 4},
-    {ValueType::Float32, "float32", false, true, true, 4},
-    {ValueType::Hex, "hex", false, true, true, 0},
-    {ValueType::Text, "text", false, true, true, 1},
+    {ValueType::Bit, "bit", true, false, false, 0, Reads::Unsigned},
+    {ValueType::Int16, "int16", false, true, false, 2, Reads::Signed},
+    {ValueType::Uint16, "uint16", false, true, false, 2, Reads::Unsigned},
+    {ValueType::Int32, "int32", false, true, true, 4, Reads::Signed},
+    {ValueType::Uint32, "uint32", false, true, true, 4, Reads::Unsigned},
+    {ValueType::Float32, "float32", false, true, true, 4, Reads::Float},
+    {ValueType::Hex, "hex", false, true, true, 0, Reads::Hex},
+    {ValueType::Text, "text", false, true, true, 1, Reads::Characters},
+    {ValueType::Int64, "int64", false, true, true, 8, Reads::Signed},
+    {ValueType::Uint64, "uint64", false, true, true, 8, Reads::Unsigned},
+    {ValueType::Float64, "float64", false, true, true, 8, Reads::Float},
+    {ValueType::Bcd16, "bcd16", false, true, false, 2, Reads::Bcd},
+    {ValueType::Bcd32, "bcd32", false, true, true, 4, Reads::Bcd},
 };
 
 const TypeRow& rowOf(ValueType type)
@@ -59,53 +69,71 @@ bool fits(const TypeRow& row, int area)
     }
 }
 
-quint32 littleEndian(const QByteArray& bytes, int at, int size)
+quint64 littleEndian(const QByteArray& bytes, int at, int size)
 {
-    quint32 value = 0;
+    quint64 value = 0;
     for (int i = size - 1; i >= 0; --i)
         value = value << 8 | static_cast<unsigned char>(bytes.at(at + i));
     return value;
 }
 
 /// Rounded once; QString would round to 64 bits first, and refuses the greatest number with fewer digits.
-float readBack(const QString& text)
+template <class Float>
+Float readBack(const QString& text)
 {
     const QByteArray bytes = text.toLatin1();
-    float value = 0;
+    Float value = 0;
     std::from_chars(bytes.begin(), bytes.end(), value);
     return value;
 }
 
-/// Seven digits are enough for most; some need eight or nine to be told from their neighbours.
-QString floatText(quint32 bits)
+/// Most numbers need no more than \a usualDigits; some need one or two more to be told from their neighbours.
+template <class Float, class Bits>
+QString floatText(Bits bits, int usualDigits)
 {
-    float value = 0;
+    static_assert(sizeof(Float) == sizeof(Bits), "the bits are those of the number");
+    Float value = 0;
     std::memcpy(&value, &bits, sizeof value);
     QString text;
-    for (int digits = usualDigits; digits <= mostDigits; ++digits) {
+    for (int digits = usualDigits; digits <= std::numeric_limits<Float>::max_digits10; ++digits) {
         text = QString::number(static_cast<double>(value), 'g', digits);
-        if (readBack(text) == value)
+        if (readBack<Float>(text) == value)
             break;
     }
     return text;
 }
 
-QString hexText(quint32 value, int bytes)
+QString hexDigits(quint64 value, int bytes)
 {
     return QStringLiteral("0x%1").arg(value, 2 * bytes, 16, QLatin1Char('0'));
 }
 
-QString oneValue(ValueType type, quint32 value, int bytes)
+/// The digits of a BCD number are those of its hexadecimal text, where none is above 9.
+QString bcdText(quint64 value, int bytes)
 {
-    switch (type) {
-    case ValueType::Int16:
-        return QString::number(static_cast<qint16>(value));
-    case ValueType::Int32:
-        return QString::number(static_cast<qint32>(value));
-    case ValueType::Float32:
-        return floatText(value);
-    case ValueType::Hex:
-        return hexText(value, bytes);
+    bool isDecimal = false;
+    const quint64 number = QString::number(value, 16).toULongLong(&isDecimal, 10);
+    return isDecimal ? QString::number(number) : QStringLiteral("not BCD ") + hexDigits(value, bytes);
+}
+
+qint64 signExtended(quint64 value, int bytes)
+{
+    const int unused = 64 - 8 * bytes;
+    return static_cast<qint64>(value << unused) >> unused;
+}
+
+QString oneValue(Reads reads, quint64 value, int bytes)
+{
+    switch (reads) {
+    case Reads::Signed:
+        return QString::number(signExtended(value, bytes));
+    case Reads::Float:
+        return bytes == 4 ? floatText<float>(static_cast<quint32>(value), usualFloatDigits)
+                          : floatText<double>(value, usualDoubleDigits);
+    case Reads::Hex:
+        return hexDigits(value, bytes);
+    case Reads::Bcd:
+        return bcdText(value, bytes);
     default:
         return QString::number(value);
     }
@@ -118,26 +146,6 @@ QString charactersOf(QByteArray bytes, int most)
     while (bytes.endsWith('\0'))
         bytes.chop(1);
     return QString::fromLatin1(bytes);
-}
-
-/// \return a text for each whole value that \a elements hold
-QStringList textsOfValues(ValueType type, int area, const std::vector<quint32>& elements)
-{
-    const QByteArray bytes = bytesOfValues(area, elements);
-    const int size = rowOf(type).bytes == 0 ? bytesOfElement(area) : rowOf(type).bytes;
-    QStringList values;
-    for (int at = 0; at + size <= bytes.size(); at += size)
-        values << oneValue(type, littleEndian(bytes, at, size), size);
-    return values;
-}
-
-/// JSON has no such numbers as "nan".
-QJsonValue numberOrText(ValueType type, const QString& text)
-{
-    if (type == ValueType::Hex)
-        return static_cast<qint64>(text.toLongLong(nullptr, 0));
-    const double number = text.toDouble();
-    return std::isfinite(number) ? QJsonValue(number) : QJsonValue(text);
 }
 
 } // namespace
@@ -172,6 +180,29 @@ QString valueTypesOfArea(int area)
     return words.join(QStringLiteral(", "));
 }
 
+int bytesOfType(ValueType type, int area)
+{
+    const TypeRow& row = rowOf(type);
+    return row.bytes == 0 || row.reads == Reads::Characters ? bytesOfElement(area) : row.bytes;
+}
+
+bool isNumber(ValueType type)
+{
+    const Reads reads = rowOf(type).reads;
+    return type != ValueType::Bit && reads != Reads::Hex && reads != Reads::Characters;
+}
+
+bool isWholeNumber(ValueType type)
+{
+    return isNumber(type) && rowOf(type).reads != Reads::Float;
+}
+
+bool hasWordOrder(ValueType type, int area)
+{
+    const int bytesOfWord = 2;
+    return type == ValueType::Text || bytesOfType(type, area) > bytesOfWord;
+}
+
 int elementsOfType(ValueType type, int area, int count)
 {
     const TypeRow& row = rowOf(type);
@@ -192,13 +223,35 @@ QString valueText(ValueType type, int area, const std::vector<quint32>& elements
     return textsOfValues(type, area, elements).join(QLatin1Char(' '));
 }
 
+QStringList textsOfValues(ValueType type, int area, const std::vector<quint32>& elements)
+{
+    const QByteArray bytes = bytesOfValues(area, elements);
+    const int size = bytesOfType(type, area);
+    QStringList values;
+    for (int at = 0; at + size <= bytes.size(); at += size)
+        values << oneValue(rowOf(type).reads, littleEndian(bytes, at, size), size);
+    return values;
+}
+
+QJsonValue jsonOfText(ValueType type, const QString& text)
+{
+    if (type != ValueType::Float32 && type != ValueType::Float64) {
+        bool isWhole = false;
+        const qint64 whole = text.toLongLong(&isWhole, 0);
+        const bool isExact = isWhole && whole >= -greatestExact && whole <= greatestExact;
+        return isExact ? QJsonValue(whole) : QJsonValue(text);
+    }
+    const double number = text.toDouble();
+    return std::isfinite(number) ? QJsonValue(number) : QJsonValue(text);
+}
+
 QJsonValue valueJson(ValueType type, int area, const std::vector<quint32>& elements, int count)
 {
     if (type == ValueType::Text)
         return charactersOf(bytesOfValues(area, elements), count);
     QJsonArray values;
     for (const QString& text : textsOfValues(type, area, elements))
-        values.append(numberOrText(type, text));
+        values.append(jsonOfText(type, text));
     return count == 1 && values.size() == 1 ? values.first() : QJsonValue(values);
 }
 

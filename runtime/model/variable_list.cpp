@@ -1,5 +1,6 @@
 #include "runtime/model/variable_list.h"
 
+#include "runtime/model/list_columns.h"
 #include "runtime/model/printable.h"
 
 #include <QFile>
@@ -7,8 +8,9 @@
 
 #include <csv.h>
 
+#include <algorithm>
 #include <memory>
-#include <stdexcept>
+#include <new>
 
 namespace plc
 {
@@ -16,16 +18,8 @@ namespace plc
 namespace
 {
 
-enum Column { NameColumn, AreaColumn, AddressColumn, StationColumn, CountColumn, TypeColumn, ColumnCount };
-
-const char* const columnNames[ColumnCount] = {"name", "area", "address", "station", "count", "type"};
-
-/// What is wrong with a line and what is expected instead.
-class LineError : public std::runtime_error
-{
-public:
-    explicit LineError(const QString& words) : std::runtime_error(words.toStdString()) {}
-};
+const char comma = ',';
+const char semicolon = ';';
 
 void addField(void* field, std::size_t size, void* fields)
 {
@@ -37,113 +31,29 @@ void endRow(int, void*) {}
 
 /// \return the fields of one line
 /// \throws LineError when its quotes are not in order
-QStringList fieldsOf(const QByteArray& line)
+QStringList fieldsOf(const QByteArray& line, char separator)
 {
     csv_parser parser;
     if (csv_init(&parser, CSV_STRICT | CSV_STRICT_FINI) != 0)
         throw std::bad_alloc();
     const std::unique_ptr<csv_parser, void (*)(csv_parser*)> freeAtEnd(&parser, csv_free);
+    csv_set_delim(&parser, static_cast<unsigned char>(separator));
     QStringList fields;
     const auto size = static_cast<std::size_t>(line.size());
     const bool parsed = csv_parse(&parser, line.constData(), size, addField, endRow, &fields) == size &&
                         csv_fini(&parser, addField, endRow, &fields) == 0;
     if (!parsed)
         throw LineError(
-            QStringLiteral("its quotes do not match; a field with a comma stands in double quotes, "
-                           "a quote in it is doubled"));
+            QStringLiteral("its quotes do not match; a field with a %1 stands in double quotes, "
+                           "a quote in it is doubled")
+                .arg(separator == semicolon ? QStringLiteral("semicolon") : QStringLiteral("comma")));
     return fields;
 }
 
-QString header()
+/// Spreadsheets write rows without anything as separators alone.
+bool isBlank(const QStringList& fields)
 {
-    QStringList names;
-    for (const char* name : columnNames)
-        names << QLatin1String(name);
-    return names.join(QLatin1Char(','));
-}
-
-void checkHeader(const QStringList& fields)
-{
-    if (fields.join(QLatin1Char(',')).compare(header(), Qt::CaseInsensitive) != 0)
-        throw LineError(QStringLiteral("the first line must name the columns: %1").arg(header()));
-}
-
-/// \return the number in a field, \a whenEmpty for an empty one where that is allowed
-int numberIn(const QStringList& fields, Column column, int least, int most,
-             std::optional<int> whenEmpty = std::nullopt)
-{
-    const QString& text = fields.at(column);
-    if (text.isEmpty() && whenEmpty)
-        return *whenEmpty;
-    bool ok = false;
-    const int number = text.toInt(&ok, 10);
-    if (!ok || number < least || number > most)
-        throw LineError(QStringLiteral("\"%1\" is no %2; %3 to %4 is expected")
-                            .arg(excerpt(text), QLatin1String(columnNames[column]), QString::number(least),
-                                 QString::number(most)));
-    return number;
-}
-
-int elementIn(const QStringList& fields, int area)
-{
-    QString error;
-    const std::optional<int> element = parseAddress(area, fields.at(AddressColumn), &error);
-    if (!element)
-        throw LineError(error);
-    return *element;
-}
-
-ValueType typeIn(const QStringList& fields, int area)
-{
-    const std::optional<ValueType> type = parseValueType(fields.at(TypeColumn));
-    if (!type || elementsOfType(*type, area, 1) == 0)
-        throw LineError(
-            QStringLiteral("\"%1\" is no type of area %2; it holds %3")
-                .arg(excerpt(fields.at(TypeColumn)), QString::number(area), valueTypesOfArea(area)));
-    return *type;
-}
-
-QString nameIn(const QStringList& fields)
-{
-    const QString& name = fields.at(NameColumn);
-    if (name.isEmpty())
-        throw LineError(QStringLiteral("the name is missing; it is what the value is shown under"));
-    if (printable(name) != name)
-        throw LineError(
-            QStringLiteral("the name has a character that cannot be shown; letters, digits, signs "
-                           "and spaces are expected"));
-    if (name.size() > longestNameCharacters)
-        throw LineError(QStringLiteral("the name has %1 characters; %2 are allowed")
-                            .arg(name.size())
-                            .arg(longestNameCharacters));
-    return name;
-}
-
-ListedVariable variableOf(const QStringList& fields)
-{
-    if (fields.size() != ColumnCount)
-        throw LineError(QStringLiteral("it has %1 fields; %2 are expected: %3")
-                            .arg(fields.size())
-                            .arg(ColumnCount)
-                            .arg(header()));
-    ListedVariable variable;
-    variable.name = nameIn(fields);
-    Variable& elements = variable.elements;
-    elements.area = numberIn(fields, AreaColumn, 0, areaCount() - 1);
-    elements.element = elementIn(fields, elements.area);
-    elements.station = numberIn(fields, StationColumn, 0, lastStation, -1);
-    variable.count = numberIn(fields, CountColumn, 1, areaSize(elements.area), 1);
-    variable.type = typeIn(fields, elements.area);
-    elements.count = elementsOfType(variable.type, elements.area, variable.count);
-    elements.valueElements = elementsOfType(variable.type, elements.area, 1);
-    if (elements.count > areaSize(elements.area) - elements.element)
-        throw LineError(
-            QStringLiteral("%1 elements from %2 on run past the end of area %3; at most %4 are there")
-                .arg(elements.count)
-                .arg(fields.at(AddressColumn))
-                .arg(elements.area)
-                .arg(areaSize(elements.area) - elements.element));
-    return variable;
+    return std::all_of(fields.begin(), fields.end(), [](const QString& field) { return field.isEmpty(); });
 }
 
 /// A character that nobody sees may change what is meant: text behind a zero byte is lost to some programs.
@@ -180,19 +90,20 @@ public:
             checkLength(text);
             checkCharacters(text);
             if (!text.isEmpty() && !text.startsWith('#'))
-                readFields(fieldsOf(text));
+                readLine(text);
         } catch (const LineError& error) {
             report(QString::fromStdString(error.what()), text);
         }
     }
 
-    bool hasEnough() const { return m_list.errors.size() + m_unsaid >= mostWrongLines; }
+    /// \return true when nothing behind what was read is to be looked at
+    bool isOver() const { return m_isOver || hasEnough(); }
 
     VariableList finish()
     {
         if (!m_hasHeader)
             m_list.errors << QStringLiteral("the list is empty; its first line must name the columns: %1")
-                                 .arg(header());
+                                 .arg(listColumns().join(QStringLiteral(", ")));
         if (m_unsaid > 0)
             m_list.errors << QStringLiteral("and %1 more wrong lines%2")
                                  .arg(m_unsaid)
@@ -202,13 +113,27 @@ public:
     }
 
 private:
-    void readFields(const QStringList& fields)
+    void readLine(const QByteArray& text)
     {
-        if (!m_hasHeader) {
-            m_hasHeader = true;
-            return checkHeader(fields);
-        }
-        ListedVariable variable = variableOf(fields);
+        if (!m_hasHeader)
+            return readHeader(text);
+        const QStringList fields = fieldsOf(text, m_separator);
+        if (!isBlank(fields))
+            add(m_columns->variableOf(fields));
+    }
+
+    /// A list whose columns are not known is not looked at any further.
+    void readHeader(const QByteArray& text)
+    {
+        m_hasHeader = true;
+        m_separator = text.contains(semicolon) ? semicolon : comma;
+        m_isOver = true;
+        m_columns.emplace(fieldsOf(text, m_separator), m_separator == semicolon);
+        m_isOver = false;
+    }
+
+    void add(ListedVariable variable)
+    {
         variable.line = m_line;
         const int before = m_lineOfName.value(variable.name, 0);
         if (before != 0)
@@ -223,6 +148,8 @@ private:
         m_lineOfName.insert(variable.name, m_line);
         m_list.variables.push_back(variable);
     }
+
+    bool hasEnough() const { return m_list.errors.size() + m_unsaid >= mostWrongLines; }
 
     void report(const QString& words, const QByteArray& text)
     {
@@ -243,6 +170,9 @@ private:
     int m_line = 0;
     int m_unsaid = 0; // wrong lines
     bool m_hasHeader = false;
+    bool m_isOver = false;
+    char m_separator = comma;
+    std::optional<ListColumns> m_columns; // there are none before the header
 };
 
 } // namespace
@@ -253,7 +183,7 @@ VariableList parseVariableList(const QByteArray& csv, const VariableCheck& check
     Reader reader(check);
     int begin = csv.startsWith(byteOrderMark) ? byteOrderMark.size() : 0;
     while (begin <= csv.size() &&
-           !reader.hasEnough()) { // not split(): so many lines would need many times the memory of the file
+           !reader.isOver()) { // not split(): so many lines would need many times the memory of the file
         const int found = csv.indexOf('\n', begin);
         const int end = found < 0 ? csv.size() : found;
         reader.read(QByteArray::fromRawData(csv.constData() + begin, end - begin));

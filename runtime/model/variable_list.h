@@ -1,22 +1,25 @@
 /// \file
 /// \brief The list of variables that a person writes as a CSV file.
 ///
-/// The first line that counts names the columns: name,area,address,station,count,type. Then one variable a
-/// line. Blank lines and lines that begin with # are skipped; a field in double quotes may hold commas. An
-/// empty station is the panel's own, an empty count is 1. The count is in values of the type (text:
-/// characters), whatever number of elements they take. The file is text in UTF-8: a line with a control character
-/// other than a tab is wrong.
+/// The first line that counts names the columns, in any order: name, area, address and type are needed, the
+/// others of listColumns() may be left out. Then one variable a line. Blank lines and lines that begin with
+/// # are skipped; a field in double quotes may hold commas. Where the first line has semicolons they stand
+/// between the fields, and numbers may have a decimal comma. An empty station is the panel's own, an empty
+/// count is 1. The count is in values of the type (text: characters), whatever number of elements they
+/// take. The file is text in UTF-8: a line with a control character other than a tab is wrong.
 #ifndef RUNTIME_MODEL_VARIABLE_LIST_H
 #define RUNTIME_MODEL_VARIABLE_LIST_H
 
 #include "runtime/export.h"
 #include "runtime/model/value_type.h"
 #include "runtime/model/variable.h"
+#include "runtime/model/word_order.h"
 
 #include <QByteArray>
 #include <QStringList>
 
 #include <functional>
+#include <optional>
 #include <vector>
 
 namespace plc
@@ -26,16 +29,33 @@ namespace plc
 inline constexpr int longestListBytes = 16 * 1024 * 1024;
 inline constexpr int longestLineBytes = 2000;
 inline constexpr int longestNameCharacters = 200;
+inline constexpr int longestUnitCharacters = 20;
+inline constexpr int mostDigits = 15; ///< behind the decimal point
 inline constexpr int mostListedVariables = 250000;
 inline constexpr int mostListErrors = 20;    ///< that are told one by one
 inline constexpr int mostWrongLines = 10000; ///< what is behind them is not looked at
 
+/// What a list says of writing; what it leaves unsaid is for the program to decide.
+enum class Access { Unsaid, ReadOnly, ReadWrite };
+
+/// Scale, offset and limits belong to types of numbers. A shown number is that of the elements x scale +
+/// offset.
 struct ListedVariable {
     QString name;      ///< unique in its list, never empty
     Variable elements; ///< what the driver is asked for
     ValueType type = ValueType::Uint16;
     int count = 1; ///< values, of text characters: what the elements hold for a person
     int line = 0;  ///< where it stands in the file, from 1 on
+
+    WordOrder order = WordOrder::Usual;
+    double scale = 1; ///< never 0
+    double offset = 0;
+    QString unit;              ///< of what is shown
+    int digits = -1;           ///< that are shown behind the decimal point; -1: as many as the number has
+    std::optional<double> min; ///< of what is shown
+    std::optional<double> max;
+    Access access = Access::Unsaid;
+    QString comment;
 };
 
 struct VariableList {
@@ -47,6 +67,12 @@ struct VariableList {
 
 /// Says what is against a variable that the list itself allows; an empty text when nothing is.
 using VariableCheck = std::function<QString(const ListedVariable& variable)>;
+
+/// \return the names of all columns, in their usual order, for messages and help
+PLCRUNTIME_API QStringList listColumns();
+
+/// \return a line for each column, and what the orders mean, for help
+PLCRUNTIME_API QString listGuide();
 
 /// Parses a whole file. Wrong lines are reported together; a list with errors is not to be used.
 /// \param check may be empty

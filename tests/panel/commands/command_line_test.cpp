@@ -207,7 +207,7 @@ TEST(CommandLine, AllWrongLinesOfAListAreToldAtOnce)
         list.refusal(),
         "--vars " + path + ": nothing is polled until this is put right:\n" + path +
             ": line 2: \"int17\" is no type of area 9; it holds int16, uint16, int32, uint32, float32, "
-            "hex, text\n    a,9,0,,,int17\n" +
+            "hex, text, int64, uint64, float64, bcd16, bcd32\n    a,9,0,,,int17\n" +
             path +
             ": line 4: station 3 is not served; only station 1 is, unless several stations are switched "
             "on in the settings (--multi-station)\n    c,9,0,3,,int16\n" +

@@ -29,6 +29,7 @@ WatchRow listedRow()
     ListedVariable listed;
     listed.name = QStringLiteral("oven");
     listed.type = ValueType::Float32;
+    listed.elements = row.variable;
     row.listed = listed;
     return row;
 }
@@ -38,6 +39,19 @@ TEST(WatchJson, OfAListedVariableCarriesItsNameItsTypeAndItsValueAsTextAndNumber
     EXPECT_EQ(watchJson(listedRow(), 7, someTime).toStdString(),
               R"({"address":"100","area":9,"count":2,"name":"oven","state":"fresh","station":7,"text":"1.5",)"
               R"("time":"1970-01-01T00:00:00.000Z","type":"float32","value":1.5,"values":[0,16320]})");
+}
+
+TEST(WatchJson, OfAListedVariableHasItsUnitItsLimitsAndWhetherItLiesOutside)
+{
+    WatchRow row = listedRow();
+    row.listed->unit = QStringLiteral("bar");
+    row.listed->min = 2;
+    row.listed->max = 2.5;
+    EXPECT_EQ(
+        watchJson(row, 7, someTime).toStdString(),
+        R"({"address":"100","area":9,"count":2,"max":2.5,"min":2,"name":"oven","outside":true,)"
+        R"("state":"fresh","station":7,"text":"1.5","time":"1970-01-01T00:00:00.000Z","type":"float32",)"
+        R"("unit":"bar","value":1.5,"values":[0,16320]})");
 }
 
 TEST(WatchJson, NamesTheStationOfTheList)

@@ -43,6 +43,7 @@ WatchRow listedRow(const char* name, ValueType type, int area, const std::vector
     listed.name = QString::fromUtf8(name);
     listed.type = type;
     listed.count = 99;
+    listed.elements = row.variable;
     row.listed = listed;
     return row;
 }
@@ -150,6 +151,22 @@ TEST(WatchTable, NoLineIsWiderThanTheWindow)
         for (const QString& line : watchTable(rows, style))
             ASSERT_LE(line.size(), style.columns);
     }
+}
+
+TEST(WatchTable, ShowsTheUnitBehindTheLastValueAndTheLimitsOfWhatLiesOutside)
+{
+    WatchRow hot = listedRow("oven", ValueType::Int16, 9, {215, 905});
+    hot.listed->scale = 0.1;
+    hot.listed->unit = QStringLiteral("C");
+    hot.listed->max = 90;
+    WatchRow warm = hot;
+    warm.value.values = {215, 900};
+    const QString lines = watchTable(view({hot, warm}), TableStyle()).join(QLatin1Char('\n'));
+    EXPECT_TRUE(
+        lines.contains(QStringLiteral("oven      21.5 90.5 C  0.0 s    fresh, outside at most 90 C\n")))
+        << lines.toStdString();
+    EXPECT_TRUE(lines.endsWith(QStringLiteral("oven      21.5 90 C    0.0 s    fresh")))
+        << lines.toStdString();
 }
 
 TEST(WatchTable, ShowsListedVariablesByTheirNamesAndTypes)

@@ -12,12 +12,13 @@ namespace plc
 
 TEST(ValueType, IsNamedByItsWordInAnyCase)
 {
-    for (const char* word : {"bit", "int16", "uint16", "int32", "uint32", "float32", "hex", "text"}) {
+    for (const char* word : {"bit", "int16", "uint16", "int32", "uint32", "float32", "hex", "text", "int64",
+                             "uint64", "float64", "bcd16", "bcd32"}) {
         const auto type = parseValueType(QString::fromLatin1(word).toUpper());
         ASSERT_TRUE(type) << word;
         EXPECT_EQ(valueTypeWord(*type), QLatin1String(word));
     }
-    EXPECT_FALSE(parseValueType(QStringLiteral("int64")));
+    EXPECT_FALSE(parseValueType(QStringLiteral("int128")));
     EXPECT_FALSE(parseValueType(QString()));
 }
 
@@ -31,6 +32,18 @@ TEST(ValueType, TakesAsManyElementsAsItsBytesNeed)
     EXPECT_EQ(elementsOfType(ValueType::Hex, 14, 3), 3);
     EXPECT_EQ(elementsOfType(ValueType::Text, 9, 5), 3);
     EXPECT_EQ(elementsOfType(ValueType::Text, 14, 5), 2);
+}
+
+TEST(ValueType, OfSixtyFourBitsTakesFourWordsOrTwoDoubleWords)
+{
+    for (const ValueType type : {ValueType::Int64, ValueType::Uint64, ValueType::Float64}) {
+        EXPECT_EQ(elementsOfType(type, 9, 3), 12);
+        EXPECT_EQ(elementsOfType(type, 14, 3), 6);
+    }
+    EXPECT_EQ(elementsOfType(ValueType::Bcd16, 9, 3), 3);
+    EXPECT_EQ(elementsOfType(ValueType::Bcd16, 14, 3), 0);
+    EXPECT_EQ(elementsOfType(ValueType::Bcd32, 9, 3), 6);
+    EXPECT_EQ(elementsOfType(ValueType::Bcd32, 14, 3), 3);
 }
 
 TEST(ValueType, IsRefusedByAreasThatCannotHoldIt)
@@ -103,6 +116,48 @@ TEST(ValueText, OfAFloatIsReadBackWhateverItsBitsAre)
         std::memcpy(&again, &value, sizeof again);
         ASSERT_EQ(again, bits) << text;
     }
+}
+
+TEST(ValueText, OfSixtyFourBitsIsExactAndHasItsLowWordFirst)
+{
+    const std::vector<quint32> words = {0xDEF0, 0x9ABC, 0x5678, 0x1234}; // 0x123456789ABCDEF0
+    EXPECT_EQ(valueText(ValueType::Int64, 9, words), QStringLiteral("1311768467463790320"));
+    EXPECT_EQ(valueText(ValueType::Uint64, 14, {0xFFFFFFFF, 0xFFFFFFFF}),
+              QStringLiteral("18446744073709551615"));
+    EXPECT_EQ(valueText(ValueType::Int64, 14, {0xFFFFFFFE, 0xFFFFFFFF}), QStringLiteral("-2"));
+    EXPECT_EQ(valueText(ValueType::Int64, 14, {0, 0x80000000}), QStringLiteral("-9223372036854775808"));
+}
+
+TEST(ValueText, OfADoubleHasAsManyDigitsAsItTakesToReadItBack)
+{
+    EXPECT_EQ(valueText(ValueType::Float64, 14, {0x66666666, 0x40226666}), QStringLiteral("9.2"));
+    EXPECT_EQ(valueText(ValueType::Float64, 14, {0x33333334, 0x3FD33333}),
+              QStringLiteral("0.30000000000000004"));
+    EXPECT_EQ(valueText(ValueType::Float64, 9, {0, 0, 0, 0x7FF0, 0, 0, 0, 0x7FF8}),
+              QStringLiteral("inf nan"));
+}
+
+TEST(ValueText, OfBcdIsItsDecimalDigits)
+{
+    EXPECT_EQ(valueText(ValueType::Bcd16, 9, {0x1234, 0x0007}), QStringLiteral("1234 7"));
+    EXPECT_EQ(valueText(ValueType::Bcd32, 9, {0x5678, 0x1234}), QStringLiteral("12345678"));
+    EXPECT_EQ(valueText(ValueType::Bcd32, 14, {0x99999999}), QStringLiteral("99999999"));
+}
+
+TEST(ValueText, OfDigitsThatAreNoneInBcdSaysSo)
+{
+    EXPECT_EQ(valueText(ValueType::Bcd16, 9, {0x12A4}), QStringLiteral("not BCD 0x12a4"));
+    EXPECT_EQ(valueJson(ValueType::Bcd16, 9, {0x12A4}, 1), QJsonValue(QStringLiteral("not BCD 0x12a4")));
+    EXPECT_EQ(valueText(ValueType::Bcd32, 9, {0x5678, 0xF234}), QStringLiteral("not BCD 0xf2345678"));
+}
+
+TEST(ValueJson, IsATextOfWholeNumbersThatADoubleWouldNotHold)
+{
+    EXPECT_EQ(valueJson(ValueType::Int64, 14, {0, 0x00200000}, 1), QJsonValue(9007199254740992.0));
+    EXPECT_EQ(valueJson(ValueType::Int64, 14, {1, 0x00200000}, 1),
+              QJsonValue(QStringLiteral("9007199254740993")));
+    EXPECT_EQ(valueJson(ValueType::Uint64, 14, {0xFFFFFFFF, 0xFFFFFFFF}, 1),
+              QJsonValue(QStringLiteral("18446744073709551615")));
 }
 
 TEST(ValueJson, IsANumberOrAnArrayOfThem)

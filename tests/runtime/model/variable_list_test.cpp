@@ -37,6 +37,120 @@ TEST(VariableList, HoldsOneVariableALine)
     EXPECT_EQ(list.variables[1].elements.element, 15); // octal
 }
 
+TEST(VariableList, FindsItsColumnsByNameInAnyOrder)
+{
+    const VariableList list =
+        parseVariableList("Comment,Type,Unit,address,Max,AREA,name,access,digits,order,offset,scale,min\n"
+                          "\"left, upper\",int32,bar,100,16.5,9,pressure,r,2,abcd,-1,0.01,0\n");
+    ASSERT_EQ(list.errors, QStringList());
+    const ListedVariable& pressure = list.variables.at(0);
+    EXPECT_EQ(pressure.name, QStringLiteral("pressure"));
+    EXPECT_EQ(pressure.elements.area, 9);
+    EXPECT_EQ(pressure.elements.element, 100);
+    EXPECT_EQ(pressure.elements.count, 2);
+    EXPECT_EQ(pressure.elements.station, -1);
+    EXPECT_EQ(pressure.type, ValueType::Int32);
+    EXPECT_EQ(pressure.order, WordOrder::Abcd);
+    EXPECT_EQ(pressure.scale, 0.01);
+    EXPECT_EQ(pressure.offset, -1);
+    EXPECT_EQ(pressure.unit, QStringLiteral("bar"));
+    EXPECT_EQ(pressure.digits, 2);
+    EXPECT_EQ(pressure.min, 0.0);
+    EXPECT_EQ(pressure.max, 16.5);
+    EXPECT_EQ(pressure.access, Access::ReadOnly);
+    EXPECT_EQ(pressure.comment, QStringLiteral("left, upper"));
+}
+
+TEST(VariableList, SaysHowManyElementsMakeAValueThatNoRequestMayCut)
+{
+    const VariableList list =
+        parseVariableList(header + "a,9,0,,2,int64\nb,14,200,,2,float64\nc,9,20,,,bcd32\nd,9,30,,9,text\n");
+    ASSERT_EQ(list.errors, QStringList());
+    EXPECT_EQ(list.variables.at(0).elements.valueElements, 4);
+    EXPECT_EQ(list.variables.at(1).elements.valueElements, 2);
+    EXPECT_EQ(list.variables.at(2).elements.valueElements, 2);
+    EXPECT_EQ(list.variables.at(3).elements.valueElements, 1);
+}
+
+TEST(VariableList, NeedsNoMoreThanNameAreaAddressAndType)
+{
+    const VariableList list = parseVariableList("name,area,address,type\nspeed,9,100,int16\n");
+    ASSERT_EQ(list.errors, QStringList());
+    const ListedVariable& speed = list.variables.at(0);
+    EXPECT_EQ(speed.count, 1);
+    EXPECT_EQ(speed.order, WordOrder::Usual);
+    EXPECT_EQ(speed.scale, 1);
+    EXPECT_EQ(speed.offset, 0);
+    EXPECT_EQ(speed.digits, -1);
+    EXPECT_FALSE(speed.min || speed.max);
+    EXPECT_EQ(speed.access, Access::Unsaid);
+    EXPECT_EQ(parseVariableList("name,area,address\n").errors.at(0).section(QLatin1Char(','), 0, 1),
+              QStringLiteral("line 1: the first line must name the columns, and type is missing among them"));
+}
+
+TEST(VariableList, TakesSemicolonsAndThenADecimalComma)
+{
+    const VariableList list = parseVariableList("\xEF\xBB\xBFname;area;address;type;scale;min;max\r\n"
+                                                "oven, left;11;20;int16;0,1;-5;90.5\r\n"
+                                                ";;;;;;\r\n");
+    ASSERT_EQ(list.errors, QStringList());
+    EXPECT_EQ(list.variables.at(0).name, QStringLiteral("oven, left"));
+    EXPECT_EQ(list.variables.at(0).scale, 0.1);
+    EXPECT_EQ(list.variables.at(0).min, -5.0);
+    EXPECT_EQ(list.variables.at(0).max, 90.5);
+}
+
+TEST(VariableList, TakesNoDecimalCommaBetweenCommas)
+{
+    const VariableList list = parseVariableList("name,area,address,type,scale\noven,11,20,int16,\"0,1\"\n");
+    ASSERT_EQ(list.errors.size(), 1);
+    EXPECT_TRUE(list.errors[0].startsWith(
+        QStringLiteral("line 2: \"0,1\" is no scale; a number such as 0.1 is expected\n")));
+}
+
+TEST(VariableList, NamesTheColumnsThatThereAreForOneThatItDoesNotKnow)
+{
+    const VariableList list = parseVariableList("name,area,address,type,colour\nspeed,9,100,int16,red\n");
+    ASSERT_EQ(list.errors.size(), 1);
+    EXPECT_TRUE(list.errors[0].startsWith(QStringLiteral(
+        "line 1: the first line must name the columns, and \"colour\" is none of them: name, area, address, "
+        "station, count, type, order, scale, offset, unit, digits, min, max, access, comment\n")));
+    EXPECT_TRUE(parseVariableList("name,area,type,address,Area\n")
+                    .errors.join(QString())
+                    .startsWith(QStringLiteral("line 1: the column area is there twice\n")));
+}
+
+TEST(VariableList, SaysWhatIsExpectedOfEachFieldThatMayBeLeftOut)
+{
+    const auto error = [](const char* column, const char* type, const char* field) {
+        const QByteArray csv =
+            QByteArray("name,area,address,type,") + column + "\na,9,0," + type + ',' + field;
+        return parseVariableList(csv).errors.value(0).section(QLatin1Char('\n'), 0, 0).toStdString();
+    };
+    EXPECT_EQ(error("order", "int32", "DABC"),
+              "line 2: \"DABC\" is no order; ABCD, CDAB, BADC, DCBA is expected, or nothing");
+    EXPECT_EQ(error("order", "int16", "ABCD"),
+              "line 2: a int16 lies in one word and has no order; leave the field empty");
+    EXPECT_EQ(error("scale", "int16", "0"), "line 2: the scale is 0, so that every value would be the same");
+    EXPECT_EQ(error("offset", "int16", "nan"),
+              "line 2: \"nan\" is no offset; a number such as 0.1 is expected");
+    EXPECT_EQ(error("scale", "text", "2"),
+              "line 2: a text has no scale, only numbers have; leave the field empty");
+    EXPECT_EQ(error("digits", "int16", "16"), "line 2: \"16\" is no digits; 0 to 15 is expected");
+    EXPECT_EQ(error("unit", "int16", "a unit of more than 20"),
+              "line 2: the unit has 22 characters; 20 are allowed");
+    EXPECT_EQ(error("min,max", "int16", "2,1"),
+              "line 2: min is above max, so that no value would lie between them");
+    EXPECT_EQ(error("access", "int16", "w"), "line 2: \"w\" is no access; r or rw is expected, or nothing");
+}
+
+TEST(VariableList, RefusesToCallAnAreaWritableThatIsNot)
+{
+    const VariableList list = parseVariableList("name,area,address,type,access\nstop,0,0,bit,rw\n");
+    EXPECT_TRUE(list.errors.join(QString()).startsWith(
+        QStringLiteral("line 2: the access is rw, but area 0 can only be read\n")));
+}
+
 TEST(VariableList, SkipsCommentsAndBlankLines)
 {
     const VariableList list =
@@ -98,7 +212,7 @@ TEST(VariableList, SaysWhatIsExpectedOfEachField)
     EXPECT_EQ(errorOf("a,9,0,1,1,bit"),
               QStringLiteral(
                   "line 2: \"bit\" is no type of area 9; it holds int16, uint16, int32, uint32, float32, "
-                  "hex, text"));
+                  "hex, text, int64, uint64, float64, bcd16, bcd32"));
     EXPECT_EQ(
         errorOf("a,9,0,1,1"),
         QStringLiteral("line 2: it has 5 fields; 6 are expected: name,area,address,station,count,type"));
