@@ -1,5 +1,7 @@
 #include "panel/watch/watch_json.h"
 
+#include "runtime/model/value_text.h"
+
 #include "panel/watch/watch_words.h"
 #include "runtime/modbus/failure_words.h"
 #include "runtime/modbus/return_code_words.h"

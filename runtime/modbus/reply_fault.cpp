@@ -2,6 +2,7 @@
 
 #include "runtime/modbus/frame_fields.h"
 #include "runtime/modbus/remote_fields.h"
+#include "runtime/model/area_table.h"
 
 namespace plc
 {
