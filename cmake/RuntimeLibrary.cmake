@@ -47,6 +47,8 @@ target_link_libraries(plcruntime
 # The map keeps what the standard library's and Qt's templates leave behind inside.
 target_link_options(plcruntime PRIVATE
   "-Wl,--version-script=${CMAKE_CURRENT_LIST_DIR}/runtime-exports.map" -Wl,-Bsymbolic-functions -Wl,--as-needed)
+# A look-up of a name may go on when the program has done with the library: the code of its thread has to stay.
+target_link_options(plcruntime PRIVATE -Wl,-z,nodelete)
 if(NOT PLC_SANITIZE) # whose runtime only programs have
   target_link_options(plcruntime PRIVATE -Wl,-z,defs)
 endif()

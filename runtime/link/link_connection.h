@@ -62,7 +62,11 @@ public:
     void close();
 
     /// Makes make() end soon, now and later. Any thread.
-    void stop() { m_stopping = true; }
+    void stop()
+    {
+        m_stopping = true;
+        m_transport->stop();
+    }
     bool isStopping() const { return m_stopping; }
 
     void countDropped(DropReason reason);

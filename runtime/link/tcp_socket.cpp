@@ -8,6 +8,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -22,6 +23,9 @@ using asio::ip::tcp;
 
 const int nobody = -1; // no descriptor
 const int msOfSecond = 1000;
+
+// How long an attempt to connect may keep stop() waiting.
+const int sliceMs = 20;
 
 // A whole reply and more.
 const std::size_t mostBytesAtOnce = 4096;
@@ -45,6 +49,8 @@ QString words(const std::error_code& error)
 {
     if (error == asio::error::eof)
         return QStringLiteral("the other side has closed the connection");
+    if (error == asio::error::host_not_found_try_again)
+        return QStringLiteral("no name server has answered");
     return QString::fromLocal8Bit(error.message().c_str());
 }
 
@@ -54,30 +60,53 @@ void setOption(int descriptor, int level, int name, const Value& value)
     setsockopt(descriptor, level, name, &value, sizeof value);
 }
 
-/// \return what was begun came to its end within \a timeoutMs
-bool runFor(asio::io_context& context, int timeoutMs)
+/// \return what was begun came to its end within \a timeoutMs, and before \a stopping was true
+bool runFor(asio::io_context& context, int timeoutMs, const std::atomic<bool>& stopping)
 {
-    context.run_for(std::chrono::milliseconds(timeoutMs));
+    const Clock::time_point end = Clock::now() + std::chrono::milliseconds(timeoutMs);
+    while (!stopping && !context.stopped() && Clock::now() < end)
+        context.run_until(std::min(end, Clock::now() + std::chrono::milliseconds(sliceMs)));
     return context.stopped();
 }
 
-/// Tries every address of \a host. \return a connected descriptor that is the caller's, or nobody
-int connectedTo(const QString& host, int port, int timeoutMs, std::error_code* error)
+NameLookup::Answer askSystem(const std::string& host)
+{
+    NameLookup::Answer answer;
+    asio::io_context context(1);
+    for (const auto& found :
+         tcp::resolver(context).resolve(host, "0", tcp::resolver::numeric_service, answer.error))
+        answer.addresses.push_back(found.endpoint().address().to_string());
+    return answer;
+}
+
+std::vector<tcp::endpoint> endpointsOf(const std::vector<std::string>& addresses, int port)
+{
+    std::vector<tcp::endpoint> endpoints;
+    for (const std::string& address : addresses)
+        endpoints.emplace_back(asio::ip::make_address(address), static_cast<unsigned short>(port));
+    return endpoints;
+}
+
+/// Tries all \a endpoints. \return a connected descriptor that is the caller's, or nobody
+int connectedTo(const std::vector<tcp::endpoint>& endpoints, int timeoutMs, const std::atomic<bool>& stopping,
+                std::error_code* error)
 {
     asio::io_context context(1); // one thread uses it
-    tcp::resolver resolver(context);
-    const auto endpoints = resolver.resolve(host.toLocal8Bit().toStdString(), std::to_string(port),
-                                            tcp::resolver::numeric_service, *error);
-    if (*error)
-        return nobody;
     tcp::socket socket(context);
     *error = asio::error::timed_out;
     asio::async_connect(socket, endpoints,
                         [error](const std::error_code& result, const tcp::endpoint&) { *error = result; });
-    if (!runFor(context, timeoutMs) || *error)
+    if (!runFor(context, timeoutMs, stopping) || *error)
         return nobody;
     socket.native_non_blocking(false, *error);
     return *error ? nobody : socket.release();
+}
+
+bool isNumber(const std::string& host)
+{
+    std::error_code error;
+    asio::ip::make_address(host, error);
+    return !error;
 }
 
 std::error_code lastError()
@@ -162,7 +191,12 @@ struct TcpSocket::Connection {
     TimeLimit receiveLimit{socket, SO_RCVTIMEO};
 };
 
-TcpSocket::TcpSocket(const QString& host, int port) : m_host(host), m_port(port) {}
+TcpSocket::TcpSocket(const QString& host, int port) : TcpSocket(host, port, askSystem) {}
+
+TcpSocket::TcpSocket(const QString& host, int port, NameLookup::Ask ask)
+    : m_host(host), m_port(port), m_lookup(std::move(ask))
+{
+}
 
 TcpSocket::~TcpSocket() = default;
 
@@ -188,13 +222,29 @@ bool TcpSocket::connect(int timeoutMs)
 try {
     close();
     std::error_code error;
-    const int descriptor = connectedTo(m_host, m_port, timeoutMs, &error);
+    const int descriptor = connectWithin(timeoutMs, &error);
     if (descriptor == nobody)
         return failWith(error);
     m_connection = std::make_unique<Connection>(descriptor);
     return true;
 } catch (const std::system_error& failure) { // no descriptors are left
     return failWith(failure.code());
+}
+
+/// \return as connectedTo()
+int TcpSocket::connectWithin(int timeoutMs, std::error_code* error)
+{
+    const Clock::time_point end = Clock::now() + std::chrono::milliseconds(timeoutMs);
+    const std::string host = m_host.toLocal8Bit().toStdString();
+    std::optional<NameLookup::Answer> found = NameLookup::Answer{{host}, {}};
+    if (!isNumber(host))
+        found = m_lookup.addressesOf(host, timeoutMs, m_stopping);
+    if (!found || found->error) {
+        *error = found ? found->error : asio::error::host_not_found_try_again;
+        return nobody;
+    }
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now()).count();
+    return connectedTo(endpointsOf(found->addresses, m_port), static_cast<int>(left), m_stopping, error);
 }
 
 LinkEnd TcpSocket::ownEnd() const

@@ -3,6 +3,7 @@
 #ifndef RUNTIME_LINK_TCP_SOCKET_H
 #define RUNTIME_LINK_TCP_SOCKET_H
 
+#include "runtime/link/name_lookup.h"
 #include "runtime/link/transport.h"
 
 #include <QByteArray>
@@ -21,12 +22,16 @@ class TcpSocket : public Transport
 public:
     /// \param host name or address
     TcpSocket(const QString& host, int port);
+
+    /// \param ask in place of the system, for tests
+    TcpSocket(const QString& host, int port, NameLookup::Ask ask);
     ~TcpSocket() override;
     TcpSocket(const TcpSocket&) = delete;
     TcpSocket& operator=(const TcpSocket&) = delete;
 
-    /// Tries every address of the host; looking up its name may take longer than the time-out.
+    /// Tries every address of the host, whose name is looked up each time.
     bool connect(int timeoutMs) override;
+    void stop() override { m_stopping = true; }
 
     void close() override;
     bool isOpen() const override;
@@ -45,11 +50,14 @@ private:
     class TimeLimit;
     struct Connection;
 
+    int connectWithin(int timeoutMs, std::error_code* error);
     bool failWith(const std::error_code& error);
     QByteArray receiveWithin(int timeoutMs);
 
     const QString m_host;
     const int m_port;
+    NameLookup m_lookup;
+    std::atomic<bool> m_stopping{false};
     std::unique_ptr<Connection> m_connection;
     QString m_error;
 };

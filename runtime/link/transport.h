@@ -22,6 +22,9 @@ public:
     /// \return true when there is a connection, else see errorString()
     virtual bool connect(int timeoutMs) = 0;
 
+    /// Makes connect(), now and later, end soon. Any thread.
+    virtual void stop() {}
+
     virtual void close() = 0;
     virtual bool isOpen() const = 0;
 

@@ -5,6 +5,11 @@ const char* builtDriver()
     return PLC_DRIVER_LIBRARY;
 }
 
+const char* builtSilentNameServer()
+{
+    return PLC_SILENT_NAME_SERVER;
+}
+
 const char* builtPlcpanel()
 {
     return PLCPANEL_PROGRAM;

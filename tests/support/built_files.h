@@ -6,9 +6,10 @@
 #ifndef TESTS_SUPPORT_BUILT_FILES_H
 #define TESTS_SUPPORT_BUILT_FILES_H
 
-const char* builtDriver();    ///< libplcdriver.so
-const char* builtPlcpanel();  ///< the program; nullptr where it is not built
-const char* builtPlcsim();    ///< the program; nullptr where it is not built
-const char* testsDirectory(); ///< the folder tests/ of the sources
+const char* builtDriver();           ///< libplcdriver.so
+const char* builtSilentNameServer(); ///< to be put in front of the C library by LD_PRELOAD
+const char* builtPlcpanel();         ///< the program; nullptr where it is not built
+const char* builtPlcsim();           ///< the program; nullptr where it is not built
+const char* testsDirectory();        ///< the folder tests/ of the sources
 
 #endif

@@ -5,7 +5,9 @@
 
 #include <QElapsedTimer>
 
+#include <future>
 #include <list>
+#include <memory>
 
 namespace
 {
@@ -51,6 +53,31 @@ TEST_F(TcpSocketTest, NoListenerIsRefusedInTheSystemsWords)
     EXPECT_FALSE(nobodys.connect(patienceMs));
     EXPECT_FALSE(nobodys.isOpen());
     EXPECT_EQ(nobodys.errorString(), QStringLiteral("Connection refused"));
+}
+
+TEST_F(TcpSocketTest, ANameIsLookedUp)
+{
+    TcpSocket named(QStringLiteral("the.controller"), controller.port(), [](const std::string& host) {
+        EXPECT_EQ(host, "the.controller");
+        return plc::NameLookup::Answer{{"127.0.0.1"}, {}};
+    });
+    EXPECT_TRUE(named.connect(patienceMs));
+}
+
+TEST_F(TcpSocketTest, ASilentNameServerIsWaitedForNoLongerThanTheTimeOut)
+{
+    auto silent = std::make_shared<std::promise<void>>();
+    TcpSocket named(QStringLiteral("the.controller"), 502,
+                    [released = silent->get_future().share()](const std::string&) {
+                        released.wait();
+                        return plc::NameLookup::Answer();
+                    });
+    QElapsedTimer clock;
+    clock.start();
+    EXPECT_FALSE(named.connect(shortMs));
+    EXPECT_LT(clock.elapsed(), patienceMs);
+    EXPECT_EQ(named.errorString(), QStringLiteral("no name server has answered"));
+    silent->set_value();
 }
 
 TEST_F(TcpSocketTest, AHostThatHasNoAddressIsAnError)
