@@ -2,8 +2,11 @@
 
 #include "runtime/host/request_keys.h"
 
+#include <QDateTime>
+
 #include <algorithm>
 #include <tuple>
+#include <utility>
 
 namespace plc
 {
@@ -218,6 +221,7 @@ int CyclicValues::answered(const RW_VAR& request, Clock::time_point repliedAt)
         part->doubtful = false;
         if (hasFailed(part->failure))
             part->set(Failure());
+        touchAt(part->variable);
     }
     return block.unused;
 }
@@ -225,16 +229,20 @@ int CyclicValues::answered(const RW_VAR& request, Clock::time_point repliedAt)
 int CyclicValues::givenUp(const RW_VAR& request, const Failure& why)
 {
     const Block& block = blockOf(request);
-    for (Part* part : block.parts)
+    for (Part* part : block.parts) {
         part->set(why);
+        touchAt(part->variable);
+    }
     return block.unused;
 }
 
 void CyclicValues::lost(int station, const Failure& why)
 {
     for (Part& part : m_parts) {
-        if (part.piece.asked.station == station)
-            part.set(why);
+        if (part.piece.asked.station != station)
+            continue;
+        part.set(why);
+        touchAt(part.variable);
     }
 }
 
@@ -242,6 +250,61 @@ void CyclicValues::doubt(const Variable& elements)
 {
     for (Part& part : m_parts)
         part.doubtful = part.doubtful || overlaps(part.piece.shown, elements);
+}
+
+void CyclicValues::watch()
+{
+    m_watched = true;
+}
+
+void CyclicValues::touchAt(std::size_t index)
+{
+    Entry& entry = m_variables[index];
+    if (!m_watched || entry.touched)
+        return;
+    entry.touched = true;
+    m_touched.push_back(static_cast<int>(index));
+}
+
+void CyclicValues::touch(const Variable& elements)
+{
+    for (std::size_t index = 0; m_watched && index < m_variables.size(); ++index) {
+        if (overlaps(m_variables[index].variable, elements))
+            touchAt(index);
+    }
+}
+
+void CyclicValues::touchStation(int station)
+{
+    for (std::size_t index = 0; index < m_variables.size(); ++index) {
+        if (m_variables[index].variable.station == station)
+            touchAt(index);
+    }
+}
+
+void CyclicValues::touchAged()
+{
+    for (std::size_t index = 0; index < m_variables.size(); ++index) {
+        if (stateOf(m_variables[index]) != m_variables[index].taken)
+            touchAt(index);
+    }
+}
+
+std::vector<int> CyclicValues::takeTouched()
+{
+    for (const int index : m_touched) {
+        Entry& entry = m_variables[static_cast<std::size_t>(index)];
+        entry.touched = false;
+        entry.taken = stateOf(entry);
+    }
+    return std::exchange(m_touched, std::vector<int>());
+}
+
+void CyclicValues::freeze(const DriverCalls& calls)
+{
+    for (Entry& entry : m_variables)
+        entry.frozen = valuesInDriver(calls, entry.variable);
+    m_frozen = true;
 }
 
 ValueState CyclicValues::stateOf(const Part& part) const
@@ -256,12 +319,19 @@ ValueState CyclicValues::stateOf(const Part& part) const
 }
 
 /// A variable is as good as the worst of its parts.
+ValueState CyclicValues::stateOf(const Entry& entry) const
+{
+    ValueState state = entry.parts.empty() ? ValueState::NeverRead : ValueState::Fresh;
+    for (const std::size_t index : entry.parts)
+        state = std::min(state, stateOf(m_parts[index]));
+    return state;
+}
+
 void CyclicValues::judge(const Entry& entry, CyclicValue* value) const
 {
-    value->state = ValueState::Fresh;
+    value->state = stateOf(entry);
     for (const std::size_t index : entry.parts) {
         const Part& part = m_parts[index];
-        value->state = std::min(value->state, stateOf(part));
         if (part.read)
             value->ageMs = std::max(value->ageMs, msSince(*part.read));
         if (hasFailed(part.failure))
@@ -269,6 +339,8 @@ void CyclicValues::judge(const Entry& entry, CyclicValue* value) const
     }
     if (value->state == ValueState::NeverRead)
         value->ageMs = -1;
+    else
+        value->readAtMs = QDateTime::currentMSecsSinceEpoch() - value->ageMs;
 }
 
 CyclicValue CyclicValues::value(int index, const DriverCalls& calls) const
@@ -277,7 +349,10 @@ CyclicValue CyclicValues::value(int index, const DriverCalls& calls) const
     const Variable& shown = entry.variable;
     CyclicValue value;
     judge(entry, &value);
-    value.values = valuesInDriver(calls, shown);
+    if (value.state == ValueState::NeverRead) // what the driver holds may come from an earlier use of it
+        value.values.assign(static_cast<std::size_t>(shown.count), 0);
+    else
+        value.values = m_frozen ? entry.frozen : valuesInDriver(calls, shown);
     return value;
 }
 

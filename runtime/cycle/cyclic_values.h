@@ -70,6 +70,24 @@ public:
     /// \return values and state, but StationOff and writes on their way, which only the caller knows
     CyclicValue value(int index, const DriverCalls& calls) const;
 
+    /// Keeps the values as they are now: value() needs no driver any more.
+    void freeze(const DriverCalls& calls);
+
+    /// From now on it is noted which variables may show something else.
+    void watch();
+
+    /// With watch(): a write to \a elements has come or ended.
+    void touch(const Variable& elements);
+
+    /// With watch(): a station was switched on or off.
+    void touchStation(int station);
+
+    /// With watch(): notes the variables that have become stale since they were taken last.
+    void touchAged();
+
+    /// \return the variables that may show something else than when they were taken last, each once
+    std::vector<int> takeTouched();
+
     /// A reply to a read of bits is padded to whole bytes, and the driver files padding behind the bits.
     /// \return how many elements to read from \a asked's first on so that no variable of this list shows
     ///         the padding; \a asked's own number where that is enough, and for words
@@ -87,7 +105,10 @@ private:
     };
     struct Entry {
         Variable variable;
-        std::vector<std::size_t> parts; // by their first elements
+        std::vector<std::size_t> parts;           // by their first elements
+        std::vector<quint32> frozen;              // see freeze()
+        ValueState taken = ValueState::NeverRead; // when it was taken last, as judge() has it
+        bool touched = false;
     };
 
     struct Block {
@@ -104,10 +125,15 @@ private:
     const Block& blockOf(const RW_VAR& request);
     ValueState stateOf(const Part& part) const;
     void judge(const Entry& entry, CyclicValue* value) const;
+    ValueState stateOf(const Entry& entry) const;
+    void touchAt(std::size_t index);
     bool shows(const Variable& bit) const;
 
     const Settings m_settings;
     std::vector<Entry> m_variables;
+    bool m_frozen = false;
+    bool m_watched = false;
+    std::vector<int> m_touched;
     std::vector<Part> m_parts;          // by station, area and first element of what is asked
     std::map<BlockKey, Block> m_blocks; // as the driver made them, each looked up once
 };

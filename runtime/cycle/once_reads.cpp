@@ -15,8 +15,10 @@ const int statusAnswered = 1;
 
 } // namespace
 
-OnceReads::OnceReads(const DriverCalls& calls, const Settings& settings, const WholeBits& wholeBits)
-    : m_calls(calls), m_settings(settings), m_wholeBits(wholeBits), m_ledger(settings.multiStation)
+OnceReads::OnceReads(const DriverCalls& calls, const Settings& settings, const WholeBits& wholeBits,
+                     LaterCalls& later)
+    : m_calls(calls), m_settings(settings), m_wholeBits(wholeBits), m_later(later),
+      m_ledger(settings.multiStation)
 {
 }
 
@@ -39,9 +41,10 @@ int OnceReads::listSize() const
     return m_calls.AddListOnceReadVar(&nothing, 0);
 }
 
-Pending<ReadOutcome> OnceReads::add(const Variable& variable)
+Pending<ReadOutcome> OnceReads::add(const Variable& variable, const ReadDone& done)
 {
     const auto job = std::make_shared<Job>();
+    job->done = done;
     for (const ReadPiece& piece : readPieces(variable, m_settings.maxBlockCount)) {
         m_requests[m_nextKey] = {job, job->parts.size(), piece};
         m_backlog.push_back(m_nextKey++);
@@ -51,13 +54,15 @@ Pending<ReadOutcome> OnceReads::add(const Variable& variable)
     return job->pending;
 }
 
-void OnceReads::feed(const std::set<int>& stationsOff)
+void OnceReads::feed(const std::set<int>& stationsOff, const std::set<int>& stationsHeld)
 {
     while (!m_backlog.empty() && m_ledger.size() < mostInDriver) {
         const int key = m_backlog.front();
-        m_backlog.pop_front();
         const Request request = m_requests.at(key);
         const int station = request.piece.asked.station;
+        if (stationsHeld.count(station) != 0)
+            return;
+        m_backlog.pop_front();
         if (stationsOff.count(station) != 0)
             fail(key, stationOff(station));
         else
@@ -160,6 +165,8 @@ void OnceReads::conclude(Job* job)
             outcome.values.insert(outcome.values.end(), part.begin(), part.end());
     }
     job->pending.finish(outcome);
+    if (job->done)
+        m_later.add([done = job->done, outcome] { done(outcome); });
 }
 
 void OnceReads::lost(int station, const Failure& why)
@@ -172,6 +179,14 @@ void OnceReads::lost(int station, const Failure& why)
             others.push_back(key);
     }
     m_backlog = others;
+}
+
+std::map<int, int> OnceReads::waitingByStation() const
+{
+    std::map<int, int> waiting;
+    for (const auto& request : m_requests)
+        ++waiting[request.second.piece.asked.station];
+    return waiting;
 }
 
 void OnceReads::stop()

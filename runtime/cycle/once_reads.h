@@ -3,6 +3,7 @@
 #ifndef RUNTIME_CYCLE_ONCE_READS_H
 #define RUNTIME_CYCLE_ONCE_READS_H
 
+#include "runtime/cycle/later_calls.h"
 #include "runtime/cycle/request_ledger.h"
 #include "runtime/host/driver_values.h"
 #include "runtime/modbus/request_pieces.h"
@@ -26,13 +27,17 @@ public:
     /// \return how many elements to read instead of \a asked's own number, see CyclicValues::wholeBits()
     using WholeBits = std::function<int(const Variable& asked)>;
 
-    OnceReads(const DriverCalls& calls, const Settings& settings, const WholeBits& wholeBits);
+    /// \param later takes the calls to those who want to be told of an end
+    OnceReads(const DriverCalls& calls, const Settings& settings, const WholeBits& wholeBits,
+              LaterCalls& later);
 
     /// \param variable station filled in, and nothing against it (readRefusal())
-    Pending<ReadOutcome> add(const Variable& variable);
+    /// \param done told of the outcome; may be empty
+    Pending<ReadOutcome> add(const Variable& variable, const ReadDone& done = ReadDone());
 
     /// Hands the driver a few requests at a time. Reads of a station in \a stationsOff fail instead.
-    void feed(const std::set<int>& stationsOff);
+    /// What is for a station in \a stationsHeld waits, and whatever came behind it.
+    void feed(const std::set<int>& stationsOff, const std::set<int>& stationsHeld);
 
     void polled(); ///< after ComCommunication()
 
@@ -53,6 +58,12 @@ public:
     /// Fails everything that waits.
     void stop();
 
+    /// \return true when the driver has a request of \a station
+    bool driverHas(int station) const { return m_ledger.holds(station); }
+
+    /// \return requests that have not ended, by station
+    std::map<int, int> waitingByStation() const;
+
     /// \return requests that have not ended
     int waiting() const { return static_cast<int>(m_requests.size()); }
 
@@ -64,6 +75,7 @@ private:
     struct Job {
         Pending<ReadOutcome> pending;
         ReadOutcome outcome;
+        ReadDone done;
         std::vector<std::vector<quint32>> parts;
         int left = 0;
     };
@@ -86,6 +98,7 @@ private:
     const DriverCalls& m_calls;
     const Settings m_settings;
     const WholeBits m_wholeBits;
+    LaterCalls& m_later;
     RequestLedger m_ledger;
     std::map<int, Request> m_requests; // by key: in the driver or waiting for their turn
     std::deque<int> m_backlog;         // keys of those that wait for their turn

@@ -18,6 +18,12 @@ bool sameElements(const Variable& a, const Variable& b)
 
 } // namespace
 
+bool RequestLedger::holds(int station) const
+{
+    return std::any_of(m_entries.begin(), m_entries.end(),
+                       [station](const LedgerEntry& entry) { return entry.elements.station == station; });
+}
+
 bool RequestLedger::hasRoom() const
 {
     return m_entries.size() < std::size_t{PLC_LIST_LIMIT}; // beyond that the driver drops without a word

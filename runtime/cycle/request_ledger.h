@@ -37,6 +37,9 @@ public:
 
     int size() const { return static_cast<int>(m_entries.size()); }
 
+    /// \return true when the list has a request of \a station
+    bool holds(int station) const;
+
     /// \return true while the driver takes a further request; beyond that it drops it
     bool hasRoom() const;
 

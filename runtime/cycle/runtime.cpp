@@ -6,6 +6,7 @@
 #include "runtime/cycle/once_reads.h"
 #include "runtime/cycle/send_pause.h"
 #include "runtime/cycle/stations.h"
+#include "runtime/cycle/value_changes.h"
 #include "runtime/cycle/write_queue.h"
 #include "runtime/host/hosted_driver.h"
 #include "runtime/host/request_keys.h"
@@ -40,18 +41,23 @@ const int idleMs = 50;
 // writes in a row, and when all it had was for stations that are switched off.
 const int retryPollMs = 1;
 
+// How often values are looked through for those that have become stale.
+const std::chrono::milliseconds ageingPeriod(20);
+
 [[noreturn]] void fail(const QString& words)
 {
     throw std::runtime_error(words.toStdString());
 }
 
 template <class Outcome>
-Pending<Outcome> refused(const Failure& failure)
+Pending<Outcome> refused(const Failure& failure, const std::function<void(const Outcome&)>& done)
 {
     Outcome outcome;
     outcome.failure = failure;
     Pending<Outcome> pending;
     pending.finish(outcome);
+    if (done)
+        done(outcome);
     return pending;
 }
 
@@ -116,21 +122,32 @@ public:
     int addCyclic(const Variable& variable);
     void start();
     void stop();
-    Pending<WriteOutcome> write(const Variable& variable, const std::vector<quint32>& values);
-    Pending<ReadOutcome> read(const Variable& variable);
+    Pending<WriteOutcome> write(const Variable& variable, const std::vector<quint32>& values,
+                                const WriteDone& done);
+    Pending<ReadOutcome> read(const Variable& variable, const ReadDone& done);
     CyclicValue value(int index);
     void setStation(int station, bool on);
     std::vector<StationReport> stations();
     Statistics statistics();
 
     void setObserver(const ExchangeObserver& observer) { m_observer = observer; }
+    void setValueObserver(const ValueObserver& observer) { m_valueObserver = observer; }
     Link& link() { return m_link; }
 
 private:
+    bool isRunning() const { return m_started && !m_stopped; }
+    CyclicValue shown(int index);
+    void workHasCome();
+    void writeEnded(const Variable& elements, bool doubtful);
+    void endHolding();
+    void feed();
+    void tell();
+    void collectChanges();
     void communicate();
     Turn takeTurn();
     void endPass();
-    void waitForWork(int milliseconds);
+    void pause(int milliseconds);
+    bool waitForWork(int milliseconds);
     void waitUnlessStopped(int milliseconds);
     void exchange(Turn turn);
     int judge(const Turn& turn, const LinkExchange& exchange);
@@ -143,6 +160,7 @@ private:
 
     const Settings m_settings;
     ExchangeObserver m_observer;
+    ValueObserver m_valueObserver;
     Link m_link;
 
     std::mutex m_mutex;
@@ -155,7 +173,10 @@ private:
 
     std::unique_ptr<HostedDriver> m_driver;
     DriverCalls m_calls; // of m_driver
+    LaterCalls m_later;
     CyclicValues m_cyclic;
+    ValueChanges m_changes;
+    Clock::time_point m_agedAt;
     WriteQueue m_writes;
     OnceReads m_reads;
     Stations m_stations;
@@ -166,8 +187,11 @@ private:
 Runtime::Private::Private(const Settings& settings)
     : m_settings(settings), m_link(settings.host, settings.port, settings.timeoutMs, frameFormatOf(settings)),
       m_cyclic(settings),
-      m_writes(m_calls, settings, [this](const Variable& elements) { m_cyclic.doubt(elements); }),
-      m_reads(m_calls, settings, [this](const Variable& asked) { return m_cyclic.wholeBits(asked); }),
+      m_writes(
+          m_calls, settings,
+          [this](const Variable& elements, bool doubtful) { writeEnded(elements, doubtful); }, m_later),
+      m_reads(
+          m_calls, settings, [this](const Variable& asked) { return m_cyclic.wholeBits(asked); }, m_later),
       m_stations(m_calls, settings), m_pause(settings)
 {
 }
@@ -200,6 +224,8 @@ void Runtime::Private::start()
         m_settings, [this](int key, int status) { m_reads.note(key, status); }); // under m_mutex
     m_calls = m_driver->calls();
     m_cyclic.queue(m_calls);
+    if (m_valueObserver)
+        m_cyclic.watch();
     std::lock_guard<std::mutex> lock(m_mutex);
     m_started = true;
     m_thread = std::thread([this] { communicate(); });
@@ -216,42 +242,67 @@ void Runtime::Private::stop()
     }
     if (m_thread.joinable())
         m_thread.join();
-    std::lock_guard<std::mutex> lock(m_mutex);
-    m_writes.stop();
-    m_reads.stop();
+    LaterCalls::Calls calls;
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_writes.stop();
+        m_reads.stop();
+        if (m_driver)
+            m_cyclic.freeze(m_calls);
+        m_driver.reset();
+        calls = m_later.take();
+    }
+    LaterCalls::make(calls);
 }
 
-Pending<WriteOutcome> Runtime::Private::write(const Variable& variable, const std::vector<quint32>& values)
+void Runtime::Private::workHasCome()
+{
+    m_hasWork = true;
+    m_workCame.notify_all();
+}
+
+void Runtime::Private::writeEnded(const Variable& elements, bool doubtful)
+{
+    if (doubtful)
+        m_cyclic.doubt(elements);
+    m_cyclic.touch(elements);
+}
+
+Pending<WriteOutcome> Runtime::Private::write(const Variable& variable, const std::vector<quint32>& values,
+                                              const WriteDone& done)
 {
     const Variable resolved = withStation(variable, m_settings);
     const QString words = writeRefusal(resolved, values, m_settings);
     if (!words.isEmpty())
-        return refused<WriteOutcome>(Failure(FailureKind::Invalid, words));
-    std::lock_guard<std::mutex> lock(m_mutex);
-    if (!m_started || m_stopped)
-        return refused<WriteOutcome>(Failure(FailureKind::NotRunning));
-    const Pending<WriteOutcome> pending = m_writes.add(resolved, values);
+        return refused(Failure(FailureKind::Invalid, words), done);
+    std::unique_lock<std::mutex> lock(m_mutex);
+    if (!isRunning()) {
+        lock.unlock();
+        return refused(Failure(FailureKind::NotRunning), done);
+    }
+    const Pending<WriteOutcome> pending = m_writes.add(resolved, values, done);
     m_stations.wake(resolved.station);
-    m_writes.feed(m_stations.off());
-    m_hasWork = true;
-    m_workCame.notify_all();
+    m_writes.feed(m_stations.off(), m_stations.held());
+    m_cyclic.touch(resolved);
+    workHasCome();
     return pending;
 }
 
-Pending<ReadOutcome> Runtime::Private::read(const Variable& variable)
+Pending<ReadOutcome> Runtime::Private::read(const Variable& variable, const ReadDone& done)
 {
     const Variable resolved = withStation(variable, m_settings);
     const QString words = readRefusal(resolved, m_settings);
     if (!words.isEmpty())
-        return refused<ReadOutcome>(Failure(FailureKind::Invalid, words));
-    std::lock_guard<std::mutex> lock(m_mutex);
-    if (!m_started || m_stopped)
-        return refused<ReadOutcome>(Failure(FailureKind::NotRunning));
-    const Pending<ReadOutcome> pending = m_reads.add(resolved);
+        return refused(Failure(FailureKind::Invalid, words), done);
+    std::unique_lock<std::mutex> lock(m_mutex);
+    if (!isRunning()) {
+        lock.unlock();
+        return refused(Failure(FailureKind::NotRunning), done);
+    }
+    const Pending<ReadOutcome> pending = m_reads.add(resolved, done);
     m_stations.wake(resolved.station);
-    m_reads.feed(m_stations.off());
-    m_hasWork = true;
-    m_workCame.notify_all();
+    m_reads.feed(m_stations.off(), m_stations.held());
+    workHasCome();
     return pending;
 }
 
@@ -260,8 +311,11 @@ CyclicValue Runtime::Private::value(int index)
     if (!m_cyclic.contains(index))
         fail(QStringLiteral("%1 is no index of a cyclic variable").arg(index));
     std::lock_guard<std::mutex> lock(m_mutex);
-    if (!m_started)
-        return CyclicValue();
+    return shown(index);
+}
+
+CyclicValue Runtime::Private::shown(int index)
+{
     const Variable& variable = m_cyclic.variable(index);
     CyclicValue value = m_cyclic.value(index, m_calls);
     if (m_writes.isWriting(variable))
@@ -276,17 +330,29 @@ void Runtime::Private::setStation(int station, bool on)
     if (station < 0 || station > lastStation)
         fail(QStringLiteral("%1 is no station; stations are 0 to %2").arg(station).arg(lastStation));
     std::lock_guard<std::mutex> lock(m_mutex);
-    if (!m_started)
+    if (!isRunning())
         fail(QStringLiteral("the panel is not running"));
-    m_stations.turn(station, on);
-    m_hasWork = true;
-    m_workCame.notify_all();
+    m_stations.turn(station, on, m_writes.driverHas(station) || m_reads.driverHas(station));
+    m_cyclic.touchStation(station);
+    workHasCome();
 }
 
 std::vector<StationReport> Runtime::Private::stations()
 {
     std::lock_guard<std::mutex> lock(m_mutex);
-    return m_stations.reports(m_cyclic.stations());
+    const std::map<int, int> writes = m_writes.waitingByStation();
+    const std::map<int, int> reads = m_reads.waitingByStation();
+    std::set<int> named = m_cyclic.stations();
+    for (const auto& waiting : {writes, reads}) {
+        for (const auto& station : waiting)
+            named.insert(station.first);
+    }
+    std::vector<StationReport> reports = m_stations.reports(named);
+    for (StationReport& report : reports) {
+        report.writesWaiting = writes.count(report.station) != 0 ? writes.at(report.station) : 0;
+        report.readsWaiting = reads.count(report.station) != 0 ? reads.at(report.station) : 0;
+    }
+    return reports;
 }
 
 Statistics Runtime::Private::statistics()
@@ -313,8 +379,53 @@ void Runtime::Private::communicate()
             endPass();
         else
             exchange(std::move(turn));
+        tell();
     }
     m_link.close();
+}
+
+/// What the last turn brought, to those who want to be told.
+void Runtime::Private::tell()
+{
+    LaterCalls::Calls calls;
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        collectChanges();
+        calls = m_later.take();
+    }
+    LaterCalls::make(calls);
+}
+
+void Runtime::Private::collectChanges()
+{
+    if (!m_valueObserver)
+        return;
+    const Clock::time_point now = Clock::now();
+    if (now - m_agedAt >= ageingPeriod) {
+        m_cyclic.touchAged();
+        m_agedAt = now;
+    }
+    for (const int index : m_cyclic.takeTouched()) {
+        const CyclicValue value = shown(index);
+        if (m_changes.isNews(index, value))
+            m_later.add([this, index, value] { m_valueObserver(index, value); });
+    }
+}
+
+void Runtime::Private::feed()
+{
+    m_writes.feed(m_stations.off(), m_stations.held());
+    m_reads.feed(m_stations.off(), m_stations.held());
+}
+
+/// Serves a station again when the driver has thrown away what was there before it was switched off.
+void Runtime::Private::endHolding()
+{
+    const std::set<int> held = m_stations.held();
+    for (const int station : held) {
+        if (!m_writes.driverHas(station) && !m_reads.driverHas(station))
+            m_stations.release(station);
+    }
 }
 
 Turn Runtime::Private::takeTurn()
@@ -322,8 +433,8 @@ Turn Runtime::Private::takeTurn()
     std::lock_guard<std::mutex> lock(m_mutex);
     m_hasWork = false;
     m_stations.endPauses();
-    m_writes.feed(m_stations.off());
-    m_reads.feed(m_stations.off());
+    endHolding();
+    feed();
     const Protocol* protocol = m_calls.ComCommunication();
     m_writes.polled();
     m_reads.polled();
@@ -344,16 +455,28 @@ void Runtime::Private::endPass()
             pauseMs = std::max(pauseMs, idleMs);
     }
     if (pauseMs > 0) // even a wait that is over at once gives the processor away
-        waitForWork(pauseMs);
+        pause(pauseMs);
+}
+
+/// As waitForWork(); meanwhile values become stale, and who wants to know is told.
+void Runtime::Private::pause(int milliseconds)
+{
+    const Clock::time_point begin = Clock::now();
+    const int slice = m_valueObserver ? std::min(milliseconds, idleMs) : milliseconds;
+    while (!waitForWork(slice) && msSince(begin) < milliseconds)
+        tell();
 }
 
 /// Returns early when something was queued since the last turn, or is still waiting from before it.
-void Runtime::Private::waitForWork(int milliseconds)
+/// \return true then
+bool Runtime::Private::waitForWork(int milliseconds)
 {
     std::unique_lock<std::mutex> lock(m_mutex);
     const bool waiting = m_writes.waiting() + m_reads.waiting() > 0;
-    m_workCame.wait_for(lock, std::chrono::milliseconds(waiting ? retryPollMs : milliseconds),
-                        [this] { return m_hasWork || m_stopping; });
+    const bool woken =
+        m_workCame.wait_for(lock, std::chrono::milliseconds(waiting ? retryPollMs : milliseconds),
+                            [this] { return m_hasWork || m_stopping; });
+    return woken || waiting;
 }
 
 void Runtime::Private::waitUnlessStopped(int milliseconds)
@@ -474,6 +597,11 @@ void Runtime::setObserver(const ExchangeObserver& observer)
     d->setObserver(observer);
 }
 
+void Runtime::setValueObserver(const ValueObserver& observer)
+{
+    d->setValueObserver(observer);
+}
+
 void Runtime::setTap(const std::shared_ptr<LinkTap>& tap)
 {
     d->link().setTap(tap);
@@ -489,14 +617,15 @@ void Runtime::stop()
     d->stop();
 }
 
-Pending<WriteOutcome> Runtime::write(const Variable& variable, const std::vector<quint32>& values)
+Pending<WriteOutcome> Runtime::write(const Variable& variable, const std::vector<quint32>& values,
+                                     const WriteDone& done)
 {
-    return d->write(variable, values);
+    return d->write(variable, values, done);
 }
 
-Pending<ReadOutcome> Runtime::read(const Variable& variable)
+Pending<ReadOutcome> Runtime::read(const Variable& variable, const ReadDone& done)
 {
-    return d->read(variable);
+    return d->read(variable, done);
 }
 
 CyclicValue Runtime::value(int index) const

@@ -27,6 +27,11 @@ struct ExchangeRecord;
 /// What it is told is in exchange_record.h.
 using ExchangeObserver = std::function<void(const ExchangeRecord&)>;
 
+/// Told of a cyclic variable, by its index, when its values, its state or the reason of its failure are others than
+/// before; at first it was never read. CyclicValue::readAtMs says of when the values are. Runs like an
+/// ExchangeObserver, and may call write(), read() and value().
+using ValueObserver = std::function<void(int index, const CyclicValue& value)>;
+
 /// One runtime at a time in a process, because the driver's state is one per process.
 ///
 /// Every write and every read ends: confirmed or done by the controller's answer, or failed with a reason,
@@ -39,6 +44,10 @@ using ExchangeObserver = std::function<void(const ExchangeRecord&)>;
 ///
 /// write(), read(), value(), setStation() and the reports may be called from any thread, also at once,
 /// between start() and stop().
+///
+/// What is to be done when a write or read has ended runs on the communication thread with no lock held. Where the
+/// request is refused at once, or ended by stop(), it runs on the thread that called write(), read() or stop(),
+/// before that returns. It must not throw, wait for another request, or stop the runtime.
 class PLCRUNTIME_API Runtime
 {
 public:
@@ -55,6 +64,9 @@ public:
     /// Before start().
     void setObserver(const ExchangeObserver& observer);
 
+    /// Before start().
+    void setValueObserver(const ValueObserver& observer);
+
     /// Before start(): \a tap sees every byte of the link. It may be null.
     void setTap(const std::shared_ptr<LinkTap>& tap);
 
@@ -63,21 +75,27 @@ public:
     ///         is running; the message says what to do
     void start();
 
-    /// Ends the communication thread; whatever is still waiting fails. Once stopped, stays stopped.
+    /// Ends the communication thread; whatever is still waiting fails. Nothing is left in the driver, neither a
+    /// request nor a list, and another runtime may be started at once. Once stopped, stays stopped: value() and the
+    /// reports tell how it was in the end.
     void stop();
 
     /// Queues a write and returns at once. A later write to the same elements replaces one that waits.
-    Pending<WriteOutcome> write(const Variable& variable, const std::vector<quint32>& values);
+    /// \param done called once, when the outcome is there
+    Pending<WriteOutcome> write(const Variable& variable, const std::vector<quint32>& values,
+                                const WriteDone& done = WriteDone());
 
     /// Queues a one-shot read and returns at once.
-    Pending<ReadOutcome> read(const Variable& variable);
+    /// \param done called once, when the outcome is there
+    Pending<ReadOutcome> read(const Variable& variable, const ReadDone& done = ReadDone());
 
     /// \param index as addCyclic() returned it
     /// \throws std::runtime_error for another one
     CyclicValue value(int index) const;
 
     /// Switches communication with a station (0..255) off or on. Off: its waiting writes and reads fail,
-    /// new ones are refused, its cyclic variables keep their old values. On: it is tried at once.
+    /// new ones are refused, its cyclic variables keep their old values; a request that is already on its way ends as
+    /// the controller answers. On: it is tried at once. What failed by switching it off does not go out then.
     /// \throws std::runtime_error for another number, and before start()
     void setStation(int station, bool on);
 

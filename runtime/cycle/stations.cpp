@@ -11,13 +11,21 @@ Stations::Stations(const DriverCalls& calls, const Settings& settings)
     m_clock.start();
 }
 
-void Stations::turn(int station, bool on)
+void Stations::turn(int station, bool on, bool held)
 {
+    if (on && held && m_off.count(station) != 0)
+        m_held.insert(station);
     if (on)
         m_off.erase(station);
     else
         m_off.insert(station);
     m_pauses.forget(station);
+    tellDriver(station);
+}
+
+void Stations::release(int station)
+{
+    m_held.erase(station);
     tellDriver(station);
 }
 
@@ -40,10 +48,10 @@ bool Stations::givenUp(int station, const Failure& why)
     return m_pauses.givenUp(station, why, m_clock.elapsed());
 }
 
-/// A station is served when neither the user nor a pause keeps it off.
+/// A station is served when neither the user, nor what is left from before, nor a pause keeps it off.
 void Stations::tellDriver(int station)
 {
-    const bool isOff = m_off.count(station) != 0 || m_pauses.isPausing(station);
+    const bool isOff = m_off.count(station) != 0 || m_held.count(station) != 0 || m_pauses.isPausing(station);
     m_calls.EnCommStation(station, isOff ? 0 : 1);
 }
 

@@ -23,7 +23,15 @@ public:
     Stations(const DriverCalls& calls, const Settings& settings);
 
     /// By the user. On: it is tried at once, and has to fail anew to be left alone.
-    void turn(int station, bool on);
+    /// \param held with \a on: the driver still holds requests for it from before it was switched off. They are
+    ///             booked as failed, or are about to be, and must not go out: so the driver is told only by release()
+    void turn(int station, bool on, bool held = false);
+
+    /// \return the stations that are switched on and that the driver takes for off, until release()
+    const std::set<int>& held() const { return m_held; }
+
+    /// The driver holds nothing any more for a station of held().
+    void release(int station);
 
     /// \return the stations that the user has switched off
     const std::set<int>& off() const { return m_off; }
@@ -53,6 +61,7 @@ private:
 
     const DriverCalls& m_calls;
     std::set<int> m_off;
+    std::set<int> m_held;
     StationPauses m_pauses;
     QElapsedTimer m_clock; // of the pauses
 };

@@ -7,8 +7,9 @@
 namespace plc
 {
 
-WriteQueue::WriteQueue(const DriverCalls& calls, const Settings& settings, const Doubtful& doubtful)
-    : m_calls(calls), m_settings(settings), m_doubtful(doubtful), m_ledger(settings.multiStation)
+WriteQueue::WriteQueue(const DriverCalls& calls, const Settings& settings, const RequestEnded& ended,
+                       LaterCalls& later)
+    : m_calls(calls), m_settings(settings), m_ended(ended), m_later(later), m_ledger(settings.multiStation)
 {
 }
 
@@ -18,9 +19,11 @@ int WriteQueue::listSize() const
     return m_calls.AddListWriteVar(nullptr, 0);
 }
 
-Pending<WriteOutcome> WriteQueue::add(const Variable& variable, const std::vector<quint32>& values)
+Pending<WriteOutcome> WriteQueue::add(const Variable& variable, const std::vector<quint32>& values,
+                                      const WriteDone& done)
 {
     const auto job = std::make_shared<Job>();
+    job->done = done;
     job->outcome.broadcast = variable.station == broadcastStation;
     for (const Variable& piece : writePieces(variable, m_settings.maxBlockCount)) {
         const auto from = values.begin() + (piece.element - variable.element);
@@ -32,14 +35,14 @@ Pending<WriteOutcome> WriteQueue::add(const Variable& variable, const std::vecto
     return job->pending;
 }
 
-void WriteQueue::feed(const std::set<int>& stationsOff)
+void WriteQueue::feed(const std::set<int>& stationsOff, const std::set<int>& stationsHeld)
 {
     while (!m_backlog.empty()) {
         const int key = m_backlog.front();
         const Request request = m_requests.at(key);
         if (stationsOff.count(request.elements.station) != 0)
             end(key, stationOff(request.elements.station));
-        else if (!queue(key, request))
+        else if (stationsHeld.count(request.elements.station) != 0 || !queue(key, request))
             return;
         m_backlog.pop_front();
     }
@@ -100,6 +103,14 @@ void WriteQueue::stop()
         end(m_requests.begin()->first, Failure(FailureKind::Stopped));
 }
 
+std::map<int, int> WriteQueue::waitingByStation() const
+{
+    std::map<int, int> waiting;
+    for (const auto& request : m_requests)
+        ++waiting[request.second.elements.station];
+    return waiting;
+}
+
 bool WriteQueue::isWriting(const Variable& variable) const
 {
     for (const auto& request : m_requests) {
@@ -129,8 +140,7 @@ void WriteQueue::end(int key, const Failure& failure)
         ++outcome.requestsConfirmed;
     else if (!hasFailed(outcome.failure))
         outcome.failure = failure;
-    if (!confirmed || !driverHolds(request))
-        m_doubtful(request.elements);
+    m_ended(request.elements, !confirmed || !driverHolds(request));
     if (--request.job->left == 0)
         finish(request.job.get());
 }
@@ -148,6 +158,8 @@ void WriteQueue::finish(Job* job)
     job->outcome.confirmed = job->outcome.requestsConfirmed == job->outcome.requests;
     ++(job->outcome.confirmed ? m_confirmed : m_failed);
     job->pending.finish(job->outcome);
+    if (job->done)
+        m_later.add([done = job->done, outcome = job->outcome] { done(outcome); });
 }
 
 } // namespace plc

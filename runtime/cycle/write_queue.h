@@ -3,6 +3,7 @@
 #ifndef RUNTIME_CYCLE_WRITE_QUEUE_H
 #define RUNTIME_CYCLE_WRITE_QUEUE_H
 
+#include "runtime/cycle/later_calls.h"
 #include "runtime/cycle/request_ledger.h"
 #include "runtime/host/driver_values.h"
 #include "runtime/model/outcome.h"
@@ -22,17 +23,22 @@ namespace plc
 class WriteQueue
 {
 public:
-    /// Told of the elements of each request that has ended while the driver may hold other values for them
+    /// Told of the elements of each request that has ended. \a doubtful: the driver may hold other values for them
     /// than the controller.
-    using Doubtful = std::function<void(const Variable& elements)>;
+    using RequestEnded = std::function<void(const Variable& elements, bool doubtful)>;
 
-    WriteQueue(const DriverCalls& calls, const Settings& settings, const Doubtful& doubtful);
+    /// \param later takes the calls to those who want to be told of an end
+    WriteQueue(const DriverCalls& calls, const Settings& settings, const RequestEnded& ended,
+               LaterCalls& later);
 
     /// \param variable station filled in, and nothing against it (writeRefusal())
-    Pending<WriteOutcome> add(const Variable& variable, const std::vector<quint32>& values);
+    /// \param done told of the outcome; may be empty
+    Pending<WriteOutcome> add(const Variable& variable, const std::vector<quint32>& values,
+                              const WriteDone& done = WriteDone());
 
     /// Hands the driver what it has room for. Writes to a station in \a stationsOff fail instead.
-    void feed(const std::set<int>& stationsOff);
+    /// What is for a station in \a stationsHeld waits, and whatever came behind it.
+    void feed(const std::set<int>& stationsOff, const std::set<int>& stationsHeld);
 
     void polled(); ///< after ComCommunication()
 
@@ -48,6 +54,12 @@ public:
     /// Fails everything that waits.
     void stop();
 
+    /// \return true when the driver has a request of \a station
+    bool driverHas(int station) const { return m_ledger.holds(station); }
+
+    /// \return requests that have not ended, by station
+    std::map<int, int> waitingByStation() const;
+
     /// \return requests that have not ended
     int waiting() const { return static_cast<int>(m_requests.size()); }
 
@@ -61,6 +73,7 @@ private:
     struct Job {
         Pending<WriteOutcome> pending;
         WriteOutcome outcome;
+        WriteDone done;
         int left = 0;
     };
     struct Request {
@@ -78,7 +91,8 @@ private:
 
     const DriverCalls& m_calls;
     const Settings m_settings;
-    const Doubtful m_doubtful;
+    const RequestEnded m_ended;
+    LaterCalls& m_later;
     RequestLedger m_ledger;
     std::map<int, Request> m_requests; // by key: in the driver or waiting for room
     std::deque<int> m_backlog;         // keys of those that wait for room

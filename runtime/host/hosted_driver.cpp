@@ -1,6 +1,7 @@
 #include "runtime/host/hosted_driver.h"
 
 #include "runtime/host/driver_settings.h"
+#include "runtime/host/empty_driver.h"
 
 #include <atomic>
 #include <stdexcept>
@@ -32,13 +33,15 @@ HostedDriver::HostedDriver(const Settings& settings, OnceReadDone onceReadDone)
 {
     s_hosted = this;
     calls().SetComInfo(&m_info);
+    emptyDriver(calls(), &m_info);
     calls().RegistCallBackFuncIntf(noteOnceRead, ignoreList);
 }
 
 HostedDriver::~HostedDriver()
 {
-    calls().SetComInfo(nullptr);
     calls().RegistCallBackFuncIntf(nullptr, nullptr);
+    emptyDriver(calls(), &m_info);
+    calls().SetComInfo(nullptr);
     s_hosted = nullptr;
 }
 

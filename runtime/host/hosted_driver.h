@@ -11,7 +11,8 @@
 namespace plc
 {
 
-/// The driver's state is one per process, so there is one such object at a time.
+/// The driver's state is one per process, so there is one such object at a time. The driver holds no requests when
+/// the object comes and when it goes, also where somebody else keeps the library loaded, see emptyDriver().
 class HostedDriver
 {
 public:

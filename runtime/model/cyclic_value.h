@@ -29,7 +29,8 @@ struct CyclicValue {
     ValueState state = ValueState::NeverRead;
     std::vector<quint32> values; ///< one per element; zeros before the first answer
     qint64 ageMs = -1;           ///< since the controller's last answer; -1 before the first
-    Failure failure;             ///< of the last attempt to read it; its words: failureWords()
+    qint64 readAtMs = -1; ///< when that came, in ms since 1970 UTC by the system's clock; -1 before the first
+    Failure failure;      ///< of the last attempt to read it; its words: failureWords()
 };
 
 } // namespace plc

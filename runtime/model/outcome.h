@@ -7,6 +7,7 @@
 
 #include <QtGlobal>
 
+#include <functional>
 #include <vector>
 
 namespace plc
@@ -26,6 +27,10 @@ struct ReadOutcome {
     Failure failure;             ///< of the first request that failed; its words: failureWords()
     std::vector<quint32> values; ///< one per element, as the controller answered; empty when failed
 };
+
+/// How a write, or a read, ended; Runtime says on which thread.
+using WriteDone = std::function<void(const WriteOutcome&)>;
+using ReadDone = std::function<void(const ReadOutcome&)>;
 
 } // namespace plc
 

@@ -25,6 +25,8 @@ struct StationReport {
     long answers = 0;      ///< replies of any kind
     long failures = 0;     ///< requests given up
     Failure failure;       ///< of the last one that was given up, when it does not answer
+    int writesWaiting = 0; ///< requests, of writes, that have not ended; a long write is several
+    int readsWaiting = 0;  ///< the same of one-shot reads
 };
 
 } // namespace plc

@@ -268,6 +268,7 @@ TEST_F(MultiStation, DeadOneIsLeftAloneWhileItPauses)
     EXPECT_EQ(report(deadStation).condition, StationCondition::Pausing);
     EXPECT_GT(report(deadStation).nextTryMs, 0);
     EXPECT_THAT(reasonOf(report(deadStation)), HasSubstr("no reply"));
+    ASSERT_TRUE(othersGoOn(2)); // the observer was told of the last try
     const long before = framesTo(deadStation);
     EXPECT_TRUE(othersGoOn(50));
     EXPECT_EQ(framesTo(deadStation), before);
