@@ -20,12 +20,11 @@ public:
     {
         if (answers > 1) // it was waited for in vain
             m_isKnown = false;
-        return m_isKnown && answers == 1 ? longestWaitMs : 0;
+        const int longestMs = 20;
+        return m_isKnown && answers == 1 ? longestMs : 0;
     }
 
 private:
-    static constexpr int longestWaitMs = 20;
-
     bool m_isKnown = false;
 };
 

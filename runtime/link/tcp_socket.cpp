@@ -82,6 +82,7 @@ NameLookup::Answer askSystem(const std::string& host)
 std::vector<tcp::endpoint> endpointsOf(const std::vector<std::string>& addresses, int port)
 {
     std::vector<tcp::endpoint> endpoints;
+    endpoints.reserve(addresses.size());
     for (const std::string& address : addresses)
         endpoints.emplace_back(asio::ip::make_address(address), static_cast<unsigned short>(port));
     return endpoints;
