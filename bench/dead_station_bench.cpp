@@ -130,9 +130,9 @@ int main(int argc, char* argv[])
     }
     const plc::Settings defaults;
     std::printf(
-        "%d stations, %d requests each, replies after %d ms; time-out %d ms, %d retries, %d ms between "
-        "passes; %d s each\n\n",
-        stations, requestsOfStation, replyMs, defaults.timeoutMs, defaults.retryLimit, defaults.cyclePauseMs,
+        "%d stations, %d requests each, replies after %d ms; time-out %d ms, %d retries, at least %d ms "
+        "from refresh to refresh; %d s each\n\n",
+        stations, requestsOfStation, replyMs, defaults.timeoutMs, defaults.retryLimit, defaults.pollMs,
         seconds);
     std::printf("%-38s %12s %14s %14s\n", "", "refreshes/s", "oldest value", "frames to");
     std::printf("%-38s %12s %14s %14s\n", "", "of a living", "of a living/ms", "station 4");

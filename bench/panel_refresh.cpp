@@ -130,7 +130,7 @@ plc::Settings settingsFor(int port)
     settings.driverPath = QStringLiteral(PLC_DRIVER_LIBRARY);
     settings.port = port;
     settings.timeoutMs = patienceMs;
-    settings.cyclePauseMs = 0;
+    settings.pollMs = 0;
     return settings;
 }
 
@@ -140,7 +140,7 @@ Pass recordPass(int port, const Variables& variables)
     std::mutex mutex;
     bool failed = false;
     plc::Settings settings = settingsFor(port);
-    settings.cyclePauseMs = 1000; // so that there is exactly one pass to record
+    settings.pollMs = 1000; // so that there is exactly one pass to record
     plc::Runtime runtime(settings);
     addAll(runtime, variables);
     runtime.setObserver([&](const plc::ExchangeRecord& record) {

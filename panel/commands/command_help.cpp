@@ -63,7 +63,16 @@ const OptionRow optionRows[] = {
      "Show below the table what a refresh of all variables costs: requests, frames, what was read for no "
      "variable, retries and failures, how long replies took; of each station where there are several.",
      V, nullptr},
-    {"interval", "MS", "Look at the values every so many milliseconds.", V, nullptr, &Options::intervalMs},
+    {"interval", "MS",
+     "Look at the values every so many milliseconds. How often the controller is asked is --poll's.", V,
+     nullptr, &Options::intervalMs},
+    {"poll", "MS",
+     "Begin a refresh of all variables every so many milliseconds at most; 0: as fast as it goes. Writes go "
+     "out "
+     "between refreshes.",
+     V, &Settings::pollMs},
+    {"gap", "MS", "Pause so many milliseconds before each further request, for slow controllers.",
+     allWithLink, &Settings::gapMs},
     {"timeout", "MS", "Wait so many milliseconds for a reply.", allCommands, &Settings::timeoutMs},
     {"retries", "N", "Try a request again so many times before giving it up.", allCommands,
      &Settings::retryLimit},

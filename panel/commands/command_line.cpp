@@ -65,11 +65,24 @@ QString replayedFile(const QCommandLineParser& parser)
     return words.at(1);
 }
 
+/// A value that is refreshed seldom is not stale before its next refresh is late.
+void setPoll(const QCommandLineParser& parser, Settings* settings)
+{
+    const int longestPollMs = 3500000;
+    settings->pollMs = numberOf(parser, "poll", 0, longestPollMs, settings->pollMs);
+    if (parser.isSet(QStringLiteral("poll")))
+        settings->staleAfterMs += settings->pollMs;
+}
+
 /// \param settings where nothing is said
 Settings settingsOf(const QCommandLineParser& parser, Command command, Settings settings)
 {
     settings.timeoutMs = numberOf(parser, "timeout", 1, 60000, settings.timeoutMs);
     settings.retryLimit = numberOf(parser, "retries", 0, 1000, settings.retryLimit);
+    if (command != Command::Replay)
+        settings.gapMs = numberOf(parser, "gap", 0, 60000, settings.gapMs);
+    if (command == Command::Watch)
+        setPoll(parser, &settings);
     settings.maxBlockCount =
         numberOf(parser, "max-block", smallestBlockCount, largestBlockCount, settings.maxBlockCount);
     settings.driverPath = parser.value(QStringLiteral("driver"));

@@ -5,12 +5,12 @@
 _plcpanel_options() {
   local all="--help --version"
   local tries="--timeout --retries --max-block --driver"
-  local logs="--trace --capture"
+  local logs="--gap --trace --capture"
   local station="--station --multi-station --remote"
   case $1 in
   read) echo "--controller $station --hex --json $tries $logs $all" ;;
   write) echo "--controller $station $tries $logs $all" ;;
-  watch) echo "--controller $station --vars --hex --json --once --stats --interval $tries $logs $all" ;;
+  watch) echo "--controller $station --vars --hex --json --once --stats --interval --poll $tries $logs $all" ;;
   check) echo "--controller $station --vars --json $tries $logs $all" ;;
   replay) echo "$station --vars --port --hex --json $tries $all" ;;
   demo) echo "$tries $logs $all" ;;
@@ -21,7 +21,7 @@ _plcpanel_options() {
 # Whether an option is followed by a value.
 _plcpanel_takes_value() {
   case $1 in
-  --controller | --station | --vars | --port | --interval | --timeout | --retries | --max-block | --driver | --capture)
+  --controller | --station | --vars | --port | --interval | --poll | --gap | --timeout | --retries | --max-block | --driver | --capture)
     return 0
     ;;
   esac

@@ -17,10 +17,12 @@ const int countWidth = 8;
 const int widestBar = 24;
 
 /// A single refresh has no rate.
-QString rateText(double perSecond)
+QString rateText(long passes, double perSecond)
 {
-    if (perSecond <= 0)
+    if (passes < 2)
         return QString();
+    if (perSecond <= 0)
+        return QStringLiteral(", none a second now");
     return QStringLiteral(", %1 a second").arg(perSecond, 0, 'f', perSecond < 10 ? 1 : 0);
 }
 
@@ -36,8 +38,8 @@ QString refreshesText(const Statistics& statistics)
     const PassCost& pass = statistics.lastPass;
     return QStringLiteral("%1%2; the last took %3 in %4")
         .arg(statistics.passes)
-        .arg(rateText(statistics.passesPerSecond), numbered(pass.requests, "request", "requests"),
-             numbered(pass.frames, "frame", "frames"));
+        .arg(rateText(statistics.passes, statistics.passesPerSecond),
+             numbered(pass.requests, "request", "requests"), numbered(pass.frames, "frame", "frames"));
 }
 
 QString amountText(long read, long unused, const char* what)

@@ -50,7 +50,8 @@ Statistics ExchangeCounter::statistics() const
 {
     Statistics statistics = m_statistics;
     statistics.lastPass = m_passes.last();
-    statistics.passesPerSecond = m_passes.perSecond();
+    statistics.passesPerSecond = m_passes.perSecond(
+        m_sinceBegin.isValid() ? m_sinceBegin.nsecsElapsed() / nanosecondsOfMicrosecond : 0);
     return statistics;
 }
 

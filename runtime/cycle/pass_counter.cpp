@@ -10,6 +10,9 @@ namespace
 
 const std::size_t countedPasses = 10;
 
+// A pass that takes longer than so many is late.
+const int latePasses = 3;
+
 } // namespace
 
 void PassCounter::request(int area, int elements, int unused)
@@ -34,12 +37,15 @@ void PassCounter::endPass(qint64 microseconds)
         m_ends.pop_front();
 }
 
-double PassCounter::perSecond() const
+double PassCounter::perSecond(qint64 microseconds) const
 {
     if (m_ends.size() < 2)
         return 0.0;
-    const qint64 span = m_ends.back() - m_ends.front();
-    return span > 0 ? static_cast<double>(m_ends.size() - 1) * 1e6 / static_cast<double>(span) : 0.0;
+    const auto passes = static_cast<qint64>(m_ends.size() - 1);
+    const qint64 known = m_ends.back() - m_ends.front();
+    const bool isLate = microseconds - m_ends.back() > latePasses * known / passes;
+    const qint64 span = isLate ? microseconds - m_ends.front() : known;
+    return span > 0 ? static_cast<double>(passes) * 1e6 / static_cast<double>(span) : 0.0;
 }
 
 } // namespace plc

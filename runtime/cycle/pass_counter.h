@@ -28,8 +28,10 @@ public:
     /// \return of the last pass that is over; zeros before the first
     const PassCost& last() const { return m_last; }
 
-    /// \return passes a second over the last ten, the pauses between them included; 0 before the second
-    double perSecond() const;
+    /// \param microseconds now, on the clock of endPass()
+    /// \return passes a second over the last ten, the pauses between them included; 0 before the second. It
+    ///         falls while the next one is late.
+    double perSecond(qint64 microseconds) const;
 
 private:
     PassCost m_running;

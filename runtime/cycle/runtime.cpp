@@ -146,8 +146,10 @@ private:
     void communicate();
     Turn takeTurn();
     void endPass();
-    void pause(int milliseconds);
-    bool waitForWork(int milliseconds);
+    void waitForPass();
+    bool mayGoOn(int milliseconds);
+    bool isWaited() const { return m_writes.waiting() + m_reads.waiting() > 0; }
+    void waitForWork(int milliseconds);
     void waitUnlessStopped(int milliseconds);
     void exchange(Turn turn);
     int judge(const Turn& turn, const LinkExchange& exchange);
@@ -166,6 +168,10 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_workCame;
     bool m_hasWork = false;
+    bool m_passIsOver = false;  // and the next one has not begun
+    bool m_passWasIdle = false; // nothing went out in it
+    Clock::time_point m_passBegan = Clock::now();
+    Clock::time_point m_passDue = Clock::now(); // the next one may begin then
     bool m_started = false;
     bool m_stopped = false;
     std::atomic<bool> m_stopping{false};
@@ -334,6 +340,8 @@ void Runtime::Private::setStation(int station, bool on)
         fail(QStringLiteral("the panel is not running"));
     m_stations.turn(station, on, m_writes.driverHas(station) || m_reads.driverHas(station));
     m_cyclic.touchStation(station);
+    if (on)
+        m_passDue = Clock::now();
     workHasCome();
 }
 
@@ -359,6 +367,8 @@ Statistics Runtime::Private::statistics()
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     Statistics statistics = m_counter.statistics();
+    if (!m_link.state().connected)
+        statistics.passesPerSecond = 0;
     statistics.writesConfirmed = m_writes.confirmedWrites();
     statistics.writesFailed = m_writes.failedWrites();
     statistics.writesWaiting = m_writes.waiting();
@@ -372,6 +382,7 @@ void Runtime::Private::communicate()
 {
     m_counter.begin();
     while (!m_stopping) {
+        waitForPass();
         Turn turn = takeTurn();
         if (!turn.frameIsDue)
             waitForWork(idleMs);
@@ -445,38 +456,53 @@ Turn Runtime::Private::takeTurn()
 
 void Runtime::Private::endPass()
 {
-    int pauseMs = m_settings.cyclePauseMs;
-    {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        QByteArray reply = CyclicValues::pacingReply();
-        m_calls.DataCom(&reply, reply.size());
-        // With every station off or pausing, nothing else would take time.
-        if (!m_counter.endPass())
-            pauseMs = std::max(pauseMs, idleMs);
-    }
-    if (pauseMs > 0) // even a wait that is over at once gives the processor away
-        pause(pauseMs);
+    std::lock_guard<std::mutex> lock(m_mutex);
+    QByteArray reply = CyclicValues::pacingReply();
+    m_calls.DataCom(&reply, reply.size());
+    m_passIsOver = true;
+    m_passDue = m_passBegan + std::chrono::milliseconds(m_settings.pollMs);
+    // With every station off or pausing, nothing else would take time.
+    m_passWasIdle = !m_counter.endPass();
+    if (m_passWasIdle)
+        m_passDue = std::max(m_passDue, Clock::now() + std::chrono::milliseconds(idleMs));
 }
 
-/// As waitForWork(); meanwhile values become stale, and who wants to know is told.
-void Runtime::Private::pause(int milliseconds)
+/// Between two passes the driver is asked for a frame only when somebody wants something else: it would hand out a
+/// cyclic read. (After five writes in a row it does so all the same.) Meanwhile values become stale, and who wants to
+/// know is told.
+void Runtime::Private::waitForPass()
 {
-    const Clock::time_point begin = Clock::now();
-    const int slice = m_valueObserver ? std::min(milliseconds, idleMs) : milliseconds;
-    while (!waitForWork(slice) && msSince(begin) < milliseconds)
+    const int longestMs = 3600000; // of a wait that somebody ends
+    while (!mayGoOn(m_valueObserver ? idleMs : longestMs))
         tell();
 }
 
-/// Returns early when something was queued since the last turn, or is still waiting from before it.
-/// \return true then
-bool Runtime::Private::waitForWork(int milliseconds)
+/// \return false when so much time went by, or something came that is no reason to go on
+bool Runtime::Private::mayGoOn(int milliseconds)
 {
     std::unique_lock<std::mutex> lock(m_mutex);
-    const bool waiting = m_writes.waiting() + m_reads.waiting() > 0;
-    const bool woken =
-        m_workCame.wait_for(lock, std::chrono::milliseconds(waiting ? retryPollMs : milliseconds),
-                            [this] { return m_hasWork || m_stopping; });
-    return woken || waiting;
+    if (!m_passIsOver)
+        return true;
+    const auto hasCome = [this] { return m_hasWork || m_stopping; };
+    if (m_passWasIdle && isWaited()) // for what the driver did not hand out
+        m_workCame.wait_for(lock, std::chrono::milliseconds(retryPollMs), hasCome);
+    if (!isWaited())
+        m_workCame.wait_until(
+            lock, std::min(m_passDue, Clock::now() + std::chrono::milliseconds(milliseconds)), hasCome);
+    m_hasWork = false;
+    if (Clock::now() < m_passDue)
+        return isWaited() || m_stopping;
+    m_passIsOver = false;
+    m_passBegan = Clock::now();
+    return true;
+}
+
+/// Returns early when something was queued since the last turn, or is still waiting from before it.
+void Runtime::Private::waitForWork(int milliseconds)
+{
+    std::unique_lock<std::mutex> lock(m_mutex);
+    m_workCame.wait_for(lock, std::chrono::milliseconds(isWaited() ? retryPollMs : milliseconds),
+                        [this] { return m_hasWork || m_stopping; });
 }
 
 void Runtime::Private::waitUnlessStopped(int milliseconds)

@@ -18,11 +18,11 @@ int SendPause::after(int exception)
 {
     if (exception != DeviceBusy) {
         m_busyMs = 0;
-        return 0;
+        return m_gapMs;
     }
     const int next = m_busyMs == 0 ? m_longestMs / firstShare : 2 * m_busyMs;
     m_busyMs = std::clamp(next, 1, m_longestMs);
-    return m_busyMs;
+    return std::max(m_busyMs, m_gapMs);
 }
 
 } // namespace plc

@@ -35,9 +35,10 @@ struct Statistics {
     std::map<int, long> failuresByCode;        ///< the same by the driver's result code
     std::map<int, StationStatistics> stations; ///< of each that a frame was due for
     long passes = 0;                           ///< passes over the cyclic variables
-    double passesPerSecond = 0;                ///< over the last ten passes, the pauses between them included
-    PassCost lastPass;                         ///< of the last pass that is over
-    long writesConfirmed = 0;                  ///< whole writes, as write() took them
+    double passesPerSecond = 0; ///< over the last ten passes, the pauses between them included;
+                                ///< 0 while there is no connection
+    PassCost lastPass;          ///< of the last pass that is over
+    long writesConfirmed = 0;   ///< whole writes, as write() took them
     long writesFailed = 0;
     long readsDone = 0; ///< whole one-shot reads
     long readsFailed = 0;

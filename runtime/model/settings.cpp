@@ -29,7 +29,8 @@ QString settingsError(const Settings& settings)
         {"time-out (ms)", settings.timeoutMs, 1, 60000},
         {"retry limit", settings.retryLimit, 0, 1000},
         {"words of one request", settings.maxBlockCount, smallestBlockCount, largestBlockCount},
-        {"pause between passes (ms)", settings.cyclePauseMs, 0, 3600000},
+        {"time between refreshes (ms)", settings.pollMs, 0, 3600000},
+        {"pause between requests (ms)", settings.gapMs, 0, 60000},
         {"age of a stale value (ms)", settings.staleAfterMs, 1, 3600000},
         {"first pause of a station (ms)", settings.stationPauseMs, 0, longestStationPauseMs},
     };

@@ -27,10 +27,13 @@ struct Settings {
     bool remoteMode = false;   ///< remote frames instead of Modbus TCP
     int timeoutMs = 300;       ///< wait for a reply
     int retryLimit = 3;        ///< failures in a row that are retried
-    int maxBlockCount = 63;  ///< words of one request at most, 2..125; bits eight times as many. 63 suits any
-                             ///< mix of areas; more than that would break a limit of Modbus in area 14
-    int cyclePauseMs = 100;  ///< pause after a pass over the cyclic variables
-    int staleAfterMs = 2000; ///< a value that was not refreshed for so long looks stale
+    int maxBlockCount = 63; ///< words of one request at most, 2..125; bits eight times as many. 63 suits any
+                            ///< mix of areas; more than that would break a limit of Modbus in area 14
+    int pollMs =
+        100; ///< a refresh of all cyclic variables begins this long after the one before at the earliest;
+             ///< 0: at once when that is over
+    int gapMs = 0;             ///< pause between a reply, or the end of the wait for it, and the next request
+    int staleAfterMs = 2000;   ///< a value that was not refreshed for so long looks stale
     int stationPauseMs = 1000; ///< with several stations: how long one that does not answer is left alone at
                                ///< first, see StationPauses; 0: every pass tries it again
 };

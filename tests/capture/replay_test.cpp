@@ -256,7 +256,7 @@ TEST_P(ReplayAndLive, EndWithTheSameValuesAndStates)
     settings.remoteMode = GetParam();
     settings.timeoutMs = 40;
     settings.retryLimit = 1;
-    settings.cyclePauseMs = 250; // so that the runtime is stopped in a pause: a reply on its way would be
+    settings.pollMs = 250; // so that the runtime is stopped in a pause: a reply on its way would be
                                  // captured and not counted
     const std::vector<Variable> variables = {
         variable(0, 3, 20, 1), variable(3, 9, 40, 1),  variable(7, 0, 9, 1),   variable(8, 35, 4, 1),

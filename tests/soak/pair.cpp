@@ -52,7 +52,7 @@ plc::Settings panelSettings(const Options& options, int number)
     settings.remoteMode = options.remote;
     settings.timeoutMs = options.timeoutMs;
     settings.retryLimit = retries;
-    settings.cyclePauseMs = 1;
+    settings.pollMs = 1;
     settings.stationPauseMs = options.timeoutMs; // a long one would end many writes without a request
     return settings;
 }

@@ -75,7 +75,7 @@ protected:
         settings.driverPath = QString::fromUtf8(builtDriver());
         settings.port = controller->port();
         settings.station = 1;
-        settings.cyclePauseMs = 1;
+        settings.pollMs = 1;
         // Only tests about missing replies shorten it; a busy machine may take its time.
         settings.timeoutMs = 3000;
     }

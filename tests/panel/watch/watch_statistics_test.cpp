@@ -42,6 +42,13 @@ TROUBLE    7 retries, 3 failures: 2 x no reply (return code 41), 1 x the reply h
 )");
 }
 
+TEST(StatisticsLines, SayThatThereAreNoRefreshesNow)
+{
+    Statistics statistics = someStatistics();
+    statistics.passesPerSecond = 0;
+    EXPECT_NE(text(statistics).find("12, none a second now; the last took"), std::string::npos);
+}
+
 TEST(StatisticsLines, SayThatNoRefreshIsComplete)
 {
     EXPECT_EQ(text(Statistics()), R"(

@@ -492,7 +492,7 @@ TEST_F(MultiStation, AllDeadCostNoTimeOfTheMachineAndComeBack)
         controller->setSilent(station, true);
     settings.timeoutMs = 20;
     settings.retryLimit = 0;
-    settings.cyclePauseMs = 0;
+    settings.pollMs = 0;
     settings.stationPauseMs = 1000;
     makeCyclic({9});
     runtime->start();

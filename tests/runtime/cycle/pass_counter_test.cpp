@@ -16,7 +16,7 @@ TEST(PassCounter, KnowsNothingBeforeTheFirstPassIsOver)
     counter.request(9, 10, 0);
     EXPECT_EQ(counter.last().requests, 0);
     EXPECT_EQ(counter.last().registers, 0);
-    EXPECT_EQ(counter.perSecond(), 0.0);
+    EXPECT_EQ(counter.perSecond(1000000), 0.0);
 }
 
 TEST(PassCounter, CountsRegistersAndBitsApart)
@@ -71,9 +71,18 @@ TEST(PassCounter, KnowsTheRateFromTheSecondPassOn)
 {
     PassCounter counter;
     counter.endPass(5000000); // the first may have waited for a connection
-    EXPECT_EQ(counter.perSecond(), 0.0);
+    EXPECT_EQ(counter.perSecond(5000000), 0.0);
     counter.endPass(5250000);
-    EXPECT_DOUBLE_EQ(counter.perSecond(), 4.0);
+    EXPECT_DOUBLE_EQ(counter.perSecond(5250000), 4.0);
+    EXPECT_DOUBLE_EQ(counter.perSecond(5700000), 4.0) << "not late yet";
+}
+
+TEST(PassCounter, LetsTheRateFallWhileAPassIsLate)
+{
+    PassCounter counter;
+    counter.endPass(1000000);
+    counter.endPass(2000000);
+    EXPECT_DOUBLE_EQ(counter.perSecond(11000000), 0.1);
 }
 
 TEST(PassCounter, FollowsARateThatChanges)
@@ -82,10 +91,10 @@ TEST(PassCounter, FollowsARateThatChanges)
     qint64 now = 0;
     for (int pass = 0; pass < 20; ++pass)
         counter.endPass(now += 1000000);
-    EXPECT_DOUBLE_EQ(counter.perSecond(), 1.0);
+    EXPECT_DOUBLE_EQ(counter.perSecond(now), 1.0);
     for (int pass = 0; pass < 10; ++pass)
         counter.endPass(now += 100000);
-    EXPECT_DOUBLE_EQ(counter.perSecond(), 10.0);
+    EXPECT_DOUBLE_EQ(counter.perSecond(now), 10.0);
 }
 
 TEST(PassCounter, GivesNoRateWhenNoTimeWentBy)
@@ -93,7 +102,7 @@ TEST(PassCounter, GivesNoRateWhenNoTimeWentBy)
     PassCounter counter;
     counter.endPass(1000);
     counter.endPass(1000);
-    EXPECT_EQ(counter.perSecond(), 0.0);
+    EXPECT_EQ(counter.perSecond(1000), 0.0);
 }
 
 } // namespace

@@ -456,7 +456,7 @@ TEST_F(RuntimeTest, ConfirmedValueThatTheDriverDidNotTakeOverIsNotShownAsFreshBe
     settings.multiStation = true;
     settings.timeoutMs = 300;
     settings.retryLimit = 0;
-    settings.cyclePauseMs = 3600000;
+    settings.pollMs = 3600000;
     settings.staleAfterMs = 3600000;
     controller->setSilent(2, true);
     makeRuntime();

@@ -38,7 +38,7 @@ protected:
         settings.multiStation = true;
         settings.timeoutMs = 40;
         settings.retryLimit = 1;
-        settings.cyclePauseMs = 0;
+        settings.pollMs = 0;
         for (int station = 1; station <= stations; ++station)
             putIntoController(*controller, 10, 0, 4711, station);
         makeRuntime();

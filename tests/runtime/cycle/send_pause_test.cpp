@@ -41,4 +41,14 @@ TEST(SendPause, IsThereWithTheShortestTimeOutToo)
     EXPECT_EQ(pause.after(DeviceBusy), 1);
 }
 
+TEST(SendPause, IsNeverShorterThanTheGap)
+{
+    Settings settings = withTimeout(400);
+    settings.gapMs = 150;
+    SendPause pause(settings);
+    EXPECT_EQ(pause.after(0), 150);
+    EXPECT_EQ(pause.after(DeviceBusy), 150);
+    EXPECT_EQ(pause.after(DeviceBusy), 200);
+}
+
 } // namespace

@@ -91,7 +91,7 @@ TEST_F(ValueObserverTest, IsToldOfAFailureWithItsReasonAndOfTheReturn)
 TEST_F(ValueObserverTest, IsToldWhenAValueIsStaleAlthoughNothingHasFailed)
 {
     settings.staleAfterMs = 100;
-    settings.cyclePauseMs = 60000;
+    settings.pollMs = 60000;
     start();
     ASSERT_TRUE(isTold(ValueState::Fresh, 0));
     EXPECT_TRUE(isTold(ValueState::Stale, 0));
@@ -109,7 +109,7 @@ TEST_F(ValueObserverTest, IsToldThatAStationWasSwitchedOffAndOn)
 
 TEST_F(ValueObserverTest, IsToldOfAWriteThatIsConfirmed)
 {
-    settings.cyclePauseMs = 60000; // no read tells
+    settings.pollMs = 60000; // no read tells
     start();
     ASSERT_TRUE(isTold(ValueState::Fresh, 0));
     ASSERT_TRUE(write(variable(9, 5), {77}).confirmed);

@@ -43,7 +43,8 @@ TEST(SettingsError, NamesTheNumberAndItsRange)
         {&Settings::timeoutMs, 1, 60000, "time-out"},
         {&Settings::retryLimit, 0, 1000, "retry limit"},
         {&Settings::maxBlockCount, 2, 125, "words of one request"},
-        {&Settings::cyclePauseMs, 0, 3600000, "pause between passes"},
+        {&Settings::pollMs, 0, 3600000, "time between refreshes"},
+        {&Settings::gapMs, 0, 60000, "pause between requests"},
         {&Settings::staleAfterMs, 1, 3600000, "stale value"},
         {&Settings::stationPauseMs, 0, 30000, "first pause of a station"},
     };
