@@ -36,12 +36,6 @@ configure_file(cmake/plcdriver.pc.in "${PLC_GENERATED_DIR}/plcdriver.pc" @ONLY)
 install(FILES "${PLC_GENERATED_DIR}/plcdriver.pc"
   DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)
 
-foreach(example minimal_runtime full_runtime)
-  file(GLOB files CONFIGURE_DEPENDS examples/${example}/*)
-  install(FILES ${files} DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/libplcdriver-dev/examples/${example}"
-    COMPONENT development)
-endforeach()
-
 if(PLC_BUILD_TOOLS)
   # libplcruntime: what it was built from says "runtime/..." and "driver/plcdriver.h", and so may its users.
   target_include_directories(plcruntime INTERFACE
@@ -62,10 +56,6 @@ if(PLC_BUILD_TOOLS)
   configure_file(cmake/plcruntime.pc.in "${PLC_GENERATED_DIR}/plcruntime.pc" @ONLY)
   install(FILES "${PLC_GENERATED_DIR}/plcruntime.pc"
     DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT runtime_development)
-  install(FILES examples/runtime_library/main.cpp examples/runtime_library/CMakeLists.txt
-    examples/runtime_library/README.md
-    DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/libplcruntime-dev/examples/runtime_library"
-    COMPONENT runtime_development)
 
   install(TARGETS plcpanel plcsim RUNTIME COMPONENT tools)
   # How the installed panel gets to the installed driver, wherever both are moved.

@@ -44,8 +44,8 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libplcdriver-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${library_package} (= ${PROJECT_VERSION}), qtbase5-dev")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "controller communication driver for operator panels - development
-The header, the CMake and pkg-config files, and the smallest runtime as an
-example: for writing an HMI runtime that loads the driver.")
+The header, the CMake and pkg-config files, the guide, the reference, and
+runtimes as examples: for writing an HMI runtime that loads the driver.")
 
 set(runtime_package libplcruntime${PROJECT_VERSION_MAJOR})
 

@@ -63,7 +63,7 @@ void addOptions(QCommandLineParser& parser)
              "one can read and write everything."),
          QStringLiteral("ADDRESS"), QLatin1String(defaultListenAddress)},
         {QStringLiteral("remote"),
-         QStringLiteral("Speak remote frames instead of Modbus TCP; docs/wire.md describes them.")},
+         QStringLiteral("Speak remote frames instead of Modbus TCP; wire.md, installed with libplcdriver-dev, describes them.")},
         {QStringLiteral("load"), QStringLiteral("Start with the values of this file."),
          QStringLiteral("FILE")},
         {QStringLiteral("dump"), QStringLiteral("At the end print every value that is not 0.")},

@@ -23,7 +23,7 @@ const std::chrono::milliseconds reconnectPause(1000); // a controller that start
 const std::chrono::milliseconds pollPause(100);
 
 const int wordArea = 9;
-const int writeKey = 1; // this runtime's name for its write; the driver's cyclic reads have 0
+const int writeKey = 12; // this runtime's name for its write: up to 11 they change the result codes, cyclic reads have 0
 const int writtenValue = 1234;
 
 /// The entry points that this runtime needs; the others of the header are looked up the same way.
@@ -163,19 +163,20 @@ void communicate(const Driver& driver, Link& link)
 {
     // The pause is also for a controller that refuses: asked again at once it would be asked without end.
     for (bool confirmed = false, readBack = false; !readBack; std::this_thread::sleep_for(pollPause)) {
-        const Protocol* const request = driver.ComCommunication();
-        if (request == nullptr) // nothing to send just now
+        const Protocol* const next = driver.ComCommunication();
+        if (next == nullptr) // nothing to send just now
             continue;
-        QByteArray reply = link.exchange(request->frame);
+        const int key = next->var.hostKey; // taken now: DataCom() ends the record's life
+        QByteArray reply = link.exchange(next->frame);
         // No connection is no reply too, so that a write is given up rather than done hours later.
-        const RW_VAR* const ended = driver.DataCom(&reply, reply.size());
-        if (ended->result == PLC_RETRYING) {
+        const int result = driver.DataCom(&reply, reply.size())->result;
+        if (result == PLC_RETRYING) {
             std::puts("no good reply; the driver tries again");
-        } else if (ended->result != PLC_DONE) {
-            std::printf("given up with code %d; the value shown is an old one\n", ended->result);
+        } else if (result != PLC_DONE) {
+            std::printf("given up with code %d; the value shown is an old one\n", result);
             if (!confirmed) // what was queued is gone, and nobody knows whether it was done
                 queueWrite(driver);
-        } else if (ended->hostKey == writeKey) {
+        } else if (key == writeKey) { // a word is one frame, so its one reply ends it
             std::puts("the controller has confirmed the write");
             confirmed = true;
         } else {
@@ -196,7 +197,7 @@ int main(int argc, char* argv[])
     if (argc < 3 || !load(argc > 3 ? argv[3] : "libplcdriver.so.0", &driver))
         return 2;
     COMINFO info = COMINFO(); // the driver reads it until the end
-    info.maxBlockCount = 100; // words in one request
+    info.maxBlockCount = 61; // words in one request: the most that suits every area, reads and writes
     info.defaultStation = 1;
     info.retryLimit = 2;
     info.hostWriteMode = 2; // writes go to the controller, not only to the driver's memory

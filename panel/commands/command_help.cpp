@@ -144,10 +144,11 @@ const CommandRow commandRows[] = {
      "\n"
      "While it runs, o3 and Enter switch station 3 off, i3 and Enter switch it on, and q ends. Where "
      "standard\n"
-     "input is no terminal the same is read from it, a line for each.\n",
+     "input is no terminal the same is read from it, a line for each.\n"
+     "Lists to try are in share/doc/plcdriver-tools/examples below where this is installed.\n",
      "  plcpanel watch 9:100x4 0:17 14:200 --controller 192.168.0.10\n"
      "  plcpanel watch 9:100 --controller 127.0.0.1:1502 --once\n"
-     "  plcpanel watch --vars examples/machine.csv --stats --controller 127.0.0.1:1502\n"
+     "  plcpanel watch --vars machine.csv --stats --controller 127.0.0.1:1502\n"
      "  plcpanel watch 9:100x4 --controller 127.0.0.1:1502 --json >changes.txt\n"},
     {Command::Check, C, "check", "check [AREA:ADDRESS[xCOUNT]...]", "find what the controller refuses",
      "Before going live: reads each block that the driver makes of the variables once. Where the controller\n"
@@ -156,7 +157,7 @@ const CommandRow commandRows[] = {
      "the controller does not have. Blocks that would break a limit of Modbus are told as well. A reply "
      "that\n"
      "does not come is blamed on no variable.\n",
-     "  plcpanel check --vars examples/machine.csv --controller 192.168.0.10\n"
+     "  plcpanel check --vars machine.csv --controller 192.168.0.10\n"
      "  plcpanel check 9:100 9:180 --controller 127.0.0.1:1502 --json\n"},
     {Command::Replay, P, "replay", "replay FILE [AREA:ADDRESS[xCOUNT]...]", "show the values of a capture",
      "Plays a file that --capture wrote into the driver, without a controller, and shows the values that "
@@ -170,7 +171,7 @@ const CommandRow commandRows[] = {
      "those of the panel. FILE may be a pipe. It is read once and, where variables are named, none of it is\n"
      "kept; otherwise its frames are, in at most 256 MB of memory.\n",
      "  plcpanel replay report.jsonl\n"
-     "  plcpanel replay report.jsonl --vars examples/machine.csv --json\n"
+     "  plcpanel replay report.jsonl --vars machine.csv --json\n"
      "  plcpanel replay traffic.pcapng 9:100x4 --port 1502\n"
      "  plcpanel replay <(zcat traffic.pcap.gz) 9:100x4\n"},
     {Command::Demo, D, "demo", "demo", "try everything on a simulated controller",
