@@ -4,6 +4,7 @@
 #include "panel/session/session.h"
 #include "panel/session/waiting.h"
 #include "panel/terminal/output.h"
+#include "panel/terminal/watch_signals.h"
 #include "runtime/modbus/failure_words.h"
 #include "runtime/modbus/request_pieces.h"
 
@@ -68,6 +69,7 @@ ReadOutcome readNotTried()
 
 ExitStatus runRead(const Options& options)
 {
+    WatchSignals::block(); // a signal that comes before ends the program, as is usual
     Session session(options.settings, listenersFor(options.trace, options.captureTo, options.settings));
     session.runtime().start();
     const int width = widestName(options.variables);
@@ -81,7 +83,7 @@ ExitStatus runRead(const Options& options)
         allDone = allDone && outcome.done;
         reachable = outcome.done || !session.neverConnected();
     }
-    if (!reachable)
+    if (!reachable && !session.isEnded())
         complainOfNoConnection(options.settings);
     return allDone ? AllGood : ControllerFailed;
 }

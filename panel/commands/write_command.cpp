@@ -4,6 +4,7 @@
 #include "panel/session/session.h"
 #include "panel/session/waiting.h"
 #include "panel/terminal/output.h"
+#include "panel/terminal/watch_signals.h"
 #include "runtime/modbus/failure_words.h"
 
 #include <algorithm>
@@ -46,6 +47,16 @@ void report(const WriteTask& task, const WriteOutcome& outcome, int width)
         complain(QStringLiteral("%1: %2").arg(task.text, words));
 }
 
+/// A write that a signal has ended may be anywhere.
+void reportEnded(const WriteTask& task, bool wasSent)
+{
+    if (wasSent)
+        complain(
+            QStringLiteral("the write of %1 was on its way: it may have been carried out").arg(task.text));
+    else
+        complain(QStringLiteral("%1: not written: ended before it was sent").arg(task.text));
+}
+
 WriteOutcome writeNotTried()
 {
     WriteOutcome outcome;
@@ -57,6 +68,7 @@ WriteOutcome writeNotTried()
 
 ExitStatus runWrite(const Options& options)
 {
+    WatchSignals::block(); // a signal that comes before ends the program, as is usual
     Session session(options.settings, listenersFor(options.trace, options.captureTo, options.settings));
     session.runtime().start();
     const int width = widestText(options.writes);
@@ -65,12 +77,16 @@ ExitStatus runWrite(const Options& options)
     for (const WriteTask& task : options.writes) {
         const auto write = [&] { return session.runtime().write(task.variable, task.values); };
         const QString what = QStringLiteral("writing ") + variableText(task.variable);
+        const long sentBefore = session.framesSent();
         const WriteOutcome outcome = reachable ? waitFor(&session, write(), what) : writeNotTried();
-        report(task, outcome, width);
+        if (session.isEnded() && !outcome.confirmed)
+            reportEnded(task, session.framesSent() != sentBefore);
+        else
+            report(task, outcome, width);
         allConfirmed = allConfirmed && outcome.confirmed;
         reachable = outcome.confirmed || !session.neverConnected();
     }
-    if (!reachable)
+    if (!reachable && !session.isEnded())
         complainOfNoConnection(options.settings);
     return allConfirmed ? AllGood : ControllerFailed;
 }

@@ -1,6 +1,7 @@
 #include "panel/session/session.h"
 
 #include "panel/terminal/output.h"
+#include "panel/terminal/watch_signals.h"
 #include "runtime/cycle/exchange_record.h"
 
 #include <QElapsedTimer>
@@ -18,9 +19,55 @@ const int settleMs = 1000;
 
 } // namespace
 
-Session::Session(const Settings& settings, const Listeners& listeners) : m_runtime(settings)
+/// Counts the frames that go out, and passes everything on.
+class Session::Counter : public LinkTap
 {
-    m_runtime.setTap(listeners.bytes);
+public:
+    explicit Counter(std::shared_ptr<LinkTap> next) : m_next(std::move(next)) {}
+
+    long sent() const { return m_sent; }
+
+    void opened(const LinkEnd& panel, const LinkEnd& controller) override
+    {
+        if (m_next)
+            m_next->opened(panel, controller);
+    }
+    void closed(const QString& why) override
+    {
+        if (m_next)
+            m_next->closed(why);
+    }
+    void sent(const QByteArray& frame) override
+    {
+        ++m_sent;
+        if (m_next)
+            m_next->sent(frame);
+    }
+    void notSent(const QByteArray& frame, const QString& why) override
+    {
+        if (m_next)
+            m_next->notSent(frame, why);
+    }
+    void received(const QByteArray& bytes) override
+    {
+        if (m_next)
+            m_next->received(bytes);
+    }
+    void timedOut() override
+    {
+        if (m_next)
+            m_next->timedOut();
+    }
+
+private:
+    const std::shared_ptr<LinkTap> m_next;
+    std::atomic<long> m_sent{0};
+};
+
+Session::Session(const Settings& settings, const Listeners& listeners)
+    : m_counter(std::make_shared<Counter>(listeners.bytes)), m_runtime(settings)
+{
+    m_runtime.setTap(m_counter);
     m_runtime.setObserver([this, observer = listeners.exchanges](const ExchangeRecord& record) {
         if (observer)
             observer(record);
@@ -40,6 +87,23 @@ void Session::settle()
     clock.start();
     while (m_observed < exchanges && clock.elapsed() < settleMs)
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
+
+void Session::heedSignals()
+{
+    for (auto kind = WatchSignals::wait(0); kind != WatchSignals::None; kind = WatchSignals::wait(0)) {
+        if (kind == WatchSignals::Suspended)
+            WatchSignals::suspend();
+        if (kind != WatchSignals::End)
+            continue;
+        m_ended = true;
+        m_runtime.stop();
+    }
+}
+
+long Session::framesSent() const
+{
+    return m_counter->sent();
 }
 
 bool Session::neverConnected() const

@@ -7,6 +7,7 @@
 #include "runtime/cycle/runtime.h"
 
 #include <atomic>
+#include <memory>
 
 namespace plc
 {
@@ -26,11 +27,25 @@ public:
     /// Waits until the observer has returned from every exchange that is over, for a second at most.
     void settle();
 
+    /// Takes the signals that came since the last call, which WatchSignals::block() keeps for this. One that ends a
+    /// program stops the runtime, so that whatever waits fails.
+    void heedSignals();
+
+    /// \return true when such a signal came
+    bool isEnded() const { return m_ended; }
+
+    /// \return frames that went out
+    long framesSent() const;
+
     /// \return true when there is no connection and never was one
     bool neverConnected() const;
 
 private:
+    class Counter;
+
     std::atomic<long> m_observed{0};
+    bool m_ended = false;
+    const std::shared_ptr<Counter> m_counter;
     Runtime m_runtime;
 };
 

@@ -12,14 +12,16 @@ namespace plc
 /// \return how far a session is, e.g. "reading 9:100x9000: 12 requests so far"
 QString progressText(const QString& what, const Runtime& runtime);
 
-/// Waits as long as it takes, and until the session's listeners have caught up.
+/// Waits as long as it takes or until a signal ends the session, and until its listeners have caught up.
 template <class Outcome>
 Outcome waitFor(Session* session, const Pending<Outcome>& pending, const QString& what)
 {
     const int lookMs = 100;
     ProgressLine progress;
-    while (!pending.wait(lookMs))
+    while (!pending.wait(lookMs)) {
+        session->heedSignals();
         progress.show(progressText(what, session->runtime()));
+    }
     session->settle();
     return pending.get();
 }
