@@ -45,19 +45,24 @@ const OptionRow optionRows[] = {
      "wait for it.",
      R | W | V | C | P, nullptr},
     {"vars", "FILE",
-     "Watch, check or replay the variables of a list. It is a CSV file, whose first line names the columns "
-     "and "
-     "each other a variable; lines that begin with # are comments. Types: VALUE-TYPES. Goes with "
-     "AREA:ADDRESS "
-     "as well.",
-     V | C | P, nullptr},
+     "A list of variables, which can then be named. It is a CSV file, whose first line names the columns and "
+     "each "
+     "other a variable; lines that begin with # are comments. Types: VALUE-TYPES. A NAME may be a pattern, "
+     "but not in "
+     "a write: * stands for any characters, ? for one. Where none is named all of the list are meant. What "
+     "begins like AREA:ADDRESS is an address, and stands above the named ones.",
+     R | W | V | C | P, nullptr},
     {"remote", nullptr,
      "Speak remote frames instead of Modbus TCP; the controller must do so too, as plcsim --remote does.",
      R | W | V | C | P, nullptr},
     {"port", "N", "The controller's TCP port in captured packets; a capture of plcpanel says it itself.", P,
      &Settings::port},
     {"hex", nullptr, "Print values in hexadecimal.", R | V | P, nullptr},
-    {"json", nullptr, "Print a JSON object per line.", R | V | C | P, nullptr},
+    {"json", nullptr, "Print a JSON object per line.", R | W | V | C | P, nullptr},
+    {"verify", nullptr, "Read back what was written and confirmed, and compare it.", W, nullptr},
+    {"dry-run", nullptr,
+     "Show the frames that the driver builds for the writes, and send nothing; --controller is not needed.",
+     W, nullptr},
     {"once", nullptr, "Refresh every variable once, print the table and end.", V, nullptr},
     {"stats", nullptr,
      "Show below the table what a refresh of all variables costs: requests, frames, what was read for no "
@@ -116,15 +121,16 @@ struct CommandRow {
 };
 
 const CommandRow commandRows[] = {
-    {Command::Read, R, "read", "read AREA:ADDRESS[xCOUNT]...", "print values",
+    {Command::Read, R, "read", "read AREA:ADDRESS[xCOUNT]|NAME...", "print values",
      "Reads each variable from the controller and prints its values, a line per variable. COUNT is the "
      "number\n"
-     "of elements from ADDRESS on.\n",
+     "of elements from ADDRESS on. A NAME is one of a list (--vars), and its value is printed in its unit.\n",
      "  plcpanel read 9:100 --controller 192.168.0.10\n"
      "  plcpanel read 9:100x10 0:17 8:10.3 14:200x2 --controller plc.example:1502 --hex\n"
      "  plcpanel read 9:100x3 --controller 127.0.0.1:1502 --json\n"
+     "  plcpanel read 'drive *' temperature --vars examples/machine.csv --controller 127.0.0.1:1502\n"
      "  plcpanel read 9:100@1 9:100@2 --multi-station --controller 127.0.0.1:1502\n"},
-    {Command::Write, W, "write", "write AREA:ADDRESS=VALUE[,VALUE...]...",
+    {Command::Write, W, "write", "write AREA:ADDRESS|NAME=VALUE[,VALUE...]...",
      "write values and wait for confirmation",
      "Writes each variable, one after the other, waits until the controller has confirmed it, and says for "
      "each\n"
@@ -132,10 +138,14 @@ const CommandRow commandRows[] = {
      "negative\n"
      "decimal or 0x-hexadecimal: 0 or 1 for a bit, -32768 to 65535 for a word, -2147483648 to 4294967295 for "
      "a\n"
-     "double word.\n",
+     "double word. The VALUE of a NAME is in the unit of the list: 21.5, true, \"LEMON TEA\"; what lies "
+     "outside its\n"
+     "limits is refused. If one write is refused, none is sent.\n",
      "  plcpanel write 9:100=1234 --controller 192.168.0.10\n"
-     "  plcpanel write 9:100=1,2,0x3 8:10.3=1 14:200=-5 --controller 127.0.0.1:1502\n"},
-    {Command::Watch, V, "watch", "watch [AREA:ADDRESS[xCOUNT]...]", "show values live until Ctrl-C",
+     "  plcpanel write 9:100=1,2,0x3 8:10.3=1 14:200=-5 --controller 127.0.0.1:1502\n"
+     "  plcpanel write 'drive speed=-15' --vars examples/machine.csv --verify --controller 127.0.0.1:1502\n"
+     "  plcpanel write 'recipe=LEMON TEA' --vars examples/machine.csv --dry-run\n"},
+    {Command::Watch, V, "watch", "watch [AREA:ADDRESS[xCOUNT]|NAME...]", "show values live until Ctrl-C",
      "Refreshes the variables until Ctrl-C. In a terminal a table is redrawn in place; elsewhere it is "
      "printed\n"
      "again when a value, a state or the link changes. A value that is not as the controller answered just "
@@ -150,7 +160,7 @@ const CommandRow commandRows[] = {
      "  plcpanel watch 9:100 --controller 127.0.0.1:1502 --once\n"
      "  plcpanel watch --vars machine.csv --stats --controller 127.0.0.1:1502\n"
      "  plcpanel watch 9:100x4 --controller 127.0.0.1:1502 --json >changes.txt\n"},
-    {Command::Check, C, "check", "check [AREA:ADDRESS[xCOUNT]...]", "find what the controller refuses",
+    {Command::Check, C, "check", "check [AREA:ADDRESS[xCOUNT]|NAME...]", "find what the controller refuses",
      "Before going live: reads each block that the driver makes of the variables once. Where the controller\n"
      "refuses one, it is halved until the variables at fault are known, or the addresses between variables "
      "that\n"
@@ -159,7 +169,8 @@ const CommandRow commandRows[] = {
      "does not come is blamed on no variable.\n",
      "  plcpanel check --vars machine.csv --controller 192.168.0.10\n"
      "  plcpanel check 9:100 9:180 --controller 127.0.0.1:1502 --json\n"},
-    {Command::Replay, P, "replay", "replay FILE [AREA:ADDRESS[xCOUNT]...]", "show the values of a capture",
+    {Command::Replay, P, "replay", "replay FILE [AREA:ADDRESS[xCOUNT]|NAME...]",
+     "show the values of a capture",
      "Plays a file that --capture wrote into the driver, without a controller, and shows the values that "
      "its\n"
      "variables have then; with --json a line for each change. Give the variables that were watched (--vars "
@@ -202,6 +213,10 @@ QString ownExitStatusText(std::optional<Command> command)
             "  0  every variable has a value that was answered last\n"
             "  1  some were not read, or failed last\n"
             "  2  nothing is shown: the command line or the file is wrong, or the driver cannot be loaded\n");
+    if (*command == Command::Write)
+        return common + QStringLiteral(
+                            "  3  all was confirmed, but what --verify read back is another value, or could "
+                            "not be read\n");
     if (*command != Command::Check)
         return common;
     return QStringLiteral(

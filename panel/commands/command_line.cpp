@@ -2,9 +2,13 @@
 
 #include "capture/capture.h"
 #include "panel/commands/command_help.h"
+#include "panel/commands/named_variables.h"
 #include "runtime/cycle/refresh_plan.h"
+#include "runtime/modbus/protocol.h"
+#include "runtime/model/listed_value.h"
 #include "runtime/model/printable.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace plc
@@ -93,7 +97,8 @@ Settings settingsOf(const QCommandLineParser& parser, Command command, Settings 
     settings.remoteMode = settings.remoteMode || parser.isSet(QStringLiteral("remote"));
     settings.station = numberOf(parser, "station", 0, lastStation, settings.station);
     settings.multiStation = settings.multiStation || parser.isSet(QStringLiteral("multi-station"));
-    if (command == Command::Replay)
+    const bool isDryRun = command == Command::Write && parser.isSet(QStringLiteral("dry-run"));
+    if (command == Command::Replay || (isDryRun && !parser.isSet(QStringLiteral("controller"))))
         return settings;
     if (!parser.isSet(QStringLiteral("controller")))
         refuse(QStringLiteral("--controller is missing; say which controller, for example --controller "
@@ -123,27 +128,60 @@ Variable readableVariable(const QString& text, const Settings& settings)
     return variable;
 }
 
-WriteTask writeTaskOf(const QString& text, const Settings& settings)
+/// AREA:ADDRESS=VALUE[,VALUE...]
+WriteTask addressedTask(const QString& text)
 {
     const int sign = text.indexOf(QLatin1Char('='));
     if (sign < 0)
         refuse(
             QStringLiteral("\"%1\" names no value; AREA:ADDRESS=VALUE[,VALUE...] is expected, e.g. 9:100=1,2")
-                .arg(excerpt(text)));
+                .arg(text));
     WriteTask task;
-    task.text = text;
     task.variable = variableOf(text.left(sign));
     QString error;
     const auto values = parseValues(task.variable.area, text.mid(sign + 1), &error);
     if (!values)
-        refuse(QStringLiteral("%1: %2").arg(excerpt(text), error));
+        refuse(QStringLiteral("%1: %2").arg(text, error));
     task.values = *values;
     // A count may be given; then it must be that of the values.
     if (!text.left(sign).contains(QLatin1Char('x')))
         task.variable.count = static_cast<int>(values->size());
-    const QString words = writeRefusal(withStation(task.variable, settings), task.values, settings);
+    return task;
+}
+
+/// NAME=VALUE
+WriteTask namedTask(const QString& text, const std::vector<ListedVariable>& list)
+{
+    const auto named = namedValue(list, text);
+    if (!named && !text.contains(QLatin1Char('=')))
+        refuse(QStringLiteral("\"%1\" names no value; NAME=VALUE is expected").arg(text));
+    if (!named)
+        refuse(
+            QStringLiteral("%1: the list has no variable of that name; a write names each by its whole name")
+                .arg(text));
+    QString error;
+    const auto values = parseListed(named->variable, named->value, &error);
+    if (!values)
+        refuse(QStringLiteral("%1: %2").arg(text, error));
+    WriteTask task;
+    task.variable = named->variable.elements;
+    task.values = *values;
+    task.listed = named->variable;
+    return task;
+}
+
+WriteTask writeTaskOf(const QString& text, const Options& options, const std::vector<ListedVariable>& list)
+{
+    const Settings& settings = options.settings;
+    WriteTask task = list.empty() || looksLikeAddress(text) ? addressedTask(text) : namedTask(text, list);
+    task.text = text;
+    const Variable variable = withStation(task.variable, settings);
+    const QString words = writeRefusal(variable, task.values, settings);
     if (!words.isEmpty())
-        refuse(QStringLiteral("%1: %2").arg(excerpt(text), words));
+        refuse(QStringLiteral("%1: %2").arg(text, words));
+    if (options.verify && variable.station == broadcastStation)
+        refuse(QStringLiteral("%1: --verify cannot read it back: no controller answers for station 0")
+                   .arg(text));
     return task;
 }
 
@@ -158,55 +196,88 @@ void refuseErrors(const QString& path, const QStringList& errors)
     refuse(text);
 }
 
-bool takesList(Command command)
-{
-    return command == Command::Watch || command == Command::Check || command == Command::Replay;
-}
-
-void setList(const QCommandLineParser& parser, Options* options)
+/// \return the list that is given; none without --vars
+/// \return the list that is given; an empty one without --vars
+std::vector<ListedVariable> listOf(const QCommandLineParser& parser, const Options& options)
 {
     const QString option = QStringLiteral("vars");
-    if (!takesList(options->command) || !parser.isSet(option))
-        return;
-    if (options->format == ValueFormat::Hex)
+    if (!parser.optionNames().contains(option) || !parser.isSet(option))
+        return {};
+    if (options.format == ValueFormat::Hex)
         refuse(
             QStringLiteral("--hex and --vars exclude each other: in a list each variable has its own type, "
                            "and one of them is hex"));
     const QString path = parser.value(option);
-    const Settings& settings = options->settings;
-    const VariableList list = readVariableList(path, [&settings](const ListedVariable& variable) {
-        return readRefusal(withStation(variable.elements, settings), settings);
+    const Settings& settings = options.settings;
+    // What is written is looked at when it is named: others of the list may not be for this command.
+    const VariableList list = readVariableList(path, [&](const ListedVariable& variable) {
+        return options.command == Command::Write
+                   ? QString()
+                   : readRefusal(withStation(variable.elements, settings), settings);
     });
     refuseErrors(path, list.errors);
     if (list.variables.empty())
         refuse(QStringLiteral("--vars %1: the list holds no variable; a line for each is expected below the "
                               "first one, e.g. speed,9,100,,1,int16")
-                   .arg(excerpt(path)));
-    options->listed = list.variables;
+                   .arg(path));
+    return list.variables;
 }
 
 QString expectedVariables(Command command)
 {
     if (command == Command::Write)
-        return QStringLiteral("AREA:ADDRESS=VALUE[,VALUE...] is expected, e.g. 9:100=1,2");
-    const QString plain = QStringLiteral("AREA:ADDRESS[xCOUNT] is expected, e.g. 9:100x2");
-    return takesList(command) ? plain + QStringLiteral(", or a list of them: --vars FILE") : plain;
+        return QStringLiteral("AREA:ADDRESS=VALUE[,VALUE...] is expected, e.g. 9:100=1,2, or NAME=VALUE with "
+                              "a list: --vars FILE");
+    return QStringLiteral("AREA:ADDRESS[xCOUNT] is expected, e.g. 9:100x2, or a list of them: --vars FILE");
 }
 
-void setVariables(const QStringList& texts, Options* options)
+/// Adds those that \a text names, but for those that are there already.
+void addNamed(const QString& text, const std::vector<ListedVariable>& list,
+              std::vector<ListedVariable>* chosen)
 {
-    if (options->command == Command::Demo && !texts.isEmpty())
+    const std::vector<ListedVariable> named = variablesNamed(list, text);
+    if (named.empty() && namedValue(list, text))
+        refuse(QStringLiteral("%1: a value is given, but nothing is written here; plcpanel write does that")
+                   .arg(text));
+    if (named.empty())
+        refuse(isPattern(text)
+                   ? QStringLiteral("%1: no name of the list fits this pattern").arg(text)
+                   : QStringLiteral("%1: the list has no variable of that name, and it is no AREA:ADDRESS")
+                         .arg(text));
+    for (const ListedVariable& variable : named) {
+        const auto isSame = [&variable](const ListedVariable& other) { return other.line == variable.line; };
+        if (std::none_of(chosen->begin(), chosen->end(), isSame))
+            chosen->push_back(variable);
+    }
+}
+
+/// Where variables of the list are named, the others are left out.
+void setReadVariables(const QStringList& texts, const std::vector<ListedVariable>& list, Options* options)
+{
+    for (const QString& text : texts) {
+        if (list.empty() || looksLikeAddress(text))
+            options->variables.push_back(readableVariable(text, options->settings));
+        else
+            addNamed(text, list, &options->listed);
+    }
+    if (options->listed.empty())
+        options->listed = list;
+}
+
+void setVariables(const QStringList& texts, const std::vector<ListedVariable>& list, Options* options)
+{
+    const Command command = options->command;
+    if (command == Command::Demo && !texts.isEmpty())
         refuse(QStringLiteral("\"%1\" is one argument too many; the demo chooses its variables itself")
                    .arg(texts.first()));
-    const bool choosesItself = options->command == Command::Demo || options->command == Command::Replay;
-    if (!choosesItself && texts.isEmpty() && options->listed.empty())
-        refuse(QStringLiteral("no variable is given; %1").arg(expectedVariables(options->command)));
-    for (const QString& text : texts) {
-        if (options->command == Command::Write)
-            options->writes.push_back(writeTaskOf(text, options->settings));
-        else
-            options->variables.push_back(readableVariable(text, options->settings));
-    }
+    const bool choosesItself = command == Command::Demo || command == Command::Replay;
+    const bool takesAll = command != Command::Write && !list.empty();
+    if (!choosesItself && !takesAll && texts.isEmpty())
+        refuse(QStringLiteral("no variable is given; %1").arg(expectedVariables(command)));
+    if (command != Command::Write)
+        return setReadVariables(texts, list, options);
+    for (const QString& text : texts)
+        options->writes.push_back(writeTaskOf(text, *options, list));
 }
 
 /// A capture may say in which blocks its variables were read.
@@ -252,6 +323,16 @@ void setLogs(const QCommandLineParser& parser, Options* options)
         refuse(QStringLiteral("--capture %1: %2").arg(options->captureTo, words));
 }
 
+void setWriteWays(const QCommandLineParser& parser, Options* options)
+{
+    options->verify = parser.isSet(QStringLiteral("verify"));
+    options->dryRun = parser.isSet(QStringLiteral("dry-run"));
+    if (options->dryRun && (options->verify || options->trace || !options->captureTo.isEmpty()))
+        refuse(
+            QStringLiteral("--dry-run sends nothing, so there is nothing to verify, trace or capture; leave "
+                           "out --verify, --trace and --capture"));
+}
+
 void openCapture(const QCommandLineParser& parser, Options* options)
 {
     options->captureFile = replayedFile(parser);
@@ -275,15 +356,17 @@ Options optionsOf(const QCommandLineParser& parser, Command command)
     else
         setLogs(parser, &options);
     options.settings = settingsOf(parser, command, capturedSettings(options));
-    if (command != Command::Write && command != Command::Demo)
+    if (command != Command::Demo)
         options.format = formatOf(parser);
+    if (command == Command::Write)
+        setWriteWays(parser, &options);
     if (command == Command::Watch) {
         options.once = parser.isSet(QStringLiteral("once"));
         options.statistics = parser.isSet(QStringLiteral("stats"));
         options.intervalMs = numberOf(parser, "interval", 10, 3600000, options.intervalMs);
     }
-    setList(parser, &options);
-    setVariables(parser.positionalArguments().mid(command == Command::Replay ? 2 : 1), &options);
+    setVariables(parser.positionalArguments().mid(command == Command::Replay ? 2 : 1),
+                 listOf(parser, options), &options);
     setBlockCount(parser, &options);
     return options;
 }

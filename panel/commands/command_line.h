@@ -21,11 +21,12 @@ namespace plc
 
 enum class Command { Read, Write, Watch, Check, Replay, Demo };
 
-/// One AREA:ADDRESS=VALUE[,VALUE...].
+/// One AREA:ADDRESS=VALUE[,VALUE...] or NAME=VALUE.
 struct WriteTask {
     QString text;      ///< as it was typed
     Variable variable; ///< as many elements as values
     std::vector<quint32> values;
+    std::optional<ListedVariable> listed; ///< the variable that is named
 };
 
 struct Options {
@@ -33,7 +34,7 @@ struct Options {
     Settings settings;                  ///< driverPath is empty when none is given
     std::vector<Variable> variables;    ///< of read, watch and check, each of which can be read
     std::vector<WriteTask> writes;      ///< of write, each of which can be written
-    std::vector<ListedVariable> listed; ///< of watch and check: those of the list, each of which can be read
+    std::vector<ListedVariable> listed; ///< the same: those of the list that are named, or all
     ValueFormat format = ValueFormat::Decimal;
     QString captureTo;                      ///< where the link's bytes go; empty: nowhere
     QString captureFile;                    ///< of replay: what is played
@@ -42,6 +43,8 @@ struct Options {
     bool once = false;
     bool trace = false;
     bool statistics = false;
+    bool verify = false;  ///< of write: what was written is read back
+    bool dryRun = false;  ///< of write: frames are shown, and nothing is sent
     int intervalMs = 500; ///< between two looks at the watched values
 };
 

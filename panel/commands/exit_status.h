@@ -11,6 +11,9 @@ enum ExitStatus {
     ControllerFailed = 1, ///< something failed at the controller or on the link to it
     WrongCommandLine = 2, ///< nothing was tried: the command line is wrong or the driver cannot be loaded
 
+    // Of write alone.
+    ReadBackDiffers = 3, ///< all was confirmed, but --verify found another value, or none
+
     // Of check alone, whose status 1 says that something was not answered.
     VariablesRefused = 3,     ///< the controller refuses variables, or addresses between them
     ControllerNotReached = 4, ///< it could not be reached

@@ -5,8 +5,10 @@
 #include "panel/session/waiting.h"
 #include "panel/terminal/output.h"
 #include "panel/terminal/watch_signals.h"
+#include "panel/watch/watch_rows.h"
 #include "runtime/modbus/failure_words.h"
 #include "runtime/modbus/request_pieces.h"
+#include "runtime/model/listed_value.h"
 
 #include <algorithm>
 
@@ -16,19 +18,30 @@ namespace plc
 namespace
 {
 
-/// \return the line that tells how \a variable was read, without the line's end
-/// \param width the name is filled up to it
-QString readLine(const Variable& variable, const ReadOutcome& outcome, ValueFormat format, int width)
+QString nameOf(const WatchRow& row)
 {
-    return variableText(variable).leftJustified(width + 2) +
-           valueTexts(variable.area, outcome.values, format).join(QLatin1Char(' '));
+    return row.listed ? row.listed->name : variableText(row.variable);
 }
 
-/// \return the line of JSON that tells it
-QString readJson(const Variable& variable, int station, const ReadOutcome& outcome)
+QString valueOf(const WatchRow& row, const ReadOutcome& outcome, ValueFormat format)
 {
-    QJsonObject object = jsonOfVariable(variable, station);
+    if (!row.listed)
+        return valueTexts(row.variable.area, outcome.values, format).join(QLatin1Char(' '));
+    const QString text = listedText(*row.listed, outcome.values) + unitText(*row.listed);
+    return isOutside(*row.listed, outcome.values)
+               ? text + QStringLiteral("  (outside %1)").arg(limitsText(*row.listed))
+               : text;
+}
+
+/// \return the line of JSON that tells how \a row was read
+QString readJson(const WatchRow& row, int station, const ReadOutcome& outcome)
+{
+    QJsonObject object = jsonOfVariable(row.variable, station);
+    if (row.listed)
+        addListed(&object, *row.listed);
     if (outcome.done) {
+        if (row.listed)
+            addListedValue(&object, *row.listed, outcome.values);
         addValues(&object, outcome.values);
     } else {
         object.insert(QStringLiteral("error"), failureWords(outcome));
@@ -37,25 +50,26 @@ QString readJson(const Variable& variable, int station, const ReadOutcome& outco
     return jsonLine(object);
 }
 
-/// \return the length of the longest name of \a variables
-int widestName(const std::vector<Variable>& variables)
+/// \return the length of the longest name of \a rows
+int widestName(const std::vector<WatchRow>& rows)
 {
     int width = 0;
-    for (const Variable& variable : variables)
-        width = std::max(width, variableText(variable).size());
+    for (const WatchRow& row : rows)
+        width = std::max(width, nameOf(row).size());
     return width;
 }
 
 /// Failures go to standard error, but for JSON, whose reader wants an object for each variable.
-void report(const Options& options, const Variable& variable, const ReadOutcome& outcome, int width)
+void report(const Options& options, const WatchRow& row, const ReadOutcome& outcome, int width)
 {
     if (options.format == ValueFormat::Json)
-        print(readJson(variable, withStation(variable, options.settings).station, outcome) +
+        print(readJson(row, withStation(row.variable, options.settings).station, outcome) +
               QLatin1Char('\n'));
     else if (outcome.done)
-        print(readLine(variable, outcome, options.format, width) + QLatin1Char('\n'));
+        print(nameOf(row).leftJustified(width + 2) + valueOf(row, outcome, options.format) +
+              QLatin1Char('\n'));
     else
-        complain(QStringLiteral("%1: not read: %2").arg(variableText(variable), failureText(outcome)));
+        complain(QStringLiteral("%1: not read: %2").arg(nameOf(row), failureText(outcome)));
 }
 
 ReadOutcome readNotTried()
@@ -72,14 +86,15 @@ ExitStatus runRead(const Options& options)
     WatchSignals::block(); // a signal that comes before ends the program, as is usual
     Session session(options.settings, listenersFor(options.trace, options.captureTo, options.settings));
     session.runtime().start();
-    const int width = widestName(options.variables);
+    const std::vector<WatchRow> rows = emptyRows(options.variables, options.listed);
+    const int width = widestName(rows);
     bool allDone = true;
     bool reachable = true;
-    for (const Variable& variable : options.variables) {
-        const QString what = QStringLiteral("reading ") + variableText(variable);
+    for (const WatchRow& row : rows) {
+        const QString what = QStringLiteral("reading ") + nameOf(row);
         const ReadOutcome outcome =
-            reachable ? waitFor(&session, session.runtime().read(variable), what) : readNotTried();
-        report(options, variable, outcome, width);
+            reachable ? waitFor(&session, session.runtime().read(row.variable), what) : readNotTried();
+        report(options, row, outcome, width);
         allDone = allDone && outcome.done;
         reachable = outcome.done || !session.neverConnected();
     }

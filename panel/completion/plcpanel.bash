@@ -8,8 +8,8 @@ _plcpanel_options() {
   local logs="--gap --trace --capture"
   local station="--station --multi-station --remote"
   case $1 in
-  read) echo "--controller $station --hex --json $tries $logs $all" ;;
-  write) echo "--controller $station $tries $logs $all" ;;
+  read) echo "--controller $station --vars --hex --json $tries $logs $all" ;;
+  write) echo "--controller $station --vars --json --verify --dry-run $tries $logs $all" ;;
   watch) echo "--controller $station --vars --hex --json --once --stats --interval --poll $tries $logs $all" ;;
   check) echo "--controller $station --vars --json $tries $logs $all" ;;
   replay) echo "$station --vars --port --hex --json $tries $all" ;;

@@ -203,7 +203,7 @@ const ColumnRow columnRows[] = {
     {"station", false, takeStation, "0 to 255; empty: that of --station"},
     {"count", false, takeCount, "values, of text characters; empty: 1"},
     {"type", true, takeType, "what the elements mean"},
-    {"order", false, takeOrder, "of the bytes of values longer than a word, see below; empty: as below"},
+    {"order", false, takeOrder, "of the bytes of values longer than a word, explained below"},
     {"scale", false, takeScale, "what is shown is the controller's number x scale + offset; empty: 1"},
     {"offset", false, takeOffset, "empty: 0"},
     {"unit", false, takeUnit, "shown behind the value"},

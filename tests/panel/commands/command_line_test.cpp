@@ -304,17 +304,17 @@ TEST(CommandLine, TheHelpListsCommandsAreasOptionsExamplesAndExitStatus)
     EXPECT_EQ(line.wish, CommandLine::ShowText);
     const std::string text = line.text.toStdString();
     for (const char* part :
-         {"Usage: plcpanel COMMAND", "read AREA:ADDRESS[xCOUNT]...", "write AREA:ADDRESS=VALUE[,VALUE...]...",
-          "\n  0    bits, read only ", "\n  8    bits in the words of area 9 word.bit",
-          "\n  14   double words (32 bits)", "decimal  7:8000  7:65535 ", "--controller <HOST[:PORT]>",
-          "\nExamples:\n", "\nExit status:\n"})
+         {"Usage: plcpanel COMMAND", "read AREA:ADDRESS[xCOUNT]|NAME...",
+          "write AREA:ADDRESS|NAME=VALUE[,VALUE...]...", "\n  0    bits, read only ",
+          "\n  8    bits in the words of area 9 word.bit", "\n  14   double words (32 bits)",
+          "decimal  7:8000  7:65535 ", "--controller <HOST[:PORT]>", "\nExamples:\n", "\nExit status:\n"})
         EXPECT_THAT(text, HasSubstr(part));
 }
 
 TEST(CommandLine, TheHelpOfACommandListsItsOwnOptionsOnly)
 {
     const std::string read = parsed("read --help").text.toStdString();
-    EXPECT_THAT(read, HasSubstr("Usage: plcpanel read AREA:ADDRESS[xCOUNT]... [OPTIONS]"));
+    EXPECT_THAT(read, HasSubstr("Usage: plcpanel read AREA:ADDRESS[xCOUNT]|NAME... [OPTIONS]"));
     EXPECT_THAT(read, HasSubstr("--json"));
     EXPECT_THAT(read, testing::Not(HasSubstr("--once")));
     EXPECT_THAT(parsed("watch -h").text.toStdString(), HasSubstr("--once"));
