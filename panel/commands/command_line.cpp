@@ -190,7 +190,7 @@ void refuseErrors(const QString& path, const QStringList& errors)
 {
     if (errors.isEmpty())
         return;
-    QString text = QStringLiteral("--vars %1: nothing is polled until this is put right:").arg(excerpt(path));
+    QString text = QStringLiteral("--vars %1: nothing is done until this is put right:").arg(excerpt(path));
     for (const QString& error : errors)
         text += QStringLiteral("\n%1: %2").arg(excerpt(path), error);
     refuse(text);

@@ -205,7 +205,7 @@ TEST(CommandLine, AllWrongLinesOfAListAreToldAtOnce)
     const std::string path = list.path().toStdString();
     EXPECT_EQ(
         list.refusal(),
-        "--vars " + path + ": nothing is polled until this is put right:\n" + path +
+        "--vars " + path + ": nothing is done until this is put right:\n" + path +
             ": line 2: \"int17\" is no type of area 9; it holds int16, uint16, int32, uint32, float32, "
             "hex, text, int64, uint64, float64, bcd16, bcd32\n    a,9,0,,,int17\n" +
             path +
@@ -267,8 +267,8 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{"read 9:1 --controller a --retries x", "--retries x: give a number from 0 to 1000"},
         Refused{"read 9:1 --controller a --max-block 126", "--max-block 126: give a number from 2 to 125"},
         Refused{"read 9:1 --controller a --once", "--once is no option of read; it belongs to watch"},
-        Refused{"write 9:1=1 --controller a --json",
-                "--json is no option of write; it belongs to read and watch"},
+        Refused{"write 9:1=1 --controller a --hex",
+                "--hex is no option of write; it belongs to read and watch"},
         Refused{"read 9:1 --controller a --frob", "Unknown option 'frob'"},
         Refused{"read 9:1 --controller a --hex --json", "--hex and --json exclude each other"},
         Refused{"read 15:1 --controller a", "\"15\" is no area; areas are 0 to 14"},
@@ -287,7 +287,7 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{"write 9:65534=1,2 --controller a", "do not lie in area 9"},
         Refused{"write 0:1=1 --controller a", "area 0 can only be read"},
         Refused{"watch --controller a", "or a list of them: --vars FILE"},
-        Refused{"read 9:1 --vars x.csv --controller a", "--vars is no option of read"},
+        Refused{"demo --vars x.csv", "--vars is no option of demo"},
         Refused{"read 9:1 --stats --controller a", "--stats is no option of read"},
         Refused{"demo 9:1", "\"9:1\" is one argument too many"},
         Refused{"demo --controller a", "--controller is no option of demo"}));

@@ -116,7 +116,7 @@ TEST_F(WatchList, ShowsTheMachineAsTheReadmeHasIt)
     EXPECT_EQ(watch.status, 0);
     QStringList shown = linesOf(watch.out);
     shown.removeFirst(); // the link
-    ASSERT_EQ(shown.size(), 1 + 16);
+    ASSERT_EQ(shown.size(), 1 + 18);
     // How old the values are, is up to the machine.
     const QRegularExpression age(QStringLiteral("\\d\\.\\d s"));
     const QString readme = QString::fromUtf8(contents(exampleFile("README.md")));
@@ -188,7 +188,7 @@ TEST_F(WatchList, StatisticsStandBelowTheTable)
 TEST_F(WatchList, StatisticsAreTheLastLineOfJson)
 {
     Plcpanel watch(line(exampleFile("machine.csv"), "watch --json --stats --interval 20"));
-    ASSERT_TRUE(watch.eventually([](const std::string& out) { return linesOf(out).size() >= 16; }));
+    ASSERT_TRUE(watch.eventually([](const std::string& out) { return linesOf(out).size() >= 18; }));
     const RunResult end = watch.endBy(SIGINT);
     EXPECT_EQ(end.status, 0);
     const QJsonObject statistics = json(linesOf(end.out).last())[QStringLiteral("statistics")].toObject();
