@@ -54,7 +54,8 @@ plc_install_documents(development libplcdriver-dev ""
 plc_install_examples(development libplcdriver-dev minimal_runtime full_runtime)
 if(PLC_BUILD_TOOLS)
   plc_install_documents(runtime_development libplcruntime-dev "" docs/runtime.md)
-  plc_install_examples(runtime_development libplcruntime-dev runtime_library)
+  plc_install_examples(runtime_development libplcruntime-dev
+    runtime_library station_runtime c_runtime python_runtime)
   plc_install_documents(tools plcdriver-tools examples examples/README.md examples/machine.csv examples/machine.memory
     examples/thousand.csv examples/make-list examples/make-thousand)
 endif()

@@ -56,6 +56,10 @@ if(PLC_BUILD_TOOLS)
   configure_file(cmake/plcruntime.pc.in "${PLC_GENERATED_DIR}/plcruntime.pc" @ONLY)
   install(FILES "${PLC_GENERATED_DIR}/plcruntime.pc"
     DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT runtime_development)
+  install(FILES runtime/c/plcruntime.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" COMPONENT runtime_development)
+  configure_file(cmake/plcruntime-c.pc.in "${PLC_GENERATED_DIR}/plcruntime-c.pc" @ONLY)
+  install(FILES "${PLC_GENERATED_DIR}/plcruntime-c.pc"
+    DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT runtime_development)
 
   install(TARGETS plcpanel plcsim RUNTIME COMPONENT tools)
   # How the installed panel gets to the installed driver, wherever both are moved.

@@ -1,0 +1,289 @@
+// The interface for C, called as a C program does.
+#include "runtime/c/plcruntime.h"
+#include "support/runtime_fixture.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <mutex>
+#include <string>
+
+namespace
+{
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+/// What a done callback is told.
+struct Told {
+    std::mutex mutex;
+    std::vector<int> failures;
+    std::vector<double> numbers;
+    std::string text;
+    std::string words;
+
+    std::size_t times()
+    {
+        std::lock_guard<std::mutex> lock(mutex);
+        return failures.size();
+    }
+};
+
+void note(void* context, const plcruntime_result* result)
+{
+    Told& told = *static_cast<Told*>(context);
+    std::lock_guard<std::mutex> lock(told.mutex);
+    told.words = plcruntime_result_failure_text(result);
+    const plcruntime_value* value = plcruntime_result_value(result);
+    for (std::size_t index = 0; value != nullptr && index < plcruntime_value_count(value); ++index)
+        told.numbers.push_back(plcruntime_value_double(value, index));
+    told.text = value != nullptr ? plcruntime_value_text(value) : "";
+    told.failures.push_back(plcruntime_result_failure(result));
+}
+
+class PlcRuntime : public RuntimeFixture
+{
+protected:
+    PlcRuntime() { open({}); }
+    ~PlcRuntime() override { plcruntime_close(handle); }
+
+    void open(std::vector<plcruntime_option> options)
+    {
+        plcruntime_close(handle);
+        const std::string port = std::to_string(controller->port());
+        options.insert(options.begin(), {"cycle_pause_ms", "1"});
+        options.insert(options.begin(), {"driver", builtDriver()});
+        options.insert(options.begin(), {"port", port.c_str()});
+        options.push_back({nullptr, nullptr});
+        ASSERT_EQ(plcruntime_open(options.data(), &handle), PLCRUNTIME_OK) << plcruntime_last_error();
+    }
+
+    void start() { ASSERT_EQ(plcruntime_start(handle), PLCRUNTIME_OK) << plcruntime_last_error(); }
+
+    /// \return how a request ended that was taken with \a status
+    static int endOf(int status, Told& told)
+    {
+        EXPECT_EQ(status, PLCRUNTIME_OK) << plcruntime_last_error();
+        if (status != PLCRUNTIME_OK || !eventually([&] { return told.times() > 0; }))
+            return -1;
+        std::lock_guard<std::mutex> lock(told.mutex);
+        EXPECT_EQ(told.failures.size(), 1u);
+        return told.failures.front();
+    }
+
+    int writeNumber(const char* variable, const char* type, double value)
+    {
+        Told told;
+        return endOf(plcruntime_write_number(handle, variable, type, value, note, &told), told);
+    }
+
+    std::vector<double> numbers(const char* variable, const char* type)
+    {
+        Told told;
+        EXPECT_EQ(endOf(plcruntime_read(handle, variable, type, note, &told), told), PLCRUNTIME_NO_FAILURE);
+        return told.numbers;
+    }
+
+    plcruntime* handle = nullptr;
+};
+
+TEST_F(PlcRuntime, WritesAndReadsNumbersOfEveryType)
+{
+    start();
+    struct Case {
+        const char* variable;
+        const char* type;
+        double value;
+    };
+    const Case cases[] = {{"2:17", nullptr, 1},       {"8:10.3", "bit", 1},        {"9:10", "int16", -5},
+                          {"9:12", nullptr, 65535},   {"9:14", "int32", -2000000}, {"9:16", "uint32", 4e9},
+                          {"9:18", "float32", -21.5}, {"9:20", "hex", 4711},       {"14:205", "int32", -7},
+                          {"14:206", nullptr, 4e9 + 1}, {"14:207", "float32", 0.125},  {"9:30", "float64", 0.1},
+                          {"9:34", "bcd16", 1234}};
+    for (const Case& each : cases) {
+        EXPECT_EQ(writeNumber(each.variable, each.type, each.value), PLCRUNTIME_NO_FAILURE) << each.variable;
+        EXPECT_THAT(numbers(each.variable, each.type), ElementsAre(each.value)) << each.variable;
+    }
+    EXPECT_EQ(inController(*controller, 9, 18), 0u) << "the low half of -21.5 comes first";
+    EXPECT_EQ(inController(*controller, 9, 19), 0xC1ACu);
+}
+
+TEST_F(PlcRuntime, WritesElementsAndTextsAndReadsThem)
+{
+    start();
+    const uint32_t elements[] = {7, 8, 65535};
+    Told written;
+    EXPECT_EQ(endOf(plcruntime_write(handle, "9:100x3", elements, 3, note, &written), written), 0);
+    EXPECT_THAT(numbers("9:100x3", nullptr), ElementsAre(7, 8, 65535));
+    EXPECT_THAT(numbers("9:101", "int32"), ElementsAre(-65528));
+    Told text, read;
+    EXPECT_EQ(endOf(plcruntime_write_text(handle, "9:200x9", "LEMON TEA", note, &text), text), 0);
+    EXPECT_EQ(endOf(plcruntime_read(handle, "9:200x9", "text", note, &read), read), 0);
+    EXPECT_EQ(read.text, "LEMON TEA");
+    EXPECT_EQ(inController(*controller, 9, 200), 0x454Cu) << "the low byte first";
+}
+
+TEST_F(PlcRuntime, RefusesWhatCannotBeAndSaysWhy)
+{
+    start();
+    const auto refused = [&](int status, const char* words) {
+        EXPECT_EQ(status, PLCRUNTIME_INVALID) << words;
+        EXPECT_THAT(plcruntime_last_error(), HasSubstr(words));
+    };
+    Told told;
+    refused(plcruntime_write_number(handle, "9:0", "int16", 40000, note, &told), "40000");
+    refused(plcruntime_write_number(handle, "9:0", nullptr, 1.5, note, &told), "1.5");
+    refused(plcruntime_write_number(handle, "9:0", "float32", 1e300, note, &told), "too large");
+    refused(plcruntime_write_number(handle, "9:1x2", nullptr, 1, note, &told), "one value");
+    refused(plcruntime_write_number(handle, "2:0", "float32", 1, note, &told), "area 2 holds no float32");
+    refused(plcruntime_write_text(handle, "9:1x2", "too long", note, &told), "8 characters, the variable 2");
+    refused(plcruntime_read(handle, "9:0", "double", note, &told), "there is no type \"double\"");
+    refused(plcruntime_read(handle, "99:0", nullptr, note, &told), "99");
+    refused(plcruntime_read(handle, nullptr, nullptr, note, &told), "no variable");
+    refused(plcruntime_read(handle, "9:0", nullptr, nullptr, nullptr), "callback");
+    refused(plcruntime_read(nullptr, "9:0", nullptr, note, &told), "NULL");
+    refused(plcruntime_write(handle, "9:0", nullptr, 1, note, &told), "no elements");
+    refused(plcruntime_switch_station(handle, 256, 1), "no station");
+    refused(plcruntime_queued(handle, 1, 7), "no kind");
+    EXPECT_EQ(told.times(), 0u) << "who is refused at once is not called";
+}
+
+TEST_F(PlcRuntime, RefusesOptionsThatAreNone)
+{
+    plcruntime* refused = handle;
+    const plcruntime_option unknown[] = {{"prot", "502"}, {nullptr, nullptr}};
+    EXPECT_EQ(plcruntime_open(unknown, &refused), PLCRUNTIME_INVALID);
+    EXPECT_EQ(refused, nullptr);
+    EXPECT_THAT(plcruntime_last_error(), HasSubstr("no option \"prot\"; options are host, port"));
+    const plcruntime_option noNumber[] = {{"port", "http"}, {nullptr, nullptr}};
+    EXPECT_EQ(plcruntime_open(noNumber, &refused), PLCRUNTIME_INVALID);
+    const plcruntime_option noFlag[] = {{"multi_station", "2"}, {nullptr, nullptr}};
+    EXPECT_EQ(plcruntime_open(noFlag, &refused), PLCRUNTIME_INVALID);
+    const plcruntime_option outside[] = {{"port", "65536"}, {nullptr, nullptr}};
+    EXPECT_EQ(plcruntime_open(outside, &refused), PLCRUNTIME_INVALID);
+    EXPECT_THAT(plcruntime_last_error(), HasSubstr("1..65535"));
+}
+
+TEST_F(PlcRuntime, RefusesCallsAtTheWrongTimeAndClosingOutOfACallback)
+{
+    Told told;
+    EXPECT_EQ(plcruntime_read(handle, "9:0", nullptr, note, &told), PLCRUNTIME_WRONG_TIME);
+    start();
+    EXPECT_EQ(plcruntime_start(handle), PLCRUNTIME_WRONG_TIME);
+    EXPECT_EQ(plcruntime_subscribe(handle, "9:0", nullptr, nullptr, nullptr), PLCRUNTIME_WRONG_TIME);
+    struct Context {
+        plcruntime* handle;
+        std::atomic<int> status;
+    } context = {handle, {1}};
+    const auto close = [](void* given, const plcruntime_result*) {
+        Context& itsOwn = *static_cast<Context*>(given);
+        itsOwn.status = plcruntime_close(itsOwn.handle);
+    };
+    ASSERT_EQ(plcruntime_read(handle, "9:0", nullptr, close, &context), PLCRUNTIME_OK);
+    EXPECT_TRUE(eventually([&] { return context.status == PLCRUNTIME_WRONG_TIME; }));
+}
+
+TEST_F(PlcRuntime, OneThatCannotStartSaysWhy)
+{
+    open({{"driver", "/nowhere/libplcdriver.so"}});
+    EXPECT_EQ(plcruntime_start(handle), PLCRUNTIME_CANNOT_START);
+    EXPECT_THAT(plcruntime_last_error(), HasSubstr("cannot be loaded"));
+}
+
+struct Seen {
+    std::mutex mutex;
+    std::vector<int> states;
+    std::string text;
+    int64_t timeMs = -1;
+};
+
+void see(void* context, int, const plcruntime_value* value)
+{
+    Seen& seen = *static_cast<Seen*>(context);
+    std::lock_guard<std::mutex> lock(seen.mutex);
+    seen.states.push_back(plcruntime_value_state(value));
+    seen.text = plcruntime_value_text(value);
+    seen.timeMs = plcruntime_value_time_ms(value);
+}
+
+TEST_F(PlcRuntime, TellsOfValuesAndTheirStates)
+{
+    open({{"timeout_ms", "100"}, {"retries", "0"}});
+    putIntoController(*controller, 9, 50, 0x41AC, 1);
+    putIntoController(*controller, 9, 51, 0x0001, 1);
+    Seen seen;
+    EXPECT_EQ(plcruntime_subscribe(handle, "9:50", "int32", see, &seen), 0);
+    EXPECT_EQ(plcruntime_subscribe(handle, "9:51", nullptr, nullptr, nullptr), 1);
+    start();
+    const auto isSeen = [&](int state) {
+        return eventually([&] {
+            std::lock_guard<std::mutex> lock(seen.mutex);
+            return !seen.states.empty() && seen.states.back() == state;
+        });
+    };
+    ASSERT_TRUE(isSeen(PLCRUNTIME_FRESH));
+    EXPECT_EQ(seen.text, "82348");
+    EXPECT_GT(seen.timeMs, 0);
+    plcruntime_value* value = nullptr;
+    ASSERT_EQ(plcruntime_get(handle, 1, &value), PLCRUNTIME_OK);
+    EXPECT_EQ(plcruntime_value_int64(value, 0), 1);
+    EXPECT_EQ(plcruntime_value_element(value, 0), 1u);
+    EXPECT_EQ(plcruntime_value_element(value, 1), 0u) << "there is none";
+    EXPECT_GE(plcruntime_value_age_ms(value), 0);
+    plcruntime_free_value(value);
+    EXPECT_EQ(plcruntime_is_connected(handle), 1);
+    controller->setSilent(1, true);
+    EXPECT_TRUE(isSeen(PLCRUNTIME_FAILED));
+    EXPECT_EQ(plcruntime_get(handle, 2, &value), PLCRUNTIME_INVALID);
+    plcruntime_close(handle); // before what the callback writes to goes
+    handle = nullptr;
+}
+
+TEST_F(PlcRuntime, ClosingEndsWhatWaitsBeforeItReturnsAndAnotherOneMayFollow)
+{
+    open({{"timeout_ms", "60000"}});
+    controller->setSilent(1, true);
+    start();
+    Told inFlight, waiting;
+    ASSERT_EQ(plcruntime_write_number(handle, "9:0", nullptr, 1, note, &inFlight), PLCRUNTIME_OK);
+    ASSERT_EQ(plcruntime_read(handle, "9:0", nullptr, note, &waiting), PLCRUNTIME_OK);
+    ASSERT_TRUE(eventually([&] { return controller->requests() > 0; }));
+    EXPECT_EQ(plcruntime_queued(handle, -1, PLCRUNTIME_WRITES), 1);
+    EXPECT_EQ(plcruntime_queued(handle, 1, PLCRUNTIME_READS), 1);
+    EXPECT_EQ(plcruntime_queued(handle, 2, PLCRUNTIME_READS), 0);
+    EXPECT_EQ(plcruntime_close(handle), PLCRUNTIME_OK);
+    handle = nullptr;
+    EXPECT_THAT(inFlight.failures, ElementsAre(PLCRUNTIME_STOPPED));
+    EXPECT_THAT(waiting.failures, ElementsAre(PLCRUNTIME_STOPPED));
+    controller->setSilent(1, false);
+    open({});
+    start();
+    EXPECT_EQ(writeNumber("9:1", nullptr, 5), PLCRUNTIME_NO_FAILURE);
+    EXPECT_EQ(inController(*controller, 9, 0), 0u);
+}
+
+TEST_F(PlcRuntime, StationsAreSwitchedOffAndOn)
+{
+    open({{"multi_station", "1"}});
+    start();
+    EXPECT_EQ(plcruntime_switch_station(handle, 3, 0), PLCRUNTIME_OK);
+    Told told;
+    EXPECT_EQ(endOf(plcruntime_read(handle, "9:0@3", nullptr, note, &told), told), PLCRUNTIME_STATION_OFF);
+    EXPECT_EQ(told.words, "station 3 is switched off");
+    EXPECT_EQ(plcruntime_switch_station(handle, 3, 1), PLCRUNTIME_OK);
+    EXPECT_THAT(numbers("9:0@3", nullptr), ElementsAre(0));
+}
+
+TEST(PlcRuntimeNames, AreThereForEveryNumber)
+{
+    for (int number = -1; number < 300; ++number) {
+        EXPECT_STRNE(plcruntime_failure_name(number), "") << number;
+        EXPECT_STRNE(plcruntime_state_name(number), "") << number;
+    }
+    EXPECT_STREQ(plcruntime_failure_name(PLCRUNTIME_CLOSED), "closed");
+    EXPECT_STREQ(plcruntime_failure_name(PLCRUNTIME_NOT_REPORTED), "not reported");
+    EXPECT_STREQ(plcruntime_state_name(PLCRUNTIME_FRESH), "fresh");
+}
+
+} // namespace
