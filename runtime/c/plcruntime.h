@@ -133,9 +133,10 @@ PLCRUNTIME_C_API const char* plcruntime_state_name(int state);
  *
  * Options, with their defaults: host 127.0.0.1, a name or address; port 502; station 1, 0..255, of variables that name
  * none; multi_station 0, 1 for several stations on one link; remote_mode 0, 1 for remote frames in place of Modbus
- * TCP; timeout_ms 300; retries 3; max_block_words 63, 2..125; cycle_pause_ms 100, after a pass over the subscribed
- * variables; stale_after_ms 2000; station_pause_ms 1000, how long one of several stations that does not answer is left
- * alone at first; driver, the path of libplcdriver.so, which is looked for when it is not given.
+ * TCP; timeout_ms 300; retries 3; max_block_words 63, 2..125; poll_ms 100, from one refresh of all subscribed
+ * variables to the next at least; gap_ms 0, before each further request; stale_after_ms 2000; station_pause_ms 1000,
+ * how long one of several stations that does not answer is left alone at first; driver, the path of libplcdriver.so,
+ * which is looked for when it is not given.
  *
  * \param options ends with one whose key is NULL; NULL: all defaults
  * \param runtime set to the runtime, or to NULL. plcruntime_close() frees it

@@ -52,7 +52,7 @@ protected:
     {
         plcruntime_close(handle);
         const std::string port = std::to_string(controller->port());
-        options.insert(options.begin(), {"cycle_pause_ms", "1"});
+        options.insert(options.begin(), {"poll_ms", "1"});
         options.insert(options.begin(), {"driver", builtDriver()});
         options.insert(options.begin(), {"port", port.c_str()});
         options.push_back({nullptr, nullptr});
