@@ -32,6 +32,7 @@
 #ifndef PLCRUNTIME_H
 #define PLCRUNTIME_H
 
+/* The names and the "(void)" are those of C. NOLINTBEGIN(readability-identifier-naming,modernize-redundant-void-arg) */
 #include <stddef.h>
 #include <stdint.h>
 
@@ -267,4 +268,5 @@ PLCRUNTIME_C_API const plcruntime_value* plcruntime_result_value(const plcruntim
 }
 #endif
 
+/* NOLINTEND(readability-identifier-naming,modernize-redundant-void-arg) */
 #endif
