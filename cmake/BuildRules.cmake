@@ -39,6 +39,27 @@ if(PLC_SANITIZE)
   endif()
 endif()
 
+# What is shipped is hardened; tests/install/hardened_files looks whether it is.
+if(PLC_HARDENING AND CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT PLC_SANITIZE)
+  add_compile_options(-fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|i[3-6]86)$")
+    add_compile_options(-fcf-protection)
+  endif()
+  add_link_options(-Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
+endif()
+
+# The same commit makes the same bytes wherever it is built: no folder of this machine gets into a file, and libraries
+# find each other in the build from where they lie, so that their search paths are of one length.
+if(CMAKE_BUILD_TYPE STREQUAL "Release")
+  add_compile_options("-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
+endif()
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES CXX)
+
+# Tests are compiled more often than run. Fortified functions take optimization.
+set(PLC_TEST_OPTIMIZATION -O0 -U_FORTIFY_SOURCE)
+
 # The panel's commands and the simulator wait for networks and people: building them quickly is worth more than
 # optimizing them. The panel's library, whose loop runs once per request, is optimized where speed counts.
 set(PLC_TOOL_OPTIMIZATION -O1)

@@ -1,12 +1,12 @@
 # What `cpack` makes: Debian packages of the driver and of libplcruntime, of what developing with each takes, and of the
 # tools.
-# scripts/package builds for them; they belong to the 32-bit build, and to one configured for /usr.
+# scripts/package builds for them, with an installation in /usr.
 include(GNUInstallDirs)
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME plcdriver)
 set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}")
-set(CPACK_PACKAGE_CONTACT "plcdriver maintainers <maintainers@plcdriver.invalid>" CACHE STRING
+set(CPACK_PACKAGE_CONTACT "plcdriver maintainers <maintainers@users.noreply.c-seed-192f3768.example>" CACHE STRING
   "Who answers for the packages: NAME <ADDRESS>")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
@@ -19,15 +19,20 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(architectures "x86_64=amd64" "i386=i386" "arm-linux-gnueabihf=armhf")
 set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE amd64)
-if(CMAKE_SIZEOF_VOID_P EQUAL 4)
-  set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE i386)
-endif()
+foreach(pair IN LISTS architectures)
+  string(REGEX MATCH "^([^=]+)=(.+)$" matched "${pair}")
+  if(CMAKE_LIBRARY_ARCHITECTURE MATCHES "^${CMAKE_MATCH_1}")
+    string(REGEX REPLACE ".*=" "" CPACK_DEBIAN_PACKAGE_ARCHITECTURE "${pair}")
+  endif()
+endforeach()
 # dpkg-shlibdeps looks up what packages of that architecture hold; cpack hands its environment on to it.
 file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/install/cpack_environment.cmake"
   CONTENT "set(ENV{DEB_HOST_ARCH} ${CPACK_DEBIAN_PACKAGE_ARCHITECTURE})\n")
 set(CPACK_PROJECT_CONFIG_FILE "${CMAKE_BINARY_DIR}/install/cpack_environment.cmake")
 set(CPACK_PRE_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/cmake/CompressDocuments.cmake")
+set(CPACK_POST_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/cmake/FinishPackages.cmake")
 
 set(library_package libplcdriver${PROJECT_VERSION_MAJOR})
 
@@ -76,10 +81,15 @@ driver. plcsim is a simulated controller that misbehaves on demand.")
 
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON) # so that packages of runtimes find what they depend on
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
-# cpack refreshes the linker's cache in scripts of its own as well, which cannot be switched off.
+# cpack refreshes the linker's cache in scripts of its own as well; FinishPackages.cmake takes them out.
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/cmake/debian/triggers")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/cmake/debian/triggers")
 
+# The date of the release stands in the change log of the sources.
+file(STRINGS CHANGELOG.md heading REGEX "^## \\[${PROJECT_VERSION}\\] - " LIMIT_COUNT 1)
+string(REGEX REPLACE ".* - " "" release_day "${heading}")
+execute_process(COMMAND date --utc --rfc-email "--date=${release_day}" OUTPUT_VARIABLE PLC_RELEASE_DATE
+  OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
 configure_file(cmake/debian/changelog.in "${CMAKE_BINARY_DIR}/install/changelog" @ONLY)
 set(packages "library:${library_package}" development:libplcdriver-dev)
 if(PLC_BUILD_TOOLS)
