@@ -50,7 +50,7 @@ macro(plc_install_examples component package)
 endmacro()
 
 plc_install_documents(development libplcdriver-dev ""
-  docs/guide.md docs/wire.md docs/multi-station.md docs/performance.md CHANGELOG.md)
+  docs/guide.md docs/wire.md docs/multi-station.md docs/performance.md docs/qt4.md CHANGELOG.md)
 plc_install_examples(development libplcdriver-dev minimal_runtime full_runtime)
 if(PLC_BUILD_TOOLS)
   plc_install_documents(runtime_development libplcruntime-dev "" docs/runtime.md)
