@@ -196,7 +196,20 @@ void refuseErrors(const QString& path, const QStringList& errors)
     refuse(text);
 }
 
-/// \return the list that is given; none without --vars
+/// \return why \a command cannot do with a variable of a list what it does
+QString listedRefusal(Command command, const Variable& variable, const Settings& settings)
+{
+    switch (command) {
+    case Command::Write: // looked at when it is named: others of the list may not be for this command
+        return QString();
+    case Command::Watch:
+    case Command::Check: // before a list goes live
+        return cyclicRefusal(variable, settings);
+    default:
+        return readRefusal(variable, settings);
+    }
+}
+
 /// \return the list that is given; an empty one without --vars
 std::vector<ListedVariable> listOf(const QCommandLineParser& parser, const Options& options)
 {
@@ -209,11 +222,8 @@ std::vector<ListedVariable> listOf(const QCommandLineParser& parser, const Optio
                            "and one of them is hex"));
     const QString path = parser.value(option);
     const Settings& settings = options.settings;
-    // What is written is looked at when it is named: others of the list may not be for this command.
     const VariableList list = readVariableList(path, [&](const ListedVariable& variable) {
-        return options.command == Command::Write
-                   ? QString()
-                   : readRefusal(withStation(variable.elements, settings), settings);
+        return listedRefusal(options.command, withStation(variable.elements, settings), settings);
     });
     refuseErrors(path, list.errors);
     if (list.variables.empty())

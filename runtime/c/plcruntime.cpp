@@ -329,7 +329,7 @@ int plcruntime_subscribe(plcruntime* runtime, const char* variable, const char* 
     return guarded([&]() -> int {
         plcruntime& fresh = freshOne(runtime);
         const TypedVariable what = typedVariable(variable, type);
-        const QString words = readRefusal(withStation(what.variable, fresh.settings), fresh.settings);
+        const QString words = cyclicRefusal(withStation(what.variable, fresh.settings), fresh.settings);
         if (!words.isEmpty())
             throw Refusal(PLCRUNTIME_INVALID, words);
         fresh.subscriptions.push_back({what, callback, context});

@@ -78,6 +78,7 @@ TypedVariable typedVariable(const char* variable, const char* type)
         refuse(QStringLiteral("area %1 holds no %2; it holds %3")
                    .arg(QString::number(parsed->area), valueTypeWord(what.type),
                         valueTypesOfArea(parsed->area)));
+    what.variable.valueElements = elementsOfType(what.type, parsed->area, 1);
     return what;
 }
 

@@ -210,7 +210,7 @@ Runtime::Private::~Private()
 int Runtime::Private::addCyclic(const Variable& variable)
 {
     const Variable resolved = withStation(variable, m_settings);
-    const QString words = readRefusal(resolved, m_settings);
+    const QString words = cyclicRefusal(resolved, m_settings);
     if (!words.isEmpty())
         fail(words);
     return m_cyclic.add(resolved);

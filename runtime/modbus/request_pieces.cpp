@@ -159,6 +159,20 @@ QString readRefusal(const Variable& variable, const Settings& settings)
     return words;
 }
 
+QString cyclicRefusal(const Variable& variable, const Settings& settings)
+{
+    const QString words = readRefusal(variable, settings);
+    if (!words.isEmpty() || !settings.remoteMode || variable.valueElements == 1 ||
+        kindOf(variable.area) != ElementKind::DoubleWord)
+        return words;
+    return QStringLiteral(
+               "a value of %1 double words cannot be refreshed over remote frames (--remote), which "
+               "fetch area %2 one double word at a time, so that it could be torn; give a type of "
+               "32 bits, or lay the value into a word area")
+        .arg(variable.valueElements)
+        .arg(variable.area);
+}
+
 QString writeRefusal(const Variable& variable, const std::vector<quint32>& values, const Settings& settings)
 {
     QString words = refusal(variable, settings);

@@ -26,6 +26,11 @@ Variable withStation(Variable variable, const Settings& settings);
 /// \return why \a variable, its station filled in, cannot be read; empty when it can
 QString readRefusal(const Variable& variable, const Settings& settings);
 
+/// \return why \a variable, its station filled in, cannot be refreshed again and again; empty when it can. That is
+///         what readRefusal() says, and over remote frames a value of several double words, which are refreshed
+///         one by one there.
+QString cyclicRefusal(const Variable& variable, const Settings& settings);
+
 /// \return why \a values cannot be written to \a variable, its station filled in; empty when they can
 QString writeRefusal(const Variable& variable, const std::vector<quint32>& values, const Settings& settings);
 

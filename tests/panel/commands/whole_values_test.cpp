@@ -15,6 +15,7 @@ namespace
 
 using test::Answer;
 using test::HostileServer;
+using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
@@ -117,4 +118,23 @@ TEST(WrittenValues, OfTheAreaOfDoubleWordsAreWholeInTheirRequests)
         for (const auto& request : server.seen())
             EXPECT_EQ(static_cast<unsigned char>(request.bytes.at(11)) % 2, 0) << maxBlockCount;
     }
+}
+
+TEST(WholeValuesOfDoubleWords, AreRefusedOverRemoteFramesBeforeAnythingIsSent)
+{
+    HostileServer server([](const QByteArray&, int) { return Answer(); });
+    QTemporaryFile file;
+    ASSERT_TRUE(file.open());
+    file.write("name,area,address,type\nnarrow,14,200,uint32\nwide,14,202,uint64\n");
+    file.close();
+    for (const char* command : {"watch", "check"}) {
+        const auto run = test::plcpanel(
+            {command, "--vars", file.fileName(), "--remote", "--controller", server.controller()});
+        EXPECT_EQ(run.status, 2) << command;
+        EXPECT_THAT(run.errors, HasSubstr("line 3: "));
+        EXPECT_THAT(run.errors,
+                    HasSubstr("a value of 2 double words cannot be refreshed over remote frames"));
+        EXPECT_THAT(run.errors, Not(HasSubstr("line 2: ")));
+    }
+    EXPECT_EQ(server.connections(), 0);
 }

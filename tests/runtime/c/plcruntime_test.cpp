@@ -96,11 +96,12 @@ TEST_F(PlcRuntime, WritesAndReadsNumbersOfEveryType)
         const char* type;
         double value;
     };
-    const Case cases[] = {{"2:17", nullptr, 1},       {"8:10.3", "bit", 1},        {"9:10", "int16", -5},
-                          {"9:12", nullptr, 65535},   {"9:14", "int32", -2000000}, {"9:16", "uint32", 4e9},
-                          {"9:18", "float32", -21.5}, {"9:20", "hex", 4711},       {"14:205", "int32", -7},
-                          {"14:206", nullptr, 4e9 + 1}, {"14:207", "float32", 0.125},  {"9:30", "float64", 0.1},
-                          {"9:34", "bcd16", 1234}};
+    const Case cases[] = {
+        {"2:17", nullptr, 1},         {"8:10.3", "bit", 1},         {"9:10", "int16", -5},
+        {"9:12", nullptr, 65535},     {"9:14", "int32", -2000000},  {"9:16", "uint32", 4e9},
+        {"9:18", "float32", -21.5},   {"9:20", "hex", 4711},        {"14:205", "int32", -7},
+        {"14:206", nullptr, 4e9 + 1}, {"14:207", "float32", 0.125}, {"9:30", "float64", 0.1},
+        {"9:34", "bcd16", 1234}};
     for (const Case& each : cases) {
         EXPECT_EQ(writeNumber(each.variable, each.type, each.value), PLCRUNTIME_NO_FAILURE) << each.variable;
         EXPECT_THAT(numbers(each.variable, each.type), ElementsAre(each.value)) << each.variable;
@@ -147,6 +148,16 @@ TEST_F(PlcRuntime, RefusesWhatCannotBeAndSaysWhy)
     refused(plcruntime_switch_station(handle, 256, 1), "no station");
     refused(plcruntime_queued(handle, 1, 7), "no kind");
     EXPECT_EQ(told.times(), 0u) << "who is refused at once is not called";
+}
+
+TEST_F(PlcRuntime, RefusesValuesThatWouldBeTorn)
+{
+    open({{"max_block_words", "3"}});
+    EXPECT_EQ(plcruntime_subscribe(handle, "9:0", "float64", nullptr, nullptr), PLCRUNTIME_INVALID);
+    EXPECT_THAT(plcruntime_last_error(), HasSubstr("a value of 4 elements of area 9 does not fit"));
+    open({{"remote_mode", "1"}});
+    EXPECT_EQ(plcruntime_subscribe(handle, "14:200", "uint64", nullptr, nullptr), PLCRUNTIME_INVALID);
+    EXPECT_THAT(plcruntime_last_error(), HasSubstr("a value of 2 double words cannot be refreshed"));
 }
 
 TEST_F(PlcRuntime, RefusesOptionsThatAreNone)

@@ -216,4 +216,21 @@ TEST(Refusals, KeepOffPartsOfValues)
     EXPECT_THAT(readRefusal(none, oneStation).toStdString(), HasSubstr("no whole number of values"));
 }
 
+TEST(CyclicRefusal, KeepsValuesOfSeveralDoubleWordsOffRemoteFrames)
+{
+    Settings remote = oneStation;
+    remote.remoteMode = true;
+    const Variable wide = valuesOf(2, variable(14, 0, 2));
+    EXPECT_THAT(cyclicRefusal(wide, remote).toStdString(), HasSubstr("--remote"));
+    EXPECT_THAT(cyclicRefusal(wide, oneStation).toStdString(), IsEmpty());
+    EXPECT_THAT(readRefusal(wide, remote).toStdString(), IsEmpty()) << "one request reads it whole";
+    EXPECT_THAT(cyclicRefusal(variable(14, 0, 2), remote).toStdString(), IsEmpty());
+    EXPECT_THAT(cyclicRefusal(valuesOf(4, variable(9, 0, 4)), remote).toStdString(), IsEmpty());
+}
+
+TEST(CyclicRefusal, IsThatOfReadsToo)
+{
+    EXPECT_THAT(cyclicRefusal(variable(15, 0, 1), oneStation).toStdString(), HasSubstr("15 is no area"));
+}
+
 } // namespace
