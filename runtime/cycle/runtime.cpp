@@ -152,7 +152,7 @@ private:
     void waitForWork(int milliseconds);
     void waitUnlessStopped(int milliseconds);
     void exchange(Turn turn);
-    int judge(const Turn& turn, const LinkExchange& exchange);
+    int judge(const Turn& turn, const LinkExchange& exchange, LaterCalls::Calls* calls);
     void answered(const Turn& turn, Clock::time_point repliedAt);
     void givenUp(const Turn& turn, const Failure& why);
     void lost(int station, const Failure& why);
@@ -384,13 +384,15 @@ void Runtime::Private::communicate()
     while (!m_stopping) {
         waitForPass();
         Turn turn = takeTurn();
+        if (turn.frameIsDue && !CyclicValues::isPacing(turn.request)) {
+            exchange(std::move(turn));
+            continue;
+        }
+        if (turn.frameIsDue)
+            endPass();
+        tell();
         if (!turn.frameIsDue)
             waitForWork(idleMs);
-        else if (CyclicValues::isPacing(turn.request))
-            endPass();
-        else
-            exchange(std::move(turn));
-        tell();
     }
     m_link.close();
 }
@@ -486,7 +488,7 @@ bool Runtime::Private::mayGoOn(int milliseconds)
     const auto hasCome = [this] { return m_hasWork || m_stopping; };
     if (m_passWasIdle && isWaited()) // for what the driver did not hand out
         m_workCame.wait_for(lock, std::chrono::milliseconds(retryPollMs), hasCome);
-    if (!isWaited())
+    if (!isWaited() && Clock::now() < m_passDue) // even a wait that is over at once gives the processor away
         m_workCame.wait_until(
             lock, std::min(m_passDue, Clock::now() + std::chrono::milliseconds(milliseconds)), hasCome);
     m_hasWork = false;
@@ -518,16 +520,19 @@ void Runtime::Private::exchange(Turn turn)
     LinkExchange exchange = m_link.exchange(turn.frame, turn.replyExpected, turn.replySize);
     if (m_stopping)
         return;
-    const int result = judge(turn, exchange);
+    LaterCalls::Calls calls;
+    const int result = judge(turn, exchange, &calls);
     const int pauseMs = m_pause.after(exceptionIn(exchange));
     const int durationMs = static_cast<int>(exchange.durationMs);
     if (m_observer)
         m_observer({durationMs, std::move(turn.frame), std::move(exchange), std::move(turn.request),
                     turn.replyExpected, result});
+    LaterCalls::make(calls);
     waitUnlessStopped(pauseMs);
 }
 
-int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange)
+/// \param calls what it brought, to those who want to be told
+int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange, LaterCalls::Calls* calls)
 {
     QByteArray reply = exchange.reply;
     // With nothing to judge the driver would take a broadcast that never went out for done.
@@ -546,6 +551,8 @@ int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange)
         answered(turn, exchange.repliedAt);
     else if (code != PLC_RETRYING)
         givenUp(turn, whyGivenUp(turn, code, exchange));
+    collectChanges();
+    *calls = m_later.take();
     return code;
 }
 

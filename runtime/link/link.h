@@ -60,7 +60,8 @@ public:
 
 private:
     LinkExchange tryToExchange(const QByteArray& frame, bool replyExpected, int replySize);
-    bool isStillConnected();
+    bool isStillConnected(Clock::time_point now);
+    bool isInFlow(Clock::time_point now) const;
     bool connectAgain(Clock::time_point begin);
     void noteReply(Clock::time_point begin, LinkExchange* exchange);
     void receive(Clock::time_point begin, LinkExchange* exchange);
@@ -79,6 +80,7 @@ private:
     ReplyAssembler m_assembler;
     const std::unique_ptr<ReplyMatcher> m_matcher;
     ClosingHabit m_closing;
+    Clock::time_point m_repliedAt; // the last time
 };
 
 } // namespace plc
