@@ -157,7 +157,7 @@ void Replay::noReply()
 }
 
 /// \param why there was no reply; empty: not in time
-void Replay::judge(QByteArray reply, const QString& why)
+void Replay::judge(const QByteArray& reply, const QString& why)
 {
     m_isWaiting = false;
     const RW_VAR request = m_pending->var;

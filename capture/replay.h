@@ -57,7 +57,7 @@ private:
     void abandon();
     bool isSameFrame(const QByteArray& built, const QByteArray& captured) const;
     void notSent(const QByteArray& frame, const QString& why);
-    void judge(QByteArray reply, const QString& why);
+    void judge(const QByteArray& reply, const QString& why);
     void discard();
 
     const Settings m_settings;

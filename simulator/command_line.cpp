@@ -30,9 +30,9 @@ QString faultHelp()
     return text;
 }
 
-void addOptions(QCommandLineParser& parser)
+QString description()
 {
-    parser.setApplicationDescription(QStringLiteral(
+    return QStringLiteral(
         "A simulated Modbus TCP controller: coils and holding registers 0 to 65535 for each unit 1 to 255, "
         "which can "
         "be read as discrete inputs and input registers, too.\nIts first line on standard output is "
@@ -47,7 +47,12 @@ void addOptions(QCommandLineParser& parser)
         "written to one stays:\n"
         "  unit 1 register 100 ramp 0..1000 period 10000\n"
         "  unit 1 register32 102 sine -100000..100000 period 60000\n"
-        "  unit 1 coil 16 random period 500"));
+        "  unit 1 coil 16 random period 500");
+}
+
+void addOptions(QCommandLineParser& parser)
+{
+    parser.setApplicationDescription(description());
     const FaultSettings defaults;
     const QString lateMs = QString::number(defaults.lateMs);
     const QString seed = QString::number(defaults.seed);

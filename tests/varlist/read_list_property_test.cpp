@@ -119,7 +119,7 @@ bool IsBits(int area)
 class Rule
 {
 public:
-    Rule(int multiStation, int maxBlockCount) : multi(multiStation != 0), words(maxBlockCount) {}
+    Rule(int multiStation, int maxBlockCount) : m_multi(multiStation != 0), m_words(maxBlockCount) {}
 
     std::vector<Piece> readsOf(const std::vector<Drawn>& variables) const
     {
@@ -131,10 +131,10 @@ public:
 
     std::vector<Piece> piecesOf(const Drawn& variable) const
     {
-        if (!variable.element || (!multi && variable.host.area > 14))
+        if (!variable.element || (!m_multi && variable.host.area > 14))
             return {};
         const Piece whole = wholeOf(variable); // for bits inside words it is the words that count
-        if (multi && whole.count <= 0)
+        if (m_multi && whole.count <= 0)
             return {};
         return cut(whole, splitLimit(variable.host.area));
     }
@@ -142,26 +142,26 @@ public:
     // Variables of one key are merged with each other.
     int keyOf(const Piece& piece) const
     {
-        if (multi)
+        if (m_multi)
             return piece.station + 255 * piece.area;
         const std::vector<int> order = {0, 1, 2, 3, 4, 5, 6, 7, 9, 11, 12, 13, 10, 14};
         return static_cast<int>(std::find(order.begin(), order.end(), piece.area) - order.begin());
     }
 
-    long long mergeLimit(int area) const { return IsBits(area) ? 8LL * words : words; }
+    long long mergeLimit(int area) const { return IsBits(area) ? 8LL * m_words : m_words; }
 
 private:
     long long splitLimit(int area) const
     {
-        const bool byBits = multi ? IsBits(area) : (area <= 6 || area == 8);
-        return byBits ? 8LL * words : words;
+        const bool byBits = m_multi ? IsBits(area) : (area <= 6 || area == 8);
+        return byBits ? 8LL * m_words : m_words;
     }
 
     // The variable in one piece, with bits inside words turned into words.
     Piece wholeOf(const Drawn& variable) const
     {
         const HOST_VAR& host = variable.host;
-        Piece whole = {host.area,         multi ? int(host.station) : int(DEFAULT_STATION),
+        Piece whole = {host.area,         m_multi ? int(host.station) : int(DEFAULT_STATION),
                        *variable.element, host.count,
                        host.name,         host.address};
         const std::map<int, long long> servable = {{8, 16 * 65535LL}, {14, 65536}};
@@ -196,8 +196,8 @@ private:
         for (const Drawn& variable : variables)
             for (const Piece& piece : piecesOf(variable)) {
                 const int key = keyOf(piece);
-                const std::size_t place = multi ? placeOfKey.emplace(key, placeOfKey.size()).first->second
-                                                : static_cast<std::size_t>(key);
+                const std::size_t place = m_multi ? placeOfKey.emplace(key, placeOfKey.size()).first->second
+                                                  : static_cast<std::size_t>(key);
                 groups[place].push_back(piece);
             }
         std::vector<std::vector<Piece>> ordered;
@@ -208,7 +208,7 @@ private:
 
     std::vector<Piece> sorted(std::vector<Piece> group) const
     {
-        if (multi) // the newest comes first among equals
+        if (m_multi) // the newest comes first among equals
             std::reverse(group.begin(), group.end());
         std::multimap<long long, Piece> byAddress; // equals keep their order
         for (const Piece& piece : group)
@@ -243,8 +243,8 @@ private:
         return liesInside(piece, read) || (limit > 0 && piece.end() - read.address <= limit);
     }
 
-    bool multi;
-    long long words;
+    bool m_multi;
+    long long m_words;
 };
 
 std::vector<Piece> Found()
