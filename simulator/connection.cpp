@@ -28,104 +28,104 @@ bool isTemporary(int error)
 
 Connection::Connection(FileDescriptor socket, unsigned long number, bool isRemote,
                        std::chrono::milliseconds delay)
-    : socket_(std::move(socket)), number_(number), isRemote_(isRemote), queue_(delay)
+    : m_socket(std::move(socket)), m_number(number), m_isRemote(isRemote), m_queue(delay)
 {
     const int on = 1; // replies, and above all single bytes of split ones, leave at once
-    setsockopt(socket_.number(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    setsockopt(socket_.number(), SOL_SOCKET, SO_SNDBUF, &systemBuffer, sizeof systemBuffer);
+    setsockopt(m_socket.number(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    setsockopt(m_socket.number(), SOL_SOCKET, SO_SNDBUF, &systemBuffer, sizeof systemBuffer);
 }
 
 bool Connection::mayReceive() const
 {
-    return !inputEnded_ && !isLastReply_ && unsent_.size() + queue_.pendingBytes() < mostPendingBytes;
+    return !m_inputEnded && !m_isLastReply && m_unsent.size() + m_queue.pendingBytes() < mostPendingBytes;
 }
 
 std::uint32_t Connection::wanted() const
 {
     constexpr std::uint32_t nothing = 0;
     const std::uint32_t in = mayReceive() ? std::uint32_t(EPOLLIN) : nothing;
-    const std::uint32_t out = unsent_.empty() ? nothing : std::uint32_t(EPOLLOUT);
+    const std::uint32_t out = m_unsent.empty() ? nothing : std::uint32_t(EPOLLOUT);
     return in | out;
 }
 
 std::optional<ReplyQueue::Time> Connection::wakeAt() const
 {
-    const auto due = unsent_.empty() ? queue_.nextDue() : std::nullopt;
-    const auto silence = remoteStream_.silenceAt();
+    const auto due = m_unsent.empty() ? m_queue.nextDue() : std::nullopt;
+    const auto silence = m_remoteStream.silenceAt();
     return due && silence ? std::min(*due, *silence) : due ? due : silence;
 }
 
 void Connection::receive()
 {
-    if (happened_ & (EPOLLERR | EPOLLHUP))
+    if (m_happened & (EPOLLERR | EPOLLHUP))
         close();
-    if (isClosed_ || !(happened_ & EPOLLIN) || !mayReceive())
+    if (m_isClosed || !(m_happened & EPOLLIN) || !mayReceive())
         return;
     std::array<std::uint8_t, 4096> bytes; // not cleared: this is on the way of every request
-    const ssize_t size = recv(socket_.number(), bytes.data(), bytes.size(), MSG_DONTWAIT);
+    const ssize_t size = recv(m_socket.number(), bytes.data(), bytes.size(), MSG_DONTWAIT);
     if (size > 0)
         takeIn(bytes.data(), static_cast<std::size_t>(size));
     else if (size == 0)
-        inputEnded_ = true;
+        m_inputEnded = true;
     else if (!isTemporary(errno))
         close();
 }
 
 void Connection::takeIn(const std::uint8_t* bytes, std::size_t count)
 {
-    if (isRemote_)
-        remoteStream_.append(bytes, count, RemoteStream::Clock::now());
+    if (m_isRemote)
+        m_remoteStream.append(bytes, count, RemoteStream::Clock::now());
     else
-        stream_.append(bytes, count);
+        m_stream.append(bytes, count);
 }
 
 std::optional<Bytes> Connection::nextRequest()
 {
-    if (isLastReply_)
+    if (m_isLastReply)
         return std::nullopt;
-    return isRemote_ ? remoteStream_.next(RemoteStream::Clock::now()) : stream_.next();
+    return m_isRemote ? m_remoteStream.next(RemoteStream::Clock::now()) : m_stream.next();
 }
 
 void Connection::reply(Bytes bytes, const FaultDraw& draw)
 {
-    if (unsent_.empty() && queue_.passes(draw)) // nearly always
-        unsent_ = std::move(bytes);
+    if (m_unsent.empty() && m_queue.passes(draw)) // nearly always
+        m_unsent = std::move(bytes);
     else
-        queue_.add(std::move(bytes), draw, ReplyQueue::Clock::now());
+        m_queue.add(std::move(bytes), draw, ReplyQueue::Clock::now());
     if (draw.fault == Fault::CloseAfterReply) {
-        queue_.forgetLate();
-        isLastReply_ = true;
+        m_queue.forgetLate();
+        m_isLastReply = true;
     }
 }
 
 void Connection::send()
 {
-    while (!isClosed_ && sendOnce()) {
+    while (!m_isClosed && sendOnce()) {
     }
 }
 
 // False when nothing is due or the system takes no more.
 bool Connection::sendOnce()
 {
-    if (unsent_.empty() && queue_.pendingBytes() != 0)
-        unsent_ = queue_.takeDue(ReplyQueue::Clock::now());
-    if (unsent_.empty())
+    if (m_unsent.empty() && m_queue.pendingBytes() != 0)
+        m_unsent = m_queue.takeDue(ReplyQueue::Clock::now());
+    if (m_unsent.empty())
         return false;
     const ssize_t size =
-        ::send(socket_.number(), unsent_.data(), unsent_.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+        ::send(m_socket.number(), m_unsent.data(), m_unsent.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
     if (size < 0) {
         if (!isTemporary(errno))
             close();
         return errno == EINTR;
     }
-    unsent_.erase(unsent_.begin(), unsent_.begin() + size);
+    m_unsent.erase(m_unsent.begin(), m_unsent.begin() + size);
     return true;
 }
 
 bool Connection::isOver() const
 {
-    const bool wasLast = inputEnded_ || isLastReply_;
-    return isClosed_ || stream_.isBroken() || (wasLast && unsent_.empty() && !queue_.nextDue());
+    const bool wasLast = m_inputEnded || m_isLastReply;
+    return m_isClosed || m_stream.isBroken() || (wasLast && m_unsent.empty() && !m_queue.nextDue());
 }
 
 } // namespace simulator

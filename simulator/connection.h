@@ -22,19 +22,19 @@ public:
     /// its requests are remote frames. `delay`: how long every reply takes.
     Connection(FileDescriptor socket, unsigned long number, bool isRemote, std::chrono::milliseconds delay);
 
-    int socket() const { return socket_.number(); }
-    unsigned long number() const { return number_; }
-    FaultPlan::Position& faults() { return faults_; }
+    int socket() const { return m_socket.number(); }
+    unsigned long number() const { return m_number; }
+    FaultPlan::Position& faults() { return m_faults; }
 
     /// The epoll events to wait for. Nothing is received while many replies wait to be sent.
     std::uint32_t wanted() const;
 
     /// A note of whoever waits: the events that are waited for already.
-    std::uint32_t watched() const { return watched_; }
-    void setWatched(std::uint32_t events) { watched_ = events; }
+    std::uint32_t watched() const { return m_watched; }
+    void setWatched(std::uint32_t events) { m_watched = events; }
 
     /// The epoll events that the socket had.
-    void setHappened(std::uint32_t events) { happened_ = events; }
+    void setHappened(std::uint32_t events) { m_happened = events; }
 
     /// When send() or nextRequest() has something to do though no event comes; nothing if not.
     std::optional<ReplyQueue::Time> wakeAt() const;
@@ -44,14 +44,14 @@ public:
     std::optional<Bytes> nextRequest();
 
     /// Remote frames that came in with a wrong length or sum and were dropped.
-    unsigned long badFrames() const { return remoteStream_.badFrames(); }
+    unsigned long badFrames() const { return m_remoteStream.badFrames(); }
 
     /// With Fault::CloseAfterReply it takes no more requests, and is over once this reply is sent.
     void reply(Bytes bytes, const FaultDraw& draw);
 
     /// Sends what is due, as far as the system takes it.
     void send();
-    void close() { isClosed_ = true; }
+    void close() { m_isClosed = true; }
 
     /// Whether it is to be dropped: closed by either side or broken, and nothing left to send to a peer
     /// that only stopped sending.
@@ -62,19 +62,19 @@ private:
     bool mayReceive() const;
     void takeIn(const std::uint8_t* bytes, std::size_t count);
 
-    FileDescriptor socket_;
-    const unsigned long number_;
-    FaultPlan::Position faults_;
-    const bool isRemote_;
-    RequestStream stream_;
-    RemoteStream remoteStream_; // instead of stream_
-    ReplyQueue queue_;
-    Bytes unsent_; // due, but the system did not take it yet
-    std::uint32_t happened_ = 0;
-    std::uint32_t watched_ = 0;
-    bool inputEnded_ = false;
-    bool isLastReply_ = false; // no request is taken any more
-    bool isClosed_ = false;
+    FileDescriptor m_socket;
+    const unsigned long m_number;
+    FaultPlan::Position m_faults;
+    const bool m_isRemote;
+    RequestStream m_stream;
+    RemoteStream m_remoteStream; // instead of m_stream
+    ReplyQueue m_queue;
+    Bytes m_unsent; // due, but the system did not take it yet
+    std::uint32_t m_happened = 0;
+    std::uint32_t m_watched = 0;
+    bool m_inputEnded = false;
+    bool m_isLastReply = false; // no request is taken any more
+    bool m_isClosed = false;
 };
 
 } // namespace simulator

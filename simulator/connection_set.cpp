@@ -35,19 +35,19 @@ void sleepUntil(int events, ReplyQueue::Time due)
 } // namespace
 
 ConnectionSet::ConnectionSet(int wake, int listener)
-    : events_(epoll_create1(EPOLL_CLOEXEC)), wake_(wake), listener_(listener)
+    : m_events(epoll_create1(EPOLL_CLOEXEC)), m_wake(wake), m_listener(listener)
 {
-    if (events_.number() < 0)
+    if (m_events.number() < 0)
         throw std::runtime_error("cannot wait for connections: " + std::string(std::strerror(errno)));
-    watch(wake_, EPOLLIN, &wake_, true);
-    watch(listener_, EPOLLIN, &listener_, true);
+    watch(m_wake, EPOLLIN, &m_wake, true);
+    watch(m_listener, EPOLLIN, &m_listener, true);
 }
 
 void ConnectionSet::add(std::unique_ptr<Connection> connection)
 {
     watch(connection->socket(), connection->wanted(), connection.get(), true);
     connection->setWatched(connection->wanted());
-    connections_.push_back(std::move(connection));
+    m_connections.push_back(std::move(connection));
     watchListener();
 }
 
@@ -55,15 +55,15 @@ ConnectionSet::Work ConnectionSet::wait()
 {
     const auto due = firstDue();
     if (due)
-        sleepUntil(events_.number(), *due);
+        sleepUntil(m_events.number(), *due);
     std::array<epoll_event, atOnce> events{};
-    const int count = epoll_wait(events_.number(), events.data(), atOnce, due ? 0 : forEver);
+    const int count = epoll_wait(m_events.number(), events.data(), atOnce, due ? 0 : forEver);
     Work work;
     for (int i = 0; i < count; ++i) {
         const epoll_event& event = events[static_cast<std::size_t>(i)];
-        if (event.data.ptr == &wake_) {
+        if (event.data.ptr == &m_wake) {
             work.isOver = true;
-        } else if (event.data.ptr == &listener_) {
+        } else if (event.data.ptr == &m_listener) {
             work.isConnecting = true;
         } else {
             auto* const connection = static_cast<Connection*>(event.data.ptr);
@@ -80,12 +80,12 @@ void ConnectionSet::settle(Connection& connection)
 {
     connection.setHappened(0);
     if (connection.isOver()) {
-        timed_.erase(&connection);
+        m_timed.erase(&connection);
         // Closing is not enough: a process that was just forked may hold the socket open until its exec, and as long as
         // somebody does, its events would go on to come, for a connection that is no more.
-        epoll_ctl(events_.number(), EPOLL_CTL_DEL, connection.socket(), nullptr);
-        connections_.erase(std::find_if(connections_.begin(), connections_.end(),
-                                        [&](const auto& each) { return each.get() == &connection; }));
+        epoll_ctl(m_events.number(), EPOLL_CTL_DEL, connection.socket(), nullptr);
+        m_connections.erase(std::find_if(m_connections.begin(), m_connections.end(),
+                                         [&](const auto& each) { return each.get() == &connection; }));
         watchListener();
         return;
     }
@@ -94,15 +94,15 @@ void ConnectionSet::settle(Connection& connection)
         connection.setWatched(connection.wanted());
     }
     if (connection.wakeAt())
-        timed_.insert(&connection);
+        m_timed.insert(&connection);
     else
-        timed_.erase(&connection);
+        m_timed.erase(&connection);
 }
 
 std::optional<ReplyQueue::Time> ConnectionSet::firstDue() const
 {
     std::optional<ReplyQueue::Time> first;
-    for (const Connection* const connection : timed_)
+    for (const Connection* const connection : m_timed)
         if (const auto due = connection->wakeAt())
             first = first ? std::min(*first, *due) : *due;
     return first;
@@ -111,7 +111,7 @@ std::optional<ReplyQueue::Time> ConnectionSet::firstDue() const
 void ConnectionSet::addDue(Work& work) const
 {
     const auto now = ReplyQueue::Clock::now();
-    for (Connection* const connection : timed_) {
+    for (Connection* const connection : m_timed) {
         const auto due = connection->wakeAt();
         if (due && *due <= now && std::count(work.ready.begin(), work.ready.end(), connection) == 0)
             work.ready.push_back(connection);
@@ -123,16 +123,16 @@ void ConnectionSet::watch(int descriptor, std::uint32_t events, void* tag, bool 
     epoll_event event{};
     event.events = events;
     event.data.ptr = tag;
-    if (epoll_ctl(events_.number(), isNew ? EPOLL_CTL_ADD : EPOLL_CTL_MOD, descriptor, &event) != 0)
+    if (epoll_ctl(m_events.number(), isNew ? EPOLL_CTL_ADD : EPOLL_CTL_MOD, descriptor, &event) != 0)
         throw std::runtime_error("cannot wait for a connection: " + std::string(std::strerror(errno)));
 }
 
 void ConnectionSet::watchListener()
 {
-    const bool hasRoom = connections_.size() < mostConnections;
-    if (hasRoom != isListening_)
-        watch(listener_, hasRoom ? std::uint32_t(EPOLLIN) : 0, &listener_, false);
-    isListening_ = hasRoom;
+    const bool hasRoom = m_connections.size() < mostConnections;
+    if (hasRoom != m_isListening)
+        watch(m_listener, hasRoom ? std::uint32_t(EPOLLIN) : 0, &m_listener, false);
+    m_isListening = hasRoom;
 }
 
 } // namespace simulator

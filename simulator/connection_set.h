@@ -41,12 +41,12 @@ private:
     void watch(int descriptor, std::uint32_t events, void* tag, bool isNew);
     void watchListener();
 
-    FileDescriptor events_;
-    int wake_;
-    int listener_;
-    bool isListening_ = true;
-    std::vector<std::unique_ptr<Connection>> connections_;
-    std::set<Connection*> timed_; // have something to do at a time
+    FileDescriptor m_events;
+    int m_wake;
+    int m_listener;
+    bool m_isListening = true;
+    std::vector<std::unique_ptr<Connection>> m_connections;
+    std::set<Connection*> m_timed; // have something to do at a time
 };
 
 } // namespace simulator

@@ -65,12 +65,12 @@ bool operator==(const MemoryValue& a, const MemoryValue& b)
 
 void ControllerMemory::Unit::update(MemoryValue::Kind kind, int first, int count)
 {
-    const std::int64_t now = memory_->clock_();
+    const std::int64_t now = m_memory->m_clock();
     moving(kind).visit(first, count, [&](int address, const MovingValue& value) {
-        const std::uint64_t place = static_cast<std::uint64_t>(number_) << 32 |
+        const std::uint64_t place = static_cast<std::uint64_t>(m_number) << 32 |
                                     static_cast<std::uint64_t>(kind) << 16 |
                                     static_cast<std::uint64_t>(address);
-        store(address, value.width, valueAt(value, now, memory_->seed_ << 40 ^ place));
+        store(address, value.width, valueAt(value, now, m_memory->m_seed << 40 ^ place));
     });
 }
 
@@ -87,7 +87,7 @@ void ControllerMemory::Unit::store(int address, MovingValue::Width width, std::i
 }
 
 ControllerMemory::ControllerMemory(unsigned seed, Clock clock)
-    : seed_(seed), clock_(clock ? std::move(clock) : millisecondsFromNow())
+    : m_seed(seed), m_clock(clock ? std::move(clock) : millisecondsFromNow())
 {
 }
 
@@ -119,9 +119,9 @@ void ControllerMemory::set(const MemoryValue& value)
 std::uint16_t ControllerMemory::look(int unit, MemoryValue::Kind kind, int address) const
 {
     checkPlace(unit, address);
-    const std::lock_guard<std::mutex> lock(mutex_);
-    const auto found = units_.find(unit);
-    if (found == units_.end())
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto found = m_units.find(unit);
+    if (found == m_units.end())
         return 0;
     found->second.read(kind, address, 1);
     const auto place = static_cast<std::size_t>(address);
@@ -131,7 +131,7 @@ std::uint16_t ControllerMemory::look(int unit, MemoryValue::Kind kind, int addre
 void ControllerMemory::put(int unit, MemoryValue::Kind kind, int address, std::uint16_t value)
 {
     checkPlace(unit, address);
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const std::lock_guard<std::mutex> lock(m_mutex);
     Unit& memory = unitOf(unit);
     memory.write(kind, address, 1);
     const auto place = static_cast<std::size_t>(address);
@@ -147,7 +147,7 @@ void ControllerMemory::move(const MovingPlace& place)
     checkPlace(place.unit, place.address);
     checkPlace(place.unit, place.value.width == MovingValue::DoubleWord ? place.address + 1 : place.address);
     checkMotion(place.value);
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const std::lock_guard<std::mutex> lock(m_mutex);
     unitOf(place.unit)
         .moving(isBit ? MemoryValue::Coil : MemoryValue::Register)
         .put(place.address, place.value);
@@ -155,9 +155,9 @@ void ControllerMemory::move(const MovingPlace& place)
 
 std::vector<MemoryValue> ControllerMemory::values() const
 {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const std::lock_guard<std::mutex> lock(m_mutex);
     std::vector<MemoryValue> all;
-    for (auto& [number, unit] : units_) {
+    for (auto& [number, unit] : m_units) {
         unit.read(MemoryValue::Coil, 0, addressCount);
         unit.read(MemoryValue::Register, 0, addressCount);
         appendValues(all, number, MemoryValue::Coil, unit.coils);
@@ -168,9 +168,9 @@ std::vector<MemoryValue> ControllerMemory::values() const
 
 std::vector<int> ControllerMemory::units() const
 {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const std::lock_guard<std::mutex> lock(m_mutex);
     std::vector<int> numbers;
-    for (const auto& entry : units_)
+    for (const auto& entry : m_units)
         numbers.push_back(entry.first);
     return numbers;
 }
@@ -178,9 +178,9 @@ std::vector<int> ControllerMemory::units() const
 ControllerMemory::Unit& ControllerMemory::unitOf(int number)
 {
     checkUnit(number);
-    Unit& unit = units_[number];
-    unit.memory_ = this;
-    unit.number_ = number;
+    Unit& unit = m_units[number];
+    unit.m_memory = this;
+    unit.m_number = number;
     return unit;
 }
 

@@ -77,15 +77,15 @@ public:
 
         MovingValues& moving(MemoryValue::Kind kind)
         {
-            return kind == MemoryValue::Coil ? movingCoils_ : movingRegisters_;
+            return kind == MemoryValue::Coil ? m_movingCoils : m_movingRegisters;
         }
         void update(MemoryValue::Kind kind, int first, int count);
         void store(int address, MovingValue::Width width, std::int64_t value);
 
-        const ControllerMemory* memory_ = nullptr; // for its clock and seed
-        int number_ = 0;
-        MovingValues movingCoils_;
-        MovingValues movingRegisters_;
+        const ControllerMemory* m_memory = nullptr; // for its clock and seed
+        int m_number = 0;
+        MovingValues m_movingCoils;
+        MovingValues m_movingRegisters;
     };
 
     /// Moving values that are random are the same for the same seed. Without a clock, time begins now.
@@ -115,19 +115,19 @@ public:
     template <class Work>
     void use(int unit, const Work& work)
     {
-        const std::lock_guard<std::mutex> lock(mutex_);
+        const std::lock_guard<std::mutex> lock(m_mutex);
         work(unitOf(unit));
     }
 
 private:
     std::uint16_t look(int unit, MemoryValue::Kind kind, int address) const;
     void put(int unit, MemoryValue::Kind kind, int address, std::uint16_t value);
-    Unit& unitOf(int number); // mutex_ held
+    Unit& unitOf(int number); // m_mutex held
 
-    const std::uint64_t seed_;
-    const Clock clock_;
-    mutable std::mutex mutex_;
-    mutable std::map<int, Unit> units_; // looking brings moving values up to the time
+    const std::uint64_t m_seed;
+    const Clock m_clock;
+    mutable std::mutex m_mutex;
+    mutable std::map<int, Unit> m_units; // looking brings moving values up to the time
 };
 
 } // namespace simulator

@@ -208,7 +208,7 @@ Bytes padded(Bytes exception, std::size_t size, const FaultDraw& draw)
     return exception;
 }
 
-FaultPlan::FaultPlan(const FaultSettings& settings) : settings_(settings)
+FaultPlan::FaultPlan(const FaultSettings& settings) : m_settings(settings)
 {
     checkFaults(settings);
 }
@@ -216,25 +216,25 @@ FaultPlan::FaultPlan(const FaultSettings& settings) : settings_(settings)
 void FaultPlan::restart(const FaultSettings& settings)
 {
     checkFaults(settings);
-    const std::lock_guard<std::mutex> lock(mutex_);
-    settings_ = settings;
-    ++plan_;
-    sequences_ = 0;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_settings = settings;
+    ++m_plan;
+    m_sequences = 0;
 }
 
 FaultDraw FaultPlan::draw(Position& position)
 {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    if (position.plan_ != plan_) {
-        position.plan_ = plan_;
-        std::seed_seq seed{static_cast<unsigned long>(settings_.seed), ++sequences_};
-        position.random_.seed(seed);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (position.m_plan != m_plan) {
+        position.m_plan = m_plan;
+        std::seed_seq seed{static_cast<unsigned long>(m_settings.seed), ++m_sequences};
+        position.m_random.seed(seed);
     }
     // Two numbers for every reply, whatever its fault: a changed probability moves no later draw.
-    const auto place = static_cast<std::uint32_t>(position.random_());
-    const auto detail = static_cast<std::uint32_t>(position.random_());
-    const Fault fault = choose(settings_, fractionOf(place));
-    return {fault, detail, laterMs(settings_, fault, detail)};
+    const auto place = static_cast<std::uint32_t>(position.m_random());
+    const auto detail = static_cast<std::uint32_t>(position.m_random());
+    const Fault fault = choose(m_settings, fractionOf(place));
+    return {fault, detail, laterMs(m_settings, fault, detail)};
 }
 
 } // namespace simulator

@@ -119,8 +119,8 @@ public:
     class Position
     {
         friend class FaultPlan;
-        unsigned long plan_ = 0;
-        std::mt19937 random_;
+        unsigned long m_plan = 0;
+        std::mt19937 m_random;
     };
 
     explicit FaultPlan(const FaultSettings& settings); ///< throws as checkFaults()
@@ -128,10 +128,10 @@ public:
     FaultDraw draw(Position& position);
 
 private:
-    std::mutex mutex_;
-    FaultSettings settings_;
-    unsigned long plan_ = 1;      // counts restarts
-    unsigned long sequences_ = 0; // handed out since the last restart
+    std::mutex m_mutex;
+    FaultSettings m_settings;
+    unsigned long m_plan = 1;      // counts restarts
+    unsigned long m_sequences = 0; // handed out since the last restart
 };
 
 } // namespace simulator

@@ -12,20 +12,20 @@ namespace simulator
 class FileDescriptor
 {
 public:
-    explicit FileDescriptor(int number = -1) : number_(number) {}
+    explicit FileDescriptor(int number = -1) : m_number(number) {}
     ~FileDescriptor()
     {
-        if (number_ >= 0)
-            ::close(number_);
+        if (m_number >= 0)
+            ::close(m_number);
     }
-    FileDescriptor(FileDescriptor&& other) noexcept : number_(other.number_) { other.number_ = -1; }
+    FileDescriptor(FileDescriptor&& other) noexcept : m_number(other.m_number) { other.m_number = -1; }
     FileDescriptor(const FileDescriptor&) = delete;
     FileDescriptor& operator=(const FileDescriptor&) = delete;
 
-    int number() const { return number_; }
+    int number() const { return m_number; }
 
 private:
-    int number_;
+    int m_number;
 };
 
 } // namespace simulator

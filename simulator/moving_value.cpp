@@ -66,21 +66,22 @@ std::int64_t valueAt(const MovingValue& value, std::int64_t ms, std::uint64_t se
 void MovingValues::put(int address, const MovingValue& value)
 {
     remove(address, elementsOf(value));
-    values_.emplace(address, value);
+    m_values.emplace(address, value);
 }
 
 void MovingValues::remove(int first, int count)
 {
     auto at = firstBehind(first);
-    while (at != values_.end() && at->first < first + count)
-        at = values_.erase(at);
+    while (at != m_values.end() && at->first < first + count)
+        at = m_values.erase(at);
 }
 
 // A double word one address before reaches into it.
 MovingValues::Map::const_iterator MovingValues::firstBehind(int address) const
 {
-    const auto before = values_.find(address - 1);
-    return before != values_.end() && elementsOf(before->second) == 2 ? before : values_.lower_bound(address);
+    const auto before = m_values.find(address - 1);
+    return before != m_values.end() && elementsOf(before->second) == 2 ? before
+                                                                       : m_values.lower_bound(address);
 }
 
 } // namespace simulator

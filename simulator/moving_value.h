@@ -32,7 +32,7 @@ std::int64_t valueAt(const MovingValue& value, std::int64_t ms, std::uint64_t se
 class MovingValues
 {
 public:
-    bool isEmpty() const { return values_.empty(); }
+    bool isEmpty() const { return m_values.empty(); }
     void put(int address, const MovingValue& value);
 
     /// Forgets those that have one of `count` elements from `first` on.
@@ -42,7 +42,7 @@ public:
     template <class Work>
     void visit(int first, int count, const Work& work) const
     {
-        for (auto at = firstBehind(first); at != values_.end() && at->first < first + count; ++at)
+        for (auto at = firstBehind(first); at != m_values.end() && at->first < first + count; ++at)
             work(at->first, at->second);
     }
 
@@ -51,7 +51,7 @@ private:
 
     Map::const_iterator firstBehind(int address) const;
 
-    Map values_;
+    Map m_values;
 };
 
 } // namespace simulator

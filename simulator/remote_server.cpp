@@ -129,7 +129,7 @@ void writeElements(Unit& unit, const RemoteRequest& request, const Bytes& frame)
 
 RemoteServer::RemoteServer(ControllerMemory& memory, std::vector<AddressRange> holes,
                            std::function<bool(int)> answers)
-    : memory_(memory), holes_(std::move(holes)), answers_(std::move(answers))
+    : m_memory(memory), m_holes(std::move(holes)), m_answers(std::move(answers))
 {
 }
 
@@ -140,10 +140,10 @@ Bytes RemoteServer::answer(const Bytes& frame)
         return {};
     if (request.station == broadcast && !request.isRead)
         executeOnAll(request, frame);
-    if (request.station == broadcast || !answers_(request.station) || isRefused(request, request.station))
+    if (request.station == broadcast || !m_answers(request.station) || isRefused(request, request.station))
         return {};
     Bytes reply;
-    memory_.use(request.station, [&](Unit& unit) {
+    m_memory.use(request.station, [&](Unit& unit) {
         const MappedArea& area = *findArea(request.area);
         if (!request.isRead)
             writeElements(unit, request, frame);
@@ -157,9 +157,9 @@ Bytes RemoteServer::answer(const Bytes& frame)
 
 void RemoteServer::executeOnAll(const RemoteRequest& request, const Bytes& frame)
 {
-    for (const int number : memory_.units())
-        if (answers_(number) && !isRefused(request, number))
-            memory_.use(number, [&](Unit& unit) { writeElements(unit, request, frame); });
+    for (const int number : m_memory.units())
+        if (m_answers(number) && !isRefused(request, number))
+            m_memory.use(number, [&](Unit& unit) { writeElements(unit, request, frame); });
 }
 
 bool RemoteServer::isServed(const RemoteRequest& request) const
@@ -173,12 +173,12 @@ bool RemoteServer::isServed(const RemoteRequest& request) const
 
 bool RemoteServer::isRefused(const RemoteRequest& request, int unit) const
 {
-    if (holes_.empty())
+    if (m_holes.empty())
         return false;
     const MappedArea& area = *findArea(request.area);
     bool refused = false;
     eachPlace(area, request.element, elementsAsked(area, request),
-              [&](int place) { refused = refused || isInHole(holes_, unit, kindOf(area), place, 1); });
+              [&](int place) { refused = refused || isInHole(m_holes, unit, kindOf(area), place, 1); });
     return refused;
 }
 

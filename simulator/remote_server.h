@@ -40,9 +40,9 @@ private:
     bool isRefused(const RemoteRequest& request, int unit) const;
     void executeOnAll(const RemoteRequest& request, const Bytes& frame);
 
-    ControllerMemory& memory_;
-    const std::vector<AddressRange> holes_;
-    const std::function<bool(int)> answers_;
+    ControllerMemory& m_memory;
+    const std::vector<AddressRange> m_holes;
+    const std::function<bool(int)> m_answers;
 };
 
 } // namespace simulator

@@ -33,44 +33,44 @@ bool fits(const Bytes& bytes, std::size_t size)
 
 void RemoteStream::append(const std::uint8_t* bytes, std::size_t count, Time now)
 {
-    pending_.insert(pending_.end(), bytes, bytes + count);
-    last_ = now;
+    m_pending.insert(m_pending.end(), bytes, bytes + count);
+    m_last = now;
 }
 
 std::optional<Bytes> RemoteStream::next(Time now)
 {
-    if (pending_.empty())
+    if (m_pending.empty())
         return std::nullopt;
-    const bool over = now >= last_ + frameSilence || pending_.size() > longestFrame;
+    const bool over = now >= m_last + frameSilence || m_pending.size() > longestFrame;
     if (const std::size_t size = over ? smallestSize() : likelySize())
         return take(size);
     if (over) {
-        ++badFrames_;
-        pending_.clear();
+        ++m_badFrames;
+        m_pending.clear();
     }
     return std::nullopt;
 }
 
 std::optional<RemoteStream::Time> RemoteStream::silenceAt() const
 {
-    if (pending_.empty())
+    if (m_pending.empty())
         return std::nullopt;
-    return last_ + frameSilence;
+    return m_last + frameSilence;
 }
 
 /// The size of the first frame by rules 1 to 3; 0 if more bytes are needed.
 std::size_t RemoteStream::likelySize() const
 {
-    if (pending_.size() < remoteReadSize)
+    if (m_pending.size() < remoteReadSize)
         return 0;
     // Bytes behind it mean a write, because nobody sends on before the reply to a read.
-    if (pending_.size() == remoteReadSize && fits(pending_, remoteReadSize))
+    if (m_pending.size() == remoteReadSize && fits(m_pending, remoteReadSize))
         return remoteReadSize;
-    const std::size_t write = remoteWriteSize(pending_);
-    if (write > remoteReadSize && write % sizeModulus == pending_[0]) {
-        if (pending_.size() < write)
+    const std::size_t write = remoteWriteSize(m_pending);
+    if (write > remoteReadSize && write % sizeModulus == m_pending[0]) {
+        if (m_pending.size() < write)
             return 0;
-        if (fits(pending_, write))
+        if (fits(m_pending, write))
             return write;
     }
     return smallestSize();
@@ -79,15 +79,15 @@ std::size_t RemoteStream::likelySize() const
 /// The size of the first frame by rule 3; 0 if none fits. Sums up each byte once.
 std::size_t RemoteStream::smallestSize() const
 {
-    std::size_t size = pending_[0];
+    std::size_t size = m_pending[0];
     while (size < remoteReadSize)
         size += sizeModulus;
     std::size_t summed = 0;
     std::uint8_t sum = 0;
-    for (; size <= pending_.size(); size += sizeModulus) {
-        sum = static_cast<std::uint8_t>((sum + sumOf(pending_, summed, size - 1)) & 0xFF);
+    for (; size <= m_pending.size(); size += sizeModulus) {
+        sum = static_cast<std::uint8_t>((sum + sumOf(m_pending, summed, size - 1)) & 0xFF);
         summed = size - 1;
-        if (pending_[size - 1] == sum)
+        if (m_pending[size - 1] == sum)
             return size;
     }
     return 0;
@@ -95,9 +95,9 @@ std::size_t RemoteStream::smallestSize() const
 
 std::optional<Bytes> RemoteStream::take(std::size_t size)
 {
-    const auto end = pending_.begin() + static_cast<std::ptrdiff_t>(size);
-    Bytes request(pending_.begin(), end);
-    pending_.erase(pending_.begin(), end);
+    const auto end = m_pending.begin() + static_cast<std::ptrdiff_t>(size);
+    Bytes request(m_pending.begin(), end);
+    m_pending.erase(m_pending.begin(), end);
     return request;
 }
 

@@ -42,16 +42,16 @@ public:
     /// When next() decides about bytes that wait without any more coming; nothing if none wait.
     std::optional<Time> silenceAt() const;
 
-    unsigned long badFrames() const { return badFrames_; }
+    unsigned long badFrames() const { return m_badFrames; }
 
 private:
     std::size_t likelySize() const;
     std::size_t smallestSize() const;
     std::optional<Bytes> take(std::size_t size);
 
-    Bytes pending_;
-    Time last_{};
-    unsigned long badFrames_ = 0;
+    Bytes m_pending;
+    Time m_last{};
+    unsigned long m_badFrames = 0;
 };
 
 } // namespace simulator

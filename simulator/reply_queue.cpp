@@ -16,19 +16,19 @@ bool ReplyQueue::passes(const FaultDraw& draw) const
 {
     const bool isDelayed = draw.fault == Fault::Late || draw.fault == Fault::Glued ||
                            draw.fault == Fault::Split || draw.fault == Fault::Delay ||
-                           delay_ != delay_.zero();
-    return !isDelayed && pendingBytes_ == 0;
+                           m_delay != m_delay.zero();
+    return !isDelayed && m_pendingBytes == 0;
 }
 
 void ReplyQueue::add(Bytes reply, const FaultDraw& draw, Time now)
 {
-    const Time ready = now + delay_;
+    const Time ready = now + m_delay;
     const Time later = ready + std::chrono::milliseconds(draw.lateMs);
     moveDue(now);
-    pendingBytes_ += reply.size();
+    m_pendingBytes += reply.size();
     if (draw.fault == Fault::Late)
-        late_.emplace(later, std::move(reply));
-    else if (draw.fault == Fault::Glued && held_.empty())
+        m_late.emplace(later, std::move(reply));
+    else if (draw.fault == Fault::Glued && m_held.empty())
         hold(reply, later);
     else if (draw.fault == Fault::Split)
         enqueueSplit(reply, ready);
@@ -39,11 +39,11 @@ void ReplyQueue::add(Bytes reply, const FaultDraw& draw, Time now)
 Bytes ReplyQueue::takeDue(Time now)
 {
     moveDue(now);
-    if (pieces_.empty() || pieces_.front().due > now)
+    if (m_pieces.empty() || m_pieces.front().due > now)
         return {};
-    Bytes bytes = std::move(pieces_.front().bytes);
-    pieces_.pop_front();
-    pendingBytes_ -= bytes.size();
+    Bytes bytes = std::move(m_pieces.front().bytes);
+    m_pieces.pop_front();
+    m_pendingBytes -= bytes.size();
     return bytes;
 }
 
@@ -51,55 +51,55 @@ std::optional<ReplyQueue::Time> ReplyQueue::nextDue() const
 {
     std::optional<Time> first;
     const auto consider = [&first](Time due) { first = first ? std::min(*first, due) : due; };
-    if (!pieces_.empty())
-        consider(pieces_.front().due);
-    if (!late_.empty())
-        consider(late_.begin()->first);
-    if (!held_.empty())
-        consider(heldUntil_);
+    if (!m_pieces.empty())
+        consider(m_pieces.front().due);
+    if (!m_late.empty())
+        consider(m_late.begin()->first);
+    if (!m_held.empty())
+        consider(m_heldUntil);
     return first;
 }
 
 void ReplyQueue::forgetLate()
 {
-    for (const auto& reply : late_)
-        pendingBytes_ -= reply.second.size();
-    late_.clear();
+    for (const auto& reply : m_late)
+        m_pendingBytes -= reply.second.size();
+    m_late.clear();
 }
 
 // A reply that waits to be glued goes out with whatever comes next, in one piece.
 void ReplyQueue::enqueue(const Bytes& bytes, Time due)
 {
-    Bytes piece = std::move(held_);
-    held_.clear();
+    Bytes piece = std::move(m_held);
+    m_held.clear();
     piece.insert(piece.end(), bytes.begin(), bytes.end());
     if (!piece.empty())
-        pieces_.push_back({due, std::move(piece)});
+        m_pieces.push_back({due, std::move(piece)});
 }
 
 void ReplyQueue::enqueueSplit(const Bytes& reply, Time from)
 {
     enqueue({}, from); // what is held is not to be split
-    Time due = pieces_.empty() ? from : std::max(from, pieces_.back().due);
+    Time due = m_pieces.empty() ? from : std::max(from, m_pieces.back().due);
     for (const std::uint8_t byte : reply) {
-        pieces_.push_back({due, {byte}});
+        m_pieces.push_back({due, {byte}});
         due += splitPause;
     }
 }
 
 void ReplyQueue::hold(const Bytes& reply, Time until)
 {
-    held_ = reply;
-    heldUntil_ = until;
+    m_held = reply;
+    m_heldUntil = until;
 }
 
 void ReplyQueue::moveDue(Time now)
 {
-    while (!late_.empty() && late_.begin()->first <= now) {
-        enqueue(late_.begin()->second, now);
-        late_.erase(late_.begin());
+    while (!m_late.empty() && m_late.begin()->first <= now) {
+        enqueue(m_late.begin()->second, now);
+        m_late.erase(m_late.begin());
     }
-    if (!held_.empty() && heldUntil_ <= now)
+    if (!m_held.empty() && m_heldUntil <= now)
         enqueue({}, now);
 }
 

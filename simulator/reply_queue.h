@@ -23,7 +23,7 @@ public:
     using Time = Clock::time_point;
 
     /// `delay`: how long every reply takes, besides what its fault adds.
-    explicit ReplyQueue(std::chrono::milliseconds delay = {}) : delay_(delay) {}
+    explicit ReplyQueue(std::chrono::milliseconds delay = {}) : m_delay(delay) {}
 
     /// Whether such a reply can be sent at once: nothing delays it, and nothing waits.
     bool passes(const FaultDraw& draw) const;
@@ -37,7 +37,7 @@ public:
     /// When takeDue() has something to give, or nothing if no reply is waiting.
     std::optional<Time> nextDue() const;
 
-    std::size_t pendingBytes() const { return pendingBytes_; }
+    std::size_t pendingBytes() const { return m_pendingBytes; }
 
     /// Drops the replies that the next ones may overtake.
     void forgetLate();
@@ -53,12 +53,12 @@ private:
     void hold(const Bytes& reply, Time until);
     void moveDue(Time now);
 
-    const std::chrono::milliseconds delay_;
-    std::size_t pendingBytes_ = 0;
-    std::deque<Piece> pieces_;        // sent in this order, each when it is due
-    std::multimap<Time, Bytes> late_; // not in the order yet
-    Bytes held_;                      // goes out in front of the next piece
-    Time heldUntil_;
+    const std::chrono::milliseconds m_delay;
+    std::size_t m_pendingBytes = 0;
+    std::deque<Piece> m_pieces;        // sent in this order, each when it is due
+    std::multimap<Time, Bytes> m_late; // not in the order yet
+    Bytes m_held;                      // goes out in front of the next piece
+    Time m_heldUntil;
 };
 
 } // namespace simulator

@@ -95,7 +95,7 @@ Bytes write(const ModbusFunction& function, const Bytes& request, const Elements
 } // namespace
 
 RequestServer::RequestServer(ControllerMemory& memory, std::vector<AddressRange> holes)
-    : memory_(memory), holes_(std::move(holes))
+    : m_memory(memory), m_holes(std::move(holes))
 {
 }
 
@@ -118,13 +118,13 @@ Bytes RequestServer::refuse(const Bytes& request, unsigned exceptionCode) const
 
 bool RequestServer::answers(int unit) const
 {
-    return unit >= firstUnit && unit <= lastUnit && !silent_[static_cast<std::size_t>(unit)];
+    return unit >= firstUnit && unit <= lastUnit && !m_silent[static_cast<std::size_t>(unit)];
 }
 
 void RequestServer::setSilent(int unit, bool silent)
 {
     if (unit >= firstUnit && unit <= lastUnit)
-        silent_[static_cast<std::size_t>(unit)] = silent;
+        m_silent[static_cast<std::size_t>(unit)] = silent;
 }
 
 Bytes RequestServer::execute(const Bytes& request, int unit)
@@ -134,7 +134,7 @@ Bytes RequestServer::execute(const Bytes& request, int unit)
         return exceptionTo(request, exception);
     const Elements elements = elementsOf(*function, request);
     Bytes reply;
-    memory_.use(unit, [&](Unit& memory) {
+    m_memory.use(unit, [&](Unit& memory) {
         reply = function->action == ModbusFunction::Read ? read(request, elements, memory)
                                                          : write(*function, request, elements, memory);
     });
@@ -144,7 +144,7 @@ Bytes RequestServer::execute(const Bytes& request, int unit)
 // A read or a wrong request changes nothing, so only writes come to anything.
 void RequestServer::executeOnAll(const Bytes& request)
 {
-    for (const int unit : memory_.units())
+    for (const int unit : m_memory.units())
         if (answers(unit))
             execute(request, unit);
 }
@@ -159,7 +159,7 @@ unsigned RequestServer::objection(const ModbusFunction* function, const Bytes& r
     const int address = get16(request, requestAddressOffset);
     const int quantity = quantityOf(*function, request);
     const bool isThere =
-        address + quantity <= addressCount && !isInHole(holes_, unit, function->kind, address, quantity);
+        address + quantity <= addressCount && !isInHole(m_holes, unit, function->kind, address, quantity);
     return isThere ? 0 : illegalAddress;
 }
 

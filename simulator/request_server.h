@@ -54,9 +54,9 @@ private:
     void executeOnAll(const Bytes& request);
     unsigned objection(const ModbusFunction* function, const Bytes& request, int unit) const;
 
-    ControllerMemory& memory_;
-    const std::vector<AddressRange> holes_;
-    std::array<std::atomic<bool>, lastUnit + 1> silent_{};
+    ControllerMemory& m_memory;
+    const std::vector<AddressRange> m_holes;
+    std::array<std::atomic<bool>, lastUnit + 1> m_silent{};
 };
 
 } // namespace simulator

@@ -24,7 +24,7 @@ public:
     bool isBroken() const;
 
 private:
-    Bytes pending_;
+    Bytes m_pending;
 };
 
 } // namespace simulator

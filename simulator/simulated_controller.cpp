@@ -52,14 +52,14 @@ std::size_t indexOf(Fault fault)
 } // namespace
 
 SimulatedController::SimulatedController(const Settings& settings)
-    : settings_(settings), memory_(settings.faults.seed), server_(memory_, settings.refused),
-      remoteServer_(memory_, settings.refused, [this](int unit) { return server_.answers(unit); }),
-      plan_(settings.faults), port_(checkedPort(settings.port))
+    : m_settings(settings), m_memory(settings.faults.seed), m_server(m_memory, settings.refused),
+      m_remoteServer(m_memory, settings.refused, [this](int unit) { return m_server.answers(unit); }),
+      m_plan(settings.faults), m_port(checkedPort(settings.port))
 {
     if (settings.delayMs < 0)
         throw std::invalid_argument("the delay of every reply must not be negative");
     for (const int unit : settings.silentUnits)
-        server_.setSilent(unit, true);
+        m_server.setSilent(unit, true);
 }
 
 SimulatedController::~SimulatedController()
@@ -69,65 +69,65 @@ SimulatedController::~SimulatedController()
 
 void SimulatedController::start()
 {
-    const std::lock_guard<std::mutex> lock(lifeMutex_);
-    if (thread_.joinable())
+    const std::lock_guard<std::mutex> lock(m_lifeMutex);
+    if (m_thread.joinable())
         return;
-    listener_ = listenOn(settings_.listenAddress, port_);
-    wake_ = wakeEvent();
-    port_ = portOf(*listener_);
-    accepted_ = 0;
-    thread_ = std::thread([this] { run(); });
+    m_listener = listenOn(m_settings.listenAddress, m_port);
+    m_wake = wakeEvent();
+    m_port = portOf(*m_listener);
+    m_accepted = 0;
+    m_thread = std::thread([this] { run(); });
 }
 
 void SimulatedController::stop()
 {
-    const std::lock_guard<std::mutex> lock(lifeMutex_);
-    if (!thread_.joinable())
+    const std::lock_guard<std::mutex> lock(m_lifeMutex);
+    if (!m_thread.joinable())
         return;
-    eventfd_write(wake_->number(), 1);
-    thread_.join();
-    listener_.reset();
-    wake_.reset();
+    eventfd_write(m_wake->number(), 1);
+    m_thread.join();
+    m_listener.reset();
+    m_wake.reset();
 }
 
 int SimulatedController::port() const
 {
-    return port_;
+    return m_port;
 }
 
 ControllerMemory& SimulatedController::memory()
 {
-    return memory_;
+    return m_memory;
 }
 
 void SimulatedController::setFaults(const FaultSettings& faults)
 {
-    plan_.restart(faults);
+    m_plan.restart(faults);
 }
 
 void SimulatedController::setSilent(int unit, bool silent)
 {
-    server_.setSilent(unit, silent);
+    m_server.setSilent(unit, silent);
 }
 
 unsigned long SimulatedController::requests() const
 {
-    return requests_;
+    return m_requests;
 }
 
 unsigned long SimulatedController::badFrames() const
 {
-    return badFrames_;
+    return m_badFrames;
 }
 
 unsigned long SimulatedController::injected(Fault fault) const
 {
-    return injected_[indexOf(fault)];
+    return m_injected[indexOf(fault)];
 }
 
 void SimulatedController::run()
 {
-    ConnectionSet connections(wake_->number(), listener_->number());
+    ConnectionSet connections(m_wake->number(), m_listener->number());
     for (auto work = connections.wait(); !work.isOver; work = connections.wait()) {
         for (Connection* const connection : work.ready) {
             serve(*connection);
@@ -140,10 +140,10 @@ void SimulatedController::run()
 
 void SimulatedController::acceptInto(ConnectionSet& connections)
 {
-    FileDescriptor socket(accept4(listener_->number(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+    FileDescriptor socket(accept4(m_listener->number(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
     if (socket.number() >= 0)
-        connections.add(std::make_unique<Connection>(std::move(socket), ++accepted_, settings_.remote,
-                                                     std::chrono::milliseconds(settings_.delayMs)));
+        connections.add(std::make_unique<Connection>(std::move(socket), ++m_accepted, m_settings.remote,
+                                                     std::chrono::milliseconds(m_settings.delayMs)));
 }
 
 void SimulatedController::serve(Connection& connection)
@@ -152,7 +152,7 @@ void SimulatedController::serve(Connection& connection)
     while (!connection.isOver()) {
         const unsigned long badBefore = connection.badFrames();
         const auto request = connection.nextRequest();
-        badFrames_ += connection.badFrames() - badBefore;
+        m_badFrames += connection.badFrames() - badBefore;
         if (!request)
             break;
         handle(connection, *request);
@@ -163,30 +163,30 @@ void SimulatedController::serve(Connection& connection)
 
 void SimulatedController::handle(Connection& connection, const Bytes& request)
 {
-    ++requests_;
+    ++m_requests;
     trace({connection.number(), false, Fault::None, request});
-    const std::size_t unit = request[settings_.remote ? remoteStationOffset : unitOffset];
-    if (!server_.answers(static_cast<int>(unit))) {
+    const std::size_t unit = request[m_settings.remote ? remoteStationOffset : unitOffset];
+    if (!m_server.answers(static_cast<int>(unit))) {
         answer(request); // a broadcast is executed; there is no reply that a fault could hit
         return;
     }
-    const FaultDraw draw = plan_.draw(connection.faults());
-    if (settings_.remote && !isExecuted(draw.fault))
+    const FaultDraw draw = m_plan.draw(connection.faults());
+    if (m_settings.remote && !isExecuted(draw.fault))
         return deliver(connection, {}, draw); // remote frames know no exceptions
-    Bytes reply = isExecuted(draw.fault) ? answer(request) : server_.refuse(request, deviceFailure);
+    Bytes reply = isExecuted(draw.fault) ? answer(request) : m_server.refuse(request, deviceFailure);
     if (!reply.empty()) // the unit may have become silent meanwhile, or a remote request cannot be served
         spoilAndDeliver(connection, request, std::move(reply), draw);
 }
 
 Bytes SimulatedController::answer(const Bytes& request)
 {
-    return settings_.remote ? remoteServer_.answer(request) : server_.answer(request);
+    return m_settings.remote ? m_remoteServer.answer(request) : m_server.answer(request);
 }
 
 void SimulatedController::spoilAndDeliver(Connection& connection, const Bytes& request, Bytes reply,
                                           FaultDraw draw)
 {
-    const ReplyKind kind = settings_.remote ? remoteReplyKind(request) : replyKindOf(reply);
+    const ReplyKind kind = m_settings.remote ? remoteReplyKind(request) : replyKindOf(reply);
     if (!canHit(draw.fault, kind))
         draw.fault = Fault::None;
     if (draw.fault == Fault::PaddedException)
@@ -196,7 +196,7 @@ void SimulatedController::spoilAndDeliver(Connection& connection, const Bytes& r
 
 void SimulatedController::deliver(Connection& connection, Bytes reply, const FaultDraw& draw)
 {
-    ++injected_[indexOf(draw.fault)];
+    ++m_injected[indexOf(draw.fault)];
     if (draw.fault == Fault::NoReply || draw.fault == Fault::Close)
         reply.clear();
     trace({connection.number(), true, draw.fault, reply});
@@ -208,8 +208,8 @@ void SimulatedController::deliver(Connection& connection, Bytes reply, const Fau
 
 void SimulatedController::trace(const TraceEntry& entry) const
 {
-    if (settings_.trace)
-        settings_.trace(entry);
+    if (m_settings.trace)
+        m_settings.trace(entry);
 }
 
 } // namespace simulator

@@ -106,21 +106,21 @@ private:
     void deliver(Connection& connection, Bytes reply, const FaultDraw& draw);
     void trace(const TraceEntry& entry) const;
 
-    const Settings settings_;
-    ControllerMemory memory_;
-    RequestServer server_;
-    RemoteServer remoteServer_;
-    FaultPlan plan_;
-    std::atomic<int> port_;
-    std::atomic<unsigned long> requests_{0};
-    std::atomic<unsigned long> badFrames_{0};
-    std::array<std::atomic<unsigned long>, faultKinds> injected_{};
+    const Settings m_settings;
+    ControllerMemory m_memory;
+    RequestServer m_server;
+    RemoteServer m_remoteServer;
+    FaultPlan m_plan;
+    std::atomic<int> m_port;
+    std::atomic<unsigned long> m_requests{0};
+    std::atomic<unsigned long> m_badFrames{0};
+    std::array<std::atomic<unsigned long>, faultKinds> m_injected{};
 
-    std::mutex lifeMutex_; // start() and stop() exclude each other
-    std::unique_ptr<FileDescriptor> listener_;
-    std::unique_ptr<FileDescriptor> wake_; // readable once the thread shall end
-    std::thread thread_;
-    unsigned long accepted_ = 0; // the thread's own
+    std::mutex m_lifeMutex; // start() and stop() exclude each other
+    std::unique_ptr<FileDescriptor> m_listener;
+    std::unique_ptr<FileDescriptor> m_wake; // readable once the thread shall end
+    std::thread m_thread;
+    unsigned long m_accepted = 0; // the thread's own
 };
 
 } // namespace simulator
