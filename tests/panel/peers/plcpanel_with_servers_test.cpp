@@ -54,6 +54,7 @@ protected:
 
 struct ServerNames {
     template <typename Server>
+    // GoogleTest looks for this name. NOLINTNEXTLINE(readability-identifier-naming)
     static std::string GetName(int /*index*/)
     {
         return std::is_same<Server, test::LibmodbusServer>::value ? "Libmodbus" : "Pymodbus";
