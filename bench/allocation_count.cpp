@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/allocation_count.h"
 
 #include <cstddef>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Counts what a program allocates. Linking allocation_count.cpp replaces malloc and its relatives, so
 ///        operator new and the allocations of libraries are counted too.

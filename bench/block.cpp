@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/block.h"
 
 #include "frames/frame_bytes.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief One read of the controller's memory, as any Modbus library takes it.
 #ifndef BENCH_BLOCK_H

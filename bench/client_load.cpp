@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/client_load.h"
 
 #include <arpa/inet.h>

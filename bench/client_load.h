@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Clients of a Modbus TCP server that ask as fast as they are answered.
 #ifndef BENCH_CLIENT_LOAD_H

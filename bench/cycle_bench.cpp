@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What one request cycle costs in process: queue where it is a write, ask for the frame, hand in the reply.
 // Beside each: the floor, which only allocates the frames and moves the values; the records, which adds the
 // locks and the entries of lists that the runtime's interface takes, and does nothing with them; and what Qt

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What one dead station among eight costs the others: how often the living ones are refreshed, and their
 // oldest value, with all alive, with one dead and tried in every pass, and with one dead that gets pauses.
 //

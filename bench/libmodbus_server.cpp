@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A server as libmodbus means it to be written: its own functions receive and answer, select() says whose turn
 // it is. Prints where it listens, like plcsim, and serves until it is ended.
 

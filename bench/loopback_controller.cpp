@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/loopback_controller.h"
 
 #include <stdexcept>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief plcsim, or another server, in a process of its own, as long as the object lives.
 #ifndef BENCH_LOOPBACK_CONTROLLER_H

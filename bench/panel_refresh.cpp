@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/panel_refresh.h"
 
 #include "bench/peers.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The panel's communication loop refreshing a list, and what a request costs it.
 #ifndef BENCH_PANEL_REFRESH_H

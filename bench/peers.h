@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Other ways to refresh a list: each connects at once and then reads the whole list in refresh().
 ///

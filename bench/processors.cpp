@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/processors.h"
 
 #include <sched.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Which processor a benchmark runs on.
 #ifndef BENCH_PROCESSORS_H

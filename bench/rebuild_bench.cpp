@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How long rebuilding the read list takes for lists of any length and order. Beside it: reading the same
 // texts into plain structs and sorting those.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the runtime's other threads pay: reading and writing registers by address text, and queueing a write
 // while the list is full. Beside each, the same bytes or the same walk without the driver.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How many requests a refresh of a list takes: by the driver and the panel, and by other rules that join
 // neighbouring variables into blocks.
 //

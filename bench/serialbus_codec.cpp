@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/serialbus_codec.h"
 
 #include <QDataStream>

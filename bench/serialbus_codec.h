@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The part of Qt SerialBus that a request cycle of the driver corresponds to.
 #ifndef BENCH_SERIALBUS_CODEC_H

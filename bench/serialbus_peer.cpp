@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/peers.h"
 
 #include <QModbusDataUnit>

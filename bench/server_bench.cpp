@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How many requests plcsim answers, beside a server of libmodbus's own functions under the same load.
 //
 //     server_bench [--rounds N] [--apart]    9 rounds

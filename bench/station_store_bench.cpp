@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What filing a reply costs in multi-station mode, where each element is found by a walk over the store.
 // Beside it: the same walks over plain structs reached through pointers.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How fast a list is refreshed over loopback, by the panel and by others in the same run.
 //
 //     whole_way_bench [--rounds N] [LIST]    9 rounds; LIST is examples/thousand.csv

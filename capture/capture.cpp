@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "capture/capture.h"
 
 #include "capture/json_capture.h"

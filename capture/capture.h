@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The capture that a user asks for with --capture FILE.
 #ifndef CAPTURE_CAPTURE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The time of what is captured.
 #ifndef CAPTURE_CAPTURE_CLOCK_H

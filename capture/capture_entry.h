@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What a capture holds, whatever its format.
 #ifndef CAPTURE_CAPTURE_ENTRY_H

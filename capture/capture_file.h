@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The file that a capture goes to: an error is told, and costs the capture only.
 #ifndef CAPTURE_CAPTURE_FILE_H

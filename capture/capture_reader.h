@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Reads a file with a capture, of either format.
 #ifndef CAPTURE_CAPTURE_READER_H

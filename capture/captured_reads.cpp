@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "capture/captured_reads.h"
 
 #include <algorithm>

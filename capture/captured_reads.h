@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What a capture asks the controller for.
 #ifndef CAPTURE_CAPTURED_READS_H

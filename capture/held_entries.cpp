@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "capture/held_entries.h"
 
 namespace plc

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Entries of a capture that wait until it is known what they are to be played for.
 #ifndef CAPTURE_HELD_ENTRIES_H

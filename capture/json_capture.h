@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief A capture as lines of JSON, for people and scripts.
 ///

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The keys of the JSON lines of a capture, and the words that stand behind some of them.
 ///

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "capture/json_capture_reader.h"
 
 #include "capture/capture_clock.h"

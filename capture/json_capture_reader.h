@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Reads what JsonCapture wrote.
 #ifndef CAPTURE_JSON_CAPTURE_READER_H

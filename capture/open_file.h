@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief A file that is closed when nobody needs it any more.
 #ifndef CAPTURE_OPEN_FILE_H

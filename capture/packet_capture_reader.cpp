@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "capture/packet_capture_reader.h"
 
 #include "capture/pcap_fields.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Reads the exchange with a controller out of captured packets.
 #ifndef CAPTURE_PACKET_CAPTURE_READER_H

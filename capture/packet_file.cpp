@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "capture/packet_file.h"
 
 #include "runtime/model/printable.h"

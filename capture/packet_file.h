@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The packets in a file of captured network traffic.
 #ifndef CAPTURE_PACKET_FILE_H

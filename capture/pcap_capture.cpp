@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "capture/pcap_capture.h"
 
 #include "capture/pcap_fields.h"

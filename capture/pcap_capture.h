@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief A capture as packets, for programs that show network traffic.
 #ifndef CAPTURE_PCAP_CAPTURE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The fields of the pcap files that are written, and of the headers of packets.
 #ifndef CAPTURE_PCAP_FIELDS_H

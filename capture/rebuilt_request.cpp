@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "capture/rebuilt_request.h"
 
 #include "runtime/host/request_keys.h"

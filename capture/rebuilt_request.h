@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The driver's request that a captured frame was built for.
 #ifndef CAPTURE_REBUILT_REQUEST_H

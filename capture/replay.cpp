@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "capture/replay.h"
 
 #include "runtime/host/driver_settings.h"

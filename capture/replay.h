@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief A captured exchange played into the driver, without a network.
 #ifndef CAPTURE_REPLAY_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "capture/request_cutter.h"
 
 #include "runtime/link/reply_assembler.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Requests out of a stream of bytes to the controller.
 #ifndef CAPTURE_REQUEST_CUTTER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "capture/tcp_segment.h"
 
 #include "capture/pcap_fields.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The TCP segment in a captured packet.
 #ifndef CAPTURE_TCP_SEGMENT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "capture/tcp_stream.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The bytes of one direction of a TCP connection in their order.
 #ifndef CAPTURE_TCP_STREAM_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Lets the communication thread come between the pieces of a large write.
 ///

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "driver/host_interface.h"
 
 void* LB = nullptr;

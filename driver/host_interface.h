@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What the driver tells the runtime. The wiring entry points are in the public header.
 #ifndef DRIVER_HOST_INTERFACE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The one header that a runtime includes: records, entry points, utilities, result codes.
 ///

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Judges replies and finishes requests. DataCom() is in the public header.
 ///

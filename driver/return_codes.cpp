@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "driver/return_codes.h"
 
 namespace

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Turns the outcome of a reply into the result code that the runtime sees.
 #ifndef DRIVER_RETURN_CODES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "driver/communication_turn.h"
 #include "driver/modbus_rtu_master.h"
 #include "driver/station_table.h"

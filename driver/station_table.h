@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The stations that are switched off. EnCommStation() is in the public header.
 #ifndef DRIVER_STATION_TABLE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What a lock guards, in words that clang checks (-Wthread-safety; scripts/compile-matrix does).
 ///

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What the fifteen area codes mean: one row per code, read by every folder.
 #ifndef FRAMES_ADDRESS_MAP_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "frames/frame_bytes.h"
 
 void Put16(QByteArray& bytes, int value)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Bytes of a Modbus TCP frame: offsets, sizes, and putting and getting big-endian values.
 ///

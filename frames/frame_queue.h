@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Puts finished frames into protocolList. Communication thread.
 #ifndef FRAMES_FRAME_QUEUE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "frames/remote_frame.h"
 
 #include "frames/frame_bytes.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Builds remote frames, which replace Modbus TCP while COMINFO::remoteMode is set.
 ///

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "frames/write_request.h"
 
 #include "driver/host_interface.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Takes values from the byte string that a fuzzer made.
 ///

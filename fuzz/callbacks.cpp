@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "fuzz/callbacks.h"
 
 #include "driver/modbus_rtu_master.h"

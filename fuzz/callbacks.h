@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The runtime's two callbacks, counted.
 #ifndef FUZZ_CALLBACKS_H

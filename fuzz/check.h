@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief How a harness says that something broken was found.
 #ifndef FUZZ_CHECK_H

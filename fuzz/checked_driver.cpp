@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "fuzz/checked_driver.h"
 
 #include "fuzz/callbacks.h"

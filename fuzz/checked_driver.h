@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The driver with a check of everything that a runtime relies on after each call.
 #ifndef FUZZ_CHECKED_DRIVER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The driver's areas, as a runtime knows them: written down once more, so that a slip in the driver's
 /// own

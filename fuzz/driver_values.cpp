@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "fuzz/driver_values.h"
 
 #include "fuzz/checked_driver.h"

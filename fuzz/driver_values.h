@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The driver's records and settings, taken from a byte string.
 #ifndef FUZZ_DRIVER_VALUES_H

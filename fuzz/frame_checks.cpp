@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "fuzz/frame_checks.h"
 
 #include "driver/plcdriver.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What every frame that the driver hands out must be, whatever was queued.
 #ifndef FUZZ_FRAME_CHECKS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Any text as an address of any area. Input: area, then the text, as UTF-8 or as UTF-16.
 
 #include "driver/plcdriver.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Any bytes as a capture, of packets or of lines, and each frame in it as a request to be played back.
 //
 // Input: a byte that says how to read it, then the file.

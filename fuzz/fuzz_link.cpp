@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Requests and streams of replies, put together and matched as the panel's link does it.
 //
 // Input: whether frames are remote, the way to split the stream, then steps: a request, bytes that come, a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One request of any kind and what comes back for it: any bytes, any announced length, any settings.
 
 #include "fuzz/byte_source.h"

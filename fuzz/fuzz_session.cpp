@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A runtime that does anything: every entry point, in any order, with any arguments, settings and replies.
 
 #include "fuzz/byte_source.h"

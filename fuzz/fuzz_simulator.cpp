@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whatever comes to the simulated controller: requests of both kinds as streams and whole, the text of its
 // memory, and what its faults do to replies. The first byte says which.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The one function of every target, under the name by which a fuzzer and replay.cpp call it.
 #ifndef FUZZ_FUZZ_TARGET_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Any bytes as a list of variables; each line also as a variable and as values of the command line.
 
 #include "fuzz/check.h"

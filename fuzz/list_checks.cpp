@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "fuzz/list_checks.h"
 
 #include "fuzz/callbacks.h"

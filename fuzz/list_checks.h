@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What the scheduler and the adding functions may do to the driver's lists.
 #ifndef FUZZ_LIST_CHECKS_H

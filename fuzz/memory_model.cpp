@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "fuzz/memory_model.h"
 
 #include "fuzz/check.h"

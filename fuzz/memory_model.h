@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What the driver's memory must hold, by an account of its own.
 ///

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "fuzz/modbus_checks.h"
 
 #include "fuzz/check.h"

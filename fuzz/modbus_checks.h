@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What the Modbus Application Protocol says of a reply, for any request to the simulated controller.
 #ifndef FUZZ_MODBUS_CHECKS_H

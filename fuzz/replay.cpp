@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs a target over every file of a folder, without a fuzzer: what was found once is tested ever after.
 
 #include "fuzz/fuzz_target.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "fuzz/reply_checks.h"
 
 #include "fuzz/check.h"

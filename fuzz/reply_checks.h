@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What a reply must do to the driver, worked out from the state in front of it.
 #ifndef FUZZ_REPLY_CHECKS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Whether a text may go to a terminal as it is.
 #ifndef FUZZ_SHOWN_TEXT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "image/area_buffers.h"
 
 #include "frames/frame_bytes.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The buffers of the local image, and the accessors that copy between them and byte arrays.
 ///

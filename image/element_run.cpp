@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "image/element_run.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Which elements of a request really exist.
 #ifndef IMAGE_ELEMENT_RUN_H

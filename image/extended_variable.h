@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The record of one value of multi-station mode.
 #ifndef IMAGE_EXTENDED_VARIABLE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "image/extended_variables.h"
 
 int ExtendFindSameVar(int station, int area, int address)

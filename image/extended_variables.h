@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The values of multi-station mode, one entry per station and element.
 #ifndef IMAGE_EXTENDED_VARIABLES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Mirrors a written value into the driver's memory.
 #ifndef IMAGE_IMAGE_WRITE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // plcpanel: the reference runtime as a program.
 
 #include "panel/commands/check_command.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What libplcruntime shows to the programs that link it.
 #ifndef RUNTIME_EXPORT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Addresses that do not exist.
 #ifndef SIMULATOR_ADDRESS_RANGE_H

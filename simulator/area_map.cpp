@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/area_map.h"
 
 #include <iterator>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Where the areas that remote frames speak of lie among coils and registers.
 ///

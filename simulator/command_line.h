@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The options of plcsim.
 #ifndef SIMULATOR_COMMAND_LINE_H

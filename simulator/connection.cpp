@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/connection.h"
 
 #include <netinet/in.h>

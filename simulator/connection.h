@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief One accepted TCP connection: bytes in, requests out; replies in, bytes out.
 #ifndef SIMULATOR_CONNECTION_H

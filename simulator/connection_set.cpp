@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/connection_set.h"
 
 #include <poll.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The open connections of a controller, and the wait for one of them to have something to do.
 #ifndef SIMULATOR_CONNECTION_SET_H

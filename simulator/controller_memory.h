@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The memory of a simulated controller: coils and holding registers of every unit, some of which move.
 #ifndef SIMULATOR_CONTROLLER_MEMORY_H

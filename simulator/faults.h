@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Faults on demand: which fault hits a reply, and what it does to the reply's bytes.
 #ifndef SIMULATOR_FAULTS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Owner of one file descriptor.
 #ifndef SIMULATOR_FILE_DESCRIPTOR_H

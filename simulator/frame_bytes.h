@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Bytes of Modbus TCP frames: where the fields are, and how 16-bit numbers are put and got.
 #ifndef SIMULATOR_FRAME_BYTES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The address that the controller listens on, and the socket that does.
 #ifndef SIMULATOR_LISTEN_ADDRESS_H

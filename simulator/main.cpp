@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // plcsim: the simulated controller as a program.
 
 #include "simulator/command_line.h"

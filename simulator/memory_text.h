@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Values of the controller's memory as text: what is loaded at the start and dumped at the end.
 ///

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/modbus_request.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What a Modbus TCP request asks for, and whether it is one that can be served.
 #ifndef SIMULATOR_MODBUS_REQUEST_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Values that move by themselves: what they are at a time, and which of a unit's elements they are.
 #ifndef SIMULATOR_MOVING_VALUE_H

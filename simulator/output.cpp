@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/output.h"
 
 #include <cerrno>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What plcsim prints, and whether it got where it should.
 #ifndef SIMULATOR_OUTPUT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/remote_frame.h"
 
 #include "simulator/area_map.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Remote frames: where the fields of a request are, and what a reply looks like.
 ///

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/remote_server.h"
 
 #include "simulator/area_map.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief One remote request in, one reply out, without any network.
 #ifndef SIMULATOR_REMOTE_SERVER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/remote_stream.h"
 
 #include "simulator/remote_frame.h"

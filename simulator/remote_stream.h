@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Cuts the bytes of one connection into remote requests.
 #ifndef SIMULATOR_REMOTE_STREAM_H

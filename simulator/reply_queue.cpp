@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/reply_queue.h"
 
 #include <algorithm>

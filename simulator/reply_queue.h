@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What a connection still has to send, and when.
 #ifndef SIMULATOR_REPLY_QUEUE_H

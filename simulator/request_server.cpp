@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/request_server.h"
 
 #include "simulator/modbus_request.h"

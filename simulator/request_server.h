@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief One request in, one reply out: what a controller answers, without any network.
 #ifndef SIMULATOR_REQUEST_SERVER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/request_stream.h"
 
 namespace simulator

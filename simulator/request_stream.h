@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Cuts the bytes of one connection into requests.
 #ifndef SIMULATOR_REQUEST_STREAM_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/simulated_controller.h"
 
 #include "simulator/connection_set.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief A Modbus TCP controller that misbehaves on demand, on loopback unless told otherwise.
 ///

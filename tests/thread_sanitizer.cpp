@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lets the thread sanitizer see QMutex. QtCore is not built with it, so without this every datum that a
 // QMutex guards looks like a race. The definitions here take the place of QtCore's in the test programs, do
 // what those do, and tell the sanitizer; it then also finds locks that are taken in two orders.

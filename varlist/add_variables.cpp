@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "varlist/add_variables.h"
 
 #include "frames/address_map.h"

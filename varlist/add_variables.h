@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Queues one write for the driver itself. The entry points are in the public header.
 #ifndef VARLIST_ADD_VARIABLES_H

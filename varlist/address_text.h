@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Address texts. PLCAddressChangeIntef() in the public header is the same conversion.
 #ifndef VARLIST_ADDRESS_TEXT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "varlist/block_limit.h"
 
 #include "driver/modbus_rtu_master.h"

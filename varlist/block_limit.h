@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief How many elements one request may hold.
 #ifndef VARLIST_BLOCK_LIMIT_H

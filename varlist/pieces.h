@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief How runs of elements are counted and cut into pieces. Arithmetic alone: any thread, no lock.
 #ifndef VARLIST_PIECES_H

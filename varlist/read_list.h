@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Rebuilds the cyclic read list. ReCreatReadVarList() is in the public header.
 #ifndef VARLIST_READ_LIST_H

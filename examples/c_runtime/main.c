@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A program in C on libplcruntime: it watches two variables, writes one of them, and says how that ended.
  *     c_runtime HOST PORT [DRIVER]
  */

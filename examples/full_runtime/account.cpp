@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "account.h"
 
 int Account::write(int station, int address, const std::vector<int>& words)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How each request ends: the driver drops some without a word. Its lock is held over every call of the driver that
 // queues, sends or ends a request, and over the booking that belongs to it. It comes before the driver's locks, and is
 // never held while the network is waited for.

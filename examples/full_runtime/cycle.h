@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The communication thread: asks the driver for frames, sends them, and leaves stations alone that do not answer.
 #ifndef CYCLE_H
 #define CYCLE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The connection, and the part of Modbus TCP that is the runtime's: the driver numbers no frame and judges a reply by
 // its length alone. Belongs to the communication thread.
 #ifndef LINK_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A runtime with every precaution, on the driver alone: two threads, several stations, an account of each write, and
 // values that say how good they are.
 //     full_runtime HOST PORT SECONDS

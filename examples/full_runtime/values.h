@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How good the values are that the driver holds: it does not know their age, nor whether a written one was confirmed.
 // Words of area 9. Has no lock: the account's guards it.
 #ifndef VALUES_H

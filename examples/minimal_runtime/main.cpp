@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The smallest runtime to start your own from: one station, one thread, Modbus TCP.
 //     minimal_runtime HOST PORT [LIBRARY]
 // writes a word and reads it again and again, until the controller has confirmed the write and a later read

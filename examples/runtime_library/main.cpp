@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A program on libplcruntime: it watches two variables, writes one of them, and says how that ended.
 //     runtime_library HOST PORT [DRIVER]
 #include <runtime/cycle/runtime.h>

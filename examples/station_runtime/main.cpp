@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A runtime for several stations on one link, on libplcruntime: each station's values with how good they are, a write
 // to each again and again with an account of how every one ended, and a clean end.
 //     station_runtime HOST PORT STATIONS SECONDS [DRIVER]

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/check/check_report.h"
 
 #include "runtime/model/value_text.h"

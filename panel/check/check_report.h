@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What plcpanel check found, for people and for programs.
 #ifndef PANEL_CHECK_CHECK_REPORT_H

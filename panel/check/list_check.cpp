@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/check/list_check.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Which variables of a list a controller refuses: blocks are halved until it is known.
 #ifndef PANEL_CHECK_LIST_CHECK_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/check/read_answer.h"
 
 #include "runtime/modbus/exception_words.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What the end of a read says about the elements that it asked for.
 #ifndef PANEL_CHECK_READ_ANSWER_H

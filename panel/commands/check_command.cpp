@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/commands/check_command.h"
 
 #include "panel/check/check_report.h"

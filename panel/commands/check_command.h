@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief plcpanel check: which variables of a list the controller refuses, before going live.
 #ifndef PANEL_COMMANDS_CHECK_COMMAND_H

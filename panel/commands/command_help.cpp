@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/commands/command_help.h"
 
 #include "runtime/model/area_guide.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The options of each command, and the texts that explain them.
 #ifndef PANEL_COMMANDS_COMMAND_HELP_H

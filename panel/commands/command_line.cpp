@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/commands/command_line.h"
 
 #include "capture/capture.h"

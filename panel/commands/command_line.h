@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What a person types: commands, options and variables.
 #ifndef PANEL_COMMANDS_COMMAND_LINE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/commands/demo_command.h"
 
 #include "panel/demo/demo_controller.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief plcpanel demo: everything at work against a simulated controller of its own.
 #ifndef PANEL_COMMANDS_DEMO_COMMAND_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What the program's exit status tells a script.
 #ifndef PANEL_COMMANDS_EXIT_STATUS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/commands/named_variables.h"
 
 #include <QRegularExpression>

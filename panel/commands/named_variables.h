@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Variables of a list as a person names them on the command line.
 #ifndef PANEL_COMMANDS_NAMED_VARIABLES_H

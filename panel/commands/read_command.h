@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief plcpanel read: prints values.
 #ifndef PANEL_COMMANDS_READ_COMMAND_H

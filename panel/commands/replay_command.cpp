@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/commands/replay_command.h"
 
 #include "capture/capture_clock.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief plcpanel replay: shows the values of a capture, without a controller.
 #ifndef PANEL_COMMANDS_REPLAY_COMMAND_H

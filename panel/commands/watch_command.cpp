@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/commands/watch_command.h"
 
 #include "panel/session/listeners.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief plcpanel watch: shows values live.
 #ifndef PANEL_COMMANDS_WATCH_COMMAND_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/commands/write_command.h"
 
 #include "panel/session/listeners.h"

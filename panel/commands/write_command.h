@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief plcpanel write: writes values and waits for the controller's confirmation.
 #ifndef PANEL_COMMANDS_WRITE_COMMAND_H

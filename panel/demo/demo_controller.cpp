@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/demo/demo_controller.h"
 
 #include "runtime/modbus/frame_fields.h"

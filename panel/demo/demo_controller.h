@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The demo's simulated controller, spoken of in areas and elements.
 #ifndef PANEL_DEMO_DEMO_CONTROLLER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/demo/demo_report.h"
 
 #include "panel/session/received_reply.h"

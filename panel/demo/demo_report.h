@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The demo's table: what was done, what came of it, and whether it is right.
 #ifndef PANEL_DEMO_DEMO_REPORT_H

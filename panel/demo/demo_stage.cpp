@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/demo/demo_stage.h"
 
 #include "runtime/cycle/exchange_record.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What the demo's steps are made of: one thing done by the panel, compared with the controller.
 #ifndef PANEL_DEMO_DEMO_STAGE_H

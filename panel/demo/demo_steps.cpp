@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/demo/demo_steps.h"
 
 #include "panel/demo/demo_stage.h"

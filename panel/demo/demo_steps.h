@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What the demo does, in order.
 #ifndef PANEL_DEMO_DEMO_STEPS_H

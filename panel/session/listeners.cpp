@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/session/listeners.h"
 
 #include "capture/capture.h"

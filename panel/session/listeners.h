@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Who sees what goes over the link: --trace and --capture.
 #ifndef PANEL_SESSION_LISTENERS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/session/received_reply.h"
 
 #include "runtime/modbus/dialect.h"

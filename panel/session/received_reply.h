@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief A reply as it came over the link.
 #ifndef PANEL_SESSION_RECEIVED_REPLY_H

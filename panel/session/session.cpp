@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/session/session.h"
 
 #include "panel/terminal/output.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief A runtime for the time of one command.
 #ifndef PANEL_SESSION_SESSION_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/session/trace.h"
 
 #include "panel/session/received_reply.h"

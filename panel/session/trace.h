@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Every frame and reply in hex, with its meaning in words.
 #ifndef PANEL_SESSION_TRACE_H

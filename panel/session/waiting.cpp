@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/session/waiting.h"
 
 namespace plc

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Waiting for a write or read, with a word about it where that takes long.
 #ifndef PANEL_SESSION_WAITING_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/terminal/display_width.h"
 
 #include <QVector>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief How many columns of a terminal a text takes: some characters take two, some none.
 #ifndef PANEL_TERMINAL_DISPLAY_WIDTH_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/terminal/keyboard.h"
 
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Standard input while a live display runs: keys of the terminal, or lines of anything else.
 #ifndef PANEL_TERMINAL_KEYBOARD_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Text on standard output and standard error.
 #ifndef PANEL_TERMINAL_OUTPUT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/terminal/progress_line.h"
 
 #include "panel/terminal/output.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief How far something is that takes longer than a second.
 #ifndef PANEL_TERMINAL_PROGRESS_LINE_H

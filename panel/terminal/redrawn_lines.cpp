@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/terminal/redrawn_lines.h"
 
 namespace plc

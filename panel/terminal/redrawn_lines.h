@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Lines that are drawn again in the same place.
 #ifndef PANEL_TERMINAL_REDRAWN_LINES_H

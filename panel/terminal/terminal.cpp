@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/terminal/terminal.h"
 
 #include <sys/ioctl.h>

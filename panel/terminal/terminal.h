@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The terminal that standard output may be.
 #ifndef PANEL_TERMINAL_TERMINAL_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/terminal/watch_signals.h"
 
 #include <csignal>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What a live display answers to: signals, taken one by one instead of by handlers, and input.
 #ifndef PANEL_TERMINAL_WATCH_SIGNALS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/terminal/wrapped_text.h"
 
 #include "panel/terminal/display_width.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Texts in lines of limited width.
 #ifndef PANEL_TERMINAL_WRAPPED_TEXT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/watch/station_lines.h"
 
 #include "runtime/modbus/failure_words.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The stations of a link, as they look, for people.
 #ifndef PANEL_WATCH_STATION_LINES_H

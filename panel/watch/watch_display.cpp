@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/watch/watch_display.h"
 
 #include "panel/terminal/output.h"

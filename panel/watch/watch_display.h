@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The ways in which plcpanel watch shows values.
 #ifndef PANEL_WATCH_WATCH_DISPLAY_H

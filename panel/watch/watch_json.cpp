@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/watch/watch_json.h"
 
 #include "runtime/model/value_text.h"

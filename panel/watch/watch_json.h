@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What plcpanel watch prints for programs: lines of JSON.
 #ifndef PANEL_WATCH_WATCH_JSON_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What a user can ask of a running plcpanel watch.
 #ifndef PANEL_WATCH_WATCH_ORDER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The rows of a table, one for each variable that is named.
 #ifndef PANEL_WATCH_WATCH_ROWS_H

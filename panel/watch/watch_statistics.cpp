@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/watch/watch_statistics.h"
 
 #include "panel/terminal/wrapped_text.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What a refresh of all watched variables costs, for people.
 #ifndef PANEL_WATCH_WATCH_STATISTICS_H

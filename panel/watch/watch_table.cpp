@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/watch/watch_table.h"
 
 #include "panel/terminal/display_width.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The watched values as a table for people.
 #ifndef PANEL_WATCH_WATCH_TABLE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/watch/watch_view.h"
 
 #include "panel/watch/station_lines.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What is shown of the watched variables, in whatever form.
 #ifndef PANEL_WATCH_WATCH_VIEW_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Values, states and ages of the watched variables in words.
 #ifndef PANEL_WATCH_WATCH_WORDS_H

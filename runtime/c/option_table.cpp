@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/c/option_table.h"
 
 #include "runtime/c/refusal.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The settings as options of plcruntime_open().
 #ifndef RUNTIME_C_OPTION_TABLE_H

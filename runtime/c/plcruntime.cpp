@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/c/plcruntime.h"
 
 #include "runtime/c/option_table.h"

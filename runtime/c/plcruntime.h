@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * \file
  * \brief libplcruntime for programs in C and whatever calls C: no type of another library, C89.

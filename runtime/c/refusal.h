@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What ends a call out of C, with the status that it returns.
 #ifndef RUNTIME_C_REFUSAL_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/c/typed_values.h"
 
 #include "runtime/c/refusal.h"

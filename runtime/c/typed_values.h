@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief A variable with the type of its values: elements into numbers and texts, and back.
 #ifndef RUNTIME_C_TYPED_VALUES_H

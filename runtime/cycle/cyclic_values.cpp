@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/cycle/cyclic_values.h"
 
 #include "runtime/host/request_keys.h"

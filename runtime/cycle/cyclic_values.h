@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The cyclically refreshed variables: their requests and how good their values are.
 #ifndef RUNTIME_CYCLE_CYCLIC_VALUES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/cycle/driver_blocks.h"
 
 #include "runtime/cycle/cyclic_values.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The blocks that the driver makes of a list of variables, without a controller.
 #ifndef RUNTIME_CYCLE_DRIVER_BLOCKS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Keeps the statistics of the exchanges and of the passes.
 #ifndef RUNTIME_CYCLE_EXCHANGE_COUNTER_H

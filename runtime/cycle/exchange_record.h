@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What an observer of the runtime is told of each exchange.
 #ifndef RUNTIME_CYCLE_EXCHANGE_RECORD_H

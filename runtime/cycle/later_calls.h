@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Calls to the runtime's users, collected under its lock and made when it is released.
 #ifndef RUNTIME_CYCLE_LATER_CALLS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/cycle/once_reads.h"
 
 #include "runtime/host/request_keys.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief One-shot reads through the driver's list, and how each ends.
 #ifndef RUNTIME_CYCLE_ONCE_READS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/cycle/pass_counter.h"
 
 #include "runtime/model/variable.h"

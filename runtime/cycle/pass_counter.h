@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What a pass over the cyclic variables costs, and how often there is one.
 #ifndef RUNTIME_CYCLE_PASS_COUNTER_H

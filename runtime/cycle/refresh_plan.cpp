@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/cycle/refresh_plan.h"
 
 #include "runtime/modbus/protocol.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What the driver is asked to refresh so that the variables of a list are.
 #ifndef RUNTIME_CYCLE_REFRESH_PLAN_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief How a request leaves one of the driver's two queues.
 #ifndef RUNTIME_CYCLE_REQUEST_END_H

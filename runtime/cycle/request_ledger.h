@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief How each request in one of the driver's two queues ends.
 #ifndef RUNTIME_CYCLE_REQUEST_LEDGER_H

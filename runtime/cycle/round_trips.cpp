@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/cycle/round_trips.h"
 
 #include "runtime/model/clock.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief How long replies took: a small histogram.
 #ifndef RUNTIME_CYCLE_ROUND_TRIPS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/cycle/runtime.h"
 
 #include "runtime/cycle/cyclic_values.h"

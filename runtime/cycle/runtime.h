@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The runtime: driver, link, communication thread, and what commands ask of them.
 #ifndef RUNTIME_CYCLE_RUNTIME_H

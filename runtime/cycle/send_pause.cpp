@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/cycle/send_pause.h"
 
 #include "runtime/modbus/protocol.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief How long the controller is left in peace before the next request.
 #ifndef RUNTIME_CYCLE_SEND_PAUSE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Which stations are left alone for a while, because they do not answer.
 #ifndef RUNTIME_CYCLE_STATION_PAUSES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Which stations are served: the user's switches and the pauses of those that do not answer.
 #ifndef RUNTIME_CYCLE_STATIONS_H

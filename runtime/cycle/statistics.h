@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What the runtime counts: every figure that plcpanel watch --stats shows.
 #ifndef RUNTIME_CYCLE_STATISTICS_H

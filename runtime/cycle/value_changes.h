@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What was told last of each cyclic variable, so that only changes are told.
 #ifndef RUNTIME_CYCLE_VALUE_CHANGES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/cycle/write_frames.h"
 
 #include "runtime/host/hosted_driver.h"

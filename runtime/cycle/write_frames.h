@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The frames that the driver builds for a write, without a controller.
 #ifndef RUNTIME_CYCLE_WRITE_FRAMES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Writes from the panel's threads into the driver's write list, and how each ends.
 #ifndef RUNTIME_CYCLE_WRITE_QUEUE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The driver as a runtime has it: loaded by path, looked up by name.
 #ifndef RUNTIME_HOST_DRIVER_LIBRARY_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Where the driver library is when nobody says so.
 #ifndef RUNTIME_HOST_DRIVER_PATH_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/host/driver_settings.h"
 
 namespace plc

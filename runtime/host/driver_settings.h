@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The settings block that the panel registers with the driver.
 #ifndef RUNTIME_HOST_DRIVER_SETTINGS_H

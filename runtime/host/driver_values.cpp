@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/host/driver_values.h"
 
 #include "runtime/modbus/request_pieces.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Values out of the driver's own memory.
 #ifndef RUNTIME_HOST_DRIVER_VALUES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/host/empty_driver.h"
 
 namespace plc

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief A driver without anything left in it from an earlier use.
 #ifndef RUNTIME_HOST_EMPTY_DRIVER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/host/hosted_driver.h"
 
 #include "runtime/host/driver_settings.h"

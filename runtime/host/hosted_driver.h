@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The driver at work in this process: claimed, loaded and wired for as long as the object lives.
 #ifndef RUNTIME_HOST_HOSTED_DRIVER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The keys by which the panel knows its requests again in the driver's records.
 #ifndef RUNTIME_HOST_REQUEST_KEYS_H

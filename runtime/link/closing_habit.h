@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Controllers that close the connection after each reply.
 #ifndef RUNTIME_LINK_CLOSING_HABIT_H

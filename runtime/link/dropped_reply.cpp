@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/link/dropped_reply.h"
 
 namespace plc

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Replies that did not belong to the request, and why.
 #ifndef RUNTIME_LINK_DROPPED_REPLY_H

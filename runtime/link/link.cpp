@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/link/link.h"
 
 #include "runtime/link/tcp_socket.h"

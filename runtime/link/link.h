@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The TCP link to the controller: one request and its reply at a time.
 #ifndef RUNTIME_LINK_LINK_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/link/link_connection.h"
 
 #include <algorithm>

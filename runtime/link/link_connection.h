@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief A connection that is made anew, in growing pauses, whenever it was lost.
 #ifndef RUNTIME_LINK_LINK_CONNECTION_H

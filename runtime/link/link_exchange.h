@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What the link tells: how the connection is, and what one exchange over it brought.
 #ifndef RUNTIME_LINK_LINK_EXCHANGE_H

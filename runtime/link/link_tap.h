@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Who wants to see every byte that goes over the link.
 #ifndef RUNTIME_LINK_LINK_TAP_H

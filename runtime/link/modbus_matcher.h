@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Which Modbus TCP reply belongs to which request.
 #ifndef RUNTIME_LINK_MODBUS_MATCHER_H

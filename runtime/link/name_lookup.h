@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Looking up a host's addresses without waiting for a name server that is silent.
 #ifndef RUNTIME_LINK_NAME_LOOKUP_H

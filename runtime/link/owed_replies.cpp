@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/link/owed_replies.h"
 
 #include "runtime/modbus/frame_fields.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Replies that did not come in time and may still come on the same connection.
 #ifndef RUNTIME_LINK_OWED_REPLIES_H

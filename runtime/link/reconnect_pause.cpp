@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/link/reconnect_pause.h"
 
 #include <algorithm>

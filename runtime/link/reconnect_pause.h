@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief How long to wait before the next attempt to connect.
 #ifndef RUNTIME_LINK_RECONNECT_PAUSE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/link/remote_matcher.h"
 
 #include "runtime/modbus/frame_fields.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Which remote reply belongs to which remote request.
 #ifndef RUNTIME_LINK_REMOTE_MATCHER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/link/reply_assembler.h"
 
 #include "runtime/modbus/frame_fields.h"

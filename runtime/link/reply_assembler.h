@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Whole replies out of a stream of bytes.
 #ifndef RUNTIME_LINK_REPLY_ASSEMBLER_H

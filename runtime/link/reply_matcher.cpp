@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/link/reply_matcher.h"
 
 #include "runtime/link/modbus_matcher.h"

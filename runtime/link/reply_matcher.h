@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What the link must know of a dialect: which reply belongs to which request, and what a connection is
 ///        worth after it.

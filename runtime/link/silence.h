@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What came in place of a reply.
 #ifndef RUNTIME_LINK_SILENCE_H

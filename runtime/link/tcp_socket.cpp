@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/link/tcp_socket.h"
 
 #include "runtime/model/clock.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief A TCP connection for one request and its reply at a time.
 #ifndef RUNTIME_LINK_TCP_SOCKET_H

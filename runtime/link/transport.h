@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What carries bytes to a controller and back.
 #ifndef RUNTIME_LINK_TRANSPORT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What differs between Modbus TCP and remote frames for those who read them: words and fields.
 #ifndef RUNTIME_MODBUS_DIALECT_H

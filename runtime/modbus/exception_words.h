@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Modbus exceptions in words.
 #ifndef RUNTIME_MODBUS_EXCEPTION_WORDS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Why something failed, in words.
 #ifndef RUNTIME_MODBUS_FAILURE_WORDS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Getting values out of a frame, and putting them in.
 #ifndef RUNTIME_MODBUS_FRAME_FIELDS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/modbus/frame_words.h"
 
 #include "runtime/modbus/exception_words.h"

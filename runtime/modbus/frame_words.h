@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Frames and replies for people: bytes in hex, meaning in words.
 #ifndef RUNTIME_MODBUS_FRAME_WORDS_H

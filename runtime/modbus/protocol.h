@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The numbers of Modbus TCP: where the fields of a frame are, function codes, limits, exceptions.
 ///

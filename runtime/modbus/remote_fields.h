@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Where the fields of a remote request are. A reply has unit and area where protocol.h has unit
 ///        and function.

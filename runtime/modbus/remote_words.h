@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Remote frames and replies in words.
 #ifndef RUNTIME_MODBUS_REMOTE_WORDS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What a request that was given up failed of.
 #ifndef RUNTIME_MODBUS_REPLY_FAILURE_H

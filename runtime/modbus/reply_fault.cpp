@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/modbus/reply_fault.h"
 
 #include "runtime/modbus/frame_fields.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What a Modbus TCP reply has against it although it is the answer to the request.
 #ifndef RUNTIME_MODBUS_REPLY_FAULT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Variables cut into requests that the driver queues as one entry each and Modbus allows.
 #ifndef RUNTIME_MODBUS_REQUEST_PIECES_H

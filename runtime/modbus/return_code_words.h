@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Result codes of the driver in words.
 #ifndef RUNTIME_MODBUS_RETURN_CODE_WORDS_H

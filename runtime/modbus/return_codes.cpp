@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/modbus/return_codes.h"
 
 #include "driver/plcdriver.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Result codes of the driver.
 #ifndef RUNTIME_MODBUS_RETURN_CODES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The areas as the help explains them.
 #ifndef RUNTIME_MODEL_AREA_GUIDE_H

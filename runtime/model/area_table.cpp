@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/model/area_table.h"
 
 #include "driver/plcdriver.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What the tools know of each area: one table, a row each.
 #ifndef RUNTIME_MODEL_AREA_TABLE_H

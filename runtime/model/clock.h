@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The clock that durations are measured with; setting the time of day does not touch it.
 #ifndef RUNTIME_MODEL_CLOCK_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/model/cyclic_value.h"
 
 namespace plc

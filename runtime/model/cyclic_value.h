@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What the panel shows of one cyclically refreshed variable.
 #ifndef RUNTIME_MODEL_CYCLIC_VALUE_H

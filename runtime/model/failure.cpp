@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/model/failure.h"
 
 namespace plc

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Why a request brought nothing, as a type: words are made of it where a person reads them.
 #ifndef RUNTIME_MODEL_FAILURE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/model/list_columns.h"
 
 #include "runtime/model/printable.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The columns of a list of variables: one table, a row each.
 #ifndef RUNTIME_MODEL_LIST_COLUMNS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/model/listed_value.h"
 
 #include "runtime/model/printable.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The values of a listed variable in its order, scale and unit, and the way back.
 #ifndef RUNTIME_MODEL_LISTED_VALUE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/model/modbus_address.h"
 
 #include "runtime/model/area_table.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Where the elements of the areas lie in the controller.
 #ifndef RUNTIME_MODEL_MODBUS_ADDRESS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief How a write or a one-shot read ended.
 #ifndef RUNTIME_MODEL_OUTCOME_H

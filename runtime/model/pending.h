@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The outcome of something that the communication thread finishes later.
 #ifndef RUNTIME_MODEL_PENDING_H

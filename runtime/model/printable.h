@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Text from files, made fit for a terminal.
 #ifndef RUNTIME_MODEL_PRINTABLE_H

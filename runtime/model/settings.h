@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What a person sets before the panel starts.
 #ifndef RUNTIME_MODEL_SETTINGS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What the panel tells of one station.
 #ifndef RUNTIME_MODEL_STATION_REPORT_H

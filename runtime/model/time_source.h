@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Where code that waits gets its time from: the system, or a test that has no time to lose.
 #ifndef RUNTIME_MODEL_TIME_SOURCE_H

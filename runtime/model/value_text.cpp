@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/model/value_text.h"
 
 #include <QJsonArray>

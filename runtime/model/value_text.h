@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Values as text: decimal, hexadecimal and JSON.
 #ifndef RUNTIME_MODEL_VALUE_TEXT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What the elements of a listed variable mean to a person.
 #ifndef RUNTIME_MODEL_VALUE_TYPE_H

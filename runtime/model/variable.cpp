@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/model/variable.h"
 
 #include "runtime/model/modbus_address.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief One controller variable as a person names it, its address text and its values.
 #ifndef RUNTIME_MODEL_VARIABLE_H

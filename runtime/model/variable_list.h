@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The list of variables that a person writes as a CSV file.
 ///

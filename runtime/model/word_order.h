@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief In which order the bytes of a value lie in the words of a controller.
 ///

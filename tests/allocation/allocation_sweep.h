@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Runs one call again and again, each time with another allocation failing, until none is left to
 /// fail.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "driver_state.h"
 
 #include "driver/driver_fixture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The state of the driver as text, so that two states can be compared and a difference be read.
 #ifndef TESTS_ALLOCATION_DRIVER_STATE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "allocation/failing_allocation.h"
 
 #include <cerrno>

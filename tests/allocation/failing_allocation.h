@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Lets the n-th allocation of a call fail, and counts allocations and living blocks.
 ///

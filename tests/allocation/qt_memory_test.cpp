@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the driver relies on in QtCore: where malloc has nothing left, QtCore throws and what was there stays.
 // None of the operations that the driver uses was found that goes on with a null pointer instead.
 #include "allocation/failing_allocation.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "allocation_sweep.h"
 
 #include "image/extended_variables.h"

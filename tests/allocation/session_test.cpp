@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A whole session of a runtime in which any one allocation fails: with every refused call made again, the
 // controller sees the same frames and the driver ends in the same state as if nothing had failed.
 #include "allocation_sweep.h"

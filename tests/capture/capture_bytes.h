@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Captures in memory, and what is read out of them.
 #ifndef TESTS_PANEL_CAPTURE_BYTES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is read out of captures of the panel and of other programs, and what is said of malformed ones.
 
 #include "capture/capture_bytes.h"

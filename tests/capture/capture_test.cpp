@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What --capture writes, byte by byte and line by line.
 
 #include "capture/capture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Entries of a capture kept within a bound.
 
 #include "capture/held_entries.h"

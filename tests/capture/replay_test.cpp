@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Captured requests and replies through the driver.
 
 #include "capture/capture_bytes.h"

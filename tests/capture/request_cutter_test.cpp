@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "capture/request_cutter.h"
 
 #include <gmock/gmock.h>

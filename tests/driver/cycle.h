@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Short words for request cycles: queue, poll, answer.
 #ifndef TESTS_DRIVER_CYCLE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief A clean driver for each test, and short words for requests, bytes and frames.
 ///

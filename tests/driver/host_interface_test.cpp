@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cycle.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A write of many pieces on one thread, and what the communication thread gets done meanwhile.
 #include "threads.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "driver/modbus_rtu_master.h"
 
 #include "driver_fixture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Several stations in one driver: what happens to one leaves the others alone. Each test runs with requests
 // that are served directly and with remote ones, in Modbus TCP and in remote frames.
 

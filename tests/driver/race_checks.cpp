@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "race_checks.h"
 
 // Inline instructions that mean nothing outside valgrind; no library.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Memory that two threads touch without a lock on purpose.
 #ifndef TESTS_DRIVER_RACE_CHECKS_H

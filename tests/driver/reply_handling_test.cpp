@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "driver/reply_handling.h"
 
 #include "cycle.h"

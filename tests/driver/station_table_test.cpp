@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "driver/station_table.h"
 
 #include "driver_fixture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief A communication thread that polls and answers, and other threads beside it.
 ///

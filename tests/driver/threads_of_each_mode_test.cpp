@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every entry point at once, in each of the modes that the settings block selects.
 #include "race_checks.h"
 #include "threads.h"

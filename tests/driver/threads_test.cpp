@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One communication thread polls and answers, other threads queue, read, write and switch meanwhile.
 #include "threads.h"
 

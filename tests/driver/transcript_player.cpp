@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "transcript_player.h"
 
 #include "driver_fixture.h"

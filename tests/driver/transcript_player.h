@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Plays a script of calls against the driver and writes down what it did.
 ///

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole request cycles, one file each in tests/transcripts. With PLC_REWRITE_TRANSCRIPTS set in the
 // environment a file that differs is written anew; every changed line must then be reviewed against what is
 // required.

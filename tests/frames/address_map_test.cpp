@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "frames/address_map.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "frames/read_request.h"
 
 #include "driver/driver_fixture.h"

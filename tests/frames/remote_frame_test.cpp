@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "frames/remote_frame.h"
 
 #include "driver/driver_fixture.h"

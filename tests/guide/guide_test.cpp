@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The code of the guide, compiled as it stands there and run on the built library. What the guide leaves to the
 // runtime, exchange() and ended(), is here: a controller that answers as a test wants, and a list of ends.
 #include "guide_code.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "image/area_buffers.h"
 
 #include "driver/driver_fixture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "image/extended_variables.h"
 
 #include "driver/driver_fixture.h"

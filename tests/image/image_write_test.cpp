@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "image/image_write.h"
 
 #include "driver/driver_fixture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "image/reply_filing.h"
 
 #include "driver/driver_fixture.h"

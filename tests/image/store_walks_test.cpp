@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How often the store of multi-station mode is walked: each walk may take as long as the store.
 //
 // The linker puts countedFind() in the place of ExtendFindSameVar() in this program (see tests/CMakeLists.txt).

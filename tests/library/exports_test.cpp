@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the library shows to the loader: its dynamic symbols and the libraries that it needs.
 #include "support/built_files.h"
 

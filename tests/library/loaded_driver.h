@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The driver as a runtime has it: a library loaded by path, its exports looked up by name.
 ///

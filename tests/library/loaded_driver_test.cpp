@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Request cycles through the exports alone.
 #include "loaded_driver.h"
 #include "support/built_files.h"

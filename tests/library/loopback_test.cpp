@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The loaded library against the simulated controller over loopback: a plain socket stands where a runtime's
 // link stands, and what the controller holds is looked at on its own side.
 #ifdef PLC_WITH_SIMULATOR

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/plcpanel_run.h"
 
 #include "support/application.h"

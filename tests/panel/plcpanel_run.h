@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The program plcpanel, run as a user runs it.
 #ifndef TESTS_PANEL_PLCPANEL_RUN_H
 #define TESTS_PANEL_PLCPANEL_RUN_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/controller_memory.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Each fault as a client on loopback meets it.
 
 #include "simulator/simulated_controller.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/faults.h"
 
 #include "simulator/loopback_client.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/listen_address.h"
 
 #include <gmock/gmock.h>

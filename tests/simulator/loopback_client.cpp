@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/loopback_client.h"
 
 #include <netinet/in.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief A TCP client without any Modbus of its own, and frames written as hex.
 #ifndef TESTS_SIMULATOR_LOOPBACK_CLIENT_H

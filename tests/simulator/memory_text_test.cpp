@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/memory_text.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/moving_value.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The program plcsim, run as a user runs it.
 
 #include "simulator/loopback_client.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The simulated controller with remote frames, through a socket.
 #include "simulator/simulated_controller.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Remote requests for tests.
 #ifndef TESTS_SIMULATOR_REMOTE_FRAMES_H

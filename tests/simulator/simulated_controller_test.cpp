@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/simulated_controller.h"
 
 #include "simulator/loopback_client.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What a soak run found wrong.
 #ifndef SOAK_COMPLAINTS_H

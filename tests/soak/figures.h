@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What a soak run counts.
 #ifndef SOAK_FIGURES_H

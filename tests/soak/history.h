@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What one variable may hold: its writes, what came of each, and which the controller carried out.
 #ifndef SOAK_HISTORY_H

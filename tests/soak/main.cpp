@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // plcsoak: panels and misbehaving controllers, for a million requests.
 
 #include "runtime/host/driver_path.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "soak/memory_watch.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Whether the memory of this process grows while it works.
 #ifndef SOAK_MEMORY_WATCH_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "soak/options.h"
 
 #include <QCommandLineParser>

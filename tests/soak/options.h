@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The options of plcsoak.
 #ifndef SOAK_OPTIONS_H

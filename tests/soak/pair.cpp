@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "soak/pair.h"
 #include "runtime/cycle/exchange_record.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief One panel and its simulated controller, for the time of a soak run.
 #ifndef SOAK_PAIR_H

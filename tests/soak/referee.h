@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Sees both sides of a soak run, the panel's words and the controller's requests, and compares them.
 #ifndef SOAK_REFEREE_H

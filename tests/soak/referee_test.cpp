@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "soak/referee.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Progress and final figures of a soak run, as text.
 #ifndef SOAK_REPORT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "soak/soak_variable.h"
 
 namespace soak

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The variables of a soak run, and which values belong to which of their writes.
 #ifndef SOAK_SOAK_VARIABLE_H

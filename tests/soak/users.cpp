@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "soak/users.h"
 
 #include "support/controller_values.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The threads that use a panel during a soak run: they write, read and look, and tell the referee.
 #ifndef SOAK_USERS_H

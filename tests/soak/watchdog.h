@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Ends a soak run that hangs, and says what waits for what.
 #ifndef SOAK_WATCHDOG_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "soak/watchdog.h"
 
 #include <gtest/gtest.h>

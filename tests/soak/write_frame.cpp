@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "soak/write_frame.h"
 
 #include "runtime/model/modbus_address.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief What a request frame writes into the controller.
 #ifndef SOAK_WRITE_FRAME_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The QCoreApplication that a program has and gtest's main() does not make.
 #ifndef TESTS_PANEL_APPLICATION_H
 #define TESTS_PANEL_APPLICATION_H

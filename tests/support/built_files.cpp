@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/built_files.h"
 
 const char* builtDriver()

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The simulated controller's memory as the areas see it.
 #ifndef TESTS_CONTROLLER_VALUES_H

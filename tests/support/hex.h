@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Bytes as tests write and compare them.
 #ifndef TESTS_SUPPORT_HEX_H

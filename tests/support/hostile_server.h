@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief A server on loopback that answers Modbus TCP requests as a test tells it to, wrongly on purpose.
 #ifndef TESTS_SUPPORT_HOSTILE_SERVER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief A runtime and a simulated controller.
 #ifndef TESTS_SUPPORT_RUNTIME_FIXTURE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief A controller of which every byte is decided by the test.
 #ifndef TESTS_PANEL_SCRIPTED_CONTROLLER_H

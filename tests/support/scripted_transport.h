@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief A transport without a network: the test says what comes when, and time goes on only while waiting.
 #ifndef TESTS_SUPPORT_SCRIPTED_TRANSPORT_H

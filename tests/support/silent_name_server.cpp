@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A library to be put in front of the C library: looking up a name takes as long as a name server that is silent.
 
 #include <netdb.h>

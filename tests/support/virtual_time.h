@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief A clock that goes on only when somebody waits.
 #ifndef TESTS_SUPPORT_VIRTUAL_TIME_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Waiting for what another thread or program does.
 #ifndef TESTS_SUPPORT_WAITING_H

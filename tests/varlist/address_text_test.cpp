@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "varlist/address_text.h"
 
 #include "driver/plcdriver.h"

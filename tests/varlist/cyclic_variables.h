@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Short words for tests of the cyclic read list: the runtime's variables in, block reads out.
 #ifndef TESTS_VARLIST_CYCLIC_VARIABLES_H

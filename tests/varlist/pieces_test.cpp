@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "varlist/pieces.h"
 
 #include <gtest/gtest.h>

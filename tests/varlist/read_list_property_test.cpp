@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Random lists against the whole rule written down a second time. The list of the driver and the list of the
 // rule must be equal; separate invariants hold whatever the rule says in detail.
 

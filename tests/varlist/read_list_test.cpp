@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "varlist/read_list.h"
 
 #include "cyclic_variables.h"

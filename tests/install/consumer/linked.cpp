@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A runtime that links the driver; the header is the only one it includes.
 #include <plcdriver/plcdriver.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which variables are found at fault, by a controller of which only some addresses exist.
 
 #include "panel/check/list_check.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the end of a read says about the elements that it asked for.
 
 #include "panel/check/read_answer.h"

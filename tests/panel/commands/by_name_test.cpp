@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // plcpanel reading and writing the variables of a list by their names, against a simulated controller.
 
 #include "panel/plcpanel_run.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a person may type, and what is said about the rest.
 
 #include "panel/commands/command_line.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What bash offers for plcpanel and plcsim, compared with what their help tells.
 
 #include "panel/commands/command_help.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What plcpanel says when a signal ends it.
 
 #include "panel/plcpanel_run.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Controllers that answer wrongly: the panel takes nothing for an answer that is none, and says what it saw.
 
 #include "panel/plcpanel_run.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lists and command lines that nobody meant well: the panel says what is wrong with them, briefly and at once.
 
 #include "panel/plcpanel_run.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Elements whose Modbus address would lie beyond 65535: a frame would carry the address of another element.
 
 #include "panel/plcpanel_run.h"

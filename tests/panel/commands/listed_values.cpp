@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/commands/listed_values.h"
 
 #include "support/built_files.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief The lists of examples/, and what their variables must show, worked out from the controller's
 /// memory.

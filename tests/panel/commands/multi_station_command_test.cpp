@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Several stations from the command line to the screen, and what a user types while they are watched.
 
 #include "panel/commands/command_line.h"

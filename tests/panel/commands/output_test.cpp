@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What becomes of the panel where its output cannot be written.
 
 #include "panel/plcpanel_run.h"

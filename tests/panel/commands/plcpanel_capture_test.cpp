@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // plcpanel --capture and replay as processes.
 
 #include "capture/capture_bytes.h"

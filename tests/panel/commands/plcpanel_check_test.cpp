@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // plcpanel check as a process, against controllers that refuse addresses.
 
 #include "panel/plcpanel_run.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The live display under a shell that stops and continues it.
 
 #include "simulator/simulated_controller.h"

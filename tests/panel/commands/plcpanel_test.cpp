@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // plcpanel as a process against a simulated controller: what it prints, and how it ends.
 
 #include "panel/plcpanel_run.h"

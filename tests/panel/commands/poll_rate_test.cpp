@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How often plcpanel watch asks the controller.
 
 #include "panel/plcpanel_run.h"

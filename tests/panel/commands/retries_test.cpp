@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How often a request is tried, against controllers that lose replies, hang up or have no time.
 
 #include "panel/plcpanel_run.h"

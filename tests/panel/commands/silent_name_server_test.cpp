@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A name server that does not answer holds nobody up.
 
 #include "panel/plcpanel_run.h"

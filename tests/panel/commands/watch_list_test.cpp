@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // plcpanel watch --vars as a process: the lists of examples/ against a simulated controller.
 
 #include "panel/commands/listed_values.h"

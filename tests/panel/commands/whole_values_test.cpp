@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Values of several words are read by one request each, whatever the length of the requests.
 
 #include "panel/plcpanel_run.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The demo must notice what is wrong: a demo that cannot fail shows nothing.
 
 #include "panel/demo/demo_stage.h"

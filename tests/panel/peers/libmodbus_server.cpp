@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/peers/libmodbus_server.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief A Modbus TCP server of libmodbus, on loopback and on a thread of its own.
 #ifndef TESTS_PANEL_PEERS_LIBMODBUS_SERVER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/peers/peer_programs.h"
 
 #include "support/application.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief Programs of others that tests exchange values with. They are no part of the build, so one may be missing.
 #ifndef TESTS_PANEL_PEERS_PEER_PROGRAMS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // plcpanel and servers that others made: what one writes the other has, at the same addresses.
 
 #include "panel/peers/libmodbus_server.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The simulated controller as a program, asked by mbpoll: a client that nobody here wrote.
 
 #include "panel/peers/peer_programs.h"

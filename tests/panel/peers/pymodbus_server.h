@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief A Modbus TCP server of pymodbus, on loopback and in a process of its own.
 #ifndef TESTS_PANEL_PEERS_PYMODBUS_SERVER_H

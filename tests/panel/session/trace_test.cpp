@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Frames and replies as --trace shows them, without the times of day.
 
 #include "panel/session/trace.h"

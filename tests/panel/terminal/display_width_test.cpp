@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How many columns texts take in a terminal.
 
 #include "panel/terminal/display_width.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The lines of JSON that plcpanel watch prints for variables.
 
 #include "panel/watch/watch_json.h"

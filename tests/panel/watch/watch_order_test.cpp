@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "panel/watch/watch_order.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a refresh costs, as a person and as a program reads it.
 
 #include "panel/watch/watch_json.h"

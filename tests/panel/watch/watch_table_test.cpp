@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The watched values as a person sees them.
 
 #include "panel/watch/watch_table.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The interface for C, called as a C program does.
 #include "runtime/c/plcruntime.h"
 #include "support/runtime_fixture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/cycle/exchange_counter.h"
 #include "runtime/host/request_keys.h"
 

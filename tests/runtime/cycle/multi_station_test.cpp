@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Several stations on one link: each has values of its own, and one that is dead does not hold up the others.
 
 #include "runtime/cycle/exchange_record.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a pass over the cyclic variables costs, counted from its requests.
 
 #include "runtime/cycle/pass_counter.h"

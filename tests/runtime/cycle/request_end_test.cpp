@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a request failed of, by the way it left the driver's queue.
 
 #include "runtime/cycle/request_end.h"

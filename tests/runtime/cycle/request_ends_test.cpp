@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every way in which a write or a read can end, each told exactly once: in its Pending and to whoever asked to be told.
 #include "support/runtime_fixture.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A runtime that is stopped and one that is started after it, while somebody else keeps the driver loaded: then the
 // driver keeps what it was left with.
 #include "runtime/cycle/exchange_record.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whatever a controller does to its replies: no wrong value is shown or filed, every write ends, and what
 // was confirmed is in the controller.
 #include "support/runtime_fixture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The panel and the simulated controller with remote frames.
 #include "runtime/cycle/exchange_record.h"
 #include "support/runtime_fixture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the runtime counts of its passes over the cyclic variables.
 
 #include "support/runtime_fixture.h"

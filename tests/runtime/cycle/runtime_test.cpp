@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/cycle/exchange_record.h"
 #include "support/runtime_fixture.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The runtime as screens use it: many threads at once while the communication thread runs.
 #include "support/runtime_fixture.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/cycle/station_pauses.h"
 
 #include <gmock/gmock.h>

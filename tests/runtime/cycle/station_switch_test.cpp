@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Stations that are switched off and on while requests wait for them.
 #include "support/runtime_fixture.h"
 

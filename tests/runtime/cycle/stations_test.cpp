@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/cycle/stations.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Who is told of a cyclic variable when it shows something else, and only then.
 #include "support/runtime_fixture.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/host/driver_library.h"
 #include "runtime/model/variable.h"
 #include "support/built_files.h"

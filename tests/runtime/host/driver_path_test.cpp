@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where the driver is looked for. Beside libplcruntime.so is for the test of the installed files: here the runtime is
 // part of the program.
 

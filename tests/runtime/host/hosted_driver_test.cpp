@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/host/hosted_driver.h"
 #include "support/built_files.h"
 

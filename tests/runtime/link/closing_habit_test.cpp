@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/link/closing_habit.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The link over a scripted transport: neither sockets nor time. That it works over TCP is at the end.
 #include "runtime/link/link.h"
 #include "runtime/link/scripted_link.h"

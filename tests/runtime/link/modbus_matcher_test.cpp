@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/link/modbus_matcher.h"
 
 #include "support/hex.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/link/name_lookup.h"
 
 #include <gtest/gtest.h>

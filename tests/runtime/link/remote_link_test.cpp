@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The link with remote frames, which carry no number.
 #include "runtime/link/scripted_link.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// \file
 /// \brief A link over a scripted transport, in a time of its own.
 #ifndef TESTS_RUNTIME_LINK_SCRIPTED_LINK_H

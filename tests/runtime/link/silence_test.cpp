@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What came in place of a reply.
 
 #include "runtime/link/silence.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/modbus/dialect.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Failures in words: here, and nowhere else, they are made.
 
 #include "runtime/modbus/failure_words.h"

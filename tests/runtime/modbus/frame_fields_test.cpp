@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/modbus/frame_fields.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The numbers of Modbus, against those of the library that the simulator is made with.
 
 #include "runtime/modbus/protocol.h"

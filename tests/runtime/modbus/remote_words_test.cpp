@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/modbus/remote_words.h"
 
 #include "support/hex.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a reply has against it that its length does not show.
 
 #include "runtime/modbus/reply_fault.h"

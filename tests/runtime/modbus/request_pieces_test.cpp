@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/modbus/request_pieces.h"
 
 #include <gmock/gmock.h>

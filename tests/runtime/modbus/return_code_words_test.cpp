@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/modbus/return_code_words.h"
 
 #include <gtest/gtest.h>

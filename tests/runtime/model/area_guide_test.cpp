@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the help says of the areas.
 
 #include "runtime/model/area_guide.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The areas of the tools, against a list of its own: what the driver takes for them.
 
 #include "runtime/model/area_table.h"

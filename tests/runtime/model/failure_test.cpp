@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the kind of a failure says about the controller.
 
 #include "runtime/model/failure.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/model/listed_value.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where the areas lie in the controller.
 
 #include "runtime/model/modbus_address.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/model/settings.h"
 
 #include <gmock/gmock.h>

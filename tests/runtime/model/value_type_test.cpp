@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/model/value_type.h"
 
 #include <gtest/gtest.h>

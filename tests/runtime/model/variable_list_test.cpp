@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/model/variable_list.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/model/variable.h"
 
 #include <gmock/gmock.h>
