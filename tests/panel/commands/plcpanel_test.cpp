@@ -305,7 +305,9 @@ TEST_F(PlcpanelWithController, WatchPrintsALineOfJsonForEachChange)
 
 /// \return what a program that runs in a terminal of 60 x 12 has drawn until it ended by Ctrl-C, which is
 ///         typed when \a redraws tables were drawn over others
-std::string drawnInTerminal(const QStringList& arguments, int redraws, int* status)
+/// \param kind what the environment says of the terminal
+std::string drawnInTerminal(const QStringList& arguments, int redraws, int* status,
+                            const char* kind = "xterm")
 {
     int terminal = -1;
     winsize window = {};
@@ -320,7 +322,7 @@ std::string drawnInTerminal(const QStringList& arguments, int redraws, int* stat
     pointers.push_back(nullptr);
     const pid_t process = forkpty(&terminal, nullptr, nullptr, &window);
     if (process == 0) {
-        setenv("TERM", "xterm", 1);
+        setenv("TERM", kind, 1);
         unsetenv("NO_COLOR");
         execv(builtPlcpanel(), pointers.data());
         _exit(127);
@@ -354,6 +356,21 @@ TEST_F(PlcpanelWithController, WatchRedrawsItsTableInATerminalUntilCtrlC)
     EXPECT_THAT(drawn, HasSubstr("\x1b[6A\r")); // link, gap, heading, one row, gap, hint
     EXPECT_THAT(drawn, HasSubstr("9:100     1234"));
     EXPECT_THAT(drawn, HasSubstr("Ctrl-C ends."));
+}
+
+TEST_F(PlcpanelWithController, ATerminalThatKnowsNoEscapeCodesGetsNone)
+{
+    set(100, 1234);
+    for (const char* kind : {"dumb", "unknown", ""}) {
+        int status = -1;
+        const std::string drawn =
+            drawnInTerminal(line("watch 9:100 --once") +
+                                QStringList{QStringLiteral("--driver"), QString::fromUtf8(builtDriver())},
+                            0, &status, kind);
+        EXPECT_EQ(status, 0);
+        EXPECT_THAT(drawn, HasSubstr("9:100     1234"));
+        EXPECT_THAT(drawn, Not(HasSubstr("\x1b"))) << kind;
+    }
 }
 
 TEST_F(PlcpanelWithController, AWaitOfMoreThanASecondSaysInATerminalHowFarItIs)
