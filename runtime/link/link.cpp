@@ -85,7 +85,8 @@ void Link::noteReply(Clock::time_point begin, LinkExchange* exchange)
 }
 
 /// What a connection that has answered often brings in so short a time after a reply, a look would miss as well; and it
-/// is a call to the system for each request.
+/// is a call to the system for each request. Not where replies carry no number: there a look also finds what must not
+/// be taken for the next answer.
 bool Link::isInFlow(Clock::time_point now) const
 {
     const int trustedAnswers = 8;

@@ -11,7 +11,6 @@ namespace plc
 namespace
 {
 
-const int coilsOfByte = 8;
 const int lowByte = 0xFF;
 
 bool repeatsWord(const QByteArray& request, const QByteArray& reply, int offset)
@@ -46,7 +45,7 @@ FailureKind replyFault(const QByteArray& request, const QByteArray& reply)
     const int quantity = wordAt(request, quantityOffset);
     switch (byteAt(request, functionOffset)) {
     case ReadCoils:
-        return byteCountFault(reply, (quantity + coilsOfByte - 1) / bitsOfByte);
+        return byteCountFault(reply, (quantity + bitsOfByte - 1) / bitsOfByte);
     case ReadRegisters:
         return byteCountFault(reply, 2 * quantity);
     case WriteCoil:
