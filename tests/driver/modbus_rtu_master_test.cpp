@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <new>
 
 // A second object is made on the heap: it is 1.4 MB, and PLC_driver has been used by other tests.
 namespace
@@ -18,10 +19,27 @@ bool AllZero(const Element (&buffers)[areas][PLC_AREA_ELEMENTS])
                        [](Element element) { return element == 0; });
 }
 
+struct Destroy {
+    void operator()(Modbus_RTU_Master* driver) const
+    {
+        driver->~Modbus_RTU_Master();
+        ::operator delete(driver);
+    }
+};
+
+// In memory that held something else: what is 0 afterwards has been set to 0.
+Modbus_RTU_Master* MadeInUsedMemory()
+{
+    void* const memory = ::operator new(sizeof(Modbus_RTU_Master));
+    std::fill_n(static_cast<volatile unsigned char*>(memory), sizeof(Modbus_RTU_Master),
+                static_cast<unsigned char>(0xA5));
+    return new (memory) Modbus_RTU_Master;
+}
+
 class DriverObject : public ::testing::Test
 {
 protected:
-    const std::unique_ptr<Modbus_RTU_Master> driver{new Modbus_RTU_Master};
+    const std::unique_ptr<Modbus_RTU_Master, Destroy> driver{MadeInUsedMemory()};
 };
 
 // A non-recursive mutex that is held cannot be taken again, not even by its holder.
@@ -52,6 +70,20 @@ TEST_F(DriverObject, StartsWithoutASettingsBlock)
     EXPECT_EQ(nullptr, driver->comInfo);
 }
 
+TEST_F(DriverObject, StartsWithoutCallbacks)
+{
+    EXPECT_EQ(nullptr, driver->onceReadDoneCallback);
+    EXPECT_EQ(nullptr, driver->listDoneCallback);
+}
+
+TEST_F(DriverObject, StartsOutsideACallAndWithoutAPendingBit)
+{
+    EXPECT_EQ(0u, driver->communicationTurn);
+    EXPECT_FALSE(driver->pendingBit.queued);
+    EXPECT_FALSE(driver->pendingBit.hasValue);
+    EXPECT_FALSE(driver->pendingBit.on);
+}
+
 TEST_F(DriverObject, StartsBeforeTheFirstRequest)
 {
     EXPECT_EQ(100, driver->requestKind);
@@ -64,13 +96,20 @@ TEST_F(DriverObject, StartsBeforeTheFirstRequest)
 
 TEST_F(DriverObject, StartsWithAnEmptyResultRecord)
 {
-    EXPECT_TRUE(driver->retVar.name.isEmpty());
-    EXPECT_TRUE(driver->retVar.name2.isEmpty());
-    EXPECT_TRUE(driver->retVar.data.isEmpty());
+    const RW_VAR& result = driver->retVar;
+    EXPECT_TRUE(result.name.isEmpty());
+    EXPECT_TRUE(result.name2.isEmpty());
+    EXPECT_TRUE(result.data.isEmpty());
+    EXPECT_EQ(0, result.hostKey);
+    EXPECT_EQ(0, result.result);
+    EXPECT_EQ(0, result.station);
 }
 
 TEST_F(DriverObject, StartsWithEveryImageCell0)
 {
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(&driver->image);
+    EXPECT_TRUE(
+        std::all_of(bytes, bytes + sizeof driver->image, [](unsigned char byte) { return byte == 0; }));
     EXPECT_TRUE(AllZero(driver->image.bitArea));
     EXPECT_TRUE(AllZero(driver->image.wordArea));
     EXPECT_TRUE(std::all_of(driver->image.dwordArea, driver->image.dwordArea + PLC_AREA_ELEMENTS,

@@ -470,6 +470,22 @@ TEST_F(ReplyHandling, InMultiStationModeAFinalFailurePurgesTheFailedStationOnlyA
     EXPECT_EQ(Keys{1}, keys(PLC_driver.readList));
 }
 
+TEST_F(ReplyHandling, InMultiStationModeAFinalFailurePurgesTheFirstEntriesOfItsStationToo)
+{
+    info.multiStation = 1;
+    queueReadOf(3, 1);
+    poll();
+    for (int station : {3, 3, 2}) {
+        queueWriteOf(station, 10 + station);
+        queueOnceOf(station, 50 + station);
+    }
+
+    failForGood();
+
+    EXPECT_EQ(Keys{12}, keys(PLC_driver.writeList));
+    EXPECT_EQ(Keys{52}, keys(PLC_driver.onceReadList));
+}
+
 TEST_F(ReplyHandling, AFinallyFailedWriteIsDroppedAndNamed)
 {
     info.multiStation = 1;
@@ -757,6 +773,18 @@ TEST_F(ReplyHandling, BothKeysMustAgreeForTwoPiecesToBelongTogether)
     cycles(3);
 
     EXPECT_EQ((std::vector<OnceReadDoneCall>{{PORT_ID, 51, 7, 1}, {PORT_ID, 51, 8, 1}, {PORT_ID, 52, 7, 1}}),
+              onceReadDoneCalls());
+}
+
+TEST_F(ReplyHandling, ALaterPieceOfSmallerKeysBelongsToAnotherRead)
+{
+    queueOnce(Keyed(Variable(9, 1, 1), 51, 7));
+    queueOnce(Keyed(Variable(9, 2, 1), 51, 6));
+    queueOnce(Keyed(Variable(9, 3, 1), 50, 6));
+
+    cycles(3);
+
+    EXPECT_EQ((std::vector<OnceReadDoneCall>{{PORT_ID, 51, 7, 1}, {PORT_ID, 51, 6, 1}, {PORT_ID, 50, 6, 1}}),
               onceReadDoneCalls());
 }
 
@@ -1117,6 +1145,25 @@ TEST_F(BitRead, TakesTheBitOfTheHeadOfTheWritesAtTheTimeOfTheReply)
     answered();
 
     EXPECT_EQ("00 00 00 00 00 06 01 06 00 02 12 36", poll());
+}
+
+// What the write before it left behind is not sent a second time.
+TEST_F(BitRead, OfAnotherStationGroupMergesItsOwnBit)
+{
+    for (int multiStation : {0, 1}) {
+        SCOPED_TRACE(multiStation);
+        info.multiStation = multiStation;
+        answered();
+        goodReply();
+        queueWrite(Remote(Keyed(Write(8, 38, 1, "01"), 13)));
+        poll();
+
+        answered();
+        EXPECT_EQ("00 00 00 00 00 06 01 06 00 02 12 74", poll()) << "bit 6, not bit 3";
+        goodReply();
+        queueWrite(Keyed(Write(8, 35, 1, "01"), 12));
+        poll();
+    }
 }
 
 // A thread that queues a write must not be able to wait for the image while filing waits for the lists.

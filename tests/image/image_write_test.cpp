@@ -356,6 +356,16 @@ TEST_F(MultiStationImageWriteTest, ABitOfAWordIsSetInTheWordsOwnEntry)
     EXPECT_EQ((List{"9:2=08 00"}), Entries());
 }
 
+TEST_F(MultiStationImageWriteTest, BitsOfTheUpperByteBelongToTheSameWord)
+{
+    Mirror(Write(8, 40, 1, "01"));
+    EXPECT_EQ((List{"9:2=00 01 00 00"}), Entries());
+    Mirror(Write(8, 47, 1, "01"));
+    EXPECT_EQ((List{"9:2=00 81 00 00"}), Entries());
+    Mirror(Write(8, 39, 2, "01 01"));
+    EXPECT_EQ((List{"9:2=80 81 00 00"}), Entries());
+}
+
 TEST_F(MultiStationImageWriteTest, ABitOfAWordWithoutEntryMakesOneOfFourBytes)
 {
     Mirror(Write(8, 35, 1, "01"));

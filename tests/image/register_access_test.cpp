@@ -334,6 +334,15 @@ TEST_F(MultiStationGetTest, BitsOfWordsComeFromTheWordsEntries)
     EXPECT_EQ("1: 00 01 01 00", Get(8, "0.14", 4));
 }
 
+TEST_F(MultiStationGetTest, BitsOfTheUpperByteBelongToTheSameWord)
+{
+    Keep(1, 9, 2, "00 81");
+    EXPECT_EQ("1: 01", Get(8, "2.8", 1));
+    EXPECT_EQ("1: 01", Get(8, "2.15", 1));
+    EXPECT_EQ("1: 00 01 00", Get(8, "2.7", 3));
+    EXPECT_EQ(1, PLC_driver.extendList.size());
+}
+
 TEST_F(MultiStationGetTest, BitsOfAWordWithoutValueAre0)
 {
     Keep(1, 9, 0, "");
