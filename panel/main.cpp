@@ -8,6 +8,7 @@
 #include "panel/commands/read_command.h"
 #include "panel/commands/replay_command.h"
 #include "panel/commands/watch_command.h"
+#include "panel/commands/where_command.h"
 #include "panel/commands/write_command.h"
 #include "panel/session/listeners.h"
 #include "panel/terminal/output.h"
@@ -34,7 +35,8 @@ QString driverOfThisProgram()
 
 ExitStatus run(Options options)
 {
-    if (options.settings.driverPath.isEmpty())
+    const bool needsDriver = options.command != Command::Where;
+    if (needsDriver && options.settings.driverPath.isEmpty())
         options.settings.driverPath = driverOfThisProgram();
     switch (options.command) {
     case Command::Read:
@@ -45,6 +47,8 @@ ExitStatus run(Options options)
         return runWatch(options);
     case Command::Check:
         return runCheck(options);
+    case Command::Where:
+        return runWhere(options);
     case Command::Replay:
         return runReplay(options);
     case Command::Demo:

@@ -17,10 +17,12 @@ enum CommandBit {
     V = 4,
     C = 8,
     P = 16,
-    D = 32
-}; // read, write, watch (view), check, replay (play), demo
-const int allCommands = R | W | V | C | P | D;
-const int allWithLink = allCommands & ~P;
+    D = 32,
+    A = 64
+}; // read, write, watch (view), check, replay (play), demo, where (at)
+const int allCommands = R | W | V | C | P | D | A;
+const int allWithDriver = allCommands & ~A;
+const int allWithLink = allWithDriver & ~P;
 
 struct OptionRow {
     const char* name;
@@ -52,14 +54,16 @@ const OptionRow optionRows[] = {
      "but not in "
      "a write: * stands for any characters, ? for one. Where none is named all of the list are meant. What "
      "begins like AREA:ADDRESS is an address, and stands above the named ones.",
-     R | W | V | C | P, nullptr},
+     R | W | V | C | A | P, nullptr},
     {"remote", nullptr,
      "Speak remote frames instead of Modbus TCP; the controller must do so too, as plcsim --remote does.",
      R | W | V | C | P, nullptr},
     {"port", "N", "The controller's TCP port in captured packets; a capture of plcpanel says it itself.", P,
      &Settings::port},
     {"hex", nullptr, "Print values in hexadecimal.", R | V | P, nullptr},
-    {"json", nullptr, "Print a JSON object per line.", R | W | V | C | P, nullptr},
+    {"json", nullptr, "Print a JSON object per line.", R | W | V | C | A | P, nullptr},
+    {"names", nullptr, "Print only the names that the list has, or those that are meant, a line for each.", A,
+     nullptr},
     {"verify", nullptr, "Read back what was written and confirmed, and compare it.", W, nullptr},
     {"dry-run", nullptr,
      "Show the frames that the driver builds for the writes, and send nothing; --controller is not needed.",
@@ -79,18 +83,18 @@ const OptionRow optionRows[] = {
      V, &Settings::pollMs},
     {"gap", "MS", "Pause so many milliseconds before each further request, for slow controllers.",
      allWithLink, &Settings::gapMs},
-    {"timeout", "MS", "Wait so many milliseconds for a reply.", allCommands, &Settings::timeoutMs},
-    {"retries", "N", "Try a request again so many times before giving it up.", allCommands,
+    {"timeout", "MS", "Wait so many milliseconds for a reply.", allWithDriver, &Settings::timeoutMs},
+    {"retries", "N", "Try a request again so many times before giving it up.", allWithDriver,
      &Settings::retryLimit},
     {"max-block", "N",
      "Words in one request at most, 2 to 125, and eight times as many bits; default is what Modbus allows "
      "for "
      "the variables: 125, and 63 where one is of area 14.",
-     allCommands, nullptr},
+     allWithDriver, nullptr},
     {"driver", "PATH",
      "The driver library; default is libplcdriver.so beside this program, one directory up, or where the "
      "system looks for libraries.",
-     allCommands, nullptr},
+     allWithDriver, nullptr},
     {"trace", nullptr, "Print every frame and reply in hex, with its meaning, on standard error.",
      allWithLink, nullptr},
     {"capture", "FILE",
@@ -170,6 +174,19 @@ const CommandRow commandRows[] = {
      "does not come is blamed on no variable.\n",
      "  plcpanel check --vars machine.csv --controller 192.168.0.10\n"
      "  plcpanel check 9:100 9:180 --controller 127.0.0.1:1502 --json\n"},
+    {Command::Where, A, "where", "where [AREA:ADDRESS[xCOUNT]|NAME...]",
+     "tell where variables lie, to compare",
+     "Tells where each variable lies in the controller, to compare with its documentation: the functions of\n"
+     "Modbus that read and write it, its coils or registers, counted from 0, in decimal and hexadecimal and "
+     "as\n"
+     "many documents number them (4xxxx registers, 0xxxx coils, counted from 1), and how the value is put "
+     "together\n"
+     "of them: type, order of words and bytes, bit, scale, unit. A write of 3, 6 reads the word of a bit "
+     "first.\n"
+     "Asks no controller. Where the table is too wide for the terminal, each variable has a paragraph.\n",
+     "  plcpanel where 9:100x2 0:17 8:10.3 14:200\n"
+     "  plcpanel where --vars examples/machine.csv\n"
+     "  plcpanel where 'drive *' --vars examples/machine.csv --json\n"},
     {Command::Replay, P, "replay", "replay FILE [AREA:ADDRESS[xCOUNT]|NAME...]",
      "show the values of a capture",
      "Plays a file that --capture wrote into the driver, without a controller, and shows the values that "
@@ -208,6 +225,10 @@ QString ownExitStatusText(std::optional<Command> command)
                        "  2  nothing was tried: the command line is wrong, or the driver cannot be loaded\n");
     if (!command)
         return common + QStringLiteral("  3 to 5 are told by the help of the command that has them\n");
+    if (*command == Command::Where)
+        return QStringLiteral("Exit status:\n"
+                              "  0  all is told\n"
+                              "  2  nothing is told: the command line or the list is wrong\n");
     if (*command == Command::Replay)
         return QStringLiteral(
             "Exit status:\n"
@@ -322,6 +343,15 @@ QCommandLineOption optionOf(const OptionRow& row)
 QString nameOf(Command command)
 {
     return QLatin1String(rowOf(command).name);
+}
+
+QString commandNames()
+{
+    QStringList names;
+    for (const CommandRow& row : commandRows)
+        names << QLatin1String(row.name);
+    const QString last = names.takeLast();
+    return names.join(QStringLiteral(", ")) + QStringLiteral(" or ") + last;
 }
 
 std::optional<Command> commandNamed(const QString& name)

@@ -19,6 +19,9 @@ QString nameOf(Command command);
 /// \return nothing when there is no such command
 std::optional<Command> commandNamed(const QString& name);
 
+/// \return all of them, "read, write, ... or demo"
+QString commandNames();
+
 /// Adds the options that \a command takes; for none those of every command.
 void addOptions(QCommandLineParser* parser, std::optional<Command> command);
 

@@ -25,12 +25,18 @@ const int defaultPort = 502;
     throw std::invalid_argument(message.toStdString());
 }
 
+/// \param option of the command or of others, and the only name for what it says
+bool isGiven(const QCommandLineParser& parser, const char* option)
+{
+    return parser.optionNames().contains(QLatin1String(option));
+}
+
 /// \return the number that \a option is given; \a otherwise when it is not given
 int numberOf(const QCommandLineParser& parser, const char* option, int least, int most, int otherwise)
 {
-    const QString name = QLatin1String(option);
-    if (!parser.isSet(name))
+    if (!isGiven(parser, option))
         return otherwise;
+    const QString name = QLatin1String(option);
     bool isNumber = false;
     const int number = parser.value(name).toInt(&isNumber);
     if (!isNumber || number < least || number > most)
@@ -75,7 +81,7 @@ void setPoll(const QCommandLineParser& parser, Settings* settings)
 {
     const int longestPollMs = 3500000;
     settings->pollMs = numberOf(parser, "poll", 0, longestPollMs, settings->pollMs);
-    if (parser.isSet(QStringLiteral("poll")))
+    if (isGiven(parser, "poll"))
         settings->staleAfterMs += settings->pollMs;
 }
 
@@ -90,18 +96,23 @@ Settings settingsOf(const QCommandLineParser& parser, Command command, Settings 
         setPoll(parser, &settings);
     settings.maxBlockCount =
         numberOf(parser, "max-block", smallestBlockCount, largestBlockCount, settings.maxBlockCount);
-    settings.driverPath = parser.value(QStringLiteral("driver"));
-    if (parser.isSet(QStringLiteral("driver")) && settings.driverPath.isEmpty())
+    if (isGiven(parser, "driver"))
+        settings.driverPath = parser.value(QStringLiteral("driver"));
+    if (isGiven(parser, "driver") && settings.driverPath.isEmpty())
         refuse(QStringLiteral("--driver: give the path of libplcdriver.so"));
     if (command == Command::Demo)
         return settings;
-    settings.remoteMode = settings.remoteMode || parser.isSet(QStringLiteral("remote"));
-    settings.station = numberOf(parser, "station", 0, lastStation, settings.station);
-    settings.multiStation = settings.multiStation || parser.isSet(QStringLiteral("multi-station"));
-    const bool isDryRun = command == Command::Write && parser.isSet(QStringLiteral("dry-run"));
-    if (command == Command::Replay || (isDryRun && !parser.isSet(QStringLiteral("controller"))))
+    if (command == Command::Where) { // every station that is named will do: none is asked
+        settings.multiStation = true;
         return settings;
-    if (!parser.isSet(QStringLiteral("controller")))
+    }
+    settings.remoteMode = settings.remoteMode || isGiven(parser, "remote");
+    settings.station = numberOf(parser, "station", 0, lastStation, settings.station);
+    settings.multiStation = settings.multiStation || isGiven(parser, "multi-station");
+    const bool isDryRun = command == Command::Write && isGiven(parser, "dry-run");
+    if (command == Command::Replay || (isDryRun && !isGiven(parser, "controller")))
+        return settings;
+    if (!isGiven(parser, "controller"))
         refuse(QStringLiteral("--controller is missing; say which controller, for example --controller "
                               "192.168.0.10:502"));
     setController(parser.value(QStringLiteral("controller")), &settings);
@@ -117,13 +128,27 @@ Variable variableOf(const QString& text)
     return *variable;
 }
 
-Variable readableVariable(const QString& text, const Settings& settings)
+/// \return why no frame carries the place of \a variable; a broadcast has its place, too
+QString placeRefusal(Variable variable, const Settings& settings)
+{
+    if (variable.station == broadcastStation)
+        variable.station = settings.station;
+    return readRefusal(variable, settings);
+}
+
+/// \return what is against a variable that is typed
+QString commandRefusal(Command command, const Variable& variable, const Settings& settings)
+{
+    return command == Command::Where ? placeRefusal(variable, settings) : readRefusal(variable, settings);
+}
+
+Variable readableVariable(const QString& text, Command command, const Settings& settings)
 {
     if (text.contains(QLatin1Char('=')))
         refuse(QStringLiteral("%1: a value is given, but nothing is written here; plcpanel write does that")
                    .arg(excerpt(text)));
     const Variable variable = variableOf(text);
-    const QString words = readRefusal(withStation(variable, settings), settings);
+    const QString words = commandRefusal(command, withStation(variable, settings), settings);
     if (!words.isEmpty())
         refuse(QStringLiteral("%1: %2").arg(excerpt(text), words));
     return variable;
@@ -207,7 +232,7 @@ QString listedRefusal(Command command, const Variable& variable, const Settings&
     case Command::Check: // before a list goes live
         return cyclicRefusal(variable, settings);
     default:
-        return readRefusal(variable, settings);
+        return commandRefusal(command, variable, settings);
     }
 }
 
@@ -215,7 +240,7 @@ QString listedRefusal(Command command, const Variable& variable, const Settings&
 std::vector<ListedVariable> listOf(const QCommandLineParser& parser, const Options& options)
 {
     const QString option = QStringLiteral("vars");
-    if (!parser.optionNames().contains(option) || !parser.isSet(option))
+    if (!isGiven(parser, "vars"))
         return {};
     if (options.format == ValueFormat::Hex)
         refuse(
@@ -267,7 +292,7 @@ void setReadVariables(const QStringList& texts, const std::vector<ListedVariable
 {
     for (const QString& text : texts) {
         if (list.empty() || looksLikeAddress(text))
-            options->variables.push_back(readableVariable(text, options->settings));
+            options->variables.push_back(readableVariable(text, options->command, options->settings));
         else
             addNamed(text, list, &options->listed);
     }
@@ -304,7 +329,7 @@ void setBlockCount(const QCommandLineParser& parser, Options* options)
     std::vector<Variable> variables = options->variables;
     for (const ListedVariable& listed : options->listed)
         variables.push_back(listed.elements);
-    if (!parser.isSet(QStringLiteral("max-block")) && !saysBlocks(*options))
+    if (!isGiven(parser, "max-block") && !saysBlocks(*options))
         options->settings.maxBlockCount = blockCountFor(variables);
     const QString words = blockRefusal(variables, options->settings.maxBlockCount);
     const bool makesBlocks = options->command == Command::Watch || options->command == Command::Replay;
@@ -314,9 +339,8 @@ void setBlockCount(const QCommandLineParser& parser, Options* options)
 
 ValueFormat formatOf(const QCommandLineParser& parser)
 {
-    const QString hexOption = QStringLiteral("hex");
-    const bool hex = parser.optionNames().contains(hexOption) && parser.isSet(hexOption);
-    const bool json = parser.isSet(QStringLiteral("json"));
+    const bool hex = isGiven(parser, "hex");
+    const bool json = isGiven(parser, "json");
     if (hex && json)
         refuse(QStringLiteral("--hex and --json exclude each other: JSON knows decimal numbers only"));
     return json ? ValueFormat::Json : hex ? ValueFormat::Hex : ValueFormat::Decimal;
@@ -325,8 +349,8 @@ ValueFormat formatOf(const QCommandLineParser& parser)
 /// What is told of the link besides the values.
 void setLogs(const QCommandLineParser& parser, Options* options)
 {
-    options->trace = parser.isSet(QStringLiteral("trace"));
-    if (!parser.isSet(QStringLiteral("capture")))
+    options->trace = isGiven(parser, "trace");
+    if (!isGiven(parser, "capture"))
         return;
     options->captureTo = parser.value(QStringLiteral("capture"));
     const QString words = captureRefusal(options->captureTo);
@@ -336,19 +360,28 @@ void setLogs(const QCommandLineParser& parser, Options* options)
 
 void setWriteWays(const QCommandLineParser& parser, Options* options)
 {
-    options->verify = parser.isSet(QStringLiteral("verify"));
-    options->dryRun = parser.isSet(QStringLiteral("dry-run"));
+    options->verify = isGiven(parser, "verify");
+    options->dryRun = isGiven(parser, "dry-run");
     if (options->dryRun && (options->verify || options->trace || !options->captureTo.isEmpty()))
         refuse(
             QStringLiteral("--dry-run sends nothing, so there is nothing to verify, trace or capture; leave "
                            "out --verify, --trace and --capture"));
 }
 
+void setNames(const QCommandLineParser& parser, Options* options)
+{
+    options->names = isGiven(parser, "names");
+    if (options->names && !isGiven(parser, "vars"))
+        refuse(QStringLiteral("--names prints those of a list; give it with --vars FILE"));
+    if (options->names && options->format == ValueFormat::Json)
+        refuse(QStringLiteral("--names and --json exclude each other: names are lines of text"));
+}
+
 void openCapture(const QCommandLineParser& parser, Options* options)
 {
     options->captureFile = replayedFile(parser);
     options->capture = std::make_shared<CaptureReader>(options->captureFile);
-    if (parser.isSet(QStringLiteral("port")))
+    if (isGiven(parser, "port"))
         options->capturedPort = numberOf(parser, "port", 1, 65535, defaultPort);
 }
 
@@ -372,10 +405,12 @@ Options optionsOf(const QCommandLineParser& parser, Command command)
     if (command == Command::Write)
         setWriteWays(parser, &options);
     if (command == Command::Watch) {
-        options.once = parser.isSet(QStringLiteral("once"));
-        options.statistics = parser.isSet(QStringLiteral("stats"));
+        options.once = isGiven(parser, "once");
+        options.statistics = isGiven(parser, "stats");
         options.intervalMs = numberOf(parser, "interval", 10, 3600000, options.intervalMs);
     }
+    if (command == Command::Where)
+        setNames(parser, &options);
     setVariables(parser.positionalArguments().mid(command == Command::Replay ? 2 : 1),
                  listOf(parser, options), &options);
     setBlockCount(parser, &options);
@@ -437,13 +472,11 @@ CommandLine parseCommandLine(const QStringList& arguments)
     if (words.isEmpty() && parser.isSet(QStringLiteral("help")))
         return show(helpText(std::nullopt));
     if (words.isEmpty())
-        return refusal(
-            QStringLiteral("no command is given; choose read, write, watch, check, replay or demo"), {});
+        return refusal(QStringLiteral("no command is given; choose %1").arg(commandNames()), {});
     const auto command = commandNamed(words.first());
     if (!command)
         return refusal(
-            QStringLiteral("\"%1\" is no command; choose read, write, watch, check, replay or demo")
-                .arg(excerpt(words.first())),
+            QStringLiteral("\"%1\" is no command; choose %2").arg(excerpt(words.first()), commandNames()),
             {});
     return parseCommand(*command, arguments);
 }

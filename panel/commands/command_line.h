@@ -20,7 +20,7 @@
 namespace plc
 {
 
-enum class Command { Read, Write, Watch, Check, Replay, Demo };
+enum class Command { Read, Write, Watch, Check, Where, Replay, Demo };
 
 /// One AREA:ADDRESS=VALUE[,VALUE...] or NAME=VALUE.
 struct WriteTask {
@@ -45,6 +45,7 @@ struct Options {
     bool trace = false;
     bool statistics = false;
     bool verify = false;  ///< of write: what was written is read back
+    bool names = false;   ///< of where: only the names that are in the list
     bool dryRun = false;  ///< of write: frames are shown, and nothing is sent
     int intervalMs = 500; ///< between two looks at the watched values
 };

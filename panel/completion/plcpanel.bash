@@ -12,6 +12,7 @@ _plcpanel_options() {
   write) echo "--controller $station --vars --json --verify --dry-run $tries $logs $all" ;;
   watch) echo "--controller $station --vars --hex --json --once --stats --interval --poll $tries $logs $all" ;;
   check) echo "--controller $station --vars --json $tries $logs $all" ;;
+  where) echo "--vars --json --names $all" ;;
   replay) echo "$station --vars --port --hex --json $tries $all" ;;
   demo) echo "$tries $logs $all" ;;
   *) echo "$all" ;;
@@ -73,7 +74,7 @@ _plcpanel() {
   if [[ $current == -* ]]; then
     mapfile -t COMPREPLY < <(compgen -W "$(_plcpanel_options "${words[0]}")" -- "$current")
   elif [[ ${#words[@]} == 0 ]]; then
-    mapfile -t COMPREPLY < <(compgen -W "read write watch check replay demo" -- "$current")
+    mapfile -t COMPREPLY < <(compgen -W "read write watch check where replay demo" -- "$current")
   elif [[ ${words[0]} == replay && ${#words[@]} == 1 ]]; then
     _plcpanel_files pcap pcapng jsonl
   fi

@@ -20,7 +20,8 @@ const int lookMs = 20;
 
 QStringList withDriver(const QStringList& arguments)
 {
-    if (arguments.contains(QStringLiteral("--driver")))
+    const bool needsNone = arguments.value(0) == QLatin1String("where");
+    if (needsNone || arguments.contains(QStringLiteral("--driver")))
         return arguments;
     return arguments + QStringList{QStringLiteral("--driver"), QString::fromUtf8(builtDriver())};
 }

@@ -20,7 +20,8 @@ struct RunResult {
     std::string errors;
 };
 
-/// Runs it to its end. The driver is the one that the tests were built with, unless the arguments name one.
+/// Runs it to its end. The driver is the one that the tests were built with, unless the arguments name one or the
+/// command needs none.
 RunResult plcpanel(const QStringList& arguments);
 
 /// The same from a shell. \param script runs it as "$@", e.g. "\"$@\" >/dev/full"
