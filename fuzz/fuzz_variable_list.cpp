@@ -22,6 +22,7 @@ using plc::Variable;
 using plc::VariableList;
 
 const char shortHeader[] = "name,area,address,station,count,type";
+const char deadbandHeader[] = "name,area,address,deadband,count,type";
 const char longHeader[] =
     "name,area,address,station,count,type,order,scale,offset,unit,digits,min,max,access,comment";
 const char semicolonHeader[] =
@@ -219,7 +220,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     const QList<QByteArray> lines = csv.split('\n');
     checkList(csv, lines.size());
     // Without its header no list has variables: most inputs get one.
-    for (const char* header : {shortHeader, longHeader, semicolonHeader}) {
+    for (const char* header : {shortHeader, deadbandHeader, longHeader, semicolonHeader}) {
         const QByteArray withHeader = QByteArray(header) + '\n' + csv;
         checkList(withHeader, lines.size() + 1);
         checkPercentSigns(withHeader);

@@ -191,6 +191,14 @@ void takeAccess(const Field& field, ListedVariable* variable)
     variable->access = isRead ? Access::ReadOnly : isWritten ? Access::ReadWrite : Access::Unsaid;
 }
 
+void takeDeadband(const Field& field, ListedVariable* variable)
+{
+    variable->deadband = realIn(field, *variable).value_or(0);
+    if (variable->deadband < 0)
+        throw LineError(
+            QStringLiteral("\"%1\" is no deadband; 0 or more is expected").arg(excerpt(field.text)));
+}
+
 void takeComment(const Field& field, ListedVariable* variable)
 {
     variable->comment = shownTextIn(field, longestLineBytes);
@@ -212,6 +220,7 @@ const ColumnRow columnRows[] = {
     {"min", false, takeMin, "what is shown below it is marked, and nothing below it is written"},
     {"max", false, takeMax, "the same above it"},
     {"access", false, takeAccess, "r: never written; rw or empty: written where the area allows it"},
+    {"deadband", false, takeDeadband, "plcgateway: a change by no more is not told; empty: 0"},
     {"comment", false, takeComment, "for people"},
 };
 

@@ -56,6 +56,7 @@ struct ListedVariable {
     std::optional<double> min; ///< of what is shown
     std::optional<double> max;
     Access access = Access::Unsaid;
+    double deadband = 0; ///< at least 0, in the unit of what is shown: a change by no more may be left untold
     QString comment;
 };
 

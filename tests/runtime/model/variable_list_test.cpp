@@ -115,7 +115,7 @@ TEST(VariableList, NamesTheColumnsThatThereAreForOneThatItDoesNotKnow)
     ASSERT_EQ(list.errors.size(), 1);
     EXPECT_TRUE(list.errors[0].startsWith(QStringLiteral(
         "line 1: the first line must name the columns, and \"colour\" is none of them: name, area, address, "
-        "station, count, type, order, scale, offset, unit, digits, min, max, access, comment\n")));
+        "station, count, type, order, scale, offset, unit, digits, min, max, access, deadband, comment\n")));
     EXPECT_TRUE(parseVariableList("name,area,type,address,Area\n")
                     .errors.join(QString())
                     .startsWith(QStringLiteral("line 1: the column area is there twice\n")));
@@ -142,7 +142,19 @@ TEST(VariableList, SaysWhatIsExpectedOfEachFieldThatMayBeLeftOut)
               "line 2: the unit has 22 characters; 20 are allowed");
     EXPECT_EQ(error("min,max", "int16", "2,1"),
               "line 2: min is above max, so that no value would lie between them");
+    EXPECT_EQ(error("deadband", "int16", "-1"), "line 2: \"-1\" is no deadband; 0 or more is expected");
+    EXPECT_EQ(error("deadband", "hex", "1"),
+              "line 2: a hex has no deadband, only numbers have; leave the field empty");
     EXPECT_EQ(error("access", "int16", "w"), "line 2: \"w\" is no access; r or rw is expected, or nothing");
+}
+
+TEST(VariableList, HasADeadBandInTheUnitOfWhatIsShown)
+{
+    const VariableList list =
+        parseVariableList("name,area,address,type,deadband\na,9,0,int16,0.5\nb,9,1,int16,\n");
+    ASSERT_EQ(list.errors, QStringList());
+    EXPECT_EQ(list.variables.at(0).deadband, 0.5);
+    EXPECT_EQ(list.variables.at(1).deadband, 0);
 }
 
 TEST(VariableList, RefusesToCallAnAreaWritableThatIsNot)
