@@ -22,7 +22,13 @@ find_package(Threads REQUIRED)
 # Link plc_rules PRIVATE to every target of ours.
 add_library(plc_rules INTERFACE)
 target_compile_options(plc_rules INTERFACE
-  -Wall -Wextra -Wshadow -Wconversion -Wold-style-cast -fvisibility=hidden -fvisibility-inlines-hidden)
+  -Wall -Wextra -Wshadow -Wconversion -Wold-style-cast -fvisibility-inlines-hidden)
+set(PLC_ROOM_KIND STATIC)
+if(PLC_SHARED_ROOMS)
+  set(PLC_ROOM_KIND SHARED)
+else()
+  target_compile_options(plc_rules INTERFACE -fvisibility=hidden)
+endif()
 if(CMAKE_UNITY_BUILD)
   # g++ takes what an included file leaves unnamed for a slip in a header.
   target_compile_options(plc_rules INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
@@ -72,7 +78,10 @@ endif()
 # plc_room(NAME SOURCES... LIBRARIES LIBRARY...): the library of one folder, on those of the folders that it may know.
 function(plc_room name)
   cmake_parse_arguments(PARSE_ARGV 1 room "" "" "LIBRARIES")
-  add_library(${name} STATIC ${room_UNPARSED_ARGUMENTS})
+  add_library(${name} ${PLC_ROOM_KIND} ${room_UNPARSED_ARGUMENTS})
+  if(PLC_SHARED_ROOMS)
+    set_target_properties(${name} PROPERTIES UNITY_BUILD OFF) # one file at a time is exchanged
+  endif()
   target_include_directories(${name} PUBLIC "${PROJECT_SOURCE_DIR}")
   target_link_libraries(${name} PUBLIC ${room_LIBRARIES} PRIVATE plc_rules)
   target_compile_definitions(${name} PUBLIC QT_NO_KEYWORDS) # "signals" are those of the system here

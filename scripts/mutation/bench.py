@@ -1,0 +1,156 @@
+# SPDX-License-Identifier: MIT
+"""Compiles a source with a defect, exchanges it in the shared libraries that the tests load, and runs the tests."""
+import json
+import os
+import re
+import resource
+import shlex
+import shutil
+import subprocess
+import time
+from pathlib import Path
+
+CAUGHT, SURVIVED, REFUSED = "caught", "survived", "not compiled"
+MEMORY = 3 << 30  # a defect must not take the machine's
+PATIENCE = 10  # seconds, besides five times what the tests take
+
+
+def _limit():
+    resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
+    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+
+
+class Build:
+    """What the build directory says of its objects: how they are compiled, from what, and which library has them."""
+
+    def __init__(self, source, folder):
+        self.source, self.folder = Path(source).resolve(), Path(folder).resolve()
+        self.compile = {}  # object -> command
+        for entry in json.loads((self.folder / "compile_commands.json").read_text()):
+            words = shlex.split(entry["command"])
+            self.compile[words[words.index("-o") + 1]] = words
+        self.libraries = {}  # library -> command that links it
+        for line in self._ninja("-t", "commands").splitlines():
+            if " -shared " in line:
+                words = shlex.split(line.replace(": && ", "").replace(" && :", ""))
+                self.libraries[words[words.index("-o") + 1]] = words
+        self.linked = {word for words in self.libraries.values() for word in words if word.endswith(".o")}
+        self.users = {}  # file -> objects
+        for found in re.finditer(r"^(\S+): #deps.*\n((?:    .*\n)*)", self._ninja("-t", "deps"), re.MULTILINE):
+            for name in found[2].split():
+                path = (self.folder / name).resolve()
+                self.users.setdefault(path, set()).add(found[1])
+
+    def _ninja(self, *arguments):
+        return subprocess.run(["ninja", "-C", self.folder, *arguments], capture_output=True, text=True, check=True).stdout
+
+    def objects_of(self, path):
+        """The objects in libraries that are compiled from this file."""
+        return sorted(self.users.get((self.source / path).resolve(), set()) & self.linked)
+
+
+class Tests:
+    """Test programs, in the order in which they are asked, and how long they take without a defect."""
+
+    def __init__(self, folder, programs, left_out, by_suite):
+        self.folder, self.left_out, self.by_suite = Path(folder).resolve(), left_out, by_suite
+        self.programs = {}  # name -> seconds
+        for program in programs:
+            started = time.monotonic()
+            if not self.run(program, "*", {}, 600):
+                raise RuntimeError(f"{program} fails without any defect: run it and mend that first")
+            self.programs[program] = time.monotonic() - started
+
+    def run(self, program, suites, libraries, limit):
+        command = [self.folder / program, "--gtest_brief=1", "--gtest_fail_fast", f"--gtest_filter={suites}{self.left_out}"]
+        environment = dict(os.environ, LD_LIBRARY_PATH=str(libraries) if libraries else "")
+        process = subprocess.Popen(
+            command, env=environment, cwd=self.folder, preexec_fn=_limit, start_new_session=True,
+            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+        )  # fmt: skip
+        try:
+            return process.wait(limit) == 0
+        except subprocess.TimeoutExpired:
+            os.killpg(process.pid, 9)  # its own session: the program and what it started
+            process.wait()
+            return False
+
+    def notice(self, path, libraries):
+        """Whether a test fails; those named after the file, then those of its folder, are asked first."""
+        mirrored = self.by_suite.get(Path(path).stem, {})
+        for program, suites in mirrored.items():
+            if program in self.programs and not self.run(program, suites, libraries, self._limit(program)):
+                return True
+        own = Path(path).parts[0]
+        programs = sorted(self.programs, key=lambda name: (own not in name, self.programs[name]))
+        return any(not self.run(program, "*", libraries, self._limit(program)) for program in programs)
+
+    def _limit(self, program):
+        return PATIENCE + 5 * self.programs[program]
+
+
+def suites_by_file(source):
+    """File name without _test.cpp -> program -> filter of the suites in it."""
+    result = {}
+    for file in Path(source, "tests").rglob("*_test.cpp"):
+        suites = sorted(set(re.findall(r"^TEST(?:_[FP])?\((\w+),", file.read_text(), re.MULTILINE)))
+        program = f"tests/{file.relative_to(Path(source, 'tests')).parts[0]}_test"
+        if suites:
+            stem = file.name.removesuffix("_test.cpp")
+            result.setdefault(stem, {})[program] = ":".join(f"{suite}.*:*/{suite}.*" for suite in suites)
+    return result
+
+
+class Worker:
+    """Tries one defect at a time in a folder of its own, beside the sources, which stay as they are."""
+
+    def __init__(self, build, tests, folder):
+        self.build, self.tests, self.folder = build, tests, Path(folder)
+        self.sources, self.objects, self.libraries = (self.folder / name for name in ("src", "obj", "lib"))
+
+    def try_out(self, defect, text):
+        for folder in (self.sources, self.objects, self.libraries):
+            shutil.rmtree(folder, ignore_errors=True)
+            folder.mkdir(parents=True)
+        changed = self.sources / defect.path
+        changed.parent.mkdir(parents=True)
+        changed.write_text(defect.planted(text))
+        objects = {}
+        for i, name in enumerate(self.build.objects_of(defect.path)):
+            objects[name] = str(self.objects / f"{i}.o")
+            if not self._compile(name, objects[name], defect.path):
+                return REFUSED
+        if not self._link(objects):
+            return REFUSED
+        return CAUGHT if self.tests.notice(defect.path, self.libraries) else SURVIVED
+
+    def _run(self, words):
+        silent = {"stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
+        return subprocess.run(words, cwd=self.build.folder, preexec_fn=_limit, **silent).returncode == 0
+
+    def _compile(self, name, output, path):
+        words = list(self.build.compile[name])
+        while not re.search(r"(?:\+\+|g?cc|clang)(?:-\d+)?$", words[0]):
+            words.pop(0)  # ccache and its environment: nothing here is compiled twice
+        words[words.index("-o") + 1] = output
+        for option in ("-MD", "-Werror"):
+            if option in words:
+                words.remove(option)
+        for option in ("-MT", "-MF"):
+            if option in words:
+                del words[words.index(option) : words.index(option) + 2]
+        source = words.index("-c") + 1
+        if Path(words[source]).resolve() == (self.build.source / path).resolve():
+            words[source] = str(self.sources / path)
+        return self._run([words[0], "-w", f"-I{self.sources}", *words[1:]])
+
+    def _link(self, objects):
+        for library, command in self.build.libraries.items():
+            if objects.keys() & set(command):
+                words = [objects.get(word, word) for word in command]
+                output = words.index("-o") + 1
+                soname = next((word.rsplit(",", 1)[1] for word in words if word.startswith("-Wl,-soname,")), library)
+                words[output] = str(self.libraries / soname)
+                if not self._run(words):
+                    return False
+        return True
