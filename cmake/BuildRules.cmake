@@ -22,12 +22,11 @@ find_package(Threads REQUIRED)
 # Link plc_rules PRIVATE to every target of ours.
 add_library(plc_rules INTERFACE)
 target_compile_options(plc_rules INTERFACE
-  -Wall -Wextra -Wshadow -Wconversion -Wold-style-cast -fvisibility-inlines-hidden)
+  -Wall -Wextra -Wshadow -Wconversion -Wold-style-cast
+  $<$<NOT:$<BOOL:${PLC_SHARED_ROOMS}>>:-fvisibility=hidden> -fvisibility-inlines-hidden)
 set(PLC_ROOM_KIND STATIC)
 if(PLC_SHARED_ROOMS)
   set(PLC_ROOM_KIND SHARED)
-else()
-  target_compile_options(plc_rules INTERFACE -fvisibility=hidden)
 endif()
 if(CMAKE_UNITY_BUILD)
   # g++ takes what an included file leaves unnamed for a slip in a header.

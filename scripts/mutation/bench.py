@@ -113,7 +113,7 @@ class Worker:
             shutil.rmtree(folder, ignore_errors=True)
             folder.mkdir(parents=True)
         changed = self.sources / defect.path
-        changed.parent.mkdir(parents=True)
+        changed.parent.mkdir(parents=True, exist_ok=True)
         changed.write_text(defect.planted(text))
         objects = {}
         for i, name in enumerate(self.build.objects_of(defect.path)):

@@ -37,7 +37,7 @@ LOCKS = ["listMutex", "imageMutex", "stationMutex"]
 DECLARATION = re.compile(r"(?:[\w:]+(?:<.*?>)?[\s*&]+)+\w+\s*(?:[=;({\[]|$)")
 NO_STATEMENT = re.compile(
     r"(?:const|constexpr|auto|static|typedef|using|struct|class|enum|union|namespace|template|public|protected|private"
-    r"|return\b.|case|default|if|for|while|switch|do|else|try|catch|goto|extern|friend|virtual|explicit|inline|throw"
+    r"|return\b(?=.)|case|default|if|for|while|switch|do|else|try|catch|goto|extern|friend|virtual|explicit|inline|throw"
     r"|unsigned|signed|int|char|bool|long|short|float|double|void|Q_[A-Z]+|static_assert)\b"
 )
 
