@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+// Tests of the window need an application with a display; offscreen unless the environment names another.
+#include <QApplication>
+#include <QStandardPaths>
+
+#include <gtest/gtest.h>
+
+int main(int argc, char* argv[])
+{
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QStandardPaths::setTestModeEnabled(true); // nothing of the user's is read or written
+    QCoreApplication::setOrganizationName(QStringLiteral("plcdriver-tests"));
+    QCoreApplication::setApplicationName(QStringLiteral("window_test"));
+    testing::InitGoogleTest(&argc, argv);
+    const QApplication application(argc, argv);
+    QApplication::setStyle(QStringLiteral("Fusion")); // looks and measures alike on every machine
+    return RUN_ALL_TESTS();
+}

@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+// plcwindow: the values of a controller in a window.
+
+#include "runtime/host/driver_path.h"
+#include "window/desk/main_window.h"
+#include "window/desk/start_line.h"
+
+#include <QApplication>
+
+#include <cstdio>
+#include <stdexcept>
+
+namespace
+{
+
+const int wrongCommandLine = 2;
+
+int say(FILE* where, const QString& text)
+{
+    std::fprintf(where, "%s", text.toLocal8Bit().constData());
+    return where == stdout ? 0 : wrongCommandLine;
+}
+
+/// \return true when a display is needed for what is asked
+bool needsDisplay(int argc, char* argv[])
+{
+    for (int index = 1; index < argc; ++index) {
+        const QByteArray word(argv[index]);
+        if (word == "--help" || word == "-h" || word == "--version" || word == "-v")
+            return false;
+    }
+    return true;
+}
+
+int showWindow(QCoreApplication* application, plc::StartLine line)
+{
+    try {
+        if (line.watched && line.watched->settings.driverPath.isEmpty())
+            line.watched->settings.driverPath = plc::findDriver(QCoreApplication::applicationDirPath());
+    } catch (const std::runtime_error& error) {
+        return say(stderr, QString::fromStdString(error.what()) + QStringLiteral(" with --driver PATH\n"));
+    }
+    plc::MainWindow window;
+    window.show();
+    if (line.watched)
+        window.open(*line.watched);
+    return application->exec();
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    if (!needsDisplay(argc, argv)) {
+        const QCoreApplication application(argc, argv);
+        return say(stdout, plc::parseStartLine(QCoreApplication::arguments()).text);
+    }
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    QApplication application(argc, argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("plcdriver"));
+    QCoreApplication::setApplicationName(QStringLiteral("plcwindow"));
+    const plc::StartLine line = plc::parseStartLine(QCoreApplication::arguments());
+    if (line.wish != plc::StartLine::Run)
+        return say(line.wish == plc::StartLine::ShowText ? stdout : stderr, line.text + QLatin1Char('\n'));
+    return showWindow(&application, line);
+}
