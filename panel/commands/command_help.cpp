@@ -81,6 +81,11 @@ const OptionRow optionRows[] = {
      "out "
      "between refreshes.",
      V, &Settings::pollMs},
+    {"part", "K/N",
+     "Refresh and show only each Nth of the block reads, from the Kth on. Several that have a part each "
+     "share "
+     "the list of one slow controller over several connections.",
+     V, nullptr},
     {"gap", "MS", "Pause so many milliseconds before each further request, for slow controllers.",
      allWithLink, &Settings::gapMs},
     {"timeout", "MS", "Wait so many milliseconds for a reply.", allWithDriver, &Settings::timeoutMs},

@@ -377,6 +377,17 @@ void setNames(const QCommandLineParser& parser, Options* options)
         refuse(QStringLiteral("--names and --json exclude each other: names are lines of text"));
 }
 
+ListPart partOf(const QCommandLineParser& parser)
+{
+    if (!isGiven(parser, "part"))
+        return ListPart();
+    QString error;
+    const std::optional<ListPart> part = parseListPart(parser.value(QStringLiteral("part")), &error);
+    if (!part)
+        refuse(QStringLiteral("--part: ") + error);
+    return *part;
+}
+
 void openCapture(const QCommandLineParser& parser, Options* options)
 {
     options->captureFile = replayedFile(parser);
@@ -408,6 +419,7 @@ Options optionsOf(const QCommandLineParser& parser, Command command)
         options.once = isGiven(parser, "once");
         options.statistics = isGiven(parser, "stats");
         options.intervalMs = numberOf(parser, "interval", 10, 3600000, options.intervalMs);
+        options.part = partOf(parser);
     }
     if (command == Command::Where)
         setNames(parser, &options);

@@ -5,6 +5,7 @@
 #define PANEL_COMMANDS_COMMAND_LINE_H
 
 #include "capture/capture_reader.h"
+#include "runtime/cycle/list_part.h"
 #include "runtime/model/settings.h"
 #include "runtime/model/value_text.h"
 #include "runtime/model/variable.h"
@@ -48,6 +49,7 @@ struct Options {
     bool names = false;   ///< of where: only the names that are in the list
     bool dryRun = false;  ///< of write: frames are shown, and nothing is sent
     int intervalMs = 500; ///< between two looks at the watched values
+    ListPart part;        ///< of watch: which block reads of the list this process takes
 };
 
 struct CommandLine {

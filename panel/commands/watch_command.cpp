@@ -14,6 +14,7 @@
 #include <QElapsedTimer>
 
 #include <algorithm>
+#include <stdexcept>
 
 namespace plc
 {
@@ -210,11 +211,37 @@ ExitStatus showLive(const Options& options, Session* session, Display* display)
     return AllGood;
 }
 
+/// \return \a all with the variables of its part alone
+Options onlyPart(const Options& all)
+{
+    if (all.part.parts == 1)
+        return all;
+    std::vector<Variable> variables;
+    const std::vector<WatchRow> rows = emptyRows(all.variables, all.listed);
+    for (const WatchRow& row : rows)
+        variables.push_back(row.variable);
+    Options options = all;
+    options.variables.clear();
+    options.listed.clear();
+    for (const std::size_t index : variablesOfPart(all.part, variables, all.settings)) {
+        if (rows[index].listed)
+            options.listed.push_back(*rows[index].listed);
+        else
+            options.variables.push_back(rows[index].variable);
+    }
+    if (options.variables.empty() && options.listed.empty())
+        throw std::runtime_error(
+            "--part: this part is empty, because the list takes fewer block reads than there "
+            "are parts; give fewer parts");
+    return options;
+}
+
 } // namespace
 
-ExitStatus runWatch(const Options& options)
+ExitStatus runWatch(const Options& all)
 {
     WatchSignals::block();
+    const Options options = onlyPart(all);
     Settings settings = options.settings;
     if (options.once)
         settings.staleAfterMs = neverStaleMs;

@@ -10,7 +10,7 @@ _plcpanel_options() {
   case $1 in
   read) echo "--controller $station --vars --hex --json $tries $logs $all" ;;
   write) echo "--controller $station --vars --json --verify --dry-run $tries $logs $all" ;;
-  watch) echo "--controller $station --vars --hex --json --once --stats --interval --poll $tries $logs $all" ;;
+  watch) echo "--controller $station --vars --hex --json --once --stats --interval --poll --part $tries $logs $all" ;;
   check) echo "--controller $station --vars --json $tries $logs $all" ;;
   where) echo "--vars --json --names $all" ;;
   replay) echo "$station --vars --port --hex --json $tries $all" ;;
@@ -22,7 +22,7 @@ _plcpanel_options() {
 # Whether an option is followed by a value.
 _plcpanel_takes_value() {
   case $1 in
-  --controller | --station | --vars | --port | --interval | --poll | --gap | --timeout | --retries | --max-block | --driver | --capture)
+  --controller | --station | --vars | --port | --interval | --poll | --part | --gap | --timeout | --retries | --max-block | --driver | --capture)
     return 0
     ;;
   esac
