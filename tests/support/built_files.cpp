@@ -21,6 +21,11 @@ const char* builtPlcsim()
     return PLCSIM_PROGRAM;
 }
 
+const char* builtPlcgateway()
+{
+    return PLCGATEWAY_PROGRAM;
+}
+
 const char* testsDirectory()
 {
     return PLC_TESTS_DIR;

@@ -11,6 +11,7 @@ const char* builtDriver();           ///< libplcdriver.so
 const char* builtSilentNameServer(); ///< to be put in front of the C library by LD_PRELOAD
 const char* builtPlcpanel();         ///< the program; nullptr where it is not built
 const char* builtPlcsim();           ///< the program; nullptr where it is not built
+const char* builtPlcgateway();       ///< the program; nullptr where it is not built
 const char* testsDirectory();        ///< the folder tests/ of the sources
 
 #endif

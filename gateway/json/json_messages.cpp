@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: MIT
+#include "gateway/json/json_messages.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <charconv>
+#include <cmath>
+
+namespace plc
+{
+
+namespace
+{
+
+const int longestPayload = 4096;
+const qint64 greatestExact = 1LL << 53; // up to which a double has each whole number
+
+QByteArray quoted(const QString& text)
+{
+    // The library's own way of writing a text, without the brackets around it.
+    const QByteArray array = QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact);
+    return array.mid(1, array.size() - 2);
+}
+
+template <class Number>
+QByteArray digits(Number number)
+{
+    char text[40];
+    const auto end = std::to_chars(text, text + sizeof text, number).ptr;
+    return QByteArray(text, static_cast<int>(end - text));
+}
+
+QByteArray whole(qint64 number)
+{
+    const bool isExact = number >= -greatestExact && number <= greatestExact;
+    return isExact ? digits(number) : '"' + digits(number) + '"';
+}
+
+struct ValueWriter {
+    QByteArray operator()(std::monostate) const { return "null"; }
+    QByteArray operator()(bool value) const { return value ? "true" : "false"; }
+    QByteArray operator()(qint64 value) const { return whole(value); }
+    QByteArray operator()(quint64 value) const
+    {
+        const bool isExact = value <= static_cast<quint64>(greatestExact);
+        return isExact ? digits(value) : '"' + digits(value) + '"';
+    }
+    QByteArray operator()(double value) const { return std::isfinite(value) ? digits(value) : "null"; }
+    QByteArray operator()(const QString& value) const { return quoted(value); }
+};
+
+/// Whole numbers without an exponent, which is for numbers with a fraction alone.
+QString typedNumber(double number)
+{
+    const bool isWhole = std::fabs(number) <= static_cast<double>(greatestExact) && std::trunc(number) == number;
+    return QString::fromLatin1(isWhole ? digits(static_cast<qint64>(number)) : digits(number));
+}
+
+/// \return the text of a value as a person would type it; empty where it is none that can be written
+QString typedText(const QJsonValue& value)
+{
+    if (value.isBool())
+        return value.toBool() ? QStringLiteral("1") : QStringLiteral("0");
+    if (value.isString())
+        return value.toString();
+    if (value.isDouble())
+        return typedNumber(value.toDouble());
+    if (!value.isArray())
+        return QString();
+    QStringList texts;
+    for (const QJsonValue& one : value.toArray()) {
+        const QString text = one.isArray() ? QString() : typedText(one);
+        if (text.isEmpty())
+            return QString();
+        texts << text;
+    }
+    return texts.join(QLatin1Char(','));
+}
+
+SetRequest wrong(const QString& words)
+{
+    SetRequest request;
+    request.error = words;
+    return request;
+}
+
+} // namespace
+
+QString qualityWord(SampleQuality quality)
+{
+    switch (quality) {
+    case SampleQuality::Good:
+        return QStringLiteral("good");
+    case SampleQuality::Stale:
+        return QStringLiteral("stale");
+    default:
+        return QStringLiteral("bad");
+    }
+}
+
+QByteArray jsonOfSample(const Sample& sample, const ListedVariable& variable, bool mayBeDouble)
+{
+    QByteArray text = "{\"value\":" + std::visit(ValueWriter(), sample.value);
+    text += ",\"at\":" + (sample.at < 0 ? QByteArray("null") : digits(sample.at));
+    text += ",\"quality\":\"" + qualityWord(sample.quality).toLatin1() + '"';
+    if (!variable.unit.isEmpty())
+        text += ",\"unit\":" + quoted(variable.unit);
+    if (mayBeDouble)
+        text += ",\"again\":true";
+    return text + '}';
+}
+
+SetRequest parseSetRequest(const QByteArray& payload)
+{
+    if (payload.size() > longestPayload)
+        return wrong(QStringLiteral("the payload has %1 bytes; %2 are allowed").arg(payload.size()).arg(longestPayload));
+    // A value alone is no document for the parser, one in an array is.
+    QJsonParseError error = {};
+    const QJsonArray array = QJsonDocument::fromJson('[' + payload + ']', &error).array();
+    if (array.size() != 1)
+        return wrong(QStringLiteral("no JSON: {\"value\":...,\"id\":...} or a value alone is expected"));
+    SetRequest request;
+    QJsonValue value = array.first();
+    if (value.isObject()) {
+        const QJsonObject object = value.toObject();
+        value = object.value(QStringLiteral("value"));
+        const QJsonValue id = object.value(QStringLiteral("id"));
+        if (id.isString() || id.isDouble())
+            request.id = id;
+    }
+    request.text = typedText(value);
+    if (value.isUndefined())
+        request.error = QStringLiteral("there is no \"value\"");
+    else if (request.text.isEmpty() && !value.isString())
+        request.error = QStringLiteral("\"value\" is neither a number, a text, true, false nor an array of such");
+    return request;
+}
+
+} // namespace plc

@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: MIT
+#include "gateway/plant/plant.h"
+
+#include "gateway/plant/sample_of.h"
+#include "runtime/modbus/request_pieces.h"
+#include "runtime/model/clock.h"
+
+#include <QDateTime>
+
+namespace plc
+{
+
+namespace
+{
+
+const qint64 neverHeld = -1;
+
+/// \return true when the controller gave no answer, so that all of its station is in doubt. A refusal is one.
+bool isUnanswered(FailureKind kind)
+{
+    return kind != FailureKind::None && kind != FailureKind::Exception && kind != FailureKind::Acknowledged;
+}
+
+std::vector<double> deadbandsOf(const std::vector<ListedVariable>& variables)
+{
+    std::vector<double> deadbands;
+    for (const ListedVariable& variable : variables)
+        deadbands.push_back(variable.deadband);
+    return deadbands;
+}
+
+qint64 steadyMs()
+{
+    return msSince(Clock::time_point());
+}
+
+} // namespace
+
+Plant::Plant(const GatewayOptions& options, SampleSink sink)
+    : m_options(options), m_sink(std::move(sink)), m_filter(deadbandsOf(options.variables), qint64(options.republishSeconds) * 1000),
+      m_goodAfter(options.variables.size(), neverHeld),
+      m_runtime(options.controller)
+{
+    for (const ListedVariable& listed : m_options.variables) {
+        m_runtime.addCyclic(listed.elements);
+        m_stations.push_back(withStation(listed.elements, m_options.controller).station);
+    }
+    m_runtime.setValueObserver([this](int index, const CyclicValue& value) {
+        observe(static_cast<std::size_t>(index), value);
+    });
+}
+
+void Plant::start()
+{
+    m_runtime.start();
+}
+
+void Plant::stop()
+{
+    m_runtime.stop();
+}
+
+void Plant::observe(std::size_t variable, const CyclicValue& value)
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    Batch batch;
+    if (isUnanswered(value.failure.kind))
+        hold(m_stations[variable], &batch);
+    offer(variable, value, &batch);
+    if (!batch.empty())
+        m_sink(batch);
+}
+
+/// What was read of \a station until now is not good any more.
+void Plant::hold(int station, Batch* batch)
+{
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    for (std::size_t variable = 0; variable < m_stations.size(); ++variable) {
+        if (m_stations[variable] != station || m_goodAfter[variable] != neverHeld)
+            continue;
+        m_goodAfter[variable] = now;
+        ++m_held;
+        offer(variable, m_runtime.value(static_cast<int>(variable)), batch);
+    }
+}
+
+void Plant::offer(std::size_t variable, const CyclicValue& value, Batch* batch)
+{
+    // It may hold what is about to be written: there is nothing to tell before the controller was read again.
+    if (value.state == ValueState::Unconfirmed)
+        return;
+    Sample sample = sampleOf(static_cast<quint32>(variable), m_options.variables[variable], value);
+    qint64& goodAfter = m_goodAfter[variable];
+    if (goodAfter != neverHeld && value.state == ValueState::Fresh && value.readAtMs > goodAfter) {
+        goodAfter = neverHeld;
+        --m_held;
+    }
+    if (goodAfter != neverHeld && sample.quality == SampleQuality::Good)
+        sample.quality = SampleQuality::Stale;
+    // A write that was not confirmed may have left another value: what was read goes on to stand.
+    const auto index = static_cast<quint32>(variable);
+    if (sample.quality == SampleQuality::Stale && m_filter.wasPublished(index))
+        sample.value = m_filter.last(index).value;
+    if (m_filter.isNews(&sample, steadyMs()))
+        batch->push_back(sample);
+}
+
+void Plant::look()
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    Batch batch;
+    for (std::size_t variable = 0; variable < m_stations.size() && m_held > 0; ++variable) {
+        if (m_goodAfter[variable] != neverHeld)
+            offer(variable, m_runtime.value(static_cast<int>(variable)), &batch);
+    }
+    for (const quint32 variable : m_filter.due(steadyMs()))
+        offer(variable, m_runtime.value(static_cast<int>(variable)), &batch);
+    if (!batch.empty())
+        m_sink(batch);
+}
+
+void Plant::write(std::size_t variable, const std::vector<quint32>& elements, const WriteDone& done)
+{
+    m_runtime.write(m_options.variables[variable].elements, elements, done);
+}
+
+void Plant::addFigures(GatewayFigures* figures) const
+{
+    const double microsecondsOfMilli = 1000;
+    const LinkState link = m_runtime.linkState();
+    const Statistics statistics = m_runtime.statistics();
+    RoundTrips trips;
+    for (const auto& station : statistics.stations)
+        trips.add(station.second.roundTrips);
+    figures->controllerConnected = link.connected;
+    figures->controllerError = link.connected ? QString() : link.lastError;
+    figures->refreshesPerSecond = statistics.passesPerSecond;
+    figures->requests = statistics.exchanges;
+    figures->retries = statistics.retried;
+    figures->failures = statistics.failed;
+    figures->roundTripMs = trips.mean() / microsecondsOfMilli;
+}
+
+} // namespace plc
