@@ -46,7 +46,8 @@ int obey(const GatewayLine& line)
     if (line.wish == GatewayLine::ShowText) {
         const QByteArray text = line.text.toUtf8();
         const auto size = static_cast<std::size_t>(text.size());
-        return std::fwrite(text.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0 ? 0 : failed;
+        return std::fwrite(text.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0 ? 0
+                                                                                                  : failed;
     }
     if (line.wish == GatewayLine::Refuse) {
         tell(Weight::Error, line.text);

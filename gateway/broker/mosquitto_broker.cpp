@@ -22,7 +22,7 @@ namespace plc
 namespace
 {
 
-const int verifyPeer = 1;            // SSL_VERIFY_PEER
+const int verifyPeer = 1;             // SSL_VERIFY_PEER
 const int mostUnacknowledged = 65535; // whoever publishes has a limit of its own
 const int mostPacketsAtOnce = 100;
 
@@ -122,21 +122,21 @@ private:
 
 void MosquittoBroker::Connection::setCallbacks()
 {
-    mosquitto_connect_v5_callback_set(
-        m_mosquitto, [](mosquitto*, void* object, int code, int, const mosquitto_property*) {
-            of(object)->onConnect(code);
-        });
-    mosquitto_message_callback_set(m_mosquitto, [](mosquitto*, void* object, const mosquitto_message* message) {
-        of(object)->onMessage(message);
-    });
+    mosquitto_connect_v5_callback_set(m_mosquitto,
+                                      [](mosquitto*, void* object, int code, int, const mosquitto_property*) {
+                                          of(object)->onConnect(code);
+                                      });
+    mosquitto_message_callback_set(
+        m_mosquitto,
+        [](mosquitto*, void* object, const mosquitto_message* message) { of(object)->onMessage(message); });
     mosquitto_publish_callback_set(m_mosquitto, [](mosquitto*, void* object, int token) {
         if (of(object)->m_events)
             of(object)->m_events->acknowledged(token);
     });
-    mosquitto_subscribe_callback_set(
-        m_mosquitto, [](mosquitto*, void* object, int token, int count, const int* granted) {
-            of(object)->onSubscribe(token, count, granted);
-        });
+    mosquitto_subscribe_callback_set(m_mosquitto,
+                                     [](mosquitto*, void* object, int token, int count, const int* granted) {
+                                         of(object)->onSubscribe(token, count, granted);
+                                     });
     // What is wrong with a certificate is told nowhere else.
     mosquitto_log_callback_set(m_mosquitto, [](mosquitto*, void* object, int level, const char* text) {
         if (level == MOSQ_LOG_ERR)
@@ -157,7 +157,8 @@ int MosquittoBroker::Connection::setTls()
 
 QString MosquittoBroker::Connection::prepare(const BrokerMessage& will)
 {
-    mosquitto_int_option(m_mosquitto, MOSQ_OPT_PROTOCOL_VERSION, isV5() ? MQTT_PROTOCOL_V5 : MQTT_PROTOCOL_V311);
+    mosquitto_int_option(m_mosquitto, MOSQ_OPT_PROTOCOL_VERSION,
+                         isV5() ? MQTT_PROTOCOL_V5 : MQTT_PROTOCOL_V311);
     mosquitto_int_option(m_mosquitto, MOSQ_OPT_TCP_NODELAY, 1);
     mosquitto_int_option(m_mosquitto, MOSQ_OPT_SEND_MAXIMUM, mostUnacknowledged);
     int result = MOSQ_ERR_SUCCESS;
@@ -179,8 +180,9 @@ void MosquittoBroker::Connection::begin()
 
 void MosquittoBroker::Connection::connectNow()
 {
-    m_result = mosquitto_connect_bind_v5(m_mosquitto, m_settings.host.toUtf8().constData(),
-                                         brokerPort(m_settings), m_settings.keepAliveSeconds, nullptr, nullptr);
+    m_result =
+        mosquitto_connect_bind_v5(m_mosquitto, m_settings.host.toUtf8().constData(), brokerPort(m_settings),
+                                  m_settings.keepAliveSeconds, nullptr, nullptr);
     m_systemError = errno;
     m_isTried = true;
     const std::uint64_t one = 1;
@@ -301,7 +303,8 @@ void MosquittoBroker::Connection::leave(bool keepsWill)
     mosquitto_disconnect_v5(m_mosquitto, keepsWill && isV5() ? MQTT_RC_DISCONNECT_WITH_WILL_MSG : 0, nullptr);
 }
 
-MosquittoBroker::MosquittoBroker(const BrokerSettings& settings, const QString& clientId, BrokerEvents* events)
+MosquittoBroker::MosquittoBroker(const BrokerSettings& settings, const QString& clientId,
+                                 BrokerEvents* events)
     : m_settings(settings), m_clientId(clientId), m_events(events)
 {
 }

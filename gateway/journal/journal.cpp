@@ -26,8 +26,8 @@ bool hasJournal()
 
 void tell(Weight weight, const QString& message)
 {
-    QString text = hasJournal() ? QStringLiteral("<%1>").arg(static_cast<int>(weight))
-                                : QStringLiteral("plcgateway: ");
+    QString text =
+        hasJournal() ? QStringLiteral("<%1>").arg(static_cast<int>(weight)) : QStringLiteral("plcgateway: ");
     text += message;
     QByteArray line;
     for (const QString& part : text.split(QLatin1Char('\n')))

@@ -54,7 +54,8 @@ struct ValueWriter {
 /// Whole numbers without an exponent, which is for numbers with a fraction alone.
 QString typedNumber(double number)
 {
-    const bool isWhole = std::fabs(number) <= static_cast<double>(greatestExact) && std::trunc(number) == number;
+    const bool isWhole =
+        std::fabs(number) <= static_cast<double>(greatestExact) && std::trunc(number) == number;
     return QString::fromLatin1(isWhole ? digits(static_cast<qint64>(number)) : digits(number));
 }
 
@@ -115,7 +116,9 @@ QByteArray jsonOfSample(const Sample& sample, const ListedVariable& variable, bo
 SetRequest parseSetRequest(const QByteArray& payload)
 {
     if (payload.size() > longestPayload)
-        return wrong(QStringLiteral("the payload has %1 bytes; %2 are allowed").arg(payload.size()).arg(longestPayload));
+        return wrong(QStringLiteral("the payload has %1 bytes; %2 are allowed")
+                         .arg(payload.size())
+                         .arg(longestPayload));
     // A value alone is no document for the parser, one in an array is.
     QJsonParseError error = {};
     const QJsonArray array = QJsonDocument::fromJson('[' + payload + ']', &error).array();
@@ -134,7 +137,8 @@ SetRequest parseSetRequest(const QByteArray& payload)
     if (value.isUndefined())
         request.error = QStringLiteral("there is no \"value\"");
     else if (request.text.isEmpty() && !value.isString())
-        request.error = QStringLiteral("\"value\" is neither a number, a text, true, false nor an array of such");
+        request.error =
+            QStringLiteral("\"value\" is neither a number, a text, true, false nor an array of such");
     return request;
 }
 

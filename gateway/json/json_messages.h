@@ -23,9 +23,10 @@ QString qualityWord(SampleQuality quality);
 
 /// What somebody wants to be written: {"value":21.5,"id":"17"} or the value alone.
 struct SetRequest {
-    QString text;  ///< the value as plc::parseListed() takes it
-    QJsonValue id = QJsonValue(QJsonValue::Undefined); ///< as it came, a number or a text; undefined where there is none
-    QString error; ///< not empty: what is wrong with the payload
+    QString text; ///< the value as plc::parseListed() takes it
+    QJsonValue id =
+        QJsonValue(QJsonValue::Undefined); ///< as it came, a number or a text; undefined where there is none
+    QString error;                         ///< not empty: what is wrong with the payload
 };
 
 SetRequest parseSetRequest(const QByteArray& payload);

@@ -63,8 +63,9 @@ void JsonPublisher::subscribed(int token, bool granted)
 {
     Q_UNUSED(token);
     if (!granted)
-        tell(Weight::Error, QStringLiteral("the broker does not let this client subscribe to %1: nothing is written")
-                                .arg(QString::fromUtf8(m_topics.setFilter())));
+        tell(Weight::Error,
+             QStringLiteral("the broker does not let this client subscribe to %1: nothing is written")
+                 .arg(QString::fromUtf8(m_topics.setFilter())));
 }
 
 void JsonPublisher::disconnected()

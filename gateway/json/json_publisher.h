@@ -55,7 +55,7 @@ private:
 
     Broker* m_broker = nullptr; // null: there is no connection
     std::deque<UnderWay> m_underWay;
-    std::deque<WriteReport> m_results;                        // to be told
+    std::deque<WriteReport> m_results;                      // to be told
     std::unordered_map<int, WriteReport> m_resultsUnderWay; // by token
     bool m_isStateDue = false;
     bool m_wasControllerConnected = false;

@@ -163,8 +163,7 @@ void setSparkplug(const GivenOptions& options, GatewayOptions* result)
     result->group = sparkplugName("group", needed(options, "group"));
     result->node = sparkplugName("node", needed(options, "node"));
     const QString device = given(options, "device");
-    result->device =
-        device.isEmpty() ? QStringLiteral("station") : sparkplugName("device", device);
+    result->device = device.isEmpty() ? QStringLiteral("station") : sparkplugName("device", device);
     const QString host = given(options, "primary-host");
     if (!host.isEmpty())
         result->primaryHost = sparkplugName("primary-host", host);
@@ -225,7 +224,8 @@ void setList(const GivenOptions& options, GatewayOptions* result)
     const VariableList list = readVariableList(path, [&settings](const ListedVariable& variable) {
         return cyclicRefusal(withStation(variable.elements, settings), settings);
     });
-    QString text = QStringLiteral("--vars %1: nothing is published until this is put right:").arg(excerpt(path));
+    QString text =
+        QStringLiteral("--vars %1: nothing is published until this is put right:").arg(excerpt(path));
     for (const QString& error : list.errors)
         text += QStringLiteral("\n%1: %2").arg(excerpt(path), error);
     if (!list.errors.isEmpty())
@@ -274,7 +274,8 @@ GivenOptions givenOnLine(const QCommandLineParser& parser)
             continue;
         const QString value = row.value ? parser.value(name) : QStringLiteral("yes");
         if (value.isEmpty())
-            refuse(QStringLiteral("--%1 has no value; for example --%1 %2").arg(name, QLatin1String(row.example)));
+            refuse(QStringLiteral("--%1 has no value; for example --%1 %2")
+                       .arg(name, QLatin1String(row.example)));
         options.insert(name, value);
     }
     return options;

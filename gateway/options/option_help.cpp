@@ -13,7 +13,8 @@ const char introduction[] =
     "Usage: plcgateway --controller HOST[:PORT] --vars FILE --broker HOST[:PORT] --format json|sparkplug "
     "[OPTIONS]\n"
     "       plcgateway --config FILE [OPTIONS]\n\n"
-    "Publishes the values of a controller to an MQTT broker. What the broker has not taken yet waits on disk.\n\n"
+    "Publishes the values of a controller to an MQTT broker. What the broker has not taken yet waits on "
+    "disk.\n\n"
     "Examples:\n"
     "  plcgateway --controller 192.168.0.10 --vars line1.csv --broker broker.plant.example --format json \\\n"
     "    --prefix plant/line1 --state /var/lib/plcgateway/line1\n"
@@ -41,7 +42,8 @@ QString defaultOf(const GatewayOptionRow& row)
 void addGatewayOptions(QCommandLineParser* parser)
 {
     parser->addOption({{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this text.")});
-    parser->addOption({{QStringLiteral("v"), QStringLiteral("version")}, QStringLiteral("Show the version.")});
+    parser->addOption(
+        {{QStringLiteral("v"), QStringLiteral("version")}, QStringLiteral("Show the version.")});
     for (const GatewayOptionRow& row : gatewayOptionRows()) {
         const QString help = QLatin1String(row.help) + defaultOf(row);
         if (row.value)

@@ -78,7 +78,8 @@ void addBrokerRows(std::vector<GatewayOptionRow>* rows)
     rows->insert(
         rows->end(),
         {text("broker", "HOST[:PORT]",
-              "The MQTT broker's name or address, and its port when that is not 1883 (with --ca 8883). Needed.",
+              "The MQTT broker's name or address, and its port when that is not 1883 (with --ca 8883). "
+              "Needed.",
               "broker.plant.example"),
          text("mqtt", "VERSION", "The version of MQTT: 3.1.1 or 5; default 3.1.1.", "5"),
          text("client-id", "TEXT", "How the broker knows this client; default is made of the controller.",
@@ -93,9 +94,10 @@ void addBrokerRows(std::vector<GatewayOptionRow>* rows)
          file("cert", "The certificate that the broker knows this client by; takes --ca and --key.",
               "line1.crt"),
          file("key", "The certificate's key, which nobody else may be able to read.", "line1.key"),
-         file("login",
-              "User and password, on a line each, in a file that nobody else may be able to read (chmod 600).",
-              "line1.login")});
+         file(
+             "login",
+             "User and password, on a line each, in a file that nobody else may be able to read (chmod 600).",
+             "line1.login")});
 }
 
 void addFormatRows(std::vector<GatewayOptionRow>* rows)
@@ -103,8 +105,8 @@ void addFormatRows(std::vector<GatewayOptionRow>* rows)
     rows->insert(
         rows->end(),
         {text("format", "FORMAT", "json, a retained topic for each variable, or sparkplug. Needed.", "json"),
-         text("prefix", "TOPIC", "json: what every topic begins with; default plc/ and the controller's name.",
-              "plant/line1"),
+         text("prefix", "TOPIC",
+              "json: what every topic begins with; default plc/ and the controller's name.", "plant/line1"),
          text("group", "NAME", "sparkplug: the group. Needed for it.", "plant"),
          text("node", "NAME", "sparkplug: the edge node, unique in its group. Needed for it.", "line1"),
          text("device", "NAME",

@@ -64,7 +64,8 @@ Login readLogin(const QString& path)
     login.user = line(0);
     login.password = line(1);
     if (login.user.isEmpty())
-        login.error = QStringLiteral("the first line is empty; the user is expected there, the password on the second");
+        login.error =
+            QStringLiteral("the first line is empty; the user is expected there, the password on the second");
     return login;
 }
 

@@ -37,17 +37,16 @@ qint64 steadyMs()
 } // namespace
 
 Plant::Plant(const GatewayOptions& options, SampleSink sink)
-    : m_options(options), m_sink(std::move(sink)), m_filter(deadbandsOf(options.variables), qint64(options.republishSeconds) * 1000),
-      m_goodAfter(options.variables.size(), neverHeld),
-      m_runtime(options.controller)
+    : m_options(options), m_sink(std::move(sink)),
+      m_filter(deadbandsOf(options.variables), qint64(options.republishSeconds) * 1000),
+      m_goodAfter(options.variables.size(), neverHeld), m_runtime(options.controller)
 {
     for (const ListedVariable& listed : m_options.variables) {
         m_runtime.addCyclic(listed.elements);
         m_stations.push_back(withStation(listed.elements, m_options.controller).station);
     }
-    m_runtime.setValueObserver([this](int index, const CyclicValue& value) {
-        observe(static_cast<std::size_t>(index), value);
-    });
+    m_runtime.setValueObserver(
+        [this](int index, const CyclicValue& value) { observe(static_cast<std::size_t>(index), value); });
 }
 
 void Plant::start()

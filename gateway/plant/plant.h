@@ -55,8 +55,9 @@ private:
 
     std::mutex m_mutex; // for all below
     ChangeFilter m_filter;
-    std::vector<qint64> m_goodAfter; // by variable: what was read before is not good any more (ms since 1970 UTC)
-    std::size_t m_held = 0;          // variables that were read last before that
+    std::vector<qint64>
+        m_goodAfter;        // by variable: what was read before is not good any more (ms since 1970 UTC)
+    std::size_t m_held = 0; // variables that were read last before that
 
     Runtime m_runtime; // last: its thread uses all of the above
 };

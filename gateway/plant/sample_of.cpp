@@ -27,7 +27,7 @@ SampleValue wholeValue(const QString& text)
     if (!isNumber)
         return {};
     return number <= quint64(std::numeric_limits<qint64>::max()) ? SampleValue(static_cast<qint64>(number))
-                                                                   : SampleValue(number);
+                                                                 : SampleValue(number);
 }
 
 SampleValue arrayValue(const ListedVariable& variable, const std::vector<quint32>& elements)

@@ -78,7 +78,8 @@ public:
 
     void connected(const BrokerSettings& broker)
     {
-        tell(Weight::Notice, QStringLiteral("connected to the broker %1:%2").arg(broker.host).arg(brokerPort(broker)));
+        tell(Weight::Notice,
+             QStringLiteral("connected to the broker %1:%2").arg(broker.host).arg(brokerPort(broker)));
         m_told.clear();
         m_upSince = Clock::now();
         m_isUp = true;
@@ -171,7 +172,8 @@ void Service::openSpool()
 {
     const QDir directory(m_options.stateDirectory);
     if (!directory.mkpath(QStringLiteral(".")))
-        throw std::runtime_error("--state " + m_options.stateDirectory.toStdString() + ": the folder cannot be made");
+        throw std::runtime_error("--state " + m_options.stateDirectory.toStdString() +
+                                 ": the folder cannot be made");
     SpoolLimits limits;
     limits.bytes = qint64(m_options.spoolMegabytes) << 20;
     limits.ageMs = qint64(m_options.spoolHours) * 3600 * 1000;

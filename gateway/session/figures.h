@@ -18,13 +18,13 @@ struct GatewayFigures {
     double refreshesPerSecond = 0;
     long requests = 0; ///< frames that went to the controller
     long retries = 0;
-    long failures = 0;           ///< requests given up
-    double roundTripMs = 0;      ///< of the controller's replies, on average
-    long brokerConnections = 0;  ///< one more with each connection that the broker took
-    quint64 waiting = 0;         ///< values that the broker has not acknowledged
-    quint64 dropped = 0;         ///< values that went because there were too many, or they were too old
-    qint64 oldestMs = -1;        ///< how long the oldest of them has waited; -1 when none waits
-    long published = 0;          ///< values that were handed to the connection, those sent again included
+    long failures = 0;          ///< requests given up
+    double roundTripMs = 0;     ///< of the controller's replies, on average
+    long brokerConnections = 0; ///< one more with each connection that the broker took
+    quint64 waiting = 0;        ///< values that the broker has not acknowledged
+    quint64 dropped = 0;        ///< values that went because there were too many, or they were too old
+    qint64 oldestMs = -1;       ///< how long the oldest of them has waited; -1 when none waits
+    long published = 0;         ///< values that were handed to the connection, those sent again included
 };
 
 struct FigureRow {

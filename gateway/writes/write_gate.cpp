@@ -90,9 +90,8 @@ bool WriteGate::mayWrite(std::size_t variable) const
 bool WriteGate::isOpen() const
 {
     return m_isAllowed &&
-           std::any_of(m_variables.begin(), m_variables.end(), [](const ListedVariable& variable) {
-               return variable.access == Access::ReadWrite;
-           });
+           std::any_of(m_variables.begin(), m_variables.end(),
+                       [](const ListedVariable& variable) { return variable.access == Access::ReadWrite; });
 }
 
 QString WriteGate::refusal(const WriteReport& request, std::optional<std::vector<quint32>>* elements) const

@@ -29,9 +29,9 @@ QString mosquitto()
 {
     // Debian has it where only root looks.
     const QString found = QStandardPaths::findExecutable(QStringLiteral("mosquitto"));
-    return found.isEmpty() ? QStandardPaths::findExecutable(QStringLiteral("mosquitto"),
-                                                            {QStringLiteral("/usr/sbin")})
-                           : found;
+    return found.isEmpty()
+               ? QStandardPaths::findExecutable(QStringLiteral("mosquitto"), {QStringLiteral("/usr/sbin")})
+               : found;
 }
 
 sockaddr_in loopback(int port)
@@ -110,9 +110,10 @@ SubscriberRun::SubscriberRun(const BrokerRun& broker, const QString& filter, con
 {
     // -d tells when the subscription holds.
     m_process.start(QStringLiteral("stdbuf"),
-                    QStringList{QStringLiteral("-oL"), QStringLiteral("mosquitto_sub"), QStringLiteral("-d"), QStringLiteral("-h"), QStringLiteral("127.0.0.1"),
-                                QStringLiteral("-p"), QString::number(broker.port()), QStringLiteral("-q"),
-                                QStringLiteral("1"), QStringLiteral("-t"), filter, QStringLiteral("-F"),
+                    QStringList{QStringLiteral("-oL"), QStringLiteral("mosquitto_sub"), QStringLiteral("-d"),
+                                QStringLiteral("-h"), QStringLiteral("127.0.0.1"), QStringLiteral("-p"),
+                                QString::number(broker.port()), QStringLiteral("-q"), QStringLiteral("1"),
+                                QStringLiteral("-t"), filter, QStringLiteral("-F"),
                                 QStringLiteral("HEARD\t%r\t%q\t%t\t%p")} +
                         more);
     EXPECT_TRUE(eventually([this] {
@@ -176,9 +177,8 @@ std::vector<QJsonObject> SubscriberRun::objects(const char* topic)
 
 void publish(const BrokerRun& broker, const char* topic, const QByteArray& payload, bool retain)
 {
-    QStringList arguments = {QStringLiteral("-p"),       QString::number(broker.port()),
-                             QStringLiteral("-q"),       QStringLiteral("1"),
-                             QStringLiteral("-t"),       QString::fromUtf8(topic),
+    QStringList arguments = {QStringLiteral("-p"), QString::number(broker.port()), QStringLiteral("-q"),
+                             QStringLiteral("1"),  QStringLiteral("-t"),           QString::fromUtf8(topic),
                              QStringLiteral("-s")};
     if (retain)
         arguments << QStringLiteral("-r");

@@ -11,7 +11,8 @@ namespace
 using plc::Sample;
 using plc::SampleQuality;
 
-std::string json(const plc::SampleValue& value, SampleQuality quality = SampleQuality::Good, const char* unit = "")
+std::string json(const plc::SampleValue& value, SampleQuality quality = SampleQuality::Good,
+                 const char* unit = "")
 {
     plc::ListedVariable variable;
     variable.unit = QString::fromUtf8(unit);
@@ -22,8 +23,10 @@ TEST(JsonMessages, HaveValueTimeQualityAndUnit)
 {
     EXPECT_EQ(json(21.5, SampleQuality::Good, "°C"),
               "{\"value\":21.5,\"at\":1700000000000,\"quality\":\"good\",\"unit\":\"°C\"}");
-    EXPECT_EQ(json(qint64(-5), SampleQuality::Stale), "{\"value\":-5,\"at\":1700000000000,\"quality\":\"stale\"}");
-    EXPECT_EQ(json(QStringLiteral("a\"b")), "{\"value\":\"a\\\"b\",\"at\":1700000000000,\"quality\":\"good\"}");
+    EXPECT_EQ(json(qint64(-5), SampleQuality::Stale),
+              "{\"value\":-5,\"at\":1700000000000,\"quality\":\"stale\"}");
+    EXPECT_EQ(json(QStringLiteral("a\"b")),
+              "{\"value\":\"a\\\"b\",\"at\":1700000000000,\"quality\":\"good\"}");
     EXPECT_EQ(json(true), "{\"value\":true,\"at\":1700000000000,\"quality\":\"good\"}");
 }
 
@@ -35,7 +38,8 @@ TEST(JsonMessages, HaveNullWhereThereIsNoValue)
 
 TEST(JsonMessages, HaveTextsOfNumbersThatReadersWouldRound)
 {
-    EXPECT_EQ(json(qint64(9007199254740993)), "{\"value\":\"9007199254740993\",\"at\":1700000000000,\"quality\":\"good\"}");
+    EXPECT_EQ(json(qint64(9007199254740993)),
+              "{\"value\":\"9007199254740993\",\"at\":1700000000000,\"quality\":\"good\"}");
     EXPECT_EQ(json(quint64(18446744073709551615u)),
               "{\"value\":\"18446744073709551615\",\"at\":1700000000000,\"quality\":\"good\"}");
 }
@@ -68,7 +72,9 @@ TEST(JsonMessages, SayWhatIsWrongWithARequest)
 
 TEST(JsonTopics, HaveOneLevelForEachName)
 {
-    const auto level = [](const char* name) { return plc::topicLevel(QString::fromUtf8(name)).toStdString(); };
+    const auto level = [](const char* name) {
+        return plc::topicLevel(QString::fromUtf8(name)).toStdString();
+    };
     EXPECT_EQ(level("speed 1"), "speed 1");
     EXPECT_EQ(level("temp/in"), "temp%2Fin");
     EXPECT_EQ(level("a+b#c"), "a%2Bb%23c");
@@ -86,7 +92,8 @@ TEST(JsonTopics, FindTheVariableThatIsToBeWritten)
     const plc::JsonTopics topics(QStringLiteral("plant/x"), list);
     EXPECT_EQ(topics.setVariable("plant/x/a%2Fb/set"), 0u);
     EXPECT_EQ(topics.setVariable("plant/x/c/set"), 1u);
-    for (const char* other : {"plant/x/a/b/set", "plant/x/c", "plant/x//set", "plant/y/c/set", "plant/x/set", "", "/set"})
+    for (const char* other :
+         {"plant/x/a/b/set", "plant/x/c", "plant/x//set", "plant/y/c/set", "plant/x/set", "", "/set"})
         EXPECT_FALSE(topics.setVariable(other)) << other;
 }
 

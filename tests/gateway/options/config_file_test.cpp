@@ -30,7 +30,8 @@ std::string given(const plc::ConfigFile& config, const char* name)
 
 TEST(ConfigFile, TakesTheWordsOfTheCommandLine)
 {
-    const auto config = parse("# the line\n[plcgateway]\n\ncontroller = 10.0.0.1:502\npoll=50\nallow-writes = yes\n");
+    const auto config =
+        parse("# the line\n[plcgateway]\n\ncontroller = 10.0.0.1:502\npoll=50\nallow-writes = yes\n");
     EXPECT_THAT(errorsOf(config), IsEmpty());
     EXPECT_EQ(given(config, "controller"), "10.0.0.1:502");
     EXPECT_EQ(given(config, "poll"), "50");
@@ -53,10 +54,11 @@ TEST(ConfigFile, RefusesAWrongNameAndTellsTheKnownOnes)
 
 TEST(ConfigFile, RefusesWhatIsNoLineOfItsOwn)
 {
-    EXPECT_THAT(errorsOf(parse("poll\n[other]\npoll =\nremote = 1\npoll = 1\npoll = 2\nconfig = x\n")),
-                ElementsAre(HasSubstr("line 1: \"poll\" is no NAME = VALUE"), HasSubstr("line 2: [other]"),
-                            HasSubstr("line 3: \"poll\" has no value"), HasSubstr("line 4: remote = 1: yes or no"),
-                            HasSubstr("line 6: \"poll\" is there twice"), HasSubstr("line 7: \"config\" belongs")));
+    EXPECT_THAT(
+        errorsOf(parse("poll\n[other]\npoll =\nremote = 1\npoll = 1\npoll = 2\nconfig = x\n")),
+        ElementsAre(HasSubstr("line 1: \"poll\" is no NAME = VALUE"), HasSubstr("line 2: [other]"),
+                    HasSubstr("line 3: \"poll\" has no value"), HasSubstr("line 4: remote = 1: yes or no"),
+                    HasSubstr("line 6: \"poll\" is there twice"), HasSubstr("line 7: \"config\" belongs")));
 }
 
 } // namespace

@@ -38,9 +38,10 @@ protected:
     /// \return what comes of all that is needed and \a more
     GatewayLine parse(const QStringList& more) const
     {
-        return plc::parseGatewayLine(QString(QStringLiteral("plcgateway --controller 10.0.0.1 --broker mq --state /s"))
-                                         .split(QLatin1Char(' ')) +
-                                     QStringList{QStringLiteral("--vars"), path("list.csv")} + more);
+        return plc::parseGatewayLine(
+            QString(QStringLiteral("plcgateway --controller 10.0.0.1 --broker mq --state /s"))
+                .split(QLatin1Char(' ')) +
+            QStringList{QStringLiteral("--vars"), path("list.csv")} + more);
     }
 
     GatewayLine parse(const char* more) const
@@ -69,7 +70,8 @@ TEST_F(GatewayOptions, ReadTheList)
 TEST_F(GatewayOptions, OfTheCommandLineGoBeforeThoseOfTheFile)
 {
     write("line.conf", "format = json\nprefix = plant/a\npoll = 50\n");
-    const auto line = parse({QStringLiteral("--config"), path("line.conf"), QStringLiteral("--poll"), QStringLiteral("70")});
+    const auto line = parse(
+        {QStringLiteral("--config"), path("line.conf"), QStringLiteral("--poll"), QStringLiteral("70")});
     ASSERT_EQ(line.wish, GatewayLine::Run) << line.text.toStdString();
     EXPECT_EQ(line.options.prefix.toStdString(), "plant/a");
     EXPECT_EQ(line.options.controller.pollMs, 70);
@@ -84,7 +86,8 @@ TEST_F(GatewayOptions, NameTheFileOfAWrongLine)
 
 TEST_F(GatewayOptions, OfTheOtherFormatAreRefused)
 {
-    EXPECT_THAT(refusal(parse("--format json --group g")), HasSubstr("--group belongs to --format sparkplug"));
+    EXPECT_THAT(refusal(parse("--format json --group g")),
+                HasSubstr("--group belongs to --format sparkplug"));
     EXPECT_THAT(refusal(parse("--format sparkplug --group g")), HasSubstr("--node is missing"));
     EXPECT_THAT(refusal(parse("--format sparkplug --group g/h --node n")), HasSubstr("without + / and #"));
     EXPECT_THAT(refusal(parse("--format json --prefix a/#")), HasSubstr("--prefix a/#"));
@@ -94,7 +97,8 @@ TEST_F(GatewayOptions, OfTheOtherFormatAreRefused)
 TEST_F(GatewayOptions, TakeALoginThatNobodyElseCanRead)
 {
     write("login", "anna\nsecret word\n");
-    const auto line = parse({QStringLiteral("--format"), QStringLiteral("json"), QStringLiteral("--login"), path("login")});
+    const auto line =
+        parse({QStringLiteral("--format"), QStringLiteral("json"), QStringLiteral("--login"), path("login")});
     EXPECT_EQ(line.options.broker.user.toStdString(), "anna");
     EXPECT_EQ(line.options.broker.password.toStdString(), "secret word");
 }
@@ -102,7 +106,8 @@ TEST_F(GatewayOptions, TakeALoginThatNobodyElseCanRead)
 TEST_F(GatewayOptions, RefuseALoginThatOthersCanRead)
 {
     write("login", "anna\nsecret\n", false);
-    const auto line = parse({QStringLiteral("--format"), QStringLiteral("json"), QStringLiteral("--login"), path("login")});
+    const auto line =
+        parse({QStringLiteral("--format"), QStringLiteral("json"), QStringLiteral("--login"), path("login")});
     EXPECT_THAT(refusal(line), testing::AllOf(HasSubstr("others than its owner"), HasSubstr("chmod 600")));
     EXPECT_THAT(refusal(line), testing::Not(HasSubstr("secret")));
 }
@@ -111,7 +116,8 @@ TEST_F(GatewayOptions, RefuseACertificateWithoutAnAuthority)
 {
     EXPECT_THAT(refusal(parse("--format json --cert c")), HasSubstr("--cert and --key belong together"));
     EXPECT_THAT(refusal(parse("--format json --cert c --key k")), HasSubstr("--cert takes --ca"));
-    EXPECT_THAT(refusal(parse("--format json --ca /nowhere/ca")), HasSubstr("--ca /nowhere/ca: cannot be read"));
+    EXPECT_THAT(refusal(parse("--format json --ca /nowhere/ca")),
+                HasSubstr("--ca /nowhere/ca: cannot be read"));
 }
 
 TEST_F(GatewayOptions, HaveALineOfHelpAndAnExampleEach)

@@ -58,8 +58,7 @@ TEST_F(JsonGateway, PublishesOnlyWhatChanges)
     GatewayRun gateway(json());
     for (int value = 1; value <= 5; ++value) {
         setRegister(100, value);
-        ASSERT_TRUE(subscriber.hears(
-            holds("p/count", ("\"value\":" + std::to_string(value) + ",").c_str())));
+        ASSERT_TRUE(subscriber.hears(holds("p/count", ("\"value\":" + std::to_string(value) + ",").c_str())));
     }
     EXPECT_EQ(subscriber.objects("p/temperature").size(), 1u);
 }

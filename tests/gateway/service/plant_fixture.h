@@ -39,25 +39,20 @@ protected:
 
     QStringList arguments(const QStringList& more) const
     {
-        return QStringList{QStringLiteral("--controller"),
-                           QStringLiteral("127.0.0.1:%1").arg(controller.port()),
-                           QStringLiteral("--broker"),
-                           broker.address(),
-                           QStringLiteral("--vars"),
-                           folder.filePath(QStringLiteral("list.csv")),
-                           QStringLiteral("--state"),
-                           folder.filePath(QStringLiteral("state")),
-                           QStringLiteral("--driver"),
-                           QString::fromUtf8(builtDriver()),
-                           QStringLiteral("--poll"),
-                           QStringLiteral("10")} +
+        return QStringList{
+                   QStringLiteral("--controller"), QStringLiteral("127.0.0.1:%1").arg(controller.port()),
+                   QStringLiteral("--broker"),     broker.address(),
+                   QStringLiteral("--vars"),       folder.filePath(QStringLiteral("list.csv")),
+                   QStringLiteral("--state"),      folder.filePath(QStringLiteral("state")),
+                   QStringLiteral("--driver"),     QString::fromUtf8(builtDriver()),
+                   QStringLiteral("--poll"),       QStringLiteral("10")} +
                more;
     }
 
     QStringList json(const QStringList& more = {}) const
     {
-        return arguments(QStringList{QStringLiteral("--format"), QStringLiteral("json"), QStringLiteral("--prefix"),
-                                     QStringLiteral("p")} +
+        return arguments(QStringList{QStringLiteral("--format"), QStringLiteral("json"),
+                                     QStringLiteral("--prefix"), QStringLiteral("p")} +
                          more);
     }
 
