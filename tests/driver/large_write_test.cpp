@@ -146,6 +146,15 @@ TEST_F(LargeWrite, WaitsForTheCallInProgressOnlyNotForTheNext)
     waiter.join(); // or the test hangs
 }
 
+// A callback of the runtime may keep the communication thread inside for as long as it likes.
+TEST_F(LargeWrite, GoesOnAfterASecondWhileTheCommunicationThreadStaysInside)
+{
+    const CommunicationTurn turn;
+    const auto begun = std::chrono::steady_clock::now();
+    LetCommunicationPass();
+    EXPECT_LE(std::chrono::milliseconds(900), std::chrono::steady_clock::now() - begun);
+}
+
 TEST_F(LargeWrite, OfOnePieceWaitsForNobody)
 {
     const CommunicationTurn turn;
