@@ -160,6 +160,12 @@ def server_rows(build, rounds):
         yield Row(name, mine, libmodbus, float(ratio), ">= 1" if what == "requests per second" else None)
 
 
+def parts_rows(build):
+    say("parts_bench")
+    for _, parts, shared, one, ratio in lines_of(run([build / "bench" / "parts_bench"])):
+        yield Row(f"refreshes per second, replies take 5 ms, {parts}, to one", shared, one, float(ratio), ">= 3.8")
+
+
 def is_met(row):
     operator, value = row.goal.split()
     ratio, value = row.ratio, float(value)
@@ -190,6 +196,7 @@ def main():
     rows += request_rows(options.build, programs)
     loopback, notes = whole_way(options.build, 3 * options.rounds)  # with fewer, luck decides the last hundredth
     loopback += server_rows(options.build, options.rounds)
+    loopback += parts_rows(options.build)
     print_table(rows + loopback)
     print("\nOver loopback, examples/thousand.csv:")
     print("\n".join("  " + note for note in notes))
