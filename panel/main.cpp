@@ -7,6 +7,7 @@
 #include "panel/commands/exit_status.h"
 #include "panel/commands/read_command.h"
 #include "panel/commands/replay_command.h"
+#include "panel/commands/scan_command.h"
 #include "panel/commands/watch_command.h"
 #include "panel/commands/where_command.h"
 #include "panel/commands/write_command.h"
@@ -49,6 +50,8 @@ ExitStatus run(Options options)
         return runCheck(options);
     case Command::Where:
         return runWhere(options);
+    case Command::Scan:
+        return runScan(options);
     case Command::Replay:
         return runReplay(options);
     case Command::Demo:

@@ -4,7 +4,7 @@
 #ifndef PANEL_CHECK_LIST_CHECK_H
 #define PANEL_CHECK_LIST_CHECK_H
 
-#include "panel/check/read_answer.h"
+#include "panel/session/read_answer.h"
 #include "runtime/model/variable.h"
 
 #include <QString>

@@ -2,6 +2,7 @@
 #include "panel/commands/check_command.h"
 
 #include "panel/check/check_report.h"
+#include "panel/session/element_reader.h"
 #include "panel/session/listeners.h"
 #include "panel/session/session.h"
 #include "panel/terminal/output.h"
@@ -19,8 +20,6 @@ namespace plc
 
 namespace
 {
-
-const int betweenLooksMs = 10; // between two looks for an answer or a signal
 
 /// The variables as they are asked for, with what they are called.
 struct CheckedList {
@@ -67,65 +66,13 @@ std::vector<LongBlock> longBlocks(const CheckedList& list, const std::vector<Dri
     return tooLong;
 }
 
-/// Reads through the driver, one block at a time, and tells what came of the last try.
-class BlockReader
-{
-public:
-    BlockReader(const Options& options, ProgressLine* progress)
-        : m_options(options), m_progress(progress),
-          m_session(settingsFor(options), listenersFor(options.trace, options.captureTo, options.settings))
-    {
-        m_session.runtime().start();
-    }
-
-    bool neverConnected() const { return m_session.neverConnected(); }
-
-    /// Tries again where no usable answer came: a refusal is one.
-    ReadAnswer read(const Variable& elements)
-    {
-        ReadAnswer answer = tryToRead(elements);
-        for (int retry = 0; retry < m_options.settings.retryLimit && answer.mayComeYet; ++retry)
-            answer = tryToRead(elements);
-        return answer;
-    }
-
-    void tell(const QString& text) { m_text = text; }
-
-private:
-    static Settings settingsFor(const Options& options)
-    {
-        Settings settings = options.settings;
-        settings.retryLimit = 0; // the driver would try refused blocks again as well
-        settings.stationPauseMs = 0;
-        return settings;
-    }
-
-    ReadAnswer tryToRead(const Variable& elements)
-    {
-        const Pending<ReadOutcome> pending = m_session.runtime().read(elements);
-        bool isThere = false;
-        do {
-            isThere = pending.wait(betweenLooksMs);
-            m_progress->show(m_text);
-            if (WatchSignals::wait(0) == WatchSignals::End)
-                return {ReadAnswer::Interrupted, QStringLiteral("the check was ended before")};
-        } while (!isThere);
-        m_session.settle();
-        return answerOf(pending.get());
-    }
-
-    const Options& m_options;
-    ProgressLine* const m_progress;
-    QString m_text;
-    Session m_session;
-};
-
 /// \return true when the controller was reached
 bool checkBlocks(const Options& options, const CheckedList& list, const std::vector<DriverBlock>& blocks,
                  CheckReport* report)
 {
     ProgressLine progress;
-    BlockReader reader(options, &progress);
+    ElementReader reader(options.settings, listenersFor(options.trace, options.captureTo, options.settings),
+                         &progress);
     ListCheck check([&reader](const Variable& elements) { return reader.read(elements); });
     std::size_t number = 0;
     for (const DriverBlock& block : blocks) {

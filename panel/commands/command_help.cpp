@@ -5,6 +5,9 @@
 #include "runtime/model/value_type.h"
 #include "runtime/model/variable_list.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace plc
 {
 
@@ -18,9 +21,10 @@ enum CommandBit {
     C = 8,
     P = 16,
     D = 32,
-    A = 64
-}; // read, write, watch (view), check, replay (play), demo, where (at)
-const int allCommands = R | W | V | C | P | D | A;
+    A = 64,
+    S = 128
+}; // read, write, watch (view), check, replay (play), demo, where (at), scan
+const int allCommands = R | W | V | C | P | D | A | S;
 const int allWithDriver = allCommands & ~A;
 const int allWithLink = allWithDriver & ~P;
 
@@ -36,12 +40,18 @@ struct OptionRow {
 // In the order of the help.
 const OptionRow optionRows[] = {
     {"controller", "HOST[:PORT]",
-     "The controller's name or address, and its TCP port when that is not 502. Needed.", R | W | V | C,
+     "The controller's name or address, and its TCP port when that is not 502. Needed.", R | W | V | C | S,
      nullptr},
     {"station", "N",
      "The station (Modbus unit) that the variables belong to, 0 to 255. Station 0 is a broadcast: it can be "
      "written, and no controller confirms it.",
-     R | W | V | C | P, &Settings::station},
+     R | W | V | C | S | P, &Settings::station},
+    {"stations", "LIST",
+     "Ask these stations whether they are there, for example 1-20,30; 1-247 where neither this nor an area "
+     "is given. "
+     "Areas are asked for at those that answer.",
+     S, nullptr},
+    {"tries", "N", "Ask a station that does not answer so many times.", S, nullptr, &Options::tries},
     {"multi-station", nullptr,
      "Several stations share the link: a variable names its own, AREA:ADDRESS@STATION, and --station is that "
      "of the others. A station that does not answer is left alone for a while, so that the others need not "
@@ -57,11 +67,11 @@ const OptionRow optionRows[] = {
      R | W | V | C | A | P, nullptr},
     {"remote", nullptr,
      "Speak remote frames instead of Modbus TCP; the controller must do so too, as plcsim --remote does.",
-     R | W | V | C | P, nullptr},
+     R | W | V | C | S | P, nullptr},
     {"port", "N", "The controller's TCP port in captured packets; a capture of plcpanel says it itself.", P,
      &Settings::port},
     {"hex", nullptr, "Print values in hexadecimal.", R | V | P, nullptr},
-    {"json", nullptr, "Print a JSON object per line.", R | W | V | C | A | P, nullptr},
+    {"json", nullptr, "Print a JSON object per line.", R | W | V | C | S | A | P, nullptr},
     {"names", nullptr, "Print only the names that the list has, or those that are meant, a line for each.", A,
      nullptr},
     {"verify", nullptr, "Read back what was written and confirmed, and compare it.", W, nullptr},
@@ -179,6 +189,24 @@ const CommandRow commandRows[] = {
      "does not come is blamed on no variable.\n",
      "  plcpanel check --vars machine.csv --controller 192.168.0.10\n"
      "  plcpanel check 9:100 9:180 --controller 127.0.0.1:1502 --json\n"},
+    {Command::Scan, S, "scan", "scan [AREA|AREA:FROM-TO|AREA:ADDRESS[xCOUNT]]...",
+     "find stations and elements",
+     "Without an area: which stations answer, by reading one register of each (9:0), and who they say they "
+     "are\n"
+     "(functions 43 and 17). A station that refuses the read is there as well. With areas: which of their "
+     "elements "
+     "can\n"
+     "be read, all of an AREA or those that are given; a block that is refused is halved until it is known "
+     "which "
+     "of\n"
+     "its elements are. Never writes. Ctrl-C ends it with what is known. It tells what it has asked: a "
+     "station "
+     "that\n"
+     "gives no answer in time may be there all the same.\n",
+     "  plcpanel scan --controller 192.168.0.10\n"
+     "  plcpanel scan --stations 1-20 --timeout 1000 --controller 192.168.0.10\n"
+     "  plcpanel scan 9:0-1999 2 --station 3 --controller 192.168.0.10\n"
+     "  plcpanel scan 9:00x100 --stations 1-5 --json --controller 127.0.0.1:1502\n"},
     {Command::Where, A, "where", "where [AREA:ADDRESS[xCOUNT]|NAME...]",
      "tell where variables lie, to compare",
      "Tells where each variable lies in the controller, to compare with its documentation: the functions of\n"
@@ -217,7 +245,8 @@ const CommandRow commandRows[] = {
 
 const CommandRow& rowOf(Command command)
 {
-    return commandRows[static_cast<int>(command)];
+    return *std::find_if(std::begin(commandRows), std::end(commandRows),
+                         [command](const CommandRow& row) { return row.command == command; });
 }
 
 /// \return the statuses of one command, but for those that all have
@@ -234,6 +263,14 @@ QString ownExitStatusText(std::optional<Command> command)
         return QStringLiteral("Exit status:\n"
                               "  0  all is told\n"
                               "  2  nothing is told: the command line or the list is wrong\n");
+    if (*command == Command::Scan)
+        return QStringLiteral(
+            "Exit status:\n"
+            "  0  a station answered, and of each element asked for it is known whether it can be "
+            "read\n"
+            "  1  no station answered, or not everything was asked or answered\n"
+            "  2  nothing was tried: the command line is wrong, or the driver cannot be loaded\n"
+            "  4  the controller cannot be reached\n");
     if (*command == Command::Replay)
         return QStringLiteral(
             "Exit status:\n"
@@ -343,6 +380,15 @@ QCommandLineOption optionOf(const OptionRow& row)
     return {QLatin1String(row.name), help, QLatin1String(row.value)};
 }
 
+/// \return "read, write and watch"
+QString enumerated(QStringList names, const char* beforeLast)
+{
+    const QString last = names.takeLast();
+    return names.isEmpty() ? last
+                           : QStringLiteral("%1 %2 %3")
+                                 .arg(names.join(QStringLiteral(", ")), QLatin1String(beforeLast), last);
+}
+
 } // namespace
 
 QString nameOf(Command command)
@@ -355,8 +401,7 @@ QString commandNames()
     QStringList names;
     for (const CommandRow& row : commandRows)
         names << QLatin1String(row.name);
-    const QString last = names.takeLast();
-    return names.join(QStringLiteral(", ")) + QStringLiteral(" or ") + last;
+    return enumerated(names, "or");
 }
 
 std::optional<Command> commandNamed(const QString& name)
@@ -380,16 +425,18 @@ void addOptions(QCommandLineParser* parser, std::optional<Command> command)
         {{QStringLiteral("v"), QStringLiteral("version")}, QStringLiteral("Show the version.")});
 }
 
-QStringList commandsWith(const QString& option)
+QString commandsWith(const QString& option)
 {
     QStringList names;
-    for (const OptionRow& row : optionRows) {
-        for (const CommandRow& command : commandRows) {
-            if (option == QLatin1String(row.name) && (row.commands & command.bit) != 0)
-                names << QLatin1String(command.name);
-        }
+    for (const CommandRow& command : commandRows) {
+        const bool takesIt =
+            std::any_of(std::begin(optionRows), std::end(optionRows), [&](const OptionRow& row) {
+                return option == QLatin1String(row.name) && (row.commands & command.bit) != 0;
+            });
+        if (takesIt)
+            names << QLatin1String(command.name);
     }
-    return names;
+    return names.isEmpty() ? QString() : enumerated(names, "and");
 }
 
 QString helpText(std::optional<Command> command)

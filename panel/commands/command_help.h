@@ -25,8 +25,8 @@ QString commandNames();
 /// Adds the options that \a command takes; for none those of every command.
 void addOptions(QCommandLineParser* parser, std::optional<Command> command);
 
-/// \return the names of the commands that take \a option
-QStringList commandsWith(const QString& option);
+/// \return the names of the commands that take \a option, "read, write and watch"; empty when none does
+QString commandsWith(const QString& option);
 
 /// \return the help for \a command; for none that of the program. Needs a QCoreApplication.
 QString helpText(std::optional<Command> command);

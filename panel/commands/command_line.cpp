@@ -4,6 +4,7 @@
 #include "capture/capture.h"
 #include "panel/commands/command_help.h"
 #include "panel/commands/named_variables.h"
+#include "panel/commands/scan_ranges.h"
 #include "runtime/cycle/refresh_plan.h"
 #include "runtime/modbus/protocol.h"
 #include "runtime/model/listed_value.h"
@@ -102,10 +103,10 @@ Settings settingsOf(const QCommandLineParser& parser, Command command, Settings 
         refuse(QStringLiteral("--driver: give the path of libplcdriver.so"));
     if (command == Command::Demo)
         return settings;
-    if (command == Command::Where) { // every station that is named will do: none is asked
+    if (command == Command::Where || command == Command::Scan) // they take stations as they come
         settings.multiStation = true;
+    if (command == Command::Where)
         return settings;
-    }
     settings.remoteMode = settings.remoteMode || isGiven(parser, "remote");
     settings.station = numberOf(parser, "station", 0, lastStation, settings.station);
     settings.multiStation = settings.multiStation || isGiven(parser, "multi-station");
@@ -300,6 +301,37 @@ void setReadVariables(const QStringList& texts, const std::vector<ListedVariable
         options->listed = list;
 }
 
+void setScan(const QCommandLineParser& parser, const QStringList& texts, Options* options)
+{
+    const bool namesStations = isGiven(parser, "stations");
+    if (namesStations && isGiven(parser, "station"))
+        refuse(
+            QStringLiteral("--station and --stations exclude each other: the stations that answer are those "
+                           "whose elements are asked for"));
+    options->tries = numberOf(parser, "tries", 1, 1000, options->tries);
+    QString error;
+    if (namesStations) {
+        const auto stations = parseStations(parser.value(QStringLiteral("stations")), &error);
+        if (!stations)
+            refuse(QStringLiteral("--stations: %1").arg(error));
+        options->stations = *stations;
+    }
+    for (const QString& text : texts) {
+        const auto range = parseScanRange(text, options->settings.remoteMode, &error);
+        if (!range)
+            refuse(error);
+        if (namesStations && range->station >= 0)
+            refuse(QStringLiteral("%1: it names a station, and --stations does so, too; give one of both")
+                       .arg(excerpt(text)));
+        const QString words = readRefusal(withStation(*range, options->settings), options->settings);
+        if (!words.isEmpty())
+            refuse(QStringLiteral("%1: %2").arg(excerpt(text), words));
+        options->variables.push_back(*range);
+    }
+    if (texts.isEmpty() && !namesStations)
+        options->stations = usualStations();
+}
+
 void setVariables(const QStringList& texts, const std::vector<ListedVariable>& list, Options* options)
 {
     const Command command = options->command;
@@ -423,8 +455,11 @@ Options optionsOf(const QCommandLineParser& parser, Command command)
     }
     if (command == Command::Where)
         setNames(parser, &options);
-    setVariables(parser.positionalArguments().mid(command == Command::Replay ? 2 : 1),
-                 listOf(parser, options), &options);
+    const QStringList texts = parser.positionalArguments().mid(command == Command::Replay ? 2 : 1);
+    if (command == Command::Scan)
+        setScan(parser, texts, &options);
+    else
+        setVariables(texts, listOf(parser, options), &options);
     setBlockCount(parser, &options);
     return options;
 }
@@ -447,10 +482,10 @@ CommandLine refusal(const QString& message, const QString& command)
 QString parseError(const QCommandLineParser& parser, Command command)
 {
     for (const QString& name : parser.unknownOptionNames()) {
-        const QStringList others = commandsWith(name);
+        const QString others = commandsWith(name);
         if (!others.isEmpty())
             return QStringLiteral("--%1 is no option of %2; it belongs to %3")
-                .arg(excerpt(name), nameOf(command), others.join(QStringLiteral(" and ")));
+                .arg(excerpt(name), nameOf(command), others);
     }
     return excerpt(parser.errorText());
 }

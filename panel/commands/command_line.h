@@ -21,7 +21,7 @@
 namespace plc
 {
 
-enum class Command { Read, Write, Watch, Check, Where, Replay, Demo };
+enum class Command { Read, Write, Watch, Check, Scan, Where, Replay, Demo };
 
 /// One AREA:ADDRESS=VALUE[,VALUE...] or NAME=VALUE.
 struct WriteTask {
@@ -34,9 +34,10 @@ struct WriteTask {
 struct Options {
     Command command = Command::Read;
     Settings settings;                  ///< driverPath is empty when none is given
-    std::vector<Variable> variables;    ///< of read, watch and check, each of which can be read
+    std::vector<Variable> variables;    ///< of read, watch, check and scan, each of which can be read
     std::vector<WriteTask> writes;      ///< of write, each of which can be written
     std::vector<ListedVariable> listed; ///< the same: those of the list that are named, or all
+    std::vector<int> stations;          ///< of scan: to be asked, ascending; empty: only the variables' own
     ValueFormat format = ValueFormat::Decimal;
     QString captureTo;                      ///< where the link's bytes go; empty: nowhere
     QString captureFile;                    ///< of replay: what is played
@@ -48,6 +49,7 @@ struct Options {
     bool verify = false;  ///< of write: what was written is read back
     bool names = false;   ///< of where: only the names that are in the list
     bool dryRun = false;  ///< of write: frames are shown, and nothing is sent
+    int tries = 2;        ///< of scan: how often a station is asked that does not answer
     int intervalMs = 500; ///< between two looks at the watched values
     ListPart part;        ///< of watch: which block reads of the list this process takes
 };

@@ -17,7 +17,7 @@ enum ExitStatus {
 
     // Of check alone, whose status 1 says that something was not answered.
     VariablesRefused = 3,     ///< the controller refuses variables, or addresses between them
-    ControllerNotReached = 4, ///< it could not be reached
+    ControllerNotReached = 4, ///< it could not be reached; of scan as well
     LimitBroken = 5,          ///< nothing was tried: blocks would break a limit of Modbus
 
     // Of all commands: output whatever else came of it, a capture where all else was good.

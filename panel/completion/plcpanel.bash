@@ -12,6 +12,7 @@ _plcpanel_options() {
   write) echo "--controller $station --vars --json --verify --dry-run $tries $logs $all" ;;
   watch) echo "--controller $station --vars --hex --json --once --stats --interval --poll --part $tries $logs $all" ;;
   check) echo "--controller $station --vars --json $tries $logs $all" ;;
+  scan) echo "--controller --station --stations --tries --remote --json $tries $logs $all" ;;
   where) echo "--vars --json --names $all" ;;
   replay) echo "$station --vars --port --hex --json $tries $all" ;;
   demo) echo "$tries $logs $all" ;;
@@ -22,7 +23,7 @@ _plcpanel_options() {
 # Whether an option is followed by a value.
 _plcpanel_takes_value() {
   case $1 in
-  --controller | --station | --vars | --port | --interval | --poll | --part | --gap | --timeout | --retries | --max-block | --driver | --capture)
+  --controller | --station | --stations | --tries | --vars | --port | --interval | --poll | --part | --gap | --timeout | --retries | --max-block | --driver | --capture)
     return 0
     ;;
   esac
@@ -74,7 +75,7 @@ _plcpanel() {
   if [[ $current == -* ]]; then
     mapfile -t COMPREPLY < <(compgen -W "$(_plcpanel_options "${words[0]}")" -- "$current")
   elif [[ ${#words[@]} == 0 ]]; then
-    mapfile -t COMPREPLY < <(compgen -W "read write watch check where replay demo" -- "$current")
+    mapfile -t COMPREPLY < <(compgen -W "read write watch check scan where replay demo" -- "$current")
   elif [[ ${words[0]} == replay && ${#words[@]} == 1 ]]; then
     _plcpanel_files pcap pcapng jsonl
   fi

@@ -36,6 +36,19 @@ QString coilsFrom(const QByteArray& reply, int quantity)
     return bits;
 }
 
+/// \return bytes of the shortest request with this function; without one the frame has no function
+int sizeOfRequest(int function)
+{
+    switch (function) {
+    case ReportServerId:
+        return pduDataOffset;
+    case ReadDeviceIdentification:
+        return pduDataOffset + 3;
+    default:
+        return quantityOffset + 2;
+    }
+}
+
 QString wholeRequestWords(const QByteArray& frame)
 {
     const int address = wordAt(frame, addressOffset);
@@ -56,6 +69,10 @@ QString wholeRequestWords(const QByteArray& frame)
             .arg(quantity)
             .arg(address)
             .arg(registersFrom(frame, multipleValuesOffset));
+    case ReportServerId:
+        return QStringLiteral("report the server's identity");
+    case ReadDeviceIdentification:
+        return QStringLiteral("read the device's identity");
     default:
         return QStringLiteral("function %1").arg(byteAt(frame, functionOffset));
     }
@@ -91,7 +108,7 @@ QString hexText(const QByteArray& bytes)
 
 QString requestWords(const QByteArray& frame)
 {
-    if (frame.size() < quantityOffset + 2)
+    if (frame.size() < sizeOfRequest(byteAt(frame, functionOffset)))
         return QStringLiteral("no whole request (%1 bytes)").arg(frame.size());
     return unitWords(frame) + QStringLiteral(": ") + wholeRequestWords(frame);
 }

@@ -34,7 +34,15 @@ inline constexpr int writeReplySize = 12;
 inline constexpr int shortestLength = 2; ///< unit and function code
 inline constexpr int longestLength = 254;
 
-enum FunctionCode { ReadCoils = 1, ReadRegisters = 3, WriteCoil = 5, WriteRegister = 6, WriteRegisters = 16 };
+enum FunctionCode {
+    ReadCoils = 1,
+    ReadRegisters = 3,
+    WriteCoil = 5,
+    WriteRegister = 6,
+    WriteRegisters = 16,
+    ReportServerId = 17,          ///< the driver sends neither this
+    ReadDeviceIdentification = 43 ///< nor this
+};
 
 inline constexpr int exceptionFlag = 0x80; ///< in the function code of a reply
 

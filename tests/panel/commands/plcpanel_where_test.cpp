@@ -111,7 +111,8 @@ TEST_F(PlcpanelWhere, RefusesWhatHasNoPlace)
 TEST_F(PlcpanelWhere, RefusesOptionsThatItHasNoUseFor)
 {
     const RunResult told = run({QStringLiteral("9:1"), QStringLiteral("--controller"), QStringLiteral("x")});
-    EXPECT_THAT(told.errors, HasSubstr("--controller is no option of where; it belongs to read and "));
+    EXPECT_THAT(told.errors,
+                HasSubstr("--controller is no option of where; it belongs to read, write, watch, "));
     EXPECT_EQ(told.status, 2);
     EXPECT_THAT(run({QStringLiteral("--names")}).errors, HasSubstr("give it with --vars FILE"));
     EXPECT_THAT(where({QStringLiteral("--names"), QStringLiteral("--json")}).errors,

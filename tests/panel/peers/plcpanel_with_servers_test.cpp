@@ -144,3 +144,12 @@ TYPED_TEST(PanelWith, WritesABitAndLeavesTheOthersOfItsRegister)
     this->write("8:10.0=0");
     EXPECT_EQ(this->server->word(10), 0x8008);
 }
+
+TYPED_TEST(PanelWith, IsToldWhoTheyAre)
+{
+    const RunResult ended = this->run("scan", {QStringLiteral("--stations"), QStringLiteral("1")});
+    EXPECT_EQ(ended.status, 0) << ended.errors;
+    const bool isLibmodbus = std::is_same<TypeParam, test::LibmodbusServer>::value;
+    EXPECT_THAT(ended.out, HasSubstr(isLibmodbus ? "LMB" : "pymodbus, "));
+    EXPECT_THAT(ended.out, HasSubstr(isLibmodbus ? " (function 17)\n" : "7.8 (function 43)\n"));
+}

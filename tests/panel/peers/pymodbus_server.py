@@ -8,6 +8,7 @@ import sys
 import threading
 
 from pymodbus.datastore import ModbusSequentialDataBlock, ModbusServerContext, ModbusSlaveContext
+from pymodbus.device import ModbusDeviceIdentification
 from pymodbus.server import StartAsyncTcpServer
 
 FUNCTION = {"coil": 1, "word": 3}
@@ -33,7 +34,10 @@ async def serve():
         zero_mode=True,
     )
     context = ModbusServerContext(slaves=unit, single=True)
-    server = await StartAsyncTcpServer(context=context, address=("127.0.0.1", 0), defer_start=True)
+    identity = ModbusDeviceIdentification(info_name={"VendorName": "pymodbus", "MajorMinorRevision": "7.8"})
+    server = await StartAsyncTcpServer(
+        context=context, identity=identity, address=("127.0.0.1", 0), defer_start=True
+    )
     task = asyncio.ensure_future(server.serve_forever())
     await server.serving
     print(server.server.sockets[0].getsockname()[1], flush=True)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "panel/check/read_answer.h"
+#include "panel/session/read_answer.h"
 
 #include "runtime/modbus/exception_words.h"
 #include "runtime/modbus/failure_words.h"
@@ -25,13 +25,14 @@ ReadAnswer answerOf(const ReadOutcome& outcome)
     if (!hasFailed(failure))
         return {};
     if (failure.kind == FailureKind::NotConnected)
-        return {ReadAnswer::NotConnected, failureWords(outcome), true};
+        return {ReadAnswer::NotConnected, failureWords(outcome), failure.exception, true};
     if (failure.kind == FailureKind::Acknowledged)
-        return {ReadAnswer::Unanswered, failureWords(outcome)};
+        return {ReadAnswer::Unanswered, failureWords(outcome), failure.exception};
     if (failure.kind != FailureKind::Exception || !isAboutTheRequest(failure.exception))
-        return {ReadAnswer::Unanswered, failureWords(outcome), true};
+        return {ReadAnswer::Unanswered, failureWords(outcome), failure.exception, true};
     return {ReadAnswer::Refused,
-            QStringLiteral("exception %1, %2").arg(failure.exception).arg(exceptionWords(failure.exception))};
+            QStringLiteral("exception %1, %2").arg(failure.exception).arg(exceptionWords(failure.exception)),
+            failure.exception};
 }
 
 } // namespace plc

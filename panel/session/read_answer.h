@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// \file
 /// \brief What the end of a read says about the elements that it asked for.
-#ifndef PANEL_CHECK_READ_ANSWER_H
-#define PANEL_CHECK_READ_ANSWER_H
+#ifndef PANEL_SESSION_READ_ANSWER_H
+#define PANEL_SESSION_READ_ANSWER_H
 
 #include "runtime/model/outcome.h"
 
@@ -22,6 +22,7 @@ struct ReadAnswer {
     };
     Kind kind = Given;
     QString words;           ///< why, unless it was given
+    int exception = 0;       ///< that was answered, where one was
     bool mayComeYet = false; ///< asking again may bring another answer
 };
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What the end of a read says about the elements that it asked for.
 
-#include "panel/check/read_answer.h"
+#include "panel/session/read_answer.h"
 
 #include "runtime/modbus/reply_failure.h"
 #include "runtime/modbus/reply_fault.h"
