@@ -191,7 +191,20 @@ void FileRemoteReply(QByteArray* reply) PLC_REQUIRES(PLC_driver.communicationTur
 
 void passRetValue(const RW_VAR& source, RW_VAR& target)
 {
-    target = RW_VAR(source);
+    target.hostKey = source.hostKey;
+    target.hostSubKey = source.hostSubKey;
+    target.accessFlag = source.accessFlag;
+    target.spare3 = source.spare3;
+    target.stationGroup = source.stationGroup;
+    target.result = source.result;
+    target.name = source.name;
+    target.name2 = source.name2;
+    target.area = source.area;
+    target.address = source.address;
+    target.station = source.station;
+    target.count = source.count;
+    target.storeSelector = source.storeSelector;
+    target.spare13 = source.spare13;
     target.data.clear(); // the runtime never gets value bytes through the result record
 }
 

@@ -50,17 +50,18 @@ typedef QMutex DriverMutex PLC_CAPABILITY("mutex");
 class PLC_SCOPED_CAPABILITY MutexHolder
 {
 public:
-    explicit MutexHolder(DriverMutex& mutex) PLC_ACQUIRE(mutex) PLC_UNCHECKED("QMutexLocker is not annotated")
-        : m_locker(&mutex)
+    explicit MutexHolder(DriverMutex& mutex) PLC_ACQUIRE(mutex) PLC_UNCHECKED("QMutex is not annotated")
+        : m_mutex(mutex)
     {
+        m_mutex.lock();
     }
-    ~MutexHolder() PLC_RELEASE() PLC_UNCHECKED("QMutexLocker is not annotated") {}
+    ~MutexHolder() PLC_RELEASE() PLC_UNCHECKED("QMutex is not annotated") { m_mutex.unlock(); }
 
 private:
     MutexHolder(const MutexHolder&);
     MutexHolder& operator=(const MutexHolder&);
 
-    QMutexLocker m_locker;
+    DriverMutex& m_mutex;
 };
 
 #endif

@@ -21,9 +21,10 @@ void PadTo(QByteArray& bytes, int size)
 
 QByteArray BeginFrame(int station, FunctionCode function, int modbusAddress, int bytesAfterAddress)
 {
-    // The zeros are the numbers of the transaction, for requests are never numbered, and of the protocol.
-    QByteArray frame(FRAME_VALUE_OFFSET + bytesAfterAddress, '\0');
+    QByteArray frame(FRAME_VALUE_OFFSET + bytesAfterAddress, Qt::Uninitialized);
     char* bytes = frame.data();
+    Set16(bytes, 0); // requests are never numbered
+    Set16(bytes + PROTOCOL_OFFSET, 0);
     Set16(bytes + MBAP_LENGTH_OFFSET, frame.size() - MBAP_LENGTH_END);
     bytes[UNIT_OFFSET] = static_cast<char>(station & 0xFF);
     bytes[FUNCTION_OFFSET] = static_cast<char>(function);

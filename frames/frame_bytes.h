@@ -12,6 +12,7 @@
 #include <QByteArray>
 
 enum {
+    PROTOCOL_OFFSET = 2,     ///< number of the protocol, behind that of the transaction
     MBAP_LENGTH_OFFSET = 4,  ///< the header's length field
     MBAP_LENGTH_END = 6,     ///< and what it counts begins here
     UNIT_OFFSET = 6,         ///< unit identifier, which ends the header
@@ -51,7 +52,7 @@ inline unsigned char ByteAt(const QByteArray& bytes, int at)
 void PadTo(QByteArray& bytes, int size);
 
 /// A frame as far as its Modbus address: transaction and protocol number 0, the length field, the low byte of
-/// \a station, function code and address. The \a bytesAfterAddress that follow are there and 0.
+/// \a station, function code and address. The \a bytesAfterAddress that follow are there, for the caller to set.
 QByteArray BeginFrame(int station, FunctionCode function, int modbusAddress, int bytesAfterAddress);
 
 #endif

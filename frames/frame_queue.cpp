@@ -1,17 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "frames/frame_queue.h"
 
-ReplyShape UnlessBroadcast(int station, ReplyShape shape)
+namespace
 {
-    const ReplyShape none = {0, 0, 0};
-    return station == 0 ? none : shape;
-}
+
+const Protocol blank = Protocol();
+
+} // namespace
 
 RW_VAR& QueueFrame(const RW_VAR& request, QByteArray frame, ReplyShape reply)
 {
     // Filled in where it stays, and the request moved there: each copy would count references of its strings
     // and data.
-    PLC_driver.protocolList.append(Protocol());
+    PLC_driver.protocolList.append(blank);
     Protocol& protocol = PLC_driver.protocolList.last();
     protocol.frameLength = frame.size();
     protocol.frame.swap(frame);

@@ -14,7 +14,11 @@ struct ReplyShape {
 };
 
 /// \return \a shape, or all zeros for station 0: a Modbus broadcast is never answered
-ReplyShape UnlessBroadcast(int station, ReplyShape shape);
+inline ReplyShape UnlessBroadcast(int station, ReplyShape shape)
+{
+    const ReplyShape none = {0, 0, 0};
+    return station == 0 ? none : shape;
+}
 
 /// Appends a frame for \a request to protocolList.
 /// \return the frame's own copy of the request

@@ -116,6 +116,7 @@ void WriteBool_WordOfBit(RW_VAR* request)
     QByteArray readFrame = BeginFrame(request->station, FC_READ_HOLDING_REGISTERS, word, 2);
     Set16(readFrame.data() + FRAME_VALUE_OFFSET, 1);
     QByteArray writeFrame = BeginFrame(request->station, FC_WRITE_SINGLE_REGISTER, word, 2);
+    Set16(writeFrame.data() + FRAME_VALUE_OFFSET, 0);
 
     const ReplyShape oneRegister = {REPLY_DATA_OFFSET + 2, REPLY_DATA_OFFSET, 2};
     RW_VAR& reading = QueueFrame(*request, std::move(readFrame), oneRegister);

@@ -6,6 +6,8 @@
 #include "image/element_run.h"
 #include "image/extended_variables.h"
 
+#include <QtEndian>
+
 #include <algorithm>
 #include <cstring>
 
@@ -63,6 +65,21 @@ unsigned int MergePendingBit(unsigned int value) PLC_REQUIRES(PLC_driver.communi
     }
     PatchQueuedWrite(value);
     return value;
+}
+
+// Two at a time: this loop is what most of the time of a long read goes into.
+void CopyRegisters(unsigned short* words, const unsigned char* registers, int count)
+{
+    static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN, "the image has the low byte of a word first");
+    for (; count >= 2; count -= 2) {
+        const quint32 pair = qFromBigEndian<quint32>(registers); // the first one in its upper half
+        const quint32 exchanged = pair << 16 | pair >> 16;
+        std::memcpy(words, &exchanged, sizeof exchanged);
+        words += 2;
+        registers += sizeof exchanged;
+    }
+    if (count == 1)
+        *words = static_cast<unsigned short>(Get16(registers));
 }
 
 // The bits of half a byte in a cell each, lowest first.
@@ -214,8 +231,7 @@ void SaveWordToUS(QByteArray* reply, unsigned short* area)
     const Protocol& request = Request();
     const DataBytes data = DataOf(reply, request);
     const ElementRun run = ExistingElements(request.var.address, data.size / 2, PLC_AREA_ELEMENTS);
-    for (int i = 0; i < run.count; ++i)
-        area[run.start + i] = static_cast<unsigned short>(data.word(run.skipped + i));
+    CopyRegisters(area + run.start, data.bytes + 2 * run.skipped, run.count);
 }
 
 void SaveDWordToUS(QByteArray* reply, unsigned int* area)
