@@ -1,18 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "bench/panel_refresh.h"
 
-#include "bench/peers.h"
 #include "runtime/cycle/cyclic_values.h"
 #include "runtime/cycle/exchange_record.h"
 #include "runtime/host/driver_library.h"
 #include "runtime/host/request_keys.h"
 #include "runtime/link/link.h"
+#include "runtime/model/variable_list.h"
 
 #include <QElapsedTimer>
 
 #include <algorithm>
 #include <condition_variable>
 #include <ctime>
+#include <future>
 #include <limits>
 #include <mutex>
 #include <stdexcept>
@@ -105,6 +106,37 @@ private:
     bool m_done = false;
 };
 
+/// Tells when the communication thread has made so many exchanges, and keeps it from making more for a while.
+class Finish
+{
+public:
+    explicit Finish(int exchanges) : m_left(exchanges) {}
+
+    /// On the communication thread, after each exchange.
+    void note(const plc::ExchangeRecord& record)
+    {
+        if (m_left == 0)
+            return;
+        m_failed = m_failed || record.result != PLC_DONE;
+        if (--m_left > 0)
+            return;
+        m_reached.set_value();
+        std::this_thread::sleep_for(std::chrono::milliseconds(100)); // the loop is stopped meanwhile
+    }
+
+    void wait()
+    {
+        m_reached.get_future().wait();
+        if (m_failed)
+            throw std::runtime_error("a request of the panel failed");
+    }
+
+private:
+    int m_left;
+    bool m_failed = false;
+    std::promise<void> m_reached;
+};
+
 void addAll(plc::Runtime& runtime, const Variables& variables)
 {
     for (const plc::Variable& variable : variables)
@@ -113,15 +145,26 @@ void addAll(plc::Runtime& runtime, const Variables& variables)
 
 } // namespace
 
-double microsecondsPerRequest(int requests, int milliseconds, const std::function<void()>& sendAll)
+Variables variablesOf(const QString& path)
 {
-    sendAll();
+    const plc::VariableList list = plc::readVariableList(path);
+    if (!list.errors.isEmpty())
+        throw std::runtime_error(list.errors.first().toStdString());
+    Variables variables;
+    for (const plc::ListedVariable& listed : list.variables)
+        variables.push_back(listed.elements);
+    return variables;
+}
+
+double microsecondsPerRequest(int requests, int milliseconds, const Refresh& refresh)
+{
+    refresh();
     int passes = 0;
     QElapsedTimer clock;
     clock.start();
     const double before = threadMicroseconds();
     for (; clock.elapsed() < milliseconds; ++passes)
-        sendAll();
+        refresh();
     return (threadMicroseconds() - before) / passes / requests;
 }
 
@@ -174,7 +217,18 @@ LoopCost runLoop(int port, const Variables& variables, int requests, int millise
     return cost;
 }
 
-double driverMicroseconds(const Variables& variables, const Pass& pass, int milliseconds)
+void runLoopPasses(int port, const Variables& variables, int requests, int passes)
+{
+    Finish finish(requests * passes);
+    plc::Runtime runtime(settingsFor(port));
+    addAll(runtime, variables);
+    runtime.setObserver([&finish](const plc::ExchangeRecord& record) { finish.note(record); });
+    runtime.start();
+    finish.wait();
+    runtime.stop();
+}
+
+void withDriver(const Variables& variables, const Pass& pass, const std::function<void(const Refresh&)>& load)
 {
     const plc::Settings settings = settingsFor(0);
     const plc::DriverLibrary library(settings.driverPath);
@@ -187,7 +241,7 @@ double driverMicroseconds(const Variables& variables, const Pass& pass, int mill
     for (const plc::Variable& variable : variables)
         cyclic.add(plc::withStation(variable, settings));
     cyclic.queue(calls);
-    const auto onePass = [&calls, &pass] {
+    load([&calls, &pass] {
         for (std::size_t i = 0; i <= pass.replies.size(); ++i) {
             const Protocol* protocol = calls.ComCommunication();
             QByteArray reply = plc::CyclicValues::isPacing(protocol->var) ? plc::CyclicValues::pacingReply()
@@ -195,25 +249,21 @@ double driverMicroseconds(const Variables& variables, const Pass& pass, int mill
             if (calls.DataCom(&reply, reply.size())->result != PLC_DONE)
                 throw std::runtime_error("the driver does not take a reply");
         }
-    };
-    const double cost = microsecondsPerRequest(static_cast<int>(pass.frames.size()), milliseconds, onePass);
+    });
     calls.SetComInfo(nullptr);
-    return cost;
 }
 
-double linkMicroseconds(int port, const Pass& pass, int milliseconds)
+void withLink(int port, const Pass& pass, const std::function<void(const Refresh&)>& load)
 {
     const plc::Settings settings = settingsFor(port);
     plc::Link link(settings.host, settings.port, settings.timeoutMs);
-    const auto onePass = [&link, &pass] {
+    load([&link, &pass] {
         for (const QByteArray& frame : pass.frames) {
             if (link.exchange(frame, true).reply.isEmpty())
                 throw std::runtime_error("the link gets no reply");
         }
-    };
-    const double cost = microsecondsPerRequest(static_cast<int>(pass.frames.size()), milliseconds, onePass);
+    });
     link.close();
-    return cost;
 }
 
 } // namespace bench

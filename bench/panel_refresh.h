@@ -6,6 +6,8 @@
 
 #include "runtime/cycle/runtime.h"
 
+#include <QString>
+
 #include <functional>
 #include <vector>
 
@@ -13,6 +15,16 @@ namespace bench
 {
 
 using Variables = std::vector<plc::Variable>;
+
+/// Sends all requests of a refresh and takes their replies.
+using Refresh = std::function<void()>;
+
+/// \throws std::runtime_error when the list has errors
+Variables variablesOf(const QString& path);
+
+/// All wait for a reply so long: on a busy machine even a simulated controller is
+/// late.
+const int patienceMs = 5000;
 
 /// Loads the built driver, and does not pause between passes.
 plc::Settings settingsFor(int port);
@@ -36,18 +48,23 @@ struct LoopCost {
 /// \param requests requests of a refresh
 LoopCost runLoop(int port, const Variables& variables, int requests, int milliseconds);
 
-/// \name Processor time of a request in microseconds, when a part of the loop runs alone
+/// Runs the panel's loop until it has gone through the variables so often.
+void runLoopPasses(int port, const Variables& variables, int requests, int passes);
+
+/// \name A part of the loop alone
+/// Each makes ready, hands \a load what refreshes the list once, and cleans up.
 /// @{
 
 /// The driver: ComCommunication() and DataCom() with the replies of \a pass.
-double driverMicroseconds(const Variables& variables, const Pass& pass, int milliseconds);
+void withDriver(const Variables& variables, const Pass& pass,
+                const std::function<void(const Refresh&)>& load);
 
 /// The link: sending and matching the frames of \a pass.
-double linkMicroseconds(int port, const Pass& pass, int milliseconds);
-
-/// For comparison: any way to send \a requests and receive their replies.
-double microsecondsPerRequest(int requests, int milliseconds, const std::function<void()>& sendAll);
+void withLink(int port, const Pass& pass, const std::function<void(const Refresh&)>& load);
 /// @}
+
+/// \return processor time of one of the \a requests of a refresh, in microseconds
+double microsecondsPerRequest(int requests, int milliseconds, const Refresh& refresh);
 
 } // namespace bench
 

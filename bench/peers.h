@@ -7,6 +7,7 @@
 #define BENCH_PEERS_H
 
 #include "bench/block.h"
+#include "bench/panel_refresh.h"
 
 #include <QEventLoop>
 #include <QModbusTcpClient>
@@ -17,10 +18,6 @@ typedef struct _modbus modbus_t; // as <modbus.h> has it
 
 namespace bench
 {
-
-/// All wait for a reply as long as the panel does here: on a busy machine even a simulated controller is
-/// late.
-const int patienceMs = 5000;
 
 /// The floor: frames that are there already go out of a blocking socket, and whole replies come in.
 class BareSocket

@@ -14,7 +14,6 @@
 #include "bench/panel_refresh.h"
 #include "bench/peers.h"
 #include "bench/processors.h"
-#include "runtime/model/variable_list.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -38,17 +37,6 @@ double median(Rounds values)
     std::sort(values.begin(), values.end());
     const std::size_t half = values.size() / 2;
     return values.size() % 2 == 1 ? values[half] : (values[half - 1] + values[half]) / 2;
-}
-
-bench::Variables variablesOf(const QString& path)
-{
-    const plc::VariableList list = plc::readVariableList(path);
-    if (!list.errors.isEmpty())
-        throw std::runtime_error(list.errors.first().toStdString());
-    bench::Variables variables;
-    for (const plc::ListedVariable& listed : list.variables)
-        variables.push_back(listed.elements);
-    return variables;
 }
 
 /// \return nanoseconds
@@ -95,7 +83,7 @@ void printRate(const Contender& contender, const Contender& panel)
 
 void run(const QString& path, int rounds)
 {
-    const bench::Variables variables = variablesOf(path);
+    const bench::Variables variables = bench::variablesOf(path);
     const bench::LoopbackController panels;
     const bench::Pass pass = bench::recordPass(panels.port(), variables);
     const int requests = static_cast<int>(pass.frames.size());
@@ -130,8 +118,12 @@ void run(const QString& path, int rounds)
     for (int round = 0; round < rounds; ++round) {
         for (Contender& contender : contenders)
             contender.shortest = std::min(contender.shortest, contender.turn());
-        driverCost.push_back(bench::driverMicroseconds(variables, pass, turnMs / 3));
-        linkCost.push_back(bench::linkMicroseconds(panels.port(), pass, turnMs));
+        bench::withDriver(variables, pass, [&](const bench::Refresh& refresh) {
+            driverCost.push_back(bench::microsecondsPerRequest(requests, turnMs / 3, refresh));
+        });
+        bench::withLink(panels.port(), pass, [&](const bench::Refresh& refresh) {
+            linkCost.push_back(bench::microsecondsPerRequest(requests, turnMs, refresh));
+        });
         bareCost.push_back(bench::microsecondsPerRequest(requests, turnMs, [&] { bare.refresh(); }));
     }
 
