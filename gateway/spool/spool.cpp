@@ -84,6 +84,7 @@ private:
     void markTaken(Lock* lock, std::vector<TakenSample>* taken);
     std::deque<SpoolChunk>::const_iterator chunkAt(quint64 sequence) const;
     quint64 waitingOf(const SpoolChunk& chunk) const;
+    quint64 waitingOnDisk() const;
 
     // On the writer's thread.
     void work(const QString& path, const QStringList& names);
@@ -101,7 +102,7 @@ private:
     void dropFirstChunk();
     void forgetFirstChunk();
     void trim();
-    qint64 bytesOnDisk() const;
+    void account(const SpoolChunk& chunk, int sign);
     void tellDropped(Lock* lock);
     void tell(Lock* lock, const QString& words);
 
@@ -124,6 +125,8 @@ private:
     qint64 m_recentBytes = 0;
     qint64 m_recentSince = -1; // since when the oldest that is not on disk waits
     std::deque<SpoolChunk> m_chunks;
+    quint64 m_chunkSamples = 0; // of all of them
+    qint64 m_chunkBytes = 0;
     quint64 m_begun = 0; // up to here samples are on disk or being written
     quint64 m_begunFrom = 1;
     quint64 m_onDisk = 0; // up to here they are there
@@ -317,19 +320,30 @@ quint64 Spool::Private::waitingOf(const SpoolChunk& chunk) const
     return behind > first ? behind - first : 0;
 }
 
+/// \return how many samples are neither done nor in memory: those of all chunks, less what is done of the first ones
+///         and what memory has of the last ones
+quint64 Spool::Private::waitingOnDisk() const
+{
+    quint64 waiting = m_chunkSamples;
+    for (const SpoolChunk& chunk : m_chunks) {
+        if (chunk.first > m_marks.done)
+            break;
+        waiting -= std::min(lastOf(chunk), m_marks.done) + 1 - chunk.first;
+    }
+    const quint64 inBoth = m_onDisk + 1 > m_recentFirst ? m_onDisk + 1 - m_recentFirst : 0;
+    return waiting - std::min<quint64>(inBoth, m_recent.size());
+}
+
 SpoolFigures Spool::Private::figures() const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     SpoolFigures figures;
-    figures.depth = m_recent.size();
-    for (const SpoolChunk& chunk : m_chunks) {
-        const bool isDone = lastOf(chunk) <= m_marks.done;
-        figures.depth += waitingOf(chunk);
-        figures.bytes += chunk.bytes;
-        if (!isDone && figures.oldestAt < 0)
-            figures.oldestAt = chunk.since;
-    }
-    if (figures.oldestAt < 0 && !m_recent.empty())
+    figures.depth = m_recent.size() + waitingOnDisk();
+    figures.bytes = m_chunkBytes;
+    const auto oldest = chunkAt(m_marks.done + 1);
+    if (oldest != m_chunks.end())
+        figures.oldestAt = oldest->since;
+    else if (!m_recent.empty())
         figures.oldestAt = m_recentSince;
     figures.dropped = m_marks.dropped;
     figures.problem = m_problem.isEmpty() ? m_readProblem : m_problem;
@@ -388,6 +402,8 @@ bool Spool::Private::openStore(const QString& path, const QStringList& names)
     if (m_store) {
         m_marks = m_marksOnDisk = m_store->marks();
         m_chunks = m_store->chunks();
+        for (const SpoolChunk& chunk : m_chunks)
+            account(chunk, 1);
         const quint64 last = m_chunks.empty() ? 0 : lastOf(m_chunks.back());
         m_onDisk = m_begun = std::max({last, m_marks.done, m_marks.handedOut});
         m_recentFirst = m_onDisk + 1;
@@ -497,10 +513,12 @@ void Spool::Private::putRecent(SpoolChange* change)
 void Spool::Private::committed(const SpoolChange& change)
 {
     for (const SpoolChange::Put& put : change.put) {
-        if (!m_chunks.empty() && m_chunks.back().first == put.chunk.first)
-            m_chunks.back() = put.chunk;
-        else
-            m_chunks.push_back(put.chunk);
+        if (!m_chunks.empty() && m_chunks.back().first == put.chunk.first) {
+            account(m_chunks.back(), -1);
+            m_chunks.pop_back();
+        }
+        m_chunks.push_back(put.chunk);
+        account(put.chunk, 1);
         m_onDisk = std::max(m_onDisk, lastOf(put.chunk));
     }
     if (!change.put.empty())
@@ -561,24 +579,23 @@ void Spool::Private::dropDamaged(quint64 first)
     m_marks.dropped += lost;
     m_droppedDamaged += lost;
     m_removed.push_back(first);
+    account(*damaged, -1);
     m_chunks.erase(damaged);
     if (m_tail.first == first)
         m_tail = SpoolChunk();
 }
 
-qint64 Spool::Private::bytesOnDisk() const
+void Spool::Private::account(const SpoolChunk& chunk, int sign)
 {
-    qint64 bytes = 0;
-    for (const SpoolChunk& chunk : m_chunks)
-        bytes += chunk.bytes;
-    return bytes;
+    m_chunkSamples = sign > 0 ? m_chunkSamples + chunk.count : m_chunkSamples - chunk.count;
+    m_chunkBytes += sign * chunk.bytes;
 }
 
 /// Makes room for what is in memory, too.
 void Spool::Private::dropOld()
 {
     const qint64 oldest = m_now() - m_limits.ageMs;
-    qint64 bytes = bytesOnDisk() + (m_begun + 1 < next() ? bytesInFile(fullChunk) : 0);
+    qint64 bytes = m_chunkBytes + (m_begun + 1 < next() ? bytesInFile(fullChunk) : 0);
     while (!m_chunks.empty() && (bytes > m_limits.bytes || m_chunks.front().until < oldest)) {
         const quint64 before = m_marks.dropped;
         const bool isForRoom = bytes > m_limits.bytes;
@@ -604,6 +621,7 @@ void Spool::Private::forgetFirstChunk()
 {
     if (m_tail.first == m_chunks.front().first)
         m_tail = SpoolChunk();
+    account(m_chunks.front(), -1);
     m_chunks.pop_front();
 }
 
