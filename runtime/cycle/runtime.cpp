@@ -134,6 +134,7 @@ public:
     void setObserver(const ExchangeObserver& observer) { m_observer = observer; }
     void setValueObserver(const ValueObserver& observer) { m_valueObserver = observer; }
     Link& link() { return m_link; }
+    quint32 rounds() const { return m_rounds.load(std::memory_order_relaxed); }
 
 private:
     bool isRunning() const { return m_started && !m_stopped; }
@@ -148,6 +149,7 @@ private:
     Turn takeTurn();
     void endPass();
     void waitForPass();
+    void wentRound() { m_rounds.store(rounds() + 1, std::memory_order_relaxed); }
     bool mayGoOn(int milliseconds);
     bool isWaited() const { return m_writes.waiting() + m_reads.waiting() > 0; }
     void waitForWork(int milliseconds);
@@ -176,6 +178,7 @@ private:
     bool m_started = false;
     bool m_stopped = false;
     std::atomic<bool> m_stopping{false};
+    std::atomic<quint32> m_rounds{0}; // written by the communication thread alone
     std::thread m_thread;
 
     std::unique_ptr<HostedDriver> m_driver;
@@ -476,8 +479,11 @@ void Runtime::Private::endPass()
 void Runtime::Private::waitForPass()
 {
     const int longestMs = 3600000; // of a wait that somebody ends
-    while (!mayGoOn(m_valueObserver ? idleMs : longestMs))
+    wentRound();
+    while (!mayGoOn(m_valueObserver ? idleMs : longestMs)) {
         tell();
+        wentRound();
+    }
 }
 
 /// \return false when so much time went by, or something came that is no reason to go on
@@ -675,6 +681,11 @@ void Runtime::setStation(int station, bool on)
 std::vector<StationReport> Runtime::stations() const
 {
     return d->stations();
+}
+
+quint32 Runtime::rounds() const
+{
+    return d->rounds();
 }
 
 LinkState Runtime::linkState() const

@@ -104,6 +104,10 @@ public:
     ///         number
     std::vector<StationReport> stations() const;
 
+    /// \return how often the communication thread went round: as long as it lives, the number moves on with each request
+    ///         and, with a ValueObserver, 20 times a second without one (it begins anew at 2^32). Takes no lock.
+    quint32 rounds() const;
+
     LinkState linkState() const;
     Statistics statistics() const;
 

@@ -132,4 +132,13 @@ TEST_F(ValueObserverTest, MayAskTheRuntime)
     EXPECT_TRUE(eventually([&] { return calls >= 2; }));
 }
 
+TEST_F(ValueObserverTest, TheCommunicationThreadGoesRoundAlsoBetweenTwoPasses)
+{
+    settings.pollMs = 3600000;
+    start();
+    ASSERT_TRUE(eventually([&] { return runtime->statistics().passes == 1; }));
+    const quint32 before = runtime->rounds();
+    EXPECT_TRUE(eventually([&] { return runtime->rounds() > before + 2; }));
+}
+
 } // namespace
