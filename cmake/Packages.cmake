@@ -74,10 +74,11 @@ example: for writing a program that reads, writes and watches a controller.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME plcdriver-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${library_package} (= ${PROJECT_VERSION})") # loaded, so not found by itself
+# Loaded, so not found by themselves: the driver, and what logs in SQLite go through.
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${library_package} (= ${PROJECT_VERSION}), libqt5sql5-sqlite")
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION "panel and simulated controller for the plcdriver library
-plcpanel reads, writes and watches the memory of a controller through the
-driver. plcsim is a simulated controller that misbehaves on demand.")
+plcpanel reads, writes, watches and logs the memory of a controller through
+the driver. plcsim is a simulated controller that misbehaves on demand.")
 
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON) # so that packages of runtimes find what they depend on
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "history/csv_store.h"
 
+#include "history/csv_line.h"
 #include "history/local_time.h"
 #include "history/refuse.h"
 #include "history/writer_lock.h"
@@ -19,16 +20,8 @@ namespace plc
 namespace
 {
 
-const QByteArray header = "time,name,value,unit,state\n";
+const QByteArray header = csvHeader;
 const int dayCharacters = 10; // of a time: "2026-11-22"
-
-QByteArray field(const QString& text)
-{
-    const QByteArray bytes = text.toUtf8();
-    if (!bytes.contains(',') && !bytes.contains('"') && !bytes.contains('\n') && !bytes.contains('\r'))
-        return bytes;
-    return '"' + QByteArray(bytes).replace('"', "\"\"") + '"';
-}
 
 } // namespace
 
@@ -184,9 +177,8 @@ QString CsvStore::freeName() const
 
 QByteArray CsvStore::lineOf(const Sample& sample) const
 {
-    const Series& series = m_series[static_cast<std::size_t>(sample.series)];
-    return localTimeText(sample.timeMs).toLatin1() + ',' + field(series.name) + ',' + field(sample.text) +
-           ',' + field(series.unit) + ',' + sampleStateWord(sample.state).toLatin1() + '\n';
+    return csvLine(m_series[static_cast<std::size_t>(sample.series)], sample.timeMs, sample.state,
+                   sample.text);
 }
 
 } // namespace plc

@@ -4,6 +4,8 @@
 #include "runtime/model/listed_value.h"
 #include "runtime/model/value_text.h"
 
+#include <algorithm>
+
 namespace plc
 {
 
@@ -30,9 +32,10 @@ Series seriesAt(const RecordedVariable& variable, int index, int count)
     return {name, listed.unit, valueTypeWord(listed.type), listed.digits};
 }
 
-std::optional<SampleState> sampleStateOf(ValueState state)
+std::optional<SampleState> sampleStateOf(const CyclicValue& value)
 {
-    switch (state) {
+    const bool isOff = value.state == ValueState::StationOff;
+    switch (hasFailed(value.failure) && !isOff ? ValueState::Failed : value.state) {
     case ValueState::NeverRead:
         return SampleState::NeverRead;
     case ValueState::StationOff:
@@ -77,12 +80,14 @@ Recorder::Recorder(std::vector<RecordedVariable> variables, What what, Sink sink
 void Recorder::take(int index, const CyclicValue& value)
 {
     const Entry& entry = m_entries[static_cast<std::size_t>(index)];
-    const std::optional<SampleState> state = sampleStateOf(value.state);
+    const std::optional<SampleState> state = sampleStateOf(value);
     if (!state)
         return;
     const bool isFresh = state == SampleState::Fresh;
     const QStringList words = isFresh ? texts(entry, value) : QStringList();
     const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_hasEnded)
+        return;
     for (int at = 0; at < entry.count; ++at) {
         if (isFresh && value.readAtMs < m_tracks[static_cast<std::size_t>(entry.firstSeries + at)].answeredMs)
             continue;
@@ -106,9 +111,25 @@ std::vector<int> Recorder::missed() const
     return indices;
 }
 
+int Recorder::failed() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return static_cast<int>(std::count_if(m_tracks.begin(), m_tracks.end(), [](const Track& track) {
+        return track.state != SampleState::Fresh && track.state != SampleState::NeverRead;
+    }));
+}
+
+bool Recorder::hasAnswers() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return std::any_of(m_tracks.begin(), m_tracks.end(),
+                       [](const Track& track) { return track.answeredMs > 0; });
+}
+
 void Recorder::end()
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
+    m_hasEnded = true;
     for (std::size_t index = 0; index < m_tracks.size(); ++index) {
         if (m_tracks[index].state != SampleState::NeverRead)
             record({static_cast<int>(index), m_clock(), SampleState::NotLogged, QString()});

@@ -54,7 +54,13 @@ public:
     /// \return the variables of which a sample found no room; they are to be taken again
     std::vector<int> missed() const;
 
-    /// Nobody records any more: each series gets a sample that says so.
+    /// \return series whose value is not fresh now
+    int failed() const;
+
+    /// \return true when the controller has answered with a value
+    bool hasAnswers() const;
+
+    /// Nobody records any more: each series gets a sample that says so, and what is taken later gives none.
     void end();
 
 private:
@@ -80,6 +86,7 @@ private:
     std::vector<Entry> m_entries;
     mutable std::mutex m_mutex;
     std::vector<Track> m_tracks; // one for each series
+    bool m_hasEnded = false;
 };
 
 } // namespace plc

@@ -18,9 +18,8 @@ SampleWriter::~SampleWriter()
     stop();
 }
 
-void SampleWriter::setListeners(const ErrorListener& failed, const WrittenListener& written)
+void SampleWriter::setListener(const WrittenListener& written)
 {
-    m_failed = failed;
     m_written = written;
 }
 
@@ -129,23 +128,11 @@ void SampleWriter::writeBatch()
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_report.written += static_cast<qint64>(result.count);
+        m_report.error = result.error;
         m_inBatch = m_batch.size();
     }
     if (m_written && !written.empty())
         m_written(written);
-    noteError(result.error);
-}
-
-void SampleWriter::noteError(const QString& error)
-{
-    bool isNews = false;
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        isNews = m_report.error != error;
-        m_report.error = error;
-    }
-    if (isNews && m_failed)
-        m_failed(error);
 }
 
 /// What is left at the end is lost.

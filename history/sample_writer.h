@@ -36,10 +36,6 @@ struct WriterReport {
 class SampleWriter
 {
 public:
-    /// Told on the writer's thread when writing has failed, with the error, and with an empty text when it is
-    /// good again.
-    using ErrorListener = std::function<void(const QString& error)>;
-
     /// Told on the writer's thread of samples that are in the file now. It should not wait.
     using WrittenListener = std::function<void(const std::vector<Sample>& samples)>;
 
@@ -49,7 +45,7 @@ public:
     SampleWriter& operator=(const SampleWriter&) = delete;
 
     /// Before start().
-    void setListeners(const ErrorListener& failed, const WrittenListener& written);
+    void setListener(const WrittenListener& written);
 
     /// Opens the store and starts the thread.
     /// \throws std::runtime_error when the store cannot be opened; the message says what to do
@@ -72,12 +68,10 @@ private:
     void writeUntilStopped();
     bool takeBatch();
     void writeBatch();
-    void noteError(const QString& error);
     void giveUp();
 
     std::unique_ptr<SampleStore> m_store;
     const WriterLimits m_limits;
-    ErrorListener m_failed;
     WrittenListener m_written;
     std::vector<Sample> m_batch; // of the writer's thread: what is being written
     std::thread m_thread;

@@ -5,6 +5,8 @@
 #include "panel/commands/command_line.h"
 #include "panel/commands/demo_command.h"
 #include "panel/commands/exit_status.h"
+#include "panel/commands/history_command.h"
+#include "panel/commands/log_command.h"
 #include "panel/commands/read_command.h"
 #include "panel/commands/replay_command.h"
 #include "panel/commands/scan_command.h"
@@ -36,7 +38,7 @@ QString driverOfThisProgram()
 
 ExitStatus run(Options options)
 {
-    const bool needsDriver = options.command != Command::Where;
+    const bool needsDriver = options.command != Command::Where && options.command != Command::History;
     if (needsDriver && options.settings.driverPath.isEmpty())
         options.settings.driverPath = driverOfThisProgram();
     switch (options.command) {
@@ -52,6 +54,10 @@ ExitStatus run(Options options)
         return runWhere(options);
     case Command::Scan:
         return runScan(options);
+    case Command::Log:
+        return runLog(options);
+    case Command::History:
+        return runHistory(options);
     case Command::Replay:
         return runReplay(options);
     case Command::Demo:

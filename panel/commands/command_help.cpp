@@ -22,10 +22,12 @@ enum CommandBit {
     P = 16,
     D = 32,
     A = 64,
-    S = 128
-}; // read, write, watch (view), check, replay (play), demo, where (at), scan
-const int allCommands = R | W | V | C | P | D | A | S;
-const int allWithDriver = allCommands & ~A;
+    S = 128,
+    L = 256,
+    H = 512
+}; // read, write, watch (view), check, replay (play), demo, where (at), scan, log, history
+const int allCommands = R | W | V | C | P | D | A | S | L | H;
+const int allWithDriver = allCommands & ~A & ~H;
 const int allWithLink = allWithDriver & ~P;
 
 struct OptionRow {
@@ -40,12 +42,12 @@ struct OptionRow {
 // In the order of the help.
 const OptionRow optionRows[] = {
     {"controller", "HOST[:PORT]",
-     "The controller's name or address, and its TCP port when that is not 502. Needed.", R | W | V | C | S,
+     "The controller's name or address, and its TCP port when that is not 502. Needed.", R | W | V | C | L | S,
      nullptr},
     {"station", "N",
      "The station (Modbus unit) that the variables belong to, 0 to 255. Station 0 is a broadcast: it can be "
      "written, and no controller confirms it.",
-     R | W | V | C | S | P, &Settings::station},
+     R | W | V | C | L | S | P, &Settings::station},
     {"stations", "LIST",
      "Ask these stations whether they are there, for example 1-20,30; 1-247 where neither this nor an area "
      "is given. "
@@ -56,7 +58,7 @@ const OptionRow optionRows[] = {
      "Several stations share the link: a variable names its own, AREA:ADDRESS@STATION, and --station is that "
      "of the others. A station that does not answer is left alone for a while, so that the others need not "
      "wait for it.",
-     R | W | V | C | P, nullptr},
+     R | W | V | C | L | P, nullptr},
     {"vars", "FILE",
      "A list of variables, which can then be named. It is a CSV file, whose first line names the columns and "
      "each "
@@ -64,14 +66,37 @@ const OptionRow optionRows[] = {
      "but not in "
      "a write: * stands for any characters, ? for one. Where none is named all of the list are meant. What "
      "begins like AREA:ADDRESS is an address, and stands above the named ones.",
-     R | W | V | C | A | P, nullptr},
+     R | W | V | C | A | L | P, nullptr},
     {"remote", nullptr,
      "Speak remote frames instead of Modbus TCP; the controller must do so too, as plcsim --remote does.",
-     R | W | V | C | S | P, nullptr},
+     R | W | V | C | L | S | P, nullptr},
     {"port", "N", "The controller's TCP port in captured packets; a capture of plcpanel says it itself.", P,
      &Settings::port},
     {"hex", nullptr, "Print values in hexadecimal.", R | V | P, nullptr},
-    {"json", nullptr, "Print a JSON object per line.", R | W | V | C | S | A | P, nullptr},
+    {"json", nullptr, "Print a JSON object per line.", R | W | V | C | S | A | L | H | P, nullptr},
+    {"to", "FILE",
+     "The file that is written. FILE.csv has a line for each value, FILE.sqlite is a database that plcpanel "
+     "history and other programs read, also meanwhile. A log that is there goes on.",
+     L, nullptr},
+    {"every", nullptr, "Log every refresh of a variable, not only changes.", L, nullptr},
+    {"rotate-size", "SIZE",
+     "Begin a new FILE.csv before this one is longer than SIZE, e.g. 500k, 10M or 1G. The old one is renamed "
+     "after the time of its first line, as FILE-20261122-140322.csv.",
+     L, nullptr},
+    {"rotate-daily", nullptr, "Begin a new FILE.csv with the first line of each day, by local time.", L,
+     nullptr},
+    {"from", "TIME",
+     "Leave out what was before: a time like 2026-11-22T14:03:22 (local, or with Z or +01:00), a date, "
+     "today, "
+     "yesterday, or how long ago: -90s, -15m, -1h, -7d.",
+     H, nullptr},
+    {"to", "TIME", "Leave out what was then or later.", H, nullptr},
+    {"plot", nullptr,
+     "Draw each variable over time, as wide as the terminal, 80 columns elsewhere. Nothing is drawn where "
+     "there "
+     "was no fresh value.",
+     H, nullptr},
+    {"csv", nullptr, "Print what log writes to FILE.csv.", H, nullptr},
     {"names", nullptr, "Print only the names that the list has, or those that are meant, a line for each.", A,
      nullptr},
     {"verify", nullptr, "Read back what was written and confirmed, and compare it.", W, nullptr},
@@ -90,7 +115,7 @@ const OptionRow optionRows[] = {
      "Begin a refresh of all variables every so many milliseconds at most; 0: as fast as it goes. Writes go "
      "out "
      "between refreshes.",
-     V, &Settings::pollMs},
+     V | L, &Settings::pollMs},
     {"part", "K/N",
      "Refresh and show only each Nth of the block reads, from the Kth on. Several that have a part each "
      "share "
@@ -220,6 +245,35 @@ const CommandRow commandRows[] = {
      "  plcpanel where 9:100x2 0:17 8:10.3 14:200\n"
      "  plcpanel where --vars examples/machine.csv\n"
      "  plcpanel where 'drive *' --vars examples/machine.csv --json\n"},
+    {Command::Log, L, "log", "log [AREA:ADDRESS[xCOUNT]|NAME...] --to FILE",
+     "write changes to a file until Ctrl-C",
+     "Writes the values of the variables to FILE.csv or FILE.sqlite: time, name, value, unit and state, each "
+     "time\n"
+     "that they change. The time is that of the controller's reply. A value that is not read any more has a "
+     "line\n"
+     "that says so: failed, stale or station off, and not logged from the end on. Several values of one "
+     "variable\n"
+     "have names of their own, NAME[0], NAME[1] and so on.\n"
+     "\n"
+     "What is logged is on the disk within a second, also where the program is killed or the power fails. "
+     "Reading\n"
+     "the controller never waits for the disk: 200000 values may wait for it, what comes then is lost, "
+     "counted, and\n"
+     "marked in the log.\n",
+     "  plcpanel log --vars machine.csv --to machine.sqlite --controller 192.168.0.10\n"
+     "  plcpanel log 9:100x4 --to words.csv --rotate-daily --rotate-size 50M --controller 192.168.0.10\n"
+     "  plcpanel log 'drive *' --vars machine.csv --every --poll 1000 --to drive.csv --controller "
+     "192.168.0.10\n"},
+    {Command::History, H, "history", "history FILE.sqlite [NAME...]", "print or draw what log has written",
+     "Prints what was logged of the variables, by time, or the names in the file where none is given. A NAME "
+     "may\n"
+     "be a pattern, in which * stands for any characters and ? for one. A value holds until the next line of "
+     "its\n"
+     "variable. The file may be written meanwhile.\n",
+     "  plcpanel history machine.sqlite\n"
+     "  plcpanel history machine.sqlite 'drive *' --from -1h\n"
+     "  plcpanel history machine.sqlite temperature --plot --from today\n"
+     "  plcpanel history machine.sqlite temperature --csv --from 2026-11-22T14:00 --to 2026-11-22T15:00\n"},
     {Command::Replay, P, "replay", "replay FILE [AREA:ADDRESS[xCOUNT]|NAME...]",
      "show the values of a capture",
      "Plays a file that --capture wrote into the driver, without a controller, and shows the values that "
@@ -271,6 +325,18 @@ QString ownExitStatusText(std::optional<Command> command)
             "  1  no station answered, or not everything was asked or answered\n"
             "  2  nothing was tried: the command line is wrong, or the driver cannot be loaded\n"
             "  4  the controller cannot be reached\n");
+    if (*command == Command::Log)
+        return QStringLiteral("Exit status:\n"
+                              "  0  the controller has answered, and everything is in the file\n"
+                              "  1  not one value was read\n"
+                              "  2  nothing was tried: the command line, the list or the file is wrong, or "
+                              "the driver cannot be "
+                              "loaded\n");
+    if (*command == Command::History)
+        return QStringLiteral("Exit status:\n"
+                              "  0  something is shown\n"
+                              "  1  nothing was logged in this time\n"
+                              "  2  nothing is shown: the command line or the file is wrong\n");
     if (*command == Command::Replay)
         return QStringLiteral(
             "Exit status:\n"
@@ -295,6 +361,10 @@ QString ownExitStatusText(std::optional<Command> command)
 
 QString exitStatusText(std::optional<Command> command)
 {
+    if (command == Command::Log)
+        return ownExitStatusText(command) +
+               QStringLiteral("  6  values are lost, or something could not be printed or "
+                              "captured\n");
     return ownExitStatusText(command) + QStringLiteral("  6  what was to be printed could not be written, "
                                                        "whatever else was done, or a capture was not\n");
 }
@@ -339,7 +409,7 @@ QString commandHelp(const CommandRow& row)
 {
     QString text = QStringLiteral("Usage: plcpanel %1 [OPTIONS]\n\n").arg(QLatin1String(row.usage)) +
                    paragraph("", row.description);
-    if (row.command != Command::Demo)
+    if (row.command != Command::Demo && row.command != Command::History)
         text += variablesText() + QLatin1Char('\n');
     if (takesList(row.bit))
         text += listsText() + QLatin1Char('\n');
@@ -416,9 +486,13 @@ std::optional<Command> commandNamed(const QString& name)
 void addOptions(QCommandLineParser* parser, std::optional<Command> command)
 {
     const int wanted = command ? rowOf(*command).bit : allCommands;
+    QStringList names;
     for (const OptionRow& row : optionRows) {
-        if ((row.commands & wanted) != 0)
+        // Two commands have a --to of their own; where all options are wanted the first one stands for both.
+        if ((row.commands & wanted) != 0 && !names.contains(QLatin1String(row.name)))
             parser->addOption(optionOf(row));
+        if ((row.commands & wanted) != 0)
+            names << QLatin1String(row.name);
     }
     parser->addOption({{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this text.")});
     parser->addOption(

@@ -2,6 +2,7 @@
 #include "panel/commands/command_line.h"
 
 #include "capture/capture.h"
+#include "history/local_time.h"
 #include "panel/commands/command_help.h"
 #include "panel/commands/named_variables.h"
 #include "panel/commands/scan_ranges.h"
@@ -9,6 +10,9 @@
 #include "runtime/modbus/protocol.h"
 #include "runtime/model/listed_value.h"
 #include "runtime/model/printable.h"
+
+#include <QDateTime>
+#include <QRegularExpression>
 
 #include <algorithm>
 #include <stdexcept>
@@ -93,7 +97,7 @@ Settings settingsOf(const QCommandLineParser& parser, Command command, Settings 
     settings.retryLimit = numberOf(parser, "retries", 0, 1000, settings.retryLimit);
     if (command != Command::Replay)
         settings.gapMs = numberOf(parser, "gap", 0, 60000, settings.gapMs);
-    if (command == Command::Watch)
+    if (command == Command::Watch || command == Command::Log)
         setPoll(parser, &settings);
     settings.maxBlockCount =
         numberOf(parser, "max-block", smallestBlockCount, largestBlockCount, settings.maxBlockCount);
@@ -230,6 +234,7 @@ QString listedRefusal(Command command, const Variable& variable, const Settings&
     case Command::Write: // looked at when it is named: others of the list may not be for this command
         return QString();
     case Command::Watch:
+    case Command::Log:
     case Command::Check: // before a list goes live
         return cyclicRefusal(variable, settings);
     default:
@@ -364,7 +369,8 @@ void setBlockCount(const QCommandLineParser& parser, Options* options)
     if (!isGiven(parser, "max-block") && !saysBlocks(*options))
         options->settings.maxBlockCount = blockCountFor(variables);
     const QString words = blockRefusal(variables, options->settings.maxBlockCount);
-    const bool makesBlocks = options->command == Command::Watch || options->command == Command::Replay;
+    const bool makesBlocks = options->command == Command::Watch || options->command == Command::Log ||
+                             options->command == Command::Replay;
     if (makesBlocks && !words.isEmpty())
         refuse(QStringLiteral("--max-block %1: %2").arg(options->settings.maxBlockCount).arg(words));
 }
@@ -434,8 +440,78 @@ Settings capturedSettings(const Options& options)
     return options.capture ? options.capture->settings().value_or(Settings()) : Settings();
 }
 
+/// \return bytes
+qint64 rotationSize(const QString& text)
+{
+    static const QRegularExpression size(QStringLiteral("^([1-9][0-9]{0,8})([kMG])$"));
+    const QRegularExpressionMatch match = size.match(text);
+    if (!match.hasMatch())
+        refuse(QStringLiteral("--rotate-size %1: give a number with k, M or G behind it, e.g. 10M")
+                   .arg(excerpt(text)));
+    const QChar unit = match.captured(2).at(0);
+    const int shift = unit == QLatin1Char('k') ? 10 : unit == QLatin1Char('M') ? 20 : 30;
+    return match.captured(1).toLongLong() << shift;
+}
+
+void setLog(const QCommandLineParser& parser, LogOptions* log)
+{
+    if (!isGiven(parser, "to"))
+        refuse(QStringLiteral("--to is missing; say which file is written, for example --to log.sqlite"));
+    log->to = parser.value(QStringLiteral("to"));
+    const QString words = storeRefusal(log->to);
+    if (!words.isEmpty())
+        refuse(QStringLiteral("--to %1: %2").arg(excerpt(log->to), words));
+    log->every = isGiven(parser, "every");
+    log->rotation.daily = isGiven(parser, "rotate-daily");
+    if (isGiven(parser, "rotate-size"))
+        log->rotation.mostBytes = rotationSize(parser.value(QStringLiteral("rotate-size")));
+    if (isDatabasePath(log->to) && (log->rotation.daily || log->rotation.mostBytes > 0))
+        refuse(QStringLiteral(
+                   "--to %1: --rotate-size and --rotate-daily cut files of CSV; a database is one file")
+                   .arg(excerpt(log->to)));
+}
+
+std::optional<qint64> timeOf(const QCommandLineParser& parser, const char* option)
+{
+    if (!isGiven(parser, option))
+        return std::nullopt;
+    const QString text = parser.value(QLatin1String(option));
+    const auto time = parseLocalTime(text, QDateTime::currentMSecsSinceEpoch());
+    if (!time)
+        refuse(
+            QStringLiteral("--%1 %2: give %3").arg(QLatin1String(option), excerpt(text), localTimeWords()));
+    return time;
+}
+
+Options historyOptions(const QCommandLineParser& parser)
+{
+    Options options;
+    options.command = Command::History;
+    options.format = formatOf(parser);
+    HistoryOptions& history = options.history;
+    const QStringList words = parser.positionalArguments();
+    if (words.size() < 2)
+        refuse(QStringLiteral("no file is given; plcpanel history FILE.sqlite [NAME...] is expected"));
+    history.file = words.at(1);
+    history.names = words.mid(2);
+    history.fromMs = timeOf(parser, "from");
+    history.toMs = timeOf(parser, "to");
+    history.plot = isGiven(parser, "plot");
+    history.csv = isGiven(parser, "csv");
+    if (history.fromMs && history.toMs && *history.fromMs >= *history.toMs)
+        refuse(QStringLiteral("--from is not before --to"));
+    if (int(history.plot) + int(history.csv) + int(options.format == ValueFormat::Json) > 1)
+        refuse(QStringLiteral("--plot, --csv and --json exclude each other"));
+    if (history.names.isEmpty() && (history.plot || history.csv || history.fromMs || history.toMs))
+        refuse(QStringLiteral("no name is given; plcpanel history %1 prints those of the file")
+                   .arg(excerpt(history.file)));
+    return options;
+}
+
 Options optionsOf(const QCommandLineParser& parser, Command command)
 {
+    if (command == Command::History)
+        return historyOptions(parser);
     Options options;
     options.command = command;
     if (command == Command::Replay)
@@ -455,6 +531,8 @@ Options optionsOf(const QCommandLineParser& parser, Command command)
     }
     if (command == Command::Where)
         setNames(parser, &options);
+    if (command == Command::Log)
+        setLog(parser, &options.log);
     const QStringList texts = parser.positionalArguments().mid(command == Command::Replay ? 2 : 1);
     if (command == Command::Scan)
         setScan(parser, texts, &options);

@@ -5,6 +5,7 @@
 #define PANEL_COMMANDS_COMMAND_LINE_H
 
 #include "capture/capture_reader.h"
+#include "history/sample_store.h"
 #include "runtime/cycle/list_part.h"
 #include "runtime/model/settings.h"
 #include "runtime/model/value_text.h"
@@ -21,7 +22,7 @@
 namespace plc
 {
 
-enum class Command { Read, Write, Watch, Check, Scan, Where, Replay, Demo };
+enum class Command { Read, Write, Watch, Check, Scan, Where, Log, History, Replay, Demo };
 
 /// One AREA:ADDRESS=VALUE[,VALUE...] or NAME=VALUE.
 struct WriteTask {
@@ -29,6 +30,23 @@ struct WriteTask {
     Variable variable; ///< as many elements as values
     std::vector<quint32> values;
     std::optional<ListedVariable> listed; ///< the variable that is named
+};
+
+/// Of log.
+struct LogOptions {
+    QString to; ///< file that is written
+    Rotation rotation;
+    bool every = false; ///< every refresh instead of changes
+};
+
+/// Of history.
+struct HistoryOptions {
+    QString file;
+    QStringList names;            ///< or patterns of them; none: the names are asked for
+    std::optional<qint64> fromMs; ///< since 1970, UTC
+    std::optional<qint64> toMs;
+    bool plot = false;
+    bool csv = false;
 };
 
 struct Options {
@@ -50,6 +68,8 @@ struct Options {
     bool names = false;   ///< of where: only the names that are in the list
     bool dryRun = false;  ///< of write: frames are shown, and nothing is sent
     int tries = 2;        ///< of scan: how often a station is asked that does not answer
+    LogOptions log;
+    HistoryOptions history;
     int intervalMs = 500; ///< between two looks at the watched values
     ListPart part;        ///< of watch: which block reads of the list this process takes
 };

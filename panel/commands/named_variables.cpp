@@ -38,6 +38,11 @@ bool isPattern(const QString& text)
     return text.contains(QLatin1Char('*')) || text.contains(QLatin1Char('?'));
 }
 
+bool fitsPattern(const QString& name, const QString& pattern)
+{
+    return isPattern(pattern) && expressionOf(pattern).match(name).hasMatch();
+}
+
 std::vector<ListedVariable> variablesNamed(const std::vector<ListedVariable>& list, const QString& text)
 {
     const auto exact = find(list, text);

@@ -21,6 +21,9 @@ bool looksLikeAddress(const QString& text);
 /// \return true when \a text has a * or ?, which stand for any characters and for any one
 bool isPattern(const QString& text);
 
+/// \return true when \a pattern has such characters and \a name fits it
+bool fitsPattern(const QString& name, const QString& pattern);
+
 /// \return the variable that is called \a text, or else those whose names fit the pattern, in the list's order
 std::vector<ListedVariable> variablesNamed(const std::vector<ListedVariable>& list, const QString& text);
 

@@ -14,6 +14,8 @@ _plcpanel_options() {
   check) echo "--controller $station --vars --json $tries $logs $all" ;;
   scan) echo "--controller --station --stations --tries --remote --json $tries $logs $all" ;;
   where) echo "--vars --json --names $all" ;;
+  log) echo "--controller $station --vars --json --to --every --rotate-size --rotate-daily --poll $tries $logs $all" ;;
+  history) echo "--json --from --to --plot --csv $all" ;;
   replay) echo "$station --vars --port --hex --json $tries $all" ;;
   demo) echo "$tries $logs $all" ;;
   *) echo "$all" ;;
@@ -23,7 +25,8 @@ _plcpanel_options() {
 # Whether an option is followed by a value.
 _plcpanel_takes_value() {
   case $1 in
-  --controller | --station | --stations | --tries | --vars | --port | --interval | --poll | --part | --gap | --timeout | --retries | --max-block | --driver | --capture)
+  --controller | --station | --stations | --tries | --vars | --port | --interval | --poll | --part | --gap | --timeout | --retries | --max-block | --driver | --capture | \
+    --to | --from | --rotate-size)
     return 0
     ;;
   esac
@@ -64,6 +67,10 @@ _plcpanel() {
   case $before in
   --vars) _plcpanel_files csv && return ;;
   --capture) _plcpanel_files pcap jsonl && return ;;
+  --to)
+    [[ " ${COMP_WORDS[*]} " != *" log "* ]] || _plcpanel_files csv sqlite
+    return
+    ;;
   --driver) _plcpanel_files so 'so.*' && return ;;
   --controller)
     mapfile -t COMPREPLY < <(compgen -A hostname -- "$current")
@@ -75,9 +82,11 @@ _plcpanel() {
   if [[ $current == -* ]]; then
     mapfile -t COMPREPLY < <(compgen -W "$(_plcpanel_options "${words[0]}")" -- "$current")
   elif [[ ${#words[@]} == 0 ]]; then
-    mapfile -t COMPREPLY < <(compgen -W "read write watch check scan where replay demo" -- "$current")
+    mapfile -t COMPREPLY < <(compgen -W "read write watch check scan where log history replay demo" -- "$current")
   elif [[ ${words[0]} == replay && ${#words[@]} == 1 ]]; then
     _plcpanel_files pcap pcapng jsonl
+  elif [[ ${words[0]} == history && ${#words[@]} == 1 ]]; then
+    _plcpanel_files sqlite
   fi
 }
 

@@ -107,6 +107,18 @@ TEST_F(RecorderTest, SaysOnceThatAValueIsNotRead)
     EXPECT_THAT(samples, ElementsAre("100 0 7 fresh", "500 0  stale", "500 0  failed", "600 0 7 fresh"));
 }
 
+TEST_F(RecorderTest, SaysThatAValueCouldNotBeReadFromTheBeginning)
+{
+    const auto log = recorder();
+    CyclicValue unread = value({0}, -1, ValueState::NeverRead);
+    log->take(0, unread);
+    unread.failure = plc::Failure(plc::FailureKind::NotConnected);
+    log->take(0, unread);
+    EXPECT_THAT(samples, ElementsAre("500 0  failed"));
+    EXPECT_EQ(1, log->failed());
+    EXPECT_FALSE(log->hasAnswers());
+}
+
 TEST_F(RecorderTest, TakesAWrittenValueWhenTheControllerSaysIt)
 {
     const auto log = recorder();

@@ -20,7 +20,8 @@ const int lookMs = 20;
 
 QStringList withDriver(const QStringList& arguments)
 {
-    const bool needsNone = arguments.value(0) == QLatin1String("where");
+    const QString command = arguments.value(0);
+    const bool needsNone = command == QLatin1String("where") || command == QLatin1String("history");
     if (needsNone || arguments.contains(QStringLiteral("--driver")))
         return arguments;
     return arguments + QStringList{QStringLiteral("--driver"), QString::fromUtf8(builtDriver())};

@@ -124,7 +124,7 @@ TEST(CompletionOfPlcpanel, OffersTheCommandsBehindASwitchButNotBehindAnOptionTha
 TEST(CompletionOfPlcpanel, OffersFilesOfTheRightKind)
 {
     const QTemporaryDir folder;
-    for (const char* name : {"a.csv", "b.pcap", "c.jsonl", "d.txt", "e.pcapng", "libplcdriver.so"}) {
+    for (const char* name : {"a.csv", "b.pcap", "c.jsonl", "d.txt", "e.pcapng", "libplcdriver.so", "f.sqlite"}) {
         QFile file(folder.filePath(QLatin1String(name)));
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     }
@@ -135,6 +135,9 @@ TEST(CompletionOfPlcpanel, OffersFilesOfTheRightKind)
     EXPECT_THAT(files("read --capture "), ElementsAre("b.pcap", "c.jsonl"));
     EXPECT_THAT(files("replay "), UnorderedElementsAre("b.pcap", "c.jsonl", "e.pcapng"));
     EXPECT_THAT(files("replay b.pcap "), IsEmpty());
+    EXPECT_THAT(files("log --to "), ElementsAre("a.csv", "f.sqlite"));
+    EXPECT_THAT(files("history "), ElementsAre("f.sqlite"));
+    EXPECT_THAT(files("history f.sqlite --to "), IsEmpty());
     EXPECT_THAT(files("read --driver "), ElementsAre("libplcdriver.so"));
 }
 
