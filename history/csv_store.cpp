@@ -76,7 +76,7 @@ void CsvStore::takeOver()
         refuseFile(m_file.errorString());
 }
 
-SampleStore::Written CsvStore::write(const std::vector<Sample>& samples)
+SampleStore::Written CsvStore::write(const std::vector<LogSample>& samples)
 {
     Written result;
     QByteArray lines;
@@ -90,7 +90,7 @@ SampleStore::Written CsvStore::write(const std::vector<Sample>& samples)
         lines.clear();
         return result.error.isEmpty();
     };
-    for (const Sample& sample : samples) {
+    for (const LogSample& sample : samples) {
         const QByteArray line = lineOf(sample);
         if (isFull(lines.size() + line.size(), sample)) {
             if (!flush())
@@ -111,7 +111,7 @@ SampleStore::Written CsvStore::write(const std::vector<Sample>& samples)
 void CsvStore::idle(qint64) {}
 
 /// \param bytes that are to be added
-bool CsvStore::isFull(qint64 bytes, const Sample& sample) const
+bool CsvStore::isFull(qint64 bytes, const LogSample& sample) const
 {
     if (m_firstTime.isEmpty())
         return false;
@@ -175,7 +175,7 @@ QString CsvStore::freeName() const
     return name;
 }
 
-QByteArray CsvStore::lineOf(const Sample& sample) const
+QByteArray CsvStore::lineOf(const LogSample& sample) const
 {
     return csvLine(m_series[static_cast<std::size_t>(sample.series)], sample.timeMs, sample.state,
                    sample.text);

@@ -25,7 +25,7 @@ public:
     /// Goes on behind the lines of a file that is there. Half a line at its end, which a process leaves that was
     /// killed, is cut off.
     void open(const std::vector<Series>& series) override;
-    Written write(const std::vector<Sample>& samples) override;
+    Written write(const std::vector<LogSample>& samples) override;
     void idle(qint64 nowMs) override;
 
 private:
@@ -34,8 +34,8 @@ private:
     QString append(const QByteArray& lines);
     QString rotate();
     QString freeName() const;
-    bool isFull(qint64 bytes, const Sample& sample) const;
-    QByteArray lineOf(const Sample& sample) const;
+    bool isFull(qint64 bytes, const LogSample& sample) const;
+    QByteArray lineOf(const LogSample& sample) const;
 
     const Rotation m_rotation;
     QFile m_file;

@@ -91,8 +91,8 @@ void Recorder::take(int index, const CyclicValue& value)
     for (int at = 0; at < entry.count; ++at) {
         if (isFresh && value.readAtMs < m_tracks[static_cast<std::size_t>(entry.firstSeries + at)].answeredMs)
             continue;
-        const Sample sample{entry.firstSeries + at, isFresh ? value.readAtMs : m_clock(), *state,
-                            isFresh ? words.value(at) : QString()};
+        const LogSample sample{entry.firstSeries + at, isFresh ? value.readAtMs : m_clock(), *state,
+                               isFresh ? words.value(at) : QString()};
         if (isNews(m_tracks[static_cast<std::size_t>(sample.series)], sample))
             record(sample);
     }
@@ -146,7 +146,7 @@ QStringList Recorder::texts(const Entry& entry, const CyclicValue& value) const
     return words;
 }
 
-bool Recorder::isNews(const Track& track, const Sample& sample) const
+bool Recorder::isNews(const Track& track, const LogSample& sample) const
 {
     if (track.lostMs)
         return true;
@@ -157,7 +157,7 @@ bool Recorder::isNews(const Track& track, const Sample& sample) const
     return sample.text != track.text || (m_what == What::Refreshes && sample.timeMs != track.answeredMs);
 }
 
-void Recorder::record(const Sample& sample)
+void Recorder::record(const LogSample& sample)
 {
     Track& track = m_tracks[static_cast<std::size_t>(sample.series)];
     if (track.lostMs) {

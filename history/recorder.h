@@ -41,7 +41,7 @@ public:
 
     /// \return false when the sample found no room. Then the recorder says so in the series as soon as there is some
     ///         (SampleState::Lost), and gives the value again.
-    using Sink = std::function<bool(const Sample& sample)>;
+    using Sink = std::function<bool(const LogSample& sample)>;
 
     /// \return ms since 1970, UTC
     using WallClock = std::function<qint64()>;
@@ -77,8 +77,8 @@ private:
     };
 
     QStringList texts(const Entry& entry, const CyclicValue& value) const;
-    bool isNews(const Track& track, const Sample& sample) const;
-    void record(const Sample& sample);
+    bool isNews(const Track& track, const LogSample& sample) const;
+    void record(const LogSample& sample);
 
     const What m_what;
     const Sink m_sink;

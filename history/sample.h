@@ -32,7 +32,7 @@ struct Series {
 };
 
 /// A value holds until the next sample of its series. Only Fresh ones have a text.
-struct Sample {
+struct LogSample {
     int series = 0;    ///< index into the log's series
     qint64 timeMs = 0; ///< since 1970, UTC, by the system's clock
     SampleState state = SampleState::Fresh;

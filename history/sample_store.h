@@ -33,7 +33,7 @@ public:
     };
 
     /// When it returns, what was written is handed to the disk (fsync), no half sample is in the file.
-    virtual Written write(const std::vector<Sample>& samples) = 0;
+    virtual Written write(const std::vector<LogSample>& samples) = 0;
 
     /// Nothing was to be written; called again and again. \param nowMs since 1970, UTC
     virtual void idle(qint64 nowMs) = 0;

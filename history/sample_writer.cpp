@@ -36,7 +36,7 @@ void SampleWriter::start(const std::vector<Series>& series)
     }
 }
 
-bool SampleWriter::add(const Sample& sample)
+bool SampleWriter::add(const LogSample& sample)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (!m_runs || m_queue.size() + m_inBatch >= m_limits.queued) {
@@ -123,7 +123,8 @@ void SampleWriter::writeBatch()
 {
     const SampleStore::Written result = m_store->write(m_batch);
     const auto end = m_batch.begin() + static_cast<std::ptrdiff_t>(result.count);
-    const std::vector<Sample> written(std::make_move_iterator(m_batch.begin()), std::make_move_iterator(end));
+    const std::vector<LogSample> written(std::make_move_iterator(m_batch.begin()),
+                                         std::make_move_iterator(end));
     m_batch.erase(m_batch.begin(), end);
     {
         const std::lock_guard<std::mutex> lock(m_mutex);

@@ -37,7 +37,7 @@ class SampleWriter
 {
 public:
     /// Told on the writer's thread of samples that are in the file now. It should not wait.
-    using WrittenListener = std::function<void(const std::vector<Sample>& samples)>;
+    using WrittenListener = std::function<void(const std::vector<LogSample>& samples)>;
 
     explicit SampleWriter(std::unique_ptr<SampleStore> store, const WriterLimits& limits = WriterLimits());
     ~SampleWriter(); ///< stops
@@ -53,7 +53,7 @@ public:
 
     /// Any thread, without waiting for the disk.
     /// \return false when there is no room, or it does not run: the sample is lost and counted
-    bool add(const Sample& sample);
+    bool add(const LogSample& sample);
 
     /// Writes what is there and ends the thread. Once stopped, stays stopped.
     void stop();
@@ -73,12 +73,12 @@ private:
     std::unique_ptr<SampleStore> m_store;
     const WriterLimits m_limits;
     WrittenListener m_written;
-    std::vector<Sample> m_batch; // of the writer's thread: what is being written
+    std::vector<LogSample> m_batch; // of the writer's thread: what is being written
     std::thread m_thread;
 
     mutable std::mutex m_mutex;
     std::condition_variable m_wake;
-    std::vector<Sample> m_queue;
+    std::vector<LogSample> m_queue;
     std::size_t m_inBatch = 0; // samples that are taken from the queue and not yet in the file
     bool m_runs = false;
     bool m_ends = false;

@@ -75,7 +75,7 @@ void SqliteStore::endOpenSeries()
         execute(&last, {id});
         if (!last.next() || last.value(1).toInt() == static_cast<int>(SampleState::NotLogged))
             continue;
-        Sample end;
+        LogSample end;
         end.timeMs = std::max(m_aliveMs, last.value(0).toLongLong());
         end.state = SampleState::NotLogged;
         last.finish();
@@ -99,13 +99,13 @@ void SqliteStore::addSeries(const std::vector<Series>& series)
     }
 }
 
-SampleStore::Written SqliteStore::write(const std::vector<Sample>& samples)
+SampleStore::Written SqliteStore::write(const std::vector<LogSample>& samples)
 {
     Written result;
     try {
         m_file->begin();
         qint64 newest = m_aliveMs;
-        for (const Sample& sample : samples) {
+        for (const LogSample& sample : samples) {
             const Row& row = m_rows[static_cast<std::size_t>(sample.series)];
             insert(row.id, sample, row.isText);
             newest = std::max(newest, sample.timeMs);
@@ -133,7 +133,7 @@ void SqliteStore::idle(qint64 nowMs)
     m_aliveMs = nowMs;
 }
 
-void SqliteStore::insert(int variable, const Sample& sample, bool isText)
+void SqliteStore::insert(int variable, const LogSample& sample, bool isText)
 {
     StoredValue stored{QVariant(QVariant::LongLong), QVariant(QVariant::String)};
     if (sample.state == SampleState::Fresh)

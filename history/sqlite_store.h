@@ -27,13 +27,13 @@ public:
     void open(const std::vector<Series>& series) override;
 
     /// In one transaction: all of \a samples or none.
-    Written write(const std::vector<Sample>& samples) override;
+    Written write(const std::vector<LogSample>& samples) override;
     void idle(qint64 nowMs) override;
 
 private:
     void endOpenSeries();
     void addSeries(const std::vector<Series>& series);
-    void insert(int variable, const Sample& sample, bool isText);
+    void insert(int variable, const LogSample& sample, bool isText);
 
     struct Row {
         int id;

@@ -57,10 +57,10 @@ void refuseDoubles(const std::vector<Series>& series)
 class Unprinted
 {
 public:
-    void add(const std::vector<Sample>& samples)
+    void add(const std::vector<LogSample>& samples)
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        for (const Sample& sample : samples) {
+        for (const LogSample& sample : samples) {
             if (m_samples.size() < mostUnprinted)
                 m_samples.push_back(sample);
             else
@@ -68,7 +68,7 @@ public:
         }
     }
 
-    std::vector<Sample> take()
+    std::vector<LogSample> take()
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         return std::exchange(m_samples, {});
@@ -82,7 +82,7 @@ public:
 
 private:
     mutable std::mutex m_mutex;
-    std::vector<Sample> m_samples;
+    std::vector<LogSample> m_samples;
     qint64 m_passedOver = 0;
 };
 
@@ -130,7 +130,7 @@ public:
           m_recorder(
               recordedVariables(options),
               options.log.every ? Recorder::What::Refreshes : Recorder::What::Changes,
-              [this](const Sample& sample) { return m_writer.add(sample); }, wallClock),
+              [this](const LogSample& sample) { return m_writer.add(sample); }, wallClock),
           m_session(options.settings, listeners())
     {
     }
@@ -176,7 +176,7 @@ private:
     {
         refuseDoubles(m_series);
         if (m_options.format == ValueFormat::Json)
-            m_writer.setListener([this](const std::vector<Sample>& samples) { m_unprinted.add(samples); });
+            m_writer.setListener([this](const std::vector<LogSample>& samples) { m_unprinted.add(samples); });
         try {
             m_writer.start(m_series);
         } catch (const std::runtime_error& error) {
@@ -239,12 +239,12 @@ private:
 
     void printLogged()
     {
-        const std::vector<Sample> samples = m_unprinted.take();
+        const std::vector<LogSample> samples = m_unprinted.take();
         if (samples.empty())
             return;
         m_progress.clear();
         QString lines;
-        for (const Sample& sample : samples)
+        for (const LogSample& sample : samples)
             lines += sampleJson(m_series[static_cast<std::size_t>(sample.series)], sample.timeMs,
                                 sample.state, sample.text);
         print(lines);

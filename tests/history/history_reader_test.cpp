@@ -23,7 +23,7 @@ class HistoryReaderTest : public test::LogFiles
 {
 protected:
     /// Writes \a samples to a.sqlite.
-    void write(const std::vector<plc::Sample>& samples) const
+    void write(const std::vector<plc::LogSample>& samples) const
     {
         EXPECT_EQ(samples.size(), opened("a.sqlite")->write(samples).count);
     }

@@ -94,17 +94,20 @@ protected:
         return "";
     }
 
-    static plc::Sample speed(qint64 ms, const char* text)
+    static plc::LogSample speed(qint64 ms, const char* text)
     {
         return {0, noon + ms, plc::SampleState::Fresh, QString::fromLatin1(text)};
     }
 
-    static plc::Sample recipe(qint64 ms, const char* text)
+    static plc::LogSample recipe(qint64 ms, const char* text)
     {
         return {1, noon + ms, plc::SampleState::Fresh, QString::fromUtf8(text)};
     }
 
-    static plc::Sample speedIs(plc::SampleState state, qint64 ms) { return {0, noon + ms, state, QString()}; }
+    static plc::LogSample speedIs(plc::SampleState state, qint64 ms)
+    {
+        return {0, noon + ms, state, QString()};
+    }
 
     const QTemporaryDir folder;
 };

@@ -9,9 +9,9 @@ namespace
 {
 
 using plc::CyclicValue;
+using plc::LogSample;
 using plc::RecordedVariable;
 using plc::Recorder;
-using plc::Sample;
 using plc::SampleState;
 using plc::ValueState;
 using testing::ElementsAre;
@@ -37,7 +37,7 @@ protected:
     {
         return std::make_unique<Recorder>(
             variables(), what,
-            [this](const Sample& sample) {
+            [this](const LogSample& sample) {
                 if (room == 0)
                     return false;
                 --room;

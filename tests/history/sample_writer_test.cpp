@@ -32,7 +32,7 @@ class StoreOnDisk : public plc::SampleStore
 public:
     explicit StoreOnDisk(Disk* disk) : m_disk(disk) {}
     void open(const std::vector<plc::Series>&) override {}
-    Written write(const std::vector<plc::Sample>& samples) override
+    Written write(const std::vector<plc::LogSample>& samples) override
     {
         ++m_disk->tries;
         test::eventually([this] { return !m_disk->waits; });
