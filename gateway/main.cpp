@@ -4,6 +4,7 @@
 #include "gateway/journal/journal.h"
 #include "gateway/options/gateway_options.h"
 #include "gateway/service/gateway_service.h"
+#include "gateway/status/status_command.h"
 #include "runtime/host/driver_path.h"
 
 #include <QCoreApplication>
@@ -31,24 +32,57 @@ void blockSignals()
     std::signal(SIGPIPE, SIG_IGN);
 }
 
+/// Leaves the other parts of the list to other processes.
+void keepPart(GatewayOptions* options)
+{
+    if (options->part.parts == 1)
+        return;
+    std::vector<Variable> elements;
+    for (const ListedVariable& listed : options->variables)
+        elements.push_back(listed.elements);
+    std::vector<ListedVariable> kept;
+    for (const std::size_t index : variablesOfPart(options->part, elements, options->controller))
+        kept.push_back(options->variables[index]);
+    if (kept.empty())
+        throw std::runtime_error(
+            "--part: this part is empty, because the list takes fewer block reads than there "
+            "are parts; give fewer parts");
+    options->variables = kept;
+}
+
 int run(GatewayOptions options)
 {
     if (options.checkOnly)
         return 0;
     if (options.controller.driverPath.isEmpty())
         options.controller.driverPath = findDriver(QCoreApplication::applicationDirPath());
+    keepPart(&options);
     runGateway(options);
     return 0;
 }
 
+bool print(const QString& words)
+{
+    const QByteArray text = words.toUtf8();
+    const auto size = static_cast<std::size_t>(text.size());
+    return std::fwrite(text.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0;
+}
+
+int showStatus(const GatewayLine& line)
+{
+    const StatusReport report = statusOf(line.names, line.isJson);
+    const bool isShown = print(report.text);
+    for (const QString& error : report.errors)
+        tell(Weight::Error, error);
+    return isShown && report.errors.isEmpty() ? 0 : failed;
+}
+
 int obey(const GatewayLine& line)
 {
-    if (line.wish == GatewayLine::ShowText) {
-        const QByteArray text = line.text.toUtf8();
-        const auto size = static_cast<std::size_t>(text.size());
-        return std::fwrite(text.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0 ? 0
-                                                                                                  : failed;
-    }
+    if (line.wish == GatewayLine::ShowText)
+        return print(line.text) ? 0 : failed;
+    if (line.wish == GatewayLine::ShowStatus)
+        return showStatus(line);
     if (line.wish == GatewayLine::Refuse) {
         tell(Weight::Error, line.text);
         return wrongOptions;

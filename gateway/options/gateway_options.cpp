@@ -178,11 +178,30 @@ void refuseOfOther(const GivenOptions& options, const char* format, std::initial
     }
 }
 
+void setPart(const GivenOptions& options, GatewayOptions* result)
+{
+    const QString text = given(options, "part");
+    if (text.isEmpty())
+        return;
+    QString error;
+    const std::optional<ListPart> part = parseListPart(text, &error);
+    if (!part)
+        refuse(QStringLiteral("--part: ") + error);
+    result->part = *part;
+}
+
+/// No two parts of a list have the same.
+QString defaultPrefix(const GatewayOptions& options)
+{
+    const QString prefix = QStringLiteral("plc/") + options.controller.host;
+    return options.part.parts == 1 ? prefix : prefix + QStringLiteral("/%1").arg(options.part.number);
+}
+
 void setJson(const GivenOptions& options, GatewayOptions* result)
 {
     result->prefix = given(options, "prefix");
     if (result->prefix.isEmpty())
-        result->prefix = QStringLiteral("plc/") + result->controller.host;
+        result->prefix = defaultPrefix(*result);
     const bool isLevelled = !result->prefix.startsWith(QLatin1Char('/')) &&
                             !result->prefix.endsWith(QLatin1Char('/')) &&
                             !result->prefix.startsWith(QLatin1Char('$'));
@@ -255,6 +274,7 @@ GatewayOptions optionsOf(const GivenOptions& options)
     GatewayOptions result;
     setController(options, &result.controller);
     setBroker(options, &result.broker);
+    setPart(options, &result);
     setFormat(options, &result);
     setNumbers(options, &result);
     setState(options, &result);
@@ -263,6 +283,15 @@ GatewayOptions optionsOf(const GivenOptions& options)
     result.allowWrites = isOn(options, "allow-writes");
     result.checkOnly = isOn(options, "check");
     return result;
+}
+
+GatewayLine statusWish(const QCommandLineParser& parser)
+{
+    GatewayLine line;
+    line.wish = GatewayLine::ShowStatus;
+    line.names = parser.positionalArguments();
+    line.isJson = parser.isSet(QStringLiteral("json"));
+    return line;
 }
 
 GivenOptions givenOnLine(const QCommandLineParser& parser)
@@ -300,9 +329,17 @@ GivenOptions withConfig(GivenOptions onLine)
     return onLine;
 }
 
+GatewayLine spoken(GatewayLine::Wish wish, const QString& text)
+{
+    GatewayLine line;
+    line.wish = wish;
+    line.text = text;
+    return line;
+}
+
 GatewayLine refusal(const QString& message)
 {
-    return {GatewayLine::Refuse, {}, message + QStringLiteral("\nplcgateway --help explains the options.")};
+    return spoken(GatewayLine::Refuse, message + QStringLiteral("\nplcgateway --help explains the options."));
 }
 
 } // namespace
@@ -314,14 +351,21 @@ GatewayLine parseGatewayLine(const QStringList& arguments)
     if (!parser.parse(arguments))
         return refusal(excerpt(parser.errorText()));
     if (parser.isSet(QStringLiteral("version")))
-        return {GatewayLine::ShowText, {}, QStringLiteral("plcgateway " PLCGATEWAY_VERSION "\n")};
+        return spoken(GatewayLine::ShowText, QStringLiteral("plcgateway " PLCGATEWAY_VERSION "\n"));
     if (parser.isSet(QStringLiteral("help")))
-        return {GatewayLine::ShowText, {}, gatewayHelp()};
+        return spoken(GatewayLine::ShowText, gatewayHelp());
+    if (parser.isSet(QStringLiteral("status")))
+        return statusWish(parser);
+    if (parser.isSet(QStringLiteral("json")))
+        return refusal(
+            QStringLiteral("--json says how --status is shown; what is published is --format json"));
     if (!parser.positionalArguments().isEmpty())
         return refusal(QStringLiteral("\"%1\" is no option; all of them begin with --")
                            .arg(excerpt(parser.positionalArguments().first())));
     try {
-        return {GatewayLine::Run, optionsOf(withConfig(givenOnLine(parser))), {}};
+        GatewayLine line;
+        line.options = optionsOf(withConfig(givenOnLine(parser)));
+        return line;
     } catch (const std::invalid_argument& error) {
         return refusal(QString::fromStdString(error.what()));
     }

@@ -4,6 +4,7 @@
 #ifndef GATEWAY_OPTIONS_GATEWAY_OPTIONS_H
 #define GATEWAY_OPTIONS_GATEWAY_OPTIONS_H
 
+#include "runtime/cycle/list_part.h"
 #include "runtime/model/settings.h"
 #include "runtime/model/variable_list.h"
 
@@ -52,13 +53,16 @@ struct GatewayOptions {
     int spoolHours = 168;
     bool allowWrites = false;
     bool checkOnly = false;
+    ListPart part; ///< of the list: which block reads are this process's
 };
 
 struct GatewayLine {
-    enum Wish { Run, ShowText, Refuse };
+    enum Wish { Run, ShowText, ShowStatus, Refuse };
     Wish wish = Run;
     GatewayOptions options;
-    QString text; ///< help or version to show, or what is wrong and what to do
+    QStringList names;   ///< of gateways that are asked for their status; none: all
+    bool isJson = false; ///< in which form it is shown
+    QString text;        ///< help or version to show, or what is wrong and what to do
 };
 
 /// Reads the arguments, the program's name first, the configuration file that they name, and the list of

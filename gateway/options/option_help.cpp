@@ -20,7 +20,7 @@ const char introduction[] =
     "    --prefix plant/line1 --state /var/lib/plcgateway/line1\n"
     "  plcgateway --controller 127.0.0.1:1502 --vars examples/machine.csv --broker 127.0.0.1 \\\n"
     "    --format sparkplug --group plant --node line1 --state /tmp/line1\n"
-    "  plcgateway --config /etc/plcgateway/line1.conf --check\n\n";
+    "  plcgateway --config /etc/plcgateway/line1.ini --check\n\n";
 
 QString defaultOf(const GatewayOptionRow& row)
 {

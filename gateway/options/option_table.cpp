@@ -67,6 +67,12 @@ void addControllerRows(std::vector<GatewayOptionRow>* rows)
                 "A value that was not refreshed for so many milliseconds is stale; default is 2000 more than "
                 "--poll.",
                 "5000"),
+         text("part", "K/N",
+              "Publish only the variables of each Nth block read, from the Kth on. Several processes share "
+              "the list "
+              "of one slow controller so, each with a connection, a --state and a --prefix or --node of its "
+              "own.",
+              "1/4"),
          file("driver",
               "The driver library; default is libplcdriver.so beside this program, one directory up, or "
               "where the system looks for libraries.",
@@ -132,6 +138,13 @@ void addFormatRows(std::vector<GatewayOptionRow>* rows)
               "it nobody writes anything."),
          flag("check", "Read configuration, list and files, say what is wrong with them, and end.")});
     rows->back().onlyOnLine = true;
+    rows->push_back(flag("status",
+                         "Say how running gateways are, and end: those that are named (plcgateway --status "
+                         "line1), by systemd's instance or by the folder of their --state; or all that "
+                         "systemd started."));
+    rows->back().onlyOnLine = true;
+    rows->push_back(flag("json", "With --status: a JSON object a line."));
+    rows->back().onlyOnLine = true;
 }
 
 std::vector<GatewayOptionRow> makeRows()
@@ -143,7 +156,7 @@ std::vector<GatewayOptionRow> makeRows()
     rows.push_back(file("config",
                         "Read options from this file: a line NAME = VALUE for each, the names being those of "
                         "the options. The command line goes before it.",
-                        "/etc/plcgateway/line1.conf"));
+                        "/etc/plcgateway/line1.ini"));
     rows.back().onlyOnLine = true;
     return rows;
 }

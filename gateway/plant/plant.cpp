@@ -2,6 +2,7 @@
 #include "gateway/plant/plant.h"
 
 #include "gateway/plant/sample_of.h"
+#include "runtime/cycle/exchange_record.h"
 #include "runtime/modbus/request_pieces.h"
 #include "runtime/model/clock.h"
 
@@ -47,6 +48,14 @@ Plant::Plant(const GatewayOptions& options, SampleSink sink)
     }
     m_runtime.setValueObserver(
         [this](int index, const CyclicValue& value) { observe(static_cast<std::size_t>(index), value); });
+    m_runtime.setObserver([this](const ExchangeRecord& record) { note(record); });
+}
+
+/// On the thread that polls.
+void Plant::note(const ExchangeRecord& record)
+{
+    if (record.result == PLC_DONE && record.exchange.sent)
+        m_lastReplyAt = QDateTime::currentMSecsSinceEpoch();
 }
 
 void Plant::start()
@@ -134,6 +143,7 @@ void Plant::addFigures(GatewayFigures* figures) const
     figures->controllerConnected = link.connected;
     figures->controllerError = link.connected ? QString() : link.lastError;
     figures->refreshesPerSecond = statistics.passesPerSecond;
+    figures->lastReplyAt = m_lastReplyAt;
     figures->requests = statistics.exchanges;
     figures->retries = statistics.retried;
     figures->failures = statistics.failed;

@@ -9,6 +9,7 @@
 #include "gateway/values/change_filter.h"
 #include "runtime/cycle/runtime.h"
 
+#include <atomic>
 #include <functional>
 #include <mutex>
 #include <vector>
@@ -39,12 +40,16 @@ public:
 
     void write(std::size_t variable, const std::vector<quint32>& elements, const WriteDone& done);
 
+    /// \return Runtime::rounds()
+    quint32 rounds() const { return m_runtime.rounds(); }
+
     /// Fills in what is the controller's.
     void addFigures(GatewayFigures* figures) const;
 
 private:
     using Batch = std::vector<Sample>;
 
+    void note(const ExchangeRecord& record);
     void observe(std::size_t variable, const CyclicValue& value);
     void hold(int station, Batch* batch);
     void offer(std::size_t variable, const CyclicValue& value, Batch* batch);
@@ -58,6 +63,8 @@ private:
     std::vector<qint64>
         m_goodAfter;        // by variable: what was read before is not good any more (ms since 1970 UTC)
     std::size_t m_held = 0; // variables that were read last before that
+
+    std::atomic<qint64> m_lastReplyAt{-1};
 
     Runtime m_runtime; // last: its thread uses all of the above
 };

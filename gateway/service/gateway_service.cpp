@@ -5,6 +5,7 @@
 #include "gateway/journal/journal.h"
 #include "gateway/json/json_publisher.h"
 #include "gateway/plant/plant.h"
+#include "gateway/service/service_report.h"
 #include "gateway/service/spool_backlog.h"
 #include "gateway/service/wake.h"
 #include "runtime/link/reconnect_pause.h"
@@ -76,6 +77,8 @@ public:
         m_wasBusy = true;
     }
 
+    bool isUp() const { return m_isUp; }
+
     void connected(const BrokerSettings& broker)
     {
         tell(Weight::Notice,
@@ -146,6 +149,7 @@ private:
     std::unique_ptr<Publisher> m_publisher;
     MosquittoBroker m_broker;
     Reconnecting m_reconnecting;
+    ServiceReport m_report;
     long m_connections = 0;
 };
 
@@ -164,7 +168,8 @@ Service::Service(const GatewayOptions& options)
           [this] { m_wake.wake(); }),
       m_publisher(std::make_unique<JsonPublisher>(options.prefix, options.variables, options.figuresSeconds,
                                                   &m_backlog, &m_writes)),
-      m_broker(options.broker, clientIdOf(options), this), m_reconnecting(&m_broker, m_publisher.get())
+      m_broker(options.broker, clientIdOf(options), this), m_reconnecting(&m_broker, m_publisher.get()),
+      m_report(options)
 {
 }
 
@@ -187,6 +192,10 @@ void Service::run()
 {
     openSpool();
     m_plant.start();
+    const QString words = m_report.open();
+    if (!words.isEmpty())
+        tell(Weight::Warning, words);
+    m_report.ready();
     do {
         work();
     } while (wait(lookPeriodMs));
@@ -209,7 +218,11 @@ void Service::work()
     m_reconnecting.look();
     m_broker.serve();
     m_plant.look();
-    m_publisher->work(figures());
+    const GatewayFigures now = figures();
+    m_publisher->work(now);
+    m_report.look(m_plant.rounds());
+    if (m_report.isDue())
+        m_report.tell(now);
 }
 
 GatewayFigures Service::figures() const
@@ -219,6 +232,10 @@ GatewayFigures Service::figures() const
     const SpoolFigures spool = m_spool.figures();
     figures.waiting = spool.depth;
     figures.dropped = spool.dropped;
+    figures.spoolBytes = spool.bytes;
+    figures.spoolProblem = spool.problem;
+    figures.brokerConnected = m_reconnecting.isUp();
+    figures.brokerError = m_broker.lastError();
     figures.oldestMs = spool.oldestAt < 0 ? -1 : QDateTime::currentMSecsSinceEpoch() - spool.oldestAt;
     figures.brokerConnections = m_connections;
     figures.published = m_publisher->published();
@@ -228,6 +245,7 @@ GatewayFigures Service::figures() const
 /// What the broker has not taken by then waits for the next start.
 void Service::leave()
 {
+    m_report.stopping();
     m_plant.stop();
     const Clock::time_point since = Clock::now();
     const auto serveWhile = [&](auto condition) {

@@ -18,12 +18,17 @@ struct GatewayFigures {
     double refreshesPerSecond = 0;
     long requests = 0; ///< frames that went to the controller
     long retries = 0;
-    long failures = 0;          ///< requests given up
-    double roundTripMs = 0;     ///< of the controller's replies, on average
+    long failures = 0;       ///< requests given up
+    double roundTripMs = 0;  ///< of the controller's replies, on average
+    qint64 lastReplyAt = -1; ///< when the controller's last good reply came, in ms since 1970 UTC; -1: never
+    bool brokerConnected = false;
+    QString brokerError;        ///< why there is no connection
     long brokerConnections = 0; ///< one more with each connection that the broker took
     quint64 waiting = 0;        ///< values that the broker has not acknowledged
     quint64 dropped = 0;        ///< values that went because there were too many, or they were too old
     qint64 oldestMs = -1;       ///< how long the oldest of them has waited; -1 when none waits
+    qint64 spoolBytes = 0;      ///< that the waiting values take on disk
+    QString spoolProblem;       ///< why they cannot be kept there
     long published = 0;         ///< values that were handed to the connection, those sent again included
 };
 

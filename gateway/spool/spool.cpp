@@ -338,6 +338,7 @@ SpoolFigures Spool::Private::figures() const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     SpoolFigures figures;
+    figures.newest = next() - 1;
     figures.depth = m_recent.size() + waitingOnDisk();
     figures.bytes = m_chunkBytes;
     const auto oldest = chunkAt(m_marks.done + 1);

@@ -33,6 +33,7 @@ struct SpoolFigures {
     quint64 depth = 0;    ///< samples that wait for their acknowledgement
     qint64 bytes = 0;     ///< that those on disk take, about
     quint64 dropped = 0;  ///< samples, since the file was made
+    quint64 newest = 0;   ///< sequence number of the sample that was appended last; 0: none ever was
     qint64 oldestAt = -1; ///< since when the oldest waits, in ms since 1970 UTC; -1: none waits
     QString problem;      ///< why samples cannot be kept on disk; empty: they can
 };

@@ -94,6 +94,24 @@ TEST_F(GatewayOptions, OfTheOtherFormatAreRefused)
     EXPECT_THAT(refusal(parse("--format xml")), HasSubstr("json or sparkplug"));
 }
 
+TEST_F(GatewayOptions, OfTwoPartsOfAListDoNotPublishToTheSameTopics)
+{
+    EXPECT_EQ(parse("--format json --part 2/4").options.prefix.toStdString(), "plc/10.0.0.1/2");
+    EXPECT_EQ(parse("--format json --part 2/4 --prefix a").options.prefix.toStdString(), "a");
+    EXPECT_THAT(refusal(parse("--format json --part 5/4")),
+                HasSubstr("--part: \"5/4\" is no part of a list"));
+}
+
+TEST_F(GatewayOptions, AreNotNeededToAskForTheStatusOfOthers)
+{
+    const auto line = plc::parseGatewayLine({QStringLiteral("plcgateway"), QStringLiteral("--status"),
+                                             QStringLiteral("line1"), QStringLiteral("--json")});
+    EXPECT_EQ(line.wish, GatewayLine::ShowStatus);
+    EXPECT_EQ(line.names, QStringList{QStringLiteral("line1")});
+    EXPECT_TRUE(line.isJson);
+    EXPECT_THAT(refusal(parse("--format json --json")), HasSubstr("--json says how --status is shown"));
+}
+
 TEST_F(GatewayOptions, TakeALoginThatNobodyElseCanRead)
 {
     write("login", "anna\nsecret word\n");
