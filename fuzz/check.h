@@ -10,13 +10,21 @@
 namespace fuzz
 {
 
-/// Ends the program with \a promise, which was broken, unless it \a holds. The fuzzer then keeps the input.
-inline void check(bool holds, const char* promise)
+/// Ends the program. The fuzzer then keeps the input.
+[[noreturn]] inline void abortOverPromise(const char* promise)
 {
-    if (holds)
-        return;
     std::fprintf(stderr, "broken promise: %s\n", promise);
     std::abort();
+}
+
+/// What is done about a broken promise. It does not return: it ends the program or throws.
+inline void (*onBrokenPromise)(const char* promise) = abortOverPromise;
+
+/// Says \a promise, which was broken, unless it \a holds.
+inline void check(bool holds, const char* promise)
+{
+    if (!holds)
+        onBrokenPromise(promise);
 }
 
 } // namespace fuzz

@@ -45,7 +45,6 @@ CheckedDriver::CheckedDriver(const COMINFO& settings, bool careful)
 
 CheckedDriver::~CheckedDriver()
 {
-    m_memory.compare(true);
     loadAnew(); // here, so that what an input leaves behind is not taken for a leak
 }
 

@@ -24,6 +24,9 @@ public:
     CheckedDriver(const CheckedDriver&) = delete;
     CheckedDriver& operator=(const CheckedDriver&) = delete;
 
+    /// Compares the whole memory, to be called at the end.
+    void finish() const { m_memory.compare(true); }
+
     /// May be changed between calls, like a runtime does.
     COMINFO& settings() { return m_settings; }
 

@@ -43,5 +43,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
         driver.poll();
         fuzz::takeReply(source, driver);
     }
+    driver.finish();
     return 0;
 }

@@ -1,54 +1,59 @@
 // SPDX-License-Identifier: MIT
-// Random lists against the whole rule written down a second time. The list of the driver and the list of the
-// rule must be equal; separate invariants hold whatever the rule says in detail.
+// Lists of cyclic variables against the whole rule written down a second time. The list of the driver and the list of
+// the rule must be equal; separate properties hold whatever the rule says in detail.
 
 #include "varlist/read_list.h"
 
-#include "cyclic_variables.h"
+#include "properties/property.h"
+#include "varlist/cyclic_variables.h"
 
 #include <algorithm>
 #include <climits>
 #include <cmath>
+#include <functional>
 #include <map>
 #include <optional>
-#include <random>
 #include <set>
-#include <sstream>
-#include <string>
 #include <tuple>
 #include <utility>
 
 namespace
 {
 
-// What one random list is drawn from.
+// What a list is drawn from.
 struct Recipe {
     int multiStation;
     int maxBlockCount;
     int span;         // addresses lie below it
     int largestCount; // counts lie between smallestCount and it
-    int smallestCount = 0;
-    std::vector<int> areas;
-    std::vector<int> stations;
+    int smallestCount;
 };
 
-// A variable with the element that its text means; none where the text is wrong.
+std::ostream& operator<<(std::ostream& out, const Recipe& recipe)
+{
+    return out << "multiStation " << recipe.multiStation << ", maxBlockCount " << recipe.maxBlockCount;
+}
+
+// A variable as it is drawn.
+struct Asked {
+    int area = 0;
+    int element = 0;
+    int count = 0;
+    int station = 0;
+    bool wrong = false; // its address text
+};
+
+std::ostream& operator<<(std::ostream& out, const Asked& asked)
+{
+    return out << "{area " << asked.area << ", element " << asked.element << ", count " << asked.count
+               << ", station " << asked.station << (asked.wrong ? ", wrong text}" : "}");
+}
+
+// The same with the element that its text means; none where the text is wrong.
 struct Drawn {
     HOST_VAR host;
     std::optional<long long> element;
 };
-
-using Random = std::mt19937;
-
-int Between(Random& random, int low, int high)
-{
-    return low + static_cast<int>(random() % static_cast<unsigned int>(high - low + 1));
-}
-
-int OneOf(Random& random, const std::vector<int>& values)
-{
-    return values[random() % values.size()];
-}
 
 QString TextOf(int area, int element)
 {
@@ -61,29 +66,28 @@ QString TextOf(int area, int element)
     return QString::number(area == 14 ? 200 + element : element);
 }
 
-Drawn Draw(Random& random, const Recipe& recipe, int serial)
+const std::vector<int> SOME_STATIONS = {1, 0, 2, 254, 255};
+
+rc::Gen<std::vector<Asked>> Lists(const Recipe& recipe, const std::vector<int>& areas)
 {
-    const int area = OneOf(random, recipe.areas);
-    const int element = Between(random, 0, recipe.span - 1);
-    const int count = Between(random, recipe.smallestCount, recipe.largestCount);
-    const bool wrong = random() % 16 == 0;
-    Drawn drawn;
-    drawn.host = Cyclic(area, wrong ? QString("wrong") : TextOf(area, element), count,
-                        OneOf(random, recipe.stations), QString("v%1").arg(serial));
-    if (area > 14)
-        drawn.element = 0;
-    else if (!wrong)
-        drawn.element = element;
-    return drawn;
+    return rc::gen::container<std::vector<Asked>>(rc::gen::build<Asked>(
+        rc::gen::set(&Asked::area, rc::gen::elementOf(areas)),
+        rc::gen::set(&Asked::element, rc::gen::inRange(0, recipe.span)),
+        rc::gen::set(&Asked::count, rc::gen::inRange(recipe.smallestCount, recipe.largestCount + 1)),
+        rc::gen::set(&Asked::station, rc::gen::elementOf(SOME_STATIONS)),
+        rc::gen::set(&Asked::wrong, rc::gen::weightedElement<bool>({{15, false}, {1, true}}))));
 }
 
-std::vector<Drawn> DrawList(Random& random, const Recipe& recipe)
+Drawn DrawnOf(const Asked& asked, std::size_t serial)
 {
-    std::vector<Drawn> list;
-    const int size = Between(random, 1, 60);
-    for (int i = 0; i < size; ++i)
-        list.push_back(Draw(random, recipe, i));
-    return list;
+    Drawn drawn;
+    drawn.host = Cyclic(asked.area, asked.wrong ? QString("wrong") : TextOf(asked.area, asked.element),
+                        asked.count, asked.station, QString("v%1").arg(serial));
+    if (asked.area > 14)
+        drawn.element = 0;
+    else if (!asked.wrong)
+        drawn.element = asked.element;
+    return drawn;
 }
 
 // One request, as wanted or as found.
@@ -289,76 +293,9 @@ std::set<int> SharedKeys(const Rule& rule, const std::vector<Piece>& pieces)
     return shared;
 }
 
-std::string Described(const std::vector<Drawn>& list)
-{
-    std::ostringstream out;
-    for (const Drawn& drawn : list)
-        out << "area " << int(drawn.host.area) << " station " << int(drawn.host.station) << " '"
-            << drawn.host.address.toStdString() << "' count " << drawn.host.count << "\n";
-    return out.str();
-}
-
 const std::vector<int> ALL_AREAS = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14};
-const std::vector<int> SOME_STATIONS = {0, 1, 2, 254, 255};
 const std::vector<int> BLOCK_LIMITS = {1, 2, 7, 10, 125};
-
-class ReadListProperty : public DriverTest
-{
-protected:
-    // Draws a list, hands it to the driver.
-    void Rebuild(Random& random, const Recipe& recipe)
-    {
-        info.multiStation = recipe.multiStation;
-        info.maxBlockCount = recipe.maxBlockCount;
-        drawn = DrawList(random, recipe);
-        QList<HOST_VAR> list;
-        for (const Drawn& variable : drawn)
-            list.append(variable.host);
-        result = ReCreatReadVarList(&list);
-    }
-
-    // Calls check(rule) after each of many rebuilds, and tells the list where it failed.
-    template <typename Check>
-    void ForManyLists(const std::vector<Recipe>& recipes, int listsEach, Check check)
-    {
-        for (const Recipe& recipe : recipes) {
-            for (unsigned int seed = 0; seed < static_cast<unsigned int>(listsEach); ++seed) {
-                Random random(seed);
-                Rebuild(random, recipe);
-                SCOPED_TRACE(testing::Message() << "multiStation " << recipe.multiStation << " maxBlockCount "
-                                                << recipe.maxBlockCount << " seed " << seed << "\n"
-                                                << Described(drawn));
-                check(Rule(recipe.multiStation, recipe.maxBlockCount));
-                if (HasFailure())
-                    return;
-            }
-        }
-    }
-
-    std::vector<Piece> AskedFor(const Rule& rule) const
-    {
-        std::vector<Piece> pieces;
-        for (const Drawn& variable : drawn)
-            for (const Piece& piece : rule.piecesOf(variable))
-                pieces.push_back(piece);
-        return pieces;
-    }
-
-    // Dense, middling and sparse lists, short and long variables, for every mode and limit.
-    static std::vector<Recipe> Recipes(const std::vector<int>& limits, const std::vector<int>& areas)
-    {
-        std::vector<Recipe> recipes;
-        for (int multiStation : {0, 1})
-            for (int limit : limits)
-                for (int span : {20, 200, 5000})
-                    for (int largest : {3, 40, 300})
-                        recipes.push_back({multiStation, limit, span, largest, 0, areas, SOME_STATIONS});
-        return recipes;
-    }
-
-    std::vector<Drawn> drawn;
-    int result = 0;
-};
+const int CASES = 300;
 
 std::vector<int> ManyAreas()
 {
@@ -367,111 +304,160 @@ std::vector<int> ManyAreas()
     return areas;
 }
 
+// Dense, middling and sparse lists, short and long variables, for every mode and limit.
+Recipe AnyRecipe(const std::vector<int>& limits)
+{
+    return {*rc::gen::element(0, 1), *rc::gen::elementOf(limits), *rc::gen::element(20, 200, 5000),
+            *rc::gen::element(3, 40, 300), 0};
+}
+
+class Rebuild : public DriverTest
+{
+protected:
+    // Hands a list to the driver.
+    Rule rebuild(const Recipe& recipe, const std::vector<int>& areas)
+    {
+        RC_LOG() << recipe << std::endl;
+        info.multiStation = recipe.multiStation;
+        info.maxBlockCount = recipe.maxBlockCount;
+        drawn.clear();
+        list.clear();
+        for (const Asked& asked : *Lists(recipe, areas)) {
+            drawn.push_back(DrawnOf(asked, drawn.size()));
+            list.append(drawn.back().host);
+        }
+        result = ReCreatReadVarList(&list);
+        return Rule(recipe.multiStation, recipe.maxBlockCount);
+    }
+
+    std::vector<Piece> askedFor(const Rule& rule) const
+    {
+        std::vector<Piece> pieces;
+        for (const Drawn& variable : drawn)
+            for (const Piece& piece : rule.piecesOf(variable))
+                pieces.push_back(piece);
+        return pieces;
+    }
+
+    // The reads are those of the rule, for lists of these areas.
+    void readsAreThoseOfTheRule(int cases, const std::vector<int>& limits, const std::vector<int>& areas)
+    {
+        test::holds(cases, [&] {
+            const Rule rule = rebuild(AnyRecipe(limits), areas);
+            RC_ASSERT(rule.readsOf(drawn) == Found());
+        });
+    }
+
+    // The same for counts of any size.
+    void readsOfCountsAreThoseOfTheRule(int cases, const std::vector<int>& limits, Recipe recipe,
+                                        const std::vector<int>& areas)
+    {
+        test::holds(cases, [&] {
+            recipe.multiStation = *rc::gen::element(0, 1);
+            recipe.maxBlockCount = *rc::gen::elementOf(limits);
+            const Rule rule = rebuild(recipe, areas);
+            RC_ASSERT(rule.readsOf(drawn) == Found());
+        });
+    }
+
+    // What holds after any rebuild, whatever the rule says in detail.
+    void always(const std::vector<int>& limits, const std::function<void(const Rule& rule)>& check)
+    {
+        test::holds(CASES / 2, [&] { check(rebuild(AnyRecipe(limits), ManyAreas())); });
+    }
+
+    QList<HOST_VAR> list;
+    std::vector<Drawn> drawn;
+    int result = 0;
+};
+
 } // namespace
 
-TEST_F(ReadListProperty, ReadsOfAllAreasAreThoseOfTheRule)
+TEST_F(Rebuild, ReadsOfAllAreasAreThoseOfTheRule)
 {
-    ForManyLists(Recipes(BLOCK_LIMITS, ManyAreas()), 30,
-                 [this](const Rule& rule) { EXPECT_EQ(rule.readsOf(drawn), Found()); });
+    readsAreThoseOfTheRule(4 * CASES, BLOCK_LIMITS, ManyAreas());
 }
 
 // Few areas, so that variables meet more often.
-TEST_F(ReadListProperty, ReadsOfCrowdedAreasAreThoseOfTheRule)
+TEST_F(Rebuild, ReadsOfCrowdedAreasAreThoseOfTheRule)
 {
     for (const std::vector<int>& areas : {std::vector<int>{8, 9}, {6, 7}, {10, 13}, {14, 15}})
-        ForManyLists(Recipes(BLOCK_LIMITS, areas), 10,
-                     [this](const Rule& rule) { EXPECT_EQ(rule.readsOf(drawn), Found()); });
+        readsAreThoseOfTheRule(CASES, BLOCK_LIMITS, areas);
 }
 
-TEST_F(ReadListProperty, ReadsWithoutALimitAreThoseOfTheRule)
+TEST_F(Rebuild, ReadsWithoutALimitAreThoseOfTheRule)
 {
-    ForManyLists(Recipes({0, -1, -125, INT_MIN, INT_MAX}, ManyAreas()), 10,
-                 [this](const Rule& rule) { EXPECT_EQ(rule.readsOf(drawn), Found()); });
+    readsAreThoseOfTheRule(CASES, {0, -1, -125, INT_MIN, INT_MAX}, ManyAreas());
 }
 
-TEST_F(ReadListProperty, ReadsOfCountsBelow0AreThoseOfTheRule)
+TEST_F(Rebuild, ReadsOfCountsBelow0AreThoseOfTheRule)
 {
-    for (int multiStation : {0, 1})
-        for (int limit : {0, 1, 10, 125})
-            ForManyLists({{multiStation, limit, 60, 20, -20, {2, 7, 8, 9, 14}, SOME_STATIONS}}, 100,
-                         [this](const Rule& rule) { EXPECT_EQ(rule.readsOf(drawn), Found()); });
+    readsOfCountsAreThoseOfTheRule(CASES, {0, 1, 10, 125}, {0, 0, 60, 20, -20}, {2, 7, 8, 9, 14});
 }
 
-TEST_F(ReadListProperty, ReadsOfCountsAboveTheMaximumAreThoseOfTheRule)
+TEST_F(Rebuild, ReadsOfCountsAboveTheMaximumAreThoseOfTheRule)
 {
-    for (int multiStation : {0, 1})
-        ForManyLists({{multiStation, 125, 65535, 2000000, 0, ManyAreas(), SOME_STATIONS}}, 5,
-                     [this](const Rule& rule) { EXPECT_EQ(rule.readsOf(drawn), Found()); });
+    readsOfCountsAreThoseOfTheRule(8, {125}, {0, 0, 65535, 2000000, 0}, ManyAreas());
 }
 
-TEST_F(ReadListProperty, TheResultIsTheNumberOfReadsInMultiStationModeOnly)
+TEST_F(Rebuild, TheResultIsTheNumberOfReadsInMultiStationModeOnly)
 {
-    ForManyLists(Recipes(BLOCK_LIMITS, ManyAreas()), 5, [this](const Rule&) {
-        EXPECT_EQ(info.multiStation ? PLC_driver.readList.size() : 0, result);
+    always(BLOCK_LIMITS, [this](const Rule&) {
+        RC_ASSERT(result == (info.multiStation ? PLC_driver.readList.size() : 0));
     });
 }
 
-TEST_F(ReadListProperty, EveryRequestedElementIsRead)
+TEST_F(Rebuild, EveryRequestedElementIsRead)
 {
-    const auto check = [this](const Rule& rule) {
-        const std::vector<Piece> asked = AskedFor(rule);
+    always({0, 1, 7, 125}, [this](const Rule& rule) {
+        const std::vector<Piece> asked = askedFor(rule);
         const std::set<int> shared = SharedKeys(rule, asked);
         const std::set<Element> read = ElementsOf(Found());
-        for (const Piece& piece : asked) {
-            if (shared.count(rule.keyOf(piece)))
-                continue;
+        for (const Piece& piece : asked)
             for (const Element& element : ElementsOf({piece}))
-                ASSERT_EQ(1u, read.count(element)) << piece << " misses " << element.number;
-        }
-    };
-    ForManyLists(Recipes(BLOCK_LIMITS, ManyAreas()), 10, check);
-    ForManyLists(Recipes({0}, ManyAreas()), 10, check);
+                RC_ASSERT(shared.count(rule.keyOf(piece)) || read.count(element));
+    });
 }
 
 // A longer read is one that nothing was merged into: somebody's own piece.
-TEST_F(ReadListProperty, NoGrownBlockIsLongerThanTheLimit)
+TEST_F(Rebuild, MakesNoGrownBlockLongerThanTheLimit)
 {
-    ForManyLists(Recipes(BLOCK_LIMITS, ManyAreas()), 10, [this](const Rule& rule) {
-        const std::vector<Piece> asked = AskedFor(rule);
-        for (const Piece& block : Found()) {
-            if (block.count <= rule.mergeLimit(block.area))
-                continue;
-            EXPECT_NE(asked.end(), std::find(asked.begin(), asked.end(), block)) << block;
-        }
+    always(BLOCK_LIMITS, [this](const Rule& rule) {
+        const std::vector<Piece> asked = askedFor(rule);
+        for (const Piece& block : Found())
+            if (block.count > rule.mergeLimit(block.area))
+                RC_ASSERT(std::find(asked.begin(), asked.end(), block) != asked.end());
     });
 }
 
-TEST_F(ReadListProperty, EveryReadBeginsAtAPieceWhoseNamesItKeeps)
+TEST_F(Rebuild, BeginsEveryReadAtAPieceWhoseNamesItKeeps)
 {
-    ForManyLists(Recipes(BLOCK_LIMITS, ManyAreas()), 10, [this](const Rule& rule) {
+    always(BLOCK_LIMITS, [this](const Rule& rule) {
         std::set<std::tuple<int, int, long long, QString, QString>> begins;
-        for (const Piece& piece : AskedFor(rule))
+        for (const Piece& piece : askedFor(rule))
             begins.insert({piece.area, piece.station, piece.address, piece.name, piece.name2});
         for (const Piece& block : Found())
-            EXPECT_EQ(1u, begins.count({block.area, block.station, block.address, block.name, block.name2}))
-                << block;
+            RC_ASSERT(begins.count({block.area, block.station, block.address, block.name, block.name2}) ==
+                      1u);
     });
 }
 
-TEST_F(ReadListProperty, EveryReadEndsWhereAPieceOfItsKeyEnds)
+TEST_F(Rebuild, EndsEveryReadWhereAPieceOfItsKeyEnds)
 {
-    ForManyLists(Recipes(BLOCK_LIMITS, ManyAreas()), 10, [this](const Rule& rule) {
+    always(BLOCK_LIMITS, [this](const Rule& rule) {
         std::set<std::pair<int, long long>> ends;
-        for (const Piece& piece : AskedFor(rule))
+        for (const Piece& piece : askedFor(rule))
             ends.insert({rule.keyOf(piece), piece.end()});
         for (const Piece& block : Found())
-            EXPECT_EQ(1u, ends.count({rule.keyOf(block), block.end()})) << block;
+            RC_ASSERT(ends.count({rule.keyOf(block), block.end()}) == 1u);
     });
 }
 
-TEST_F(ReadListProperty, TheSameListGivesTheSameReadsAgain)
+TEST_F(Rebuild, OfTheSameListGivesTheSameReadsAgain)
 {
-    ForManyLists(Recipes({10}, ManyAreas()), 5, [this](const Rule&) {
+    always({10}, [this](const Rule&) {
         const std::vector<Piece> first = Found();
-        QList<HOST_VAR> list;
-        for (const Drawn& variable : drawn)
-            list.append(variable.host);
         ReCreatReadVarList(&list);
-        EXPECT_EQ(first, Found());
+        RC_ASSERT(first == Found());
     });
 }
