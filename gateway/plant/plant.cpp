@@ -83,6 +83,7 @@ void Plant::observe(std::size_t variable, const CyclicValue& value)
 void Plant::hold(int station, Batch* batch)
 {
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    m_up.erase(station);
     for (std::size_t variable = 0; variable < m_stations.size(); ++variable) {
         if (m_stations[variable] != station || m_goodAfter[variable] != neverHeld)
             continue;
@@ -103,6 +104,10 @@ void Plant::offer(std::size_t variable, const CyclicValue& value, Batch* batch)
         goodAfter = neverHeld;
         --m_held;
     }
+    const bool isAnswered = value.failure.kind == FailureKind::Exception ||
+                            (goodAfter == neverHeld && value.state == ValueState::Fresh);
+    if (isAnswered)
+        m_up.insert(m_stations[variable]);
     if (goodAfter != neverHeld && sample.quality == SampleQuality::Good)
         sample.quality = SampleQuality::Stale;
     // A write that was not confirmed may have left another value: what was read goes on to stand.
@@ -125,6 +130,28 @@ void Plant::look()
         offer(variable, m_runtime.value(static_cast<int>(variable)), &batch);
     if (!batch.empty())
         m_sink(batch);
+}
+
+Sample Plant::current(std::size_t variable)
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    const auto index = static_cast<quint32>(variable);
+    const CyclicValue value = m_runtime.value(static_cast<int>(variable));
+    if (value.state == ValueState::Fresh && m_goodAfter[variable] == neverHeld)
+        return sampleOf(index, m_options.variables[variable], value);
+    Sample last = m_filter.last(index);
+    last.variable = index;
+    if (!m_filter.wasPublished(index))
+        last.quality = SampleQuality::Bad;
+    else if (last.quality == SampleQuality::Good)
+        last.quality = SampleQuality::Stale;
+    return last;
+}
+
+bool Plant::isUp(int station)
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_up.count(station) != 0;
 }
 
 void Plant::write(std::size_t variable, const std::vector<quint32>& elements, const WriteDone& done)

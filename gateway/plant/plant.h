@@ -6,12 +6,14 @@
 
 #include "gateway/options/gateway_options.h"
 #include "gateway/session/figures.h"
+#include "gateway/session/publisher.h"
 #include "gateway/values/change_filter.h"
 #include "runtime/cycle/runtime.h"
 
 #include <atomic>
 #include <functional>
 #include <mutex>
+#include <set>
 #include <vector>
 
 namespace plc
@@ -25,7 +27,7 @@ using SampleSink = std::function<void(const std::vector<Sample>& batch)>;
 ///
 /// When a station leaves a request unanswered, all its variables are stale at once, and none is good again before
 /// the controller was read again.
-class Plant
+class Plant : public CurrentValues
 {
 public:
     /// \param options has to live longer than this
@@ -42,6 +44,10 @@ public:
 
     /// \return Runtime::rounds()
     quint32 rounds() const { return m_runtime.rounds(); }
+
+    Sample current(std::size_t variable) override;
+    int stationOf(std::size_t variable) const override { return m_stations[variable]; }
+    bool isUp(int station) override;
 
     /// Fills in what is the controller's.
     void addFigures(GatewayFigures* figures) const;
@@ -62,6 +68,7 @@ private:
     ChangeFilter m_filter;
     std::vector<qint64>
         m_goodAfter;        // by variable: what was read before is not good any more (ms since 1970 UTC)
+    std::set<int> m_up;     // stations that answered last
     std::size_t m_held = 0; // variables that were read last before that
 
     std::atomic<qint64> m_lastReplyAt{-1};

@@ -8,6 +8,7 @@
 #include "gateway/service/service_report.h"
 #include "gateway/service/spool_backlog.h"
 #include "gateway/service/wake.h"
+#include "gateway/sparkplug/sparkplug_publisher.h"
 #include "runtime/link/reconnect_pause.h"
 
 #include <QDateTime>
@@ -134,6 +135,7 @@ public:
 
 private:
     void openSpool();
+    std::unique_ptr<Publisher> makePublisher();
     bool wait(int milliseconds);
     void work();
     void leave();
@@ -166,11 +168,17 @@ Service::Service(const GatewayOptions& options)
               m_plant.write(variable, elements, done);
           },
           [this] { m_wake.wake(); }),
-      m_publisher(std::make_unique<JsonPublisher>(options.prefix, options.variables, options.figuresSeconds,
-                                                  &m_backlog, &m_writes)),
-      m_broker(options.broker, clientIdOf(options), this), m_reconnecting(&m_broker, m_publisher.get()),
-      m_report(options)
+      m_publisher(makePublisher()), m_broker(options.broker, clientIdOf(options), this),
+      m_reconnecting(&m_broker, m_publisher.get()), m_report(options)
 {
+}
+
+std::unique_ptr<Publisher> Service::makePublisher()
+{
+    if (m_options.format == PayloadFormat::Sparkplug)
+        return std::make_unique<SparkplugPublisher>(m_options, &m_backlog, &m_plant, &m_writes);
+    return std::make_unique<JsonPublisher>(m_options.prefix, m_options.variables, m_options.figuresSeconds,
+                                           &m_backlog, &m_writes);
 }
 
 void Service::openSpool()

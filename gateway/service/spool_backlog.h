@@ -27,6 +27,7 @@ public:
 
     void acknowledge(quint64 sequence) override { m_spool->acknowledge(sequence); }
     void rewind() override { m_taken = 0; }
+    quint64 newest() const override { return m_spool->figures().newest; }
 
 private:
     Spool* const m_spool;

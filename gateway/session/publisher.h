@@ -33,6 +33,25 @@ public:
 
     /// take() begins again with the oldest.
     virtual void rewind() = 0;
+
+    /// \return the sequence number of the one that came last; 0 when none ever came
+    virtual quint64 newest() const = 0;
+};
+
+/// How the variables are now, beside what waits.
+class CurrentValues
+{
+public:
+    virtual ~CurrentValues() = default;
+
+    /// \return the value of a variable now; bad, and without a value, before the first
+    virtual Sample current(std::size_t variable) = 0;
+
+    /// \return the station of a variable
+    virtual int stationOf(std::size_t variable) const = 0;
+
+    /// \return true while the station answers, be it with refusals
+    virtual bool isUp(int station) = 0;
 };
 
 class Publisher : public BrokerEvents

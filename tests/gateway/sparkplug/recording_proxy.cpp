@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: MIT
+#include "gateway/sparkplug/recording_proxy.h"
+
+#include "gateway/plant_run.h"
+
+#include <gtest/gtest.h>
+
+#include <arpa/inet.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace test
+{
+
+namespace
+{
+
+const int lookMs = 10;
+
+sockaddr_in loopback(int port)
+{
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<std::uint16_t>(port));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    return address;
+}
+
+int connected(int port)
+{
+    const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const sockaddr_in address = loopback(port);
+    if (connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0)
+        return descriptor;
+    close(descriptor);
+    return -1;
+}
+
+/// \return bytes of the first packet of MQTT in \a stream; 0 when it is not whole
+int sizeOfPacket(const QByteArray& stream)
+{
+    int size = 0;
+    for (int at = 1; at < stream.size() && at < 5; ++at) {
+        size |= (stream.at(at) & 0x7F) << 7 * (at - 1);
+        if ((stream.at(at) & 0x80) == 0)
+            return stream.size() >= at + 1 + size ? at + 1 + size : 0;
+    }
+    return 0;
+}
+
+/// \return false at the end of a connection
+bool pass(int from, int to, QByteArray* copy)
+{
+    char bytes[65536];
+    const ssize_t size = recv(from, bytes, sizeof bytes, 0);
+    if (size <= 0)
+        return false;
+    *copy = QByteArray(bytes, static_cast<int>(size));
+    return send(to, bytes, static_cast<std::size_t>(size), MSG_NOSIGNAL) == size;
+}
+
+} // namespace
+
+RecordingProxy::RecordingProxy(int brokerPort) : m_brokerPort(brokerPort)
+{
+    m_listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address = loopback(0);
+    socklen_t size = sizeof address;
+    EXPECT_EQ(0, bind(m_listener, reinterpret_cast<sockaddr*>(&address), size));
+    EXPECT_EQ(0, getsockname(m_listener, reinterpret_cast<sockaddr*>(&address), &size));
+    EXPECT_EQ(0, listen(m_listener, 5));
+    m_port = ntohs(address.sin_port);
+    m_thread = std::thread([this] { run(); });
+}
+
+RecordingProxy::~RecordingProxy()
+{
+    m_ends = true;
+    m_thread.join();
+    close(m_listener);
+}
+
+std::vector<QByteArray> RecordingProxy::packets() const
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_packets;
+}
+
+void RecordingProxy::run()
+{
+    while (!m_ends) {
+        pollfd waits = {m_listener, POLLIN, 0};
+        if (poll(&waits, 1, lookMs) <= 0)
+            continue;
+        const int gateway = accept(m_listener, nullptr, nullptr);
+        const int broker = connected(m_brokerPort);
+        if (broker >= 0)
+            serve(gateway, broker);
+        close(gateway);
+        close(broker);
+    }
+}
+
+void RecordingProxy::serve(int gateway, int broker)
+{
+    m_cuts = false;
+    m_stream.clear();
+    for (bool goesOn = true; goesOn && !m_ends && !m_cuts;) {
+        pollfd waits[] = {{gateway, POLLIN, 0}, {m_holds ? -1 : broker, POLLIN, 0}};
+        poll(waits, 2, lookMs);
+        QByteArray copy;
+        if ((waits[1].revents & (POLLIN | POLLHUP)) != 0)
+            goesOn = pass(broker, gateway, &copy);
+        if (!goesOn || (waits[0].revents & (POLLIN | POLLHUP)) == 0)
+            continue;
+        goesOn = pass(gateway, broker, &copy);
+        keep(copy);
+    }
+}
+
+void RecordingProxy::keep(const QByteArray& bytes)
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_stream += bytes;
+    for (int size = sizeOfPacket(m_stream); size > 0; size = sizeOfPacket(m_stream)) {
+        m_packets.push_back(m_stream.left(size));
+        m_stream.remove(0, size);
+    }
+}
+
+} // namespace test

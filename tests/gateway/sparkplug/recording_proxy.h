@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+/// \file
+/// \brief Stands between the gateway and its broker, and keeps what the gateway sends.
+#ifndef TESTS_GATEWAY_SPARKPLUG_RECORDING_PROXY_H
+#define TESTS_GATEWAY_SPARKPLUG_RECORDING_PROXY_H
+
+#include <QByteArray>
+
+#include <atomic>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace test
+{
+
+/// One connection at a time.
+class RecordingProxy
+{
+public:
+    explicit RecordingProxy(int brokerPort);
+    ~RecordingProxy();
+    RecordingProxy(const RecordingProxy&) = delete;
+    RecordingProxy& operator=(const RecordingProxy&) = delete;
+
+    int port() const { return m_port; }
+
+    /// \return the packets of MQTT that the gateway has sent so far, of all its connections
+    std::vector<QByteArray> packets() const;
+
+    /// While it holds, what the broker sends is kept back from the gateway.
+    void holdBack(bool holds) { m_holds = holds; }
+
+    /// Ends the connection that there is.
+    void cut() { m_cuts = true; }
+
+private:
+    void run();
+    void serve(int gateway, int broker);
+    void keep(const QByteArray& bytes);
+
+    const int m_brokerPort;
+    int m_listener = -1;
+    int m_port = 0;
+    std::atomic<bool> m_ends{false};
+    std::atomic<bool> m_holds{false};
+    std::atomic<bool> m_cuts{false};
+    mutable std::mutex m_mutex;
+    QByteArray m_stream; // of the connection, without whole packets
+    std::vector<QByteArray> m_packets;
+    std::thread m_thread;
+};
+
+} // namespace test
+
+#endif
