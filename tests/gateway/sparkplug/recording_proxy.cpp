@@ -109,13 +109,14 @@ void RecordingProxy::serve(int gateway, int broker)
     for (bool goesOn = true; goesOn && !m_ends && !m_cuts;) {
         pollfd waits[] = {{gateway, POLLIN, 0}, {m_holds ? -1 : broker, POLLIN, 0}};
         poll(waits, 2, lookMs);
-        QByteArray copy;
+        QByteArray received;
         if ((waits[1].revents & (POLLIN | POLLHUP)) != 0)
-            goesOn = pass(broker, gateway, &copy);
+            goesOn = pass(broker, gateway, &received);
         if (!goesOn || (waits[0].revents & (POLLIN | POLLHUP)) == 0)
             continue;
-        goesOn = pass(gateway, broker, &copy);
-        keep(copy);
+        QByteArray sent;
+        goesOn = pass(gateway, broker, &sent);
+        keep(sent);
     }
 }
 
