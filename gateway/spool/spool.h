@@ -30,7 +30,6 @@ struct TakenSample {
 };
 
 struct SpoolFigures {
-    quint64 newest = 0;   ///< sequence number of the sample that was appended last; 0: none ever was
     quint64 depth = 0;    ///< samples that wait for their acknowledgement
     qint64 bytes = 0;     ///< that those on disk take, about
     quint64 dropped = 0;  ///< samples, since the file was made
