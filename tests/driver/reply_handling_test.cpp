@@ -1020,6 +1020,18 @@ TEST_F(BitRead, WithNoWriteQueuedPatchesTheWordAsItIs)
     EXPECT_EQ("00 00 00 00 00 06 01 06 00 02 FF FF", frame(0));
 }
 
+TEST_F(BitRead, WithNoWriteQueuedForgetsTheBitBefore)
+{
+    answered();
+    goodReply();
+    queueWrite(Keyed(Write(8, 35, 1, "01"), 12));
+    poll();
+    PLC_driver.writeList.clear();
+
+    EXPECT_EQ(1, reply("00 00 00 00 00 05 01 03 02 00 00"));
+    EXPECT_EQ("00 00 00 00 00 06 01 06 00 02 00 00", poll());
+}
+
 TEST_F(BitRead, WithAWriteWithoutDataPatchesTheWordAsItIs)
 {
     PLC_driver.writeList.first().data.clear();

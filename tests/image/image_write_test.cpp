@@ -366,6 +366,13 @@ TEST_F(MultiStationImageWriteTest, BitsOfTheUpperByteBelongToTheSameWord)
     EXPECT_EQ((List{"9:2=80 81 00 00"}), Entries());
 }
 
+TEST_F(MultiStationImageWriteTest, BitsOfTheFirstWordsHaveTheirEntries)
+{
+    for (int word : {0, 1, 2, 3})
+        Mirror(Write(8, 16 * word, 2, "01 01"));
+    EXPECT_EQ((List{"9:0=01 00 00 00", "9:1=01 00 00 00", "9:2=01 00 00 00", "9:3=01 00 00 00"}), Entries());
+}
+
 TEST_F(MultiStationImageWriteTest, ABitOfAWordWithoutEntryMakesOneOfFourBytes)
 {
     Mirror(Write(8, 35, 1, "01"));

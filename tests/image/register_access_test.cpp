@@ -219,6 +219,25 @@ TEST_F(GetTest, TheLowHalfOfTheElementAfterTheLastIsZero)
     EXPECT_EQ("1: 00 00", Get(14, "2147483647", 1));
 }
 
+// What lies behind the last double word in the driver belongs to nobody's values.
+TEST_F(GetTest, WhatLiesBehindTheImageIsNotRead)
+{
+    PLC_driver.pendingBit = {true, true, true, -1};
+    DoubleWords()[65534] = 0x12345678;
+    EXPECT_EQ("1: 00 00", Get(14, "65734", 1));
+    EXPECT_EQ("1: 00 00", Get(14, "65735", 1));
+    EXPECT_EQ("1: 00 00 00 00", Get(14, "65735", 2));
+    EXPECT_EQ("1: 78 56 34 12 00 00 00 00", Get(14, "65734", 3));
+}
+
+TEST_F(MultiStationGetTest, BitsOfTheFirstWordsComeFromTheirEntries)
+{
+    for (int word : {0, 1, 2, 3})
+        Keep(1, 9, word, word % 2 ? "01 00" : "00 00");
+    for (int word : {0, 1, 2, 3})
+        EXPECT_EQ(word % 2 ? "1: 01" : "1: 00", Get(8, (std::to_string(word) + ".0").c_str(), 1)) << word;
+}
+
 TEST_F(GetTest, FarAwayAddressesGiveZeroBytes)
 {
     EXPECT_EQ("1: 00 00", Get(2, "2147483647", 2));

@@ -211,6 +211,16 @@ TEST_F(ReplyFilingTest, OneBitMoreThanTheCountIsStored)
     EXPECT_EQ(11, CountOnes(2));
 }
 
+TEST_F(ReplyFilingTest, OfAnyCountOneBitMoreIsStored)
+{
+    for (int count = 0; count < 24; ++count) {
+        SCOPED_TRACE(count);
+        std::memset(&PLC_driver.image, 0, sizeof PLC_driver.image);
+        File(Variable(2, 0, count), "FF FF FF");
+        EXPECT_EQ(count + 1, CountOnes(2));
+    }
+}
+
 TEST_F(ReplyFilingTest, BitsEndWithTheLastByte)
 {
     File(Variable(2, 0, 8), "FF");
@@ -260,6 +270,28 @@ TEST_F(ReplyFilingTest, DataBeginsWhereTheFrameInFlightSays)
     QByteArray reply = fromHex("AA AA AA 12 34 AA");
     SaveToLocalDataErea(&reply);
     EXPECT_EQ(0x1234, Words(0)[0]);
+}
+
+TEST_F(ReplyFilingTest, DataMayBeginWithTheReply)
+{
+    InFlight(Variable(9, 0, 1), 2);
+    PLC_driver.protocolList.first().dataOffset = 0;
+    QByteArray reply = fromHex("12 34 AA");
+    SaveToLocalDataErea(&reply);
+    EXPECT_EQ(0x1234, Words(0)[0]);
+}
+
+// A write that has no data of its own behind it can be of any area: only in area 8 does it need the word.
+TEST_F(ReplyFilingTest, OnlyAReadBeforeWriteOfArea8LacksItsWord)
+{
+    for (int area = 0; area <= 14; ++area)
+        for (int selector : {-2, -1, 0, 1}) {
+            RW_VAR var = Variable(area, 0, 1);
+            var.storeSelector = selector;
+            InFlight(var, 2);
+            PLC_driver.protocolList.append(PLC_driver.protocolList.at(0));
+            EXPECT_EQ(area == 8 && selector == -1, LacksWordForWrite(nullptr)) << area << ", " << selector;
+        }
 }
 
 TEST_F(ReplyFilingTest, DataThatWouldBeginBeforeTheReplyIsNotStored)
@@ -693,11 +725,16 @@ TEST_F(MultiStationFilingTest, WithoutAPendingWriteTheWordIsOnlyStored)
 
 TEST_F(MultiStationFilingTest, AWordReadOfArea8ThatIsNoReadBeforeWriteIsOnlyStored)
 {
-    BitWriteInFlight(35, "01");
-    PLC_driver.protocolList.first().var.storeSelector = 0;
-    Arrive("12 30");
-    EXPECT_EQ((List{"8:2=30 12"}), Entries(1));
-    EXPECT_EQ("00 00", PatchedValue());
+    for (int selector : {0, 1, -2}) {
+        SCOPED_TRACE(selector);
+        PLC_driver.writeList.clear();
+        PLC_driver.protocolList.clear();
+        BitWriteInFlight(35, "01");
+        PLC_driver.protocolList.first().var.storeSelector = selector;
+        Arrive("12 30");
+        EXPECT_EQ((List{"8:2=30 12"}), Entries(1));
+        EXPECT_EQ("00 00", PatchedValue());
+    }
 }
 
 TEST_F(MultiStationFilingTest, AReadBeforeWriteWithoutAWholeWriteFrameIsStored)

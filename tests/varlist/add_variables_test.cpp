@@ -168,6 +168,20 @@ TEST_F(AddListWriteVarTest, AnEqualWriteReplacesTheOneBehindTheHead)
     EXPECT_EQ("03 00", toHex(Queue().at(1).data));
 }
 
+// Each of the four by one more and by one less.
+TEST_F(AddListWriteVarTest, AWriteToAnyOtherPlaceIsAnother)
+{
+    for (int RW_VAR::*field : {&RW_VAR::station, &RW_VAR::area, &RW_VAR::address, &RW_VAR::count})
+        for (int difference : {-1, 1}) {
+            PLC_driver.writeList.clear();
+            Add(Write(9, 1, 1, "01 00"));
+            Add(Write(9, 100, 3, "02 00", 5));
+            RW_VAR other = Write(9, 100, 3, "03 00", 5);
+            other.*field += difference;
+            EXPECT_EQ(3, Add(other)) << Runs(Queue()).back();
+        }
+}
+
 TEST_F(AddListWriteVarTest, AnEqualWriteAtTheHeadIsNeverReplaced)
 {
     Add(Write(9, 1, 1, "01 00"));
@@ -434,6 +448,28 @@ TEST_F(AddListOnceReadVarTest, ADifferenceInKeysAddressAreaOrCountQueuesAgain)
     EXPECT_EQ(4, Add(9, "6", 1));
     EXPECT_EQ(5, Add(10, "5", 1));
     EXPECT_EQ(6, Add(9, "5", 2));
+}
+
+TEST_F(AddListOnceReadVarTest, AnyOtherKeyOrStationQueuesAgain)
+{
+    info.multiStation = 1;
+    for (int RW_VAR::*field : {&RW_VAR::hostKey, &RW_VAR::hostSubKey, &RW_VAR::station, &RW_VAR::count})
+        for (int difference : {-1, 1}) {
+            PLC_driver.onceReadList.clear();
+            RW_VAR var = Variable(9, 0, 3, 5);
+            var.name2 = QString("100");
+            AddListOnceReadVar(&var, 0);
+            var.*field += difference;
+            EXPECT_EQ(2, AddListOnceReadVar(&var, 0));
+        }
+    PLC_driver.onceReadList.clear();
+    for (int area : {11, 10, 12})
+        for (const char* address : {"100", "99", "101"}) {
+            RW_VAR var = Variable(area, 0, 3, 5);
+            var.name2 = QString(address);
+            AddListOnceReadVar(&var, 0);
+        }
+    EXPECT_EQ(9, PLC_driver.onceReadList.size());
 }
 
 TEST_F(AddListOnceReadVarTest, ADifferentStationQueuesAgain)
