@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "panel/commands/watch_command.h"
 
+#include "panel/commands/watch_reports.h"
+#include "panel/commands/watch_screen.h"
 #include "panel/session/listeners.h"
 #include "panel/session/session.h"
 #include "panel/session/waiting.h"
@@ -30,30 +32,6 @@ const int patienceMs = 2000;
 // What was read once is not expected to be read again.
 const int neverStaleMs = 3600000;
 
-WatchView viewOf(const Options& options, const Runtime& runtime)
-{
-    WatchView view;
-    view.controller = QStringLiteral("%1:%2").arg(options.settings.host).arg(options.settings.port);
-    view.station = options.settings.station;
-    view.link = runtime.linkState();
-    if (options.settings.multiStation)
-        view.stations = runtime.stations();
-    view.rows = emptyRows(options.variables, options.listed);
-    int index = 0;
-    for (WatchRow& row : view.rows)
-        row.value = runtime.value(index++);
-    return view;
-}
-
-WatchReport reportOf(const Options& options, const Runtime& runtime)
-{
-    WatchReport report;
-    report.view = viewOf(options, runtime);
-    if (options.statistics)
-        report.statistics = runtime.statistics();
-    return report;
-}
-
 /// A first pass answers or gives up each variable; a controller that was never reached needs none.
 bool triedAll(const Options& options, Session* session)
 {
@@ -61,7 +39,7 @@ bool triedAll(const Options& options, Session* session)
         return true;
     if (!session->neverConnected())
         return false;
-    const WatchView view = viewOf(options, session->runtime());
+    const WatchView view = reportOf(options, session->runtime()).view;
     return std::any_of(view.rows.begin(), view.rows.end(),
                        [](const WatchRow& row) { return hasFailed(row.value.failure); });
 }
@@ -110,18 +88,16 @@ class LiveWatch
 {
 public:
     LiveWatch(const Options& options, Session* session, Display* display)
-        : m_options(options), m_session(session), m_display(display), m_keyboard(display->redraws())
+        : m_options(options), m_session(session), m_display(display)
     {
     }
 
     void run()
     {
-        if (!m_display->redraws() && waitForFirstPass(m_options, m_session, patienceMs) == FirstPass::Ended)
+        if (waitForFirstPass(m_options, m_session, patienceMs) == FirstPass::Ended)
             return;
         do {
-            WatchReport report = reportOf(m_options, m_session->runtime());
-            report.prompt = prompt();
-            m_display->show(report);
+            m_display->show(reportOf(m_options, m_session->runtime()));
         } while (!outputFailed() && !readerIsGone() &&
                  goOn(WatchSignals::wait(m_options.intervalMs, m_keyboard.descriptor())));
     }
@@ -130,33 +106,17 @@ private:
     /// \return false for the end
     bool goOn(WatchSignals::Kind kind)
     {
-        switch (kind) {
-        case WatchSignals::End:
-            return false;
-        case WatchSignals::Resized:
-            m_display->resized();
-            return true;
-        case WatchSignals::Suspended:
-            m_keyboard.release();
+        if (kind == WatchSignals::Suspended)
             WatchSignals::suspend();
-            [[fallthrough]]; // before anything is drawn over what the shell wrote meanwhile
-        case WatchSignals::Continued:
-            m_keyboard.take();
-            m_display->continued();
-            return true;
-        case WatchSignals::Input:
-            return takeKeys(m_keyboard.read());
-        case WatchSignals::None:
-            return true;
-        }
-        return true;
+        if (kind == WatchSignals::Input)
+            return takeLines(m_keyboard.read());
+        return kind != WatchSignals::End;
     }
 
-    bool takeKeys(const QByteArray& keys)
+    bool takeLines(const QByteArray& characters)
     {
-        for (const char key : keys) {
-            m_news.clear();
-            if (m_line.press(key, m_keyboard.hasTerminal()) && !obey(parseWatchOrder(m_line.take())))
+        for (const char character : characters) {
+            if (m_line.press(character) && !obey(parseWatchOrder(m_line.take())))
                 return false;
         }
         return true;
@@ -166,34 +126,10 @@ private:
     {
         const bool on = order.kind == WatchOrder::SwitchOn;
         if (order.kind == WatchOrder::Wrong)
-            tell(order.error);
-        if (on || order.kind == WatchOrder::SwitchOff) {
+            complain(order.error);
+        if (on || order.kind == WatchOrder::SwitchOff)
             m_session->runtime().setStation(order.station, on);
-            m_news = QStringLiteral("station %1 is switched %2")
-                         .arg(order.station)
-                         .arg(on ? QStringLiteral("on") : QStringLiteral("off"));
-        }
         return order.kind != WatchOrder::End;
-    }
-
-    void tell(const QString& error)
-    {
-        m_news = error;
-        if (!m_display->redraws())
-            complain(error);
-    }
-
-    QString prompt() const
-    {
-        if (!m_line.text().isEmpty())
-            return QStringLiteral("> ") + m_line.text();
-        if (!m_news.isEmpty())
-            return m_news;
-        if (!m_keyboard.hasTerminal())
-            return QStringLiteral("Ctrl-C ends.");
-        return m_options.settings.multiStation
-                   ? QStringLiteral("o3 Enter: station 3 off, i3 Enter: on, q or Ctrl-C ends.")
-                   : QStringLiteral("q or Ctrl-C ends.");
     }
 
     const Options& m_options;
@@ -201,7 +137,6 @@ private:
     Display* m_display;
     Keyboard m_keyboard;
     TypedLine m_line;
-    QString m_news; // what the last line brought
 };
 
 ExitStatus showLive(const Options& options, Session* session, Display* display)
@@ -242,15 +177,16 @@ ExitStatus runWatch(const Options& all)
 {
     WatchSignals::block();
     const Options options = onlyPart(all);
+    const DisplayWishes wishes = {options.format, options.once, options.trace};
+    if (wantsScreen(wishes))
+        return runWatchScreen(options);
     Settings settings = options.settings;
     if (options.once)
         settings.staleAfterMs = neverStaleMs;
     Session session(settings, listenersFor(options.trace, options.captureTo, options.settings));
-    for (const WatchRow& row :
-         emptyRows(options.variables, options.listed)) // the runtime counts them in the same order
-        session.runtime().addCyclic(row.variable);
+    addCyclic(options, &session.runtime());
     session.runtime().start();
-    const std::unique_ptr<Display> display = displayFor({options.format, options.once, options.trace});
+    const std::unique_ptr<Display> display = displayFor(wishes);
     return options.once ? showOnce(options, &session, display.get())
                         : showLive(options, &session, display.get());
 }

@@ -4,6 +4,7 @@
 #include "panel/session/listeners.h"
 #include "panel/session/session.h"
 #include "panel/session/waiting.h"
+#include "panel/session/write_words.h"
 #include "panel/terminal/output.h"
 #include "panel/terminal/watch_signals.h"
 #include "runtime/cycle/write_frames.h"
@@ -28,21 +29,6 @@ struct Written {
     WriteOutcome outcome;
     std::optional<ReadOutcome> readBack;
 };
-
-/// \return how \a outcome ended in words: what was confirmed, or why not
-QString writeOutcomeText(const WriteOutcome& outcome)
-{
-    if (outcome.confirmed && outcome.broadcast)
-        return QStringLiteral("sent to every station (no controller confirms a broadcast)");
-    if (outcome.confirmed)
-        return QStringLiteral("confirmed");
-    QString words = QStringLiteral("not confirmed: ") + failureText(outcome);
-    if (outcome.requests > 1)
-        words += QStringLiteral("; %1 of its %2 requests were confirmed")
-                     .arg(outcome.requestsConfirmed)
-                     .arg(outcome.requests);
-    return words;
-}
 
 int widestText(const std::vector<WriteTask>& tasks)
 {

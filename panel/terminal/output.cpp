@@ -8,6 +8,7 @@
 #include <clocale>
 #include <cstring>
 #include <mutex>
+#include <utility>
 
 #include <fcntl.h>
 #include <langinfo.h>
@@ -21,6 +22,42 @@ namespace
 {
 
 std::atomic<bool> failed{false};
+
+/// What is kept of standard error. Any thread.
+class HeldErrors
+{
+public:
+    void hold()
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_isHolding = true;
+    }
+
+    /// \return false when nothing is kept
+    bool keep(const QString& text)
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (m_isHolding && m_texts.size() < mostCharacters)
+            m_texts += text;
+        return m_isHolding;
+    }
+
+    QString release()
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_isHolding = false;
+        return std::exchange(m_texts, QString());
+    }
+
+private:
+    static const int mostCharacters = 100000; // a message for each failure of days would fill the memory
+
+    std::mutex m_mutex;
+    bool m_isHolding = false;
+    QString m_texts;
+};
+
+HeldErrors heldErrors;
 
 /// A descriptor that does not block may be full for a while.
 bool waitForRoom(int descriptor)
@@ -83,9 +120,23 @@ void print(const QString& text)
 
 void printError(const QString& text)
 {
+    if (heldErrors.keep(text))
+        return;
     const int error = printTo(STDERR_FILENO, text);
     if (error != 0 && error != EBADF)
         failed = true;
+}
+
+void holdErrors()
+{
+    heldErrors.hold();
+}
+
+void releaseErrors()
+{
+    const QString texts = heldErrors.release();
+    if (!texts.isEmpty())
+        printError(texts);
 }
 
 void complain(const QString& message)

@@ -24,6 +24,12 @@ void print(const QString& text);
 /// The same on standard error, about which no message can be printed.
 void printError(const QString& text);
 
+/// From here on what goes to standard error is kept, because it would go through a screen that is drawn there.
+void holdErrors();
+
+/// Prints what was kept, and keeps nothing any more.
+void releaseErrors();
+
 /// Prints one message of the program on standard error, "plcpanel: MESSAGE".
 void complain(const QString& message);
 

@@ -18,6 +18,11 @@ bool isTerminal()
     return isatty(STDOUT_FILENO) == 1 && knowsEscapeCodes();
 }
 
+bool inputIsTerminal()
+{
+    return isatty(STDIN_FILENO) == 1;
+}
+
 bool errorsGoToTerminal()
 {
     return isatty(STDERR_FILENO) == 1;

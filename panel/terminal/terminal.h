@@ -13,6 +13,9 @@ bool knowsEscapeCodes();
 /// \return true when standard output is a terminal that understands escape codes
 bool isTerminal();
 
+/// \return true when standard input is a terminal, so that there may be keys
+bool inputIsTerminal();
+
 /// \return true when standard error goes to a terminal
 bool errorsGoToTerminal();
 

@@ -2,7 +2,7 @@
 #include "panel/watch/watch_display.h"
 
 #include "panel/terminal/output.h"
-#include "panel/terminal/redrawn_lines.h"
+#include "panel/terminal/screen.h"
 #include "panel/terminal/terminal.h"
 #include "panel/watch/watch_json.h"
 #include "panel/watch/watch_statistics.h"
@@ -29,38 +29,6 @@ QStringList statisticsBelow(const WatchReport& report, int columns)
     return report.statistics ? QStringList{QString()} + statisticsLines(*report.statistics, columns)
                              : QStringList();
 }
-
-/// A table in the terminal, redrawn in place.
-class LiveTable : public Display
-{
-public:
-    explicit LiveTable(ValueFormat format) { m_style.format = format; }
-
-    void show(const WatchReport& report) override { draw(report, QStringList{QString(), report.prompt}); }
-    void end(const WatchReport& report) override { draw(report, {}); }
-    bool redraws() const override { return true; }
-    void resized() override { print(m_lines.clear()); }
-    void continued() override { m_lines.startAnew(); }
-
-private:
-    /// In a low window what stands at the end goes first.
-    void draw(const WatchReport& report, const QStringList& hint)
-    {
-        const TerminalSize size = terminalSize();
-        const int room = std::max(size.lines - 1, 1); // the cursor has a line of its own
-        m_style.columns = size.columns - 1;
-        m_style.colours = wantsColours();
-        const QStringList below = statisticsBelow(report, m_style.columns) + hint;
-        m_style.lines = std::max(room - below.size(), leastTableLines);
-        QStringList lines = watchTable(report.view, m_style);
-        for (const QString& line : below)
-            lines << line.left(m_style.columns);
-        print(m_lines.draw(lines.mid(0, room)));
-    }
-
-    TableStyle m_style;
-    RedrawnLines m_lines;
-};
 
 /// A table each time that there is something new. Statistics are always new and come last.
 class PrintedTables : public Display
@@ -123,15 +91,31 @@ private:
 
 } // namespace
 
+bool wantsScreen(const DisplayWishes& wishes)
+{
+    // The lines of a trace on the same terminal would go through the table.
+    const bool disturbed = wishes.trace && errorsGoToTerminal();
+    return wishes.format != ValueFormat::Json && !wishes.once && !disturbed && Screen::isPossible();
+}
+
 std::unique_ptr<Display> displayFor(const DisplayWishes& wishes)
 {
     if (wishes.format == ValueFormat::Json)
         return std::make_unique<JsonLines>();
-    // The lines of a trace on the same terminal would go through a table that is redrawn.
-    const bool disturbed = wishes.trace && errorsGoToTerminal();
-    if (isTerminal() && !wishes.once && !disturbed)
-        return std::make_unique<LiveTable>(wishes.format);
     return std::make_unique<PrintedTables>(wishes.format);
+}
+
+void printLastTable(const WatchReport& report, ValueFormat format)
+{
+    const TerminalSize size = terminalSize();
+    const int room = std::max(size.lines - 1, 1); // the cursor has a line of its own
+    TableStyle style;
+    style.format = format;
+    style.columns = size.columns - 1;
+    style.colours = wantsColours();
+    const QStringList below = statisticsBelow(report, style.columns);
+    style.lines = std::max(room - below.size(), leastTableLines);
+    print(joined((watchTable(report.view, style) + below).mid(0, room)));
 }
 
 } // namespace plc

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// \brief The ways in which plcpanel watch shows values.
+/// \brief The ways in which plcpanel watch shows values that are not drawn over.
 #ifndef PANEL_WATCH_WATCH_DISPLAY_H
 #define PANEL_WATCH_WATCH_DISPLAY_H
 
@@ -16,7 +16,6 @@ namespace plc
 struct WatchReport {
     WatchView view;
     std::optional<Statistics> statistics; ///< when the user wants them
-    QString prompt;                       ///< what can be typed, or what is being typed
 };
 
 /// What a user asked for that decides how values are shown.
@@ -32,13 +31,16 @@ public:
     virtual ~Display() = default;
     virtual void show(const WatchReport& report) = 0;
     virtual void end(const WatchReport& report) = 0; ///< the last report, which may have been shown before
-    virtual bool redraws() const { return false; }   ///< whatever it shows is replaced by the next report
-    virtual void resized() {}                        ///< the terminal has another size
-    virtual void continued() {}                      ///< the program was suspended
 };
 
-/// \return lines of JSON; a table that is redrawn in a terminal; tables one below the other elsewhere
+/// \return true when the values are to be shown by a LiveTable, which takes a whole terminal
+bool wantsScreen(const DisplayWishes& wishes);
+
+/// \return lines of JSON, or tables one below the other
 std::unique_ptr<Display> displayFor(const DisplayWishes& wishes);
+
+/// Prints what a screen showed in the end, for whoever looks up what it was: as much as the window holds.
+void printLastTable(const WatchReport& report, ValueFormat format);
 
 } // namespace plc
 

@@ -62,7 +62,7 @@ WatchOrder parseWatchOrder(const QString& line)
     return order;
 }
 
-bool TypedLine::press(char key, bool byHand)
+bool TypedLine::press(char key)
 {
     if (key == '\r' || key == '\n')
         return true;
@@ -72,7 +72,7 @@ bool TypedLine::press(char key, bool byHand)
         m_text.clear();
     else if (key >= ' ' && key < deleteKey && m_text.size() < longestLine)
         m_text += QLatin1Char(key);
-    return byHand && m_text.compare(QLatin1String("q"), Qt::CaseInsensitive) == 0;
+    return false;
 }
 
 QString TypedLine::take()

@@ -20,14 +20,13 @@ struct WatchOrder {
 /// capitals do not matter.
 WatchOrder parseWatchOrder(const QString& line);
 
-/// A line as it is typed, key by key.
+/// A line as it comes, character by character.
 class TypedLine
 {
 public:
-    /// Takes one key: a character, backspace, Enter, Ctrl-U (away with the line). Others are ignored.
-    /// \param byHand true when somebody types it, who is spared the Enter behind a q
+    /// Takes one: a character, backspace, Enter, Ctrl-U (away with the line). Others are ignored.
     /// \return true when the line is over
-    bool press(char key, bool byHand);
+    bool press(char key);
 
     /// \return the line that is over; the next one is empty
     QString take();

@@ -3,9 +3,9 @@
 
 #include "panel/terminal/display_width.h"
 #include "panel/terminal/wrapped_text.h"
+#include "panel/watch/row_texts.h"
 #include "panel/watch/station_lines.h"
 #include "panel/watch/watch_words.h"
-#include "runtime/model/listed_value.h"
 
 #include <algorithm>
 
@@ -44,33 +44,9 @@ struct Widths {
     int value = 0;
 };
 
-/// What was never read has no value, though the driver's memory has a zero there.
-bool wasRead(const CyclicValue& value)
-{
-    return value.ageMs >= 0;
-}
-
-/// \return the values in pieces that each stay on one line of \a width characters
-QStringList pieces(const WatchRow& row, ValueFormat format, int width)
-{
-    if (!row.listed)
-        return valueTexts(row.variable.area, row.value.values, format);
-    const QStringList texts = listedTexts(*row.listed, row.value.values);
-    return row.listed->type == ValueType::Text ? chopped(texts.first(), width) : texts;
-}
-
 QStringList valueLines(const WatchRow& row, ValueFormat format, int width)
 {
-    if (!wasRead(row.value))
-        return {QStringLiteral("-")};
-    QStringList texts = pieces(row, format, width);
-    if (row.listed && !texts.isEmpty())
-        texts.last() += unitText(*row.listed);
-    if (row.value.state != ValueState::Fresh && !texts.isEmpty()) {
-        texts.first().prepend(QLatin1Char('('));
-        texts.last().append(QLatin1Char(')'));
-    }
-    return wrapped(texts, width);
+    return wrapped(valuePieces(row, format, width), width);
 }
 
 Colour colourOf(const WatchRow& row)
@@ -81,23 +57,13 @@ Colour colourOf(const WatchRow& row)
     return value.state == ValueState::Fresh ? Plain : Yellow;
 }
 
-QString nameOf(const WatchRow& row)
-{
-    return row.listed ? row.listed->name : variableText(row.variable);
-}
-
 /// A name takes what a window leaves beside the other columns with a value of usual length.
 int nameWidth(const WatchView& view, const TableStyle& style)
 {
     int width = narrowestNameCell;
     for (const WatchRow& row : view.rows)
-        width = std::max(width, columnsOf(nameOf(row)));
+        width = std::max(width, columnsOf(rowName(row)));
     return style.columns == 0 ? width : std::min(width, std::max(neverCutName, style.columns - besideName));
-}
-
-QString cutName(const QString& name, int width)
-{
-    return columnsOf(name) <= width ? name : leftColumns(name, width - 2) + QStringLiteral("..");
 }
 
 /// Room for the values: what a narrow window leaves beside the other columns.
@@ -112,7 +78,7 @@ int valueRoom(const TableStyle& style, int name)
 Cells cellsOf(const WatchRow& row, const TableStyle& style, int widest)
 {
     Cells cells;
-    cells.name = cutName(nameOf(row), widest);
+    cells.name = cutText(rowName(row), widest);
     cells.valueLines = valueLines(row, style.format, valueRoom(style, widest));
     cells.age = ageText(row.value.ageMs);
     cells.state = stateText(row);
@@ -183,24 +149,11 @@ int linesIn(const std::vector<QStringList>& rows)
     return lines;
 }
 
-bool hasStationLines(const WatchView& view)
-{
-    return view.stations.size() > 1;
-}
-
-int ownStation(const WatchView& view)
-{
-    return view.stations.size() == 1 ? view.stations.front().station : view.station;
-}
-
 QString firstLine(const WatchView& view, const TableStyle& style)
 {
     if (!view.heading.isEmpty())
         return coloured(view.heading, Plain, style);
-    const QString stations = hasStationLines(view) ? QStringLiteral("%1 stations").arg(view.stations.size())
-                                                   : QStringLiteral("station %1").arg(ownStation(view));
-    const QString line = QStringLiteral("%1, %2: %3").arg(view.controller, stations, linkText(view.link));
-    return coloured(line, view.link.connected ? Green : Red, style);
+    return coloured(linkLine(view), view.link.connected ? Green : Red, style);
 }
 
 QStringList headLines(const WatchView& view, const Widths& widths, const TableStyle& style)

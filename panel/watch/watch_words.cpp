@@ -23,6 +23,19 @@ QString linkText(const LinkState& link)
         .arg(ageText(link.sinceMs), link.lastError);
 }
 
+bool hasStationLines(const WatchView& view)
+{
+    return view.stations.size() > 1;
+}
+
+QString linkLine(const WatchView& view)
+{
+    const int own = view.stations.size() == 1 ? view.stations.front().station : view.station;
+    const QString stations = hasStationLines(view) ? QStringLiteral("%1 stations").arg(view.stations.size())
+                                                   : QStringLiteral("station %1").arg(own);
+    return QStringLiteral("%1, %2: %3").arg(view.controller, stations, linkText(view.link));
+}
+
 QString stateWord(const CyclicValue& value)
 {
     return valueStateWord(hasFailed(value.failure) ? ValueState::Failed : value.state);

@@ -14,6 +14,12 @@ namespace plc
 /// \return "connected for 12 s", or why there is no connection
 QString linkText(const LinkState& link);
 
+/// \return true when each of its stations has a line of its own
+bool hasStationLines(const WatchView& view);
+
+/// \return controller, station or how many of them, and linkText()
+QString linkLine(const WatchView& view);
+
 /// \return the state of a value in one word or two; "failed" as well for one that could never be read
 QString stateWord(const CyclicValue& value);
 

@@ -3,6 +3,7 @@
 
 #include "panel/commands/command_line.h"
 #include "panel/plcpanel_run.h"
+#include "panel/program_in_terminal.h"
 #include "panel/watch/watch_table.h"
 #include "simulator/simulated_controller.h"
 #include "support/application.h"
@@ -10,17 +11,10 @@
 
 #include <gmock/gmock.h>
 
-#include <QElapsedTimer>
 #include <QTemporaryFile>
 
 #include <csignal>
 #include <fcntl.h>
-#include <poll.h>
-#include <pty.h>
-#include <sys/wait.h>
-#include <termios.h>
-#include <unistd.h>
-#include <utmp.h>
 
 namespace
 {
@@ -224,154 +218,24 @@ TEST_F(WithStations, WatchGoesOnWhenItsInputEnds)
     EXPECT_EQ(process.exitCode(), 0);
 }
 
-/// plcpanel in a terminal of its own, whose modes outlive it.
-class InTerminal
+TEST_F(WithStations, AreSwitchedByKeysInATerminal)
 {
-public:
-    explicit InTerminal(const QStringList& arguments)
-    {
-        winsize window = {};
-        window.ws_col = 100;
-        window.ws_row = 20;
-        EXPECT_EQ(openpty(&m_screen, &m_terminal, nullptr, nullptr, &window), 0);
-        m_before = modes();
-        std::vector<std::string> texts = {builtPlcpanel()};
-        for (const QString& argument : arguments)
-            texts.push_back(argument.toStdString());
-        std::vector<char*> pointers;
-        for (std::string& text : texts)
-            pointers.push_back(text.data());
-        pointers.push_back(nullptr);
-        m_process = fork();
-        if (m_process == 0) {
-            close(m_screen);
-            login_tty(m_terminal);
-            setenv("TERM", "xterm", 1);
-            execv(builtPlcpanel(), pointers.data());
-            _exit(127);
-        }
-    }
-
-    ~InTerminal()
-    {
-        if (m_process > 0) {
-            kill(m_process, SIGKILL);
-            waitpid(m_process, nullptr, 0);
-        }
-        close(m_terminal);
-        close(m_screen);
-    }
-
-    /// Waits until \a part was drawn since the last time. \return false when it never is
-    bool draws(const char* part)
-    {
-        QElapsedTimer clock;
-        clock.start();
-        while (clock.elapsed() < 60000) {
-            const std::size_t at = m_drawn.find(part);
-            if (at != std::string::npos) {
-                m_drawn.erase(0, at);
-                return true;
-            }
-            draw(20);
-        }
-        ADD_FAILURE() << part << " is not in " << m_drawn;
-        return false;
-    }
-
-    void type(const std::string& keys)
-    {
-        EXPECT_EQ(write(m_screen, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
-    }
-
-    void send(int signal) { kill(m_process, signal); }
-
-    /// \return the exit status; -1 when a signal ended it
-    int end()
-    {
-        int ended = 0;
-        while (waitpid(m_process, &ended, WNOHANG) == 0)
-            draw(20); // a full terminal would hold it up
-        m_process = -1;
-        return WIFEXITED(ended) ? WEXITSTATUS(ended) : -1;
-    }
-
-    bool isTaken() const { return (modes() & (ICANON | ECHO)) == 0; }
-    bool isAsBefore() const { return modes() == m_before; }
-
-private:
-    tcflag_t modes() const
-    {
-        termios state = {};
-        EXPECT_EQ(tcgetattr(m_terminal, &state), 0);
-        return state.c_lflag;
-    }
-
-    void draw(int milliseconds)
-    {
-        pollfd screen = {m_screen, POLLIN, 0};
-        char bytes[4096];
-        if (poll(&screen, 1, milliseconds) <= 0)
-            return;
-        const ssize_t size = read(m_screen, bytes, sizeof bytes);
-        if (size > 0)
-            m_drawn.append(bytes, static_cast<std::size_t>(size));
-    }
-
-    int m_screen = -1;
-    int m_terminal = -1;
-    pid_t m_process = -1;
-    tcflag_t m_before = 0;
-    std::string m_drawn;
-};
-
-class WatchInTerminal : public WithStations
-{
-protected:
-    QStringList terminalLine(const std::string& text) const
-    {
-        return line(text) + QStringList{QStringLiteral("--driver"), QString::fromUtf8(builtDriver())};
-    }
-};
-
-TEST_F(WatchInTerminal, SwitchesStationsByKeys)
-{
-    InTerminal watch(terminalLine("watch 9:100@1 9:100@2 --interval 50"));
-    EXPECT_TRUE(watch.draws("station 2: answering"));
-    EXPECT_TRUE(watch.draws("o3 Enter: station 3 off, i3 Enter: on, q or Ctrl-C ends."));
-    EXPECT_TRUE(watch.isTaken());
+    test::ProgramInTerminal watch(QStringList{QString::fromUtf8(builtPlcpanel())} +
+                                  line("watch 9:100@1 9:100@2 --interval 50") +
+                                  QStringList{QStringLiteral("--driver"), QString::fromUtf8(builtDriver())});
+    EXPECT_TRUE(watch.shows("station 2: answering"));
+    EXPECT_TRUE(watch.shows("o3 i3 station 3 off, on"));
     watch.type("o4\x7f");
-    EXPECT_TRUE(watch.draws("> o"));
+    EXPECT_TRUE(watch.shows("> o"));
     watch.type("2\r");
-    EXPECT_TRUE(watch.draws("station 2: switched off"));
-    EXPECT_TRUE(watch.draws("station 2 is switched off"));
+    EXPECT_TRUE(watch.shows("station 2: switched off"));
+    EXPECT_TRUE(watch.shows("station 2 is switched off"));
     set(2, 5555);
     watch.type("i2\r");
-    EXPECT_TRUE(watch.draws("5555"));
-    watch.type("x\r");
-    EXPECT_TRUE(watch.draws("\"x\" is no command"));
+    EXPECT_TRUE(watch.shows("5555"));
+    watch.type("ox\r");
+    EXPECT_TRUE(watch.shows("\"ox\" is no command"));
     watch.type("q");
-    EXPECT_EQ(watch.end(), 0);
-    EXPECT_TRUE(watch.isAsBefore());
-}
-
-TEST_F(WatchInTerminal, PutsTheTerminalInOrderWhateverEndsIt)
-{
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
-        InTerminal watch(terminalLine("watch 9:100@1 --interval 50"));
-        EXPECT_TRUE(watch.draws("9:100@1")) << signal;
-        EXPECT_TRUE(watch.isTaken()) << signal;
-        watch.send(signal);
-        EXPECT_EQ(watch.end(), 0) << signal;
-        EXPECT_TRUE(watch.isAsBefore()) << signal;
-    }
-}
-
-TEST_F(WatchInTerminal, CtrlCEndsIt)
-{
-    InTerminal watch(terminalLine("watch 9:100@1 --interval 50"));
-    EXPECT_TRUE(watch.draws("q or Ctrl-C ends."));
-    watch.type("o1\x03");
     EXPECT_EQ(watch.end(), 0);
     EXPECT_TRUE(watch.isAsBefore());
 }

@@ -2,6 +2,7 @@
 // plcpanel as a process against a simulated controller: what it prints, and how it ends.
 
 #include "panel/plcpanel_run.h"
+#include "panel/program_in_terminal.h"
 #include "simulator/simulated_controller.h"
 #include "support/built_files.h"
 
@@ -11,8 +12,6 @@
 #include <QJsonObject>
 
 #include <csignal>
-#include <pty.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace
@@ -303,87 +302,34 @@ TEST_F(PlcpanelWithController, WatchPrintsALineOfJsonForEachChange)
     EXPECT_EQ(json(linesOf(end.out).back())[QStringLiteral("address")].toString(), QStringLiteral("200"));
 }
 
-/// \return what a program that runs in a terminal of 60 x 12 has drawn until it ended by Ctrl-C, which is
-///         typed when \a redraws tables were drawn over others
-/// \param kind what the environment says of the terminal
-std::string drawnInTerminal(const QStringList& arguments, int redraws, int* status,
-                            const char* kind = "xterm")
+QStringList terminalLine(const QStringList& arguments)
 {
-    int terminal = -1;
-    winsize window = {};
-    window.ws_col = 60;
-    window.ws_row = 12;
-    std::vector<std::string> texts = {builtPlcpanel()};
-    for (const QString& argument : arguments)
-        texts.push_back(argument.toStdString());
-    std::vector<char*> pointers;
-    for (std::string& text : texts)
-        pointers.push_back(text.data());
-    pointers.push_back(nullptr);
-    const pid_t process = forkpty(&terminal, nullptr, nullptr, &window);
-    if (process == 0) {
-        setenv("TERM", kind, 1);
-        unsetenv("NO_COLOR");
-        execv(builtPlcpanel(), pointers.data());
-        _exit(127);
-    }
-    std::string drawn;
-    char bytes[4096];
-    for (ssize_t size; (size = read(terminal, bytes, sizeof bytes)) > 0;) {
-        drawn.append(bytes, static_cast<std::size_t>(size));
-        const int seen = QString::fromStdString(drawn).count(QStringLiteral("A\r"));
-        if (redraws > 0 && seen >= redraws) {
-            redraws = 0;
-            EXPECT_EQ(write(terminal, "\x03", 1), 1);
-        }
-    }
-    int ended = 0;
-    waitpid(process, &ended, 0);
-    close(terminal);
-    *status = WIFEXITED(ended) ? WEXITSTATUS(ended) : -1;
-    return drawn;
+    return QStringList{QString::fromUtf8(builtPlcpanel())} + arguments +
+           QStringList{QStringLiteral("--driver"), QString::fromUtf8(builtDriver())};
 }
 
-TEST_F(PlcpanelWithController, WatchRedrawsItsTableInATerminalUntilCtrlC)
+TEST_F(PlcpanelWithController, ATerminalThatCannotPlaceTextGetsThePlainTable)
 {
     set(100, 1234);
-    int status = -1;
-    const std::string drawn =
-        drawnInTerminal(line("watch 9:100 --interval 50") +
-                            QStringList{QStringLiteral("--driver"), QString::fromUtf8(builtDriver())},
-                        5, &status);
-    EXPECT_EQ(status, 0);
-    EXPECT_THAT(drawn, HasSubstr("\x1b[6A\r")); // link, gap, heading, one row, gap, hint
-    EXPECT_THAT(drawn, HasSubstr("9:100     1234"));
-    EXPECT_THAT(drawn, HasSubstr("Ctrl-C ends."));
-}
-
-TEST_F(PlcpanelWithController, ATerminalThatKnowsNoEscapeCodesGetsNone)
-{
-    set(100, 1234);
-    for (const char* kind : {"dumb", "unknown", ""}) {
-        int status = -1;
-        const std::string drawn =
-            drawnInTerminal(line("watch 9:100 --once") +
-                                QStringList{QStringLiteral("--driver"), QString::fromUtf8(builtDriver())},
-                            0, &status, kind);
-        EXPECT_EQ(status, 0);
-        EXPECT_THAT(drawn, HasSubstr("9:100     1234"));
-        EXPECT_THAT(drawn, Not(HasSubstr("\x1b"))) << kind;
+    for (const char* kind : {"dumb", "unknown", "", "no-such-terminal"}) {
+        test::ProgramInTerminal watch(terminalLine(line("watch 9:100")), {60, 12, {{"TERM", kind}}});
+        EXPECT_TRUE(watch.shows("9:100     1234")) << kind;
+        watch.type("\x03");
+        EXPECT_EQ(watch.end(), 0);
+        EXPECT_THAT(watch.bytes(), Not(HasSubstr("\x1b[?"))) << kind;
+        const bool mayHaveColours = kind == std::string("no-such-terminal");
+        EXPECT_TRUE(mayHaveColours || watch.bytes().find('\x1b') == std::string::npos) << kind;
     }
 }
 
 TEST_F(PlcpanelWithController, AWaitOfMoreThanASecondSaysInATerminalHowFarItIs)
 {
     controller.setSilent(1, true);
-    int status = -1;
-    const std::string drawn =
-        drawnInTerminal(line("read 9:100 --timeout 1500 --retries 0") +
-                            QStringList{QStringLiteral("--driver"), QString::fromUtf8(builtDriver())},
-                        0, &status);
-    EXPECT_EQ(status, 1);
-    EXPECT_THAT(drawn, testing::StartsWith(
-                           "\rreading 9:100: 0 requests so far\x1b[K\r\x1b[Kplcpanel: 9:100: not read"));
+    test::ProgramInTerminal read(terminalLine(line("read 9:100 --timeout 1500 --retries 0")));
+    EXPECT_EQ(read.end(), 1);
+    EXPECT_THAT(
+        read.bytes(),
+        testing::StartsWith("\rreading 9:100: 0 requests so far\x1b[K\r\x1b[Kplcpanel: 9:100: not read"));
 }
 
 TEST(Plcpanel, DemoFindsEveryValueRight)

@@ -47,12 +47,12 @@ TEST(ParseWatchOrder, SaysWhatIsWrongAndWhatIsExpected)
 }
 
 /// \return the lines that the keys make, each with a bar behind it, and what is left
-std::string typed(const char* keys, bool byHand = true)
+std::string typed(const char* keys)
 {
     TypedLine line;
     QString lines;
     for (const char* key = keys; *key != '\0'; ++key) {
-        if (line.press(*key, byHand))
+        if (line.press(*key))
             lines += line.take() + QLatin1Char('|');
     }
     return (lines + line.text()).toStdString();
@@ -70,13 +70,6 @@ TEST(TypedLine, IsEdited)
               "o3|");
     EXPECT_EQ(typed("\b\bo4\b\b\bi3\n"), "i3|");
     EXPECT_EQ(typed("o44\x15i3\n"), "i3|");
-}
-
-TEST(TypedLine, EndsAtOnceForAQByHandOnly)
-{
-    EXPECT_EQ(typed("q"), "q|");
-    EXPECT_EQ(typed("oq\n"), "oq|");
-    EXPECT_EQ(typed("quit\nq\n", false), "quit|q|");
 }
 
 TEST(TypedLine, IgnoresOtherKeysAndEndlessOnes)

@@ -3,7 +3,6 @@
 
 #include "panel/watch/watch_table.h"
 
-#include "panel/terminal/redrawn_lines.h"
 #include "panel/watch/watch_words.h"
 #include "runtime/modbus/reply_failure.h"
 
@@ -264,23 +263,6 @@ TEST(SameNews, ValuesStatesAndTheLinkAreNews)
     WatchView lost = before;
     lost.link.connected = false;
     EXPECT_FALSE(sameNews(before, lost));
-}
-
-TEST(RedrawnLines, AreDrawnOverThoseDrawnBefore)
-{
-    RedrawnLines lines;
-    EXPECT_EQ(lines.draw({QStringLiteral("a"), QStringLiteral("b")}),
-              QStringLiteral("\ra\x1b[K\n\rb\x1b[K\n\x1b[J"));
-    EXPECT_EQ(lines.draw({QStringLiteral("c")}), QStringLiteral("\x1b[2A\rc\x1b[K\n\x1b[J"));
-    EXPECT_EQ(lines.draw({}), QStringLiteral("\x1b[1A\x1b[J"));
-}
-
-TEST(RedrawnLines, AreDrawnBelowWhenTheyStartAnew)
-{
-    RedrawnLines lines;
-    lines.draw({QStringLiteral("a")});
-    lines.startAnew();
-    EXPECT_EQ(lines.draw({QStringLiteral("a")}), QStringLiteral("\ra\x1b[K\n\x1b[J"));
 }
 
 TEST(WatchTable, KeepsItsColumnsWithCharactersOfTwoColumnsAndOfNone)
