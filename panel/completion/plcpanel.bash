@@ -39,7 +39,8 @@ _plcpanel_words() {
   for ((index = 1; index < COMP_CWORD; index++)); do
     if _plcpanel_takes_value "${COMP_WORDS[index]}"; then
       ((index++))
-      # HOST:PORT is three words for bash.
+      # --OPTION=VALUE and HOST:PORT are three words for bash.
+      [[ ${COMP_WORDS[index]} == = ]] && ((index++))
       while [[ ${COMP_WORDS[index + 1]} == : ]]; do
         ((index += 2))
       done
@@ -47,6 +48,64 @@ _plcpanel_words() {
       echo "${COMP_WORDS[index]}"
     fi
   done
+}
+
+# A word as the program gets it, of one that may be in quotes or have backslashes. Nothing in it is run.
+_plcpanel_unquoted() {
+  case $1 in
+  \'*) set -- "${1#\'}" && echo "${1%\'}" ;;
+  \"*) set -- "${1#\"}" && echo "${1%\"}" ;;
+  \~/*) echo "$HOME/$(_plcpanel_unquoted "${1#\~/}")" ;;
+  *) echo "${1//\\/}" ;;
+  esac
+}
+
+# The list that --vars names, wherever that stands; nothing without it.
+_plcpanel_list() {
+  local index
+  for ((index = 1; index < ${#COMP_WORDS[@]}; index++)); do
+    [[ ${COMP_WORDS[index]} == --vars ]] || continue
+    [[ ${COMP_WORDS[index + 1]} == = ]] && ((index++))
+    _plcpanel_unquoted "${COMP_WORDS[index + 1]}"
+    return
+  done
+}
+
+# A name for the command line, within the quote that is open.
+_plcpanel_quoted() {
+  local name
+  case $current in
+  \'* | \"*) echo "$1" ;;
+  *)
+    printf -v name %q "$1"
+    name=${name//:/\\:} # words end at these for bash
+    echo "${name//=/\\=}"
+    ;;
+  esac
+}
+
+# Completes to the variables of the list. A pattern that several fit stays as it is, and they are shown.
+_plcpanel_names() {
+  local list wanted name names fitting=() ending=$1
+  list=$(_plcpanel_list)
+  [[ -r $list ]] || return
+  wanted=$(_plcpanel_unquoted "$current")
+  mapfile -t names < <("$(_plcpanel_unquoted "${COMP_WORDS[0]}")" where --vars "$list" --names 2>/dev/null)
+  for name in "${names[@]}"; do
+    if [[ $wanted == *[*?]* ]]; then
+      # shellcheck disable=SC2053 # it is a pattern
+      [[ $name == ${wanted//[/\\[} ]] && fitting+=("$name")
+    elif [[ $name == "$wanted"* ]]; then
+      COMPREPLY+=("$(_plcpanel_quoted "$name")$ending")
+    fi
+  done
+  if [[ ${#fitting[@]} == 1 ]]; then
+    COMPREPLY=("$(_plcpanel_quoted "${fitting[0]}")")
+  else
+    for name in "${!fitting[@]}"; do # they begin with nothing in common that bash would put in place of the pattern
+      COMPREPLY+=("$((name + 1)): ${fitting[name]}")
+    done
+  fi
 }
 
 # Completes to folders, and to files with one of these endings.
@@ -64,6 +123,12 @@ _plcpanel_files() {
 _plcpanel() {
   local current=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} words
   COMPREPLY=()
+  # --OPTION=VALUE is three words for bash.
+  if [[ $current == = && $before == --* ]]; then
+    current=
+  elif [[ $before == = && ${COMP_WORDS[COMP_CWORD - 2]} == --* ]]; then
+    before=${COMP_WORDS[COMP_CWORD - 2]}
+  fi
   case $before in
   --vars) _plcpanel_files csv && return ;;
   --capture) _plcpanel_files pcap jsonl && return ;;
@@ -87,6 +152,12 @@ _plcpanel() {
     _plcpanel_files pcap pcapng jsonl
   elif [[ ${words[0]} == history && ${#words[@]} == 1 ]]; then
     _plcpanel_files sqlite
+  elif [[ ${words[0]} == write ]]; then # behind the = comes a value
+    [[ $current == = || $before == = ]] && return
+    compopt -o nospace 2>/dev/null
+    _plcpanel_names "="
+  elif [[ ${words[0]} == @(read|watch|check|where|log|replay) ]]; then
+    _plcpanel_names
   fi
 }
 

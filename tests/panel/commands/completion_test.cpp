@@ -12,6 +12,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
@@ -44,6 +45,11 @@ Words offered(const char* program, const QStringList& words, const QString& fold
                        "COMP_CWORD=$(($# - 1)) && _%1 && printf '%s\\n' \"${COMPREPLY[@]}\"")
             .arg(QLatin1String(program), QString::fromUtf8(testsDirectory()));
     QProcess bash;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("PATH"), QFileInfo(QString::fromUtf8(builtPlcpanel())).path() +
+                                                   QLatin1Char(':') +
+                                                   environment.value(QStringLiteral("PATH")));
+    bash.setProcessEnvironment(environment);
     bash.setWorkingDirectory(folder);
     bash.start(QStringLiteral("bash"),
                QStringList{QStringLiteral("-c"), script, QStringLiteral("bash"), QLatin1String(program)} +
@@ -139,6 +145,97 @@ TEST(CompletionOfPlcpanel, OffersFilesOfTheRightKind)
     EXPECT_THAT(files("history "), ElementsAre("f.sqlite"));
     EXPECT_THAT(files("history f.sqlite --to "), IsEmpty());
     EXPECT_THAT(files("read --driver "), ElementsAre("libplcdriver.so"));
+}
+
+/// A list in a folder, and what is offered with it.
+class CompletionOfNames : public testing::Test
+{
+protected:
+    CompletionOfNames()
+    {
+        QFile file(folder.filePath(QStringLiteral("my list.csv")));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(
+            "name,area,address,type\n"
+            "drive speed,9,1,int16\ndrive status,9,2,hex\npump,2,1,bit\nx=1:2,9,3,hex\n[odd],9,4,hex\n");
+    }
+
+    /// \param words behind --vars and the list
+    Words with(const QStringList& words, const char* command = "read") const
+    {
+        return offered(
+            "plcpanel",
+            QStringList{QLatin1String(command), QStringLiteral("--vars"), QStringLiteral("my\\ list.csv")} +
+                words,
+            folder.path());
+    }
+
+    const QTemporaryDir folder;
+};
+
+TEST_F(CompletionOfNames, OffersThemWithTheirBlanksEscaped)
+{
+    EXPECT_THAT(with({QString()}),
+                UnorderedElementsAre("drive\\ speed", "drive\\ status", "pump", "x\\=1\\:2", "\\[odd\\]"));
+    EXPECT_THAT(with({QStringLiteral("drive\\ sp")}), ElementsAre("drive\\ speed"));
+    EXPECT_THAT(with({QStringLiteral("pump"), QStringLiteral("dr")}),
+                ElementsAre("drive\\ speed", "drive\\ status"));
+    for (const char* command : {"watch", "check", "where"})
+        EXPECT_THAT(with({QStringLiteral("p")}, command), ElementsAre("pump")) << command;
+}
+
+TEST_F(CompletionOfNames, LeavesThemAsTheyAreInQuotes)
+{
+    EXPECT_THAT(with({QStringLiteral("'drive sp")}), ElementsAre("drive speed"));
+    EXPECT_THAT(with({QStringLiteral("\"drive st")}), ElementsAre("drive status"));
+}
+
+TEST_F(CompletionOfNames, PutsTheSignBehindThemThatAWriteNeeds)
+{
+    EXPECT_THAT(with({QStringLiteral("pu")}, "write"), ElementsAre("pump="));
+    EXPECT_THAT(with({QStringLiteral("pump"), QStringLiteral("=")}, "write"), IsEmpty());
+    EXPECT_THAT(with({QStringLiteral("pump"), QStringLiteral("="), QStringLiteral("d")}, "write"), IsEmpty());
+}
+
+TEST_F(CompletionOfNames, ShowsWhatAPatternMeans)
+{
+    EXPECT_THAT(with({QStringLiteral("'drive *")}), ElementsAre("1: drive speed", "2: drive status"));
+    EXPECT_THAT(with({QStringLiteral("*eed")}), ElementsAre("drive\\ speed"));
+    EXPECT_THAT(with({QStringLiteral("[*")}), ElementsAre("\\[odd\\]"));
+}
+
+TEST_F(CompletionOfNames, FindsTheListWhereverItStands)
+{
+    const auto all = [this](const QStringList& words) {
+        return offered("plcpanel", words, folder.path()).size();
+    };
+    EXPECT_EQ(all({QStringLiteral("--vars"), QStringLiteral("="), QStringLiteral("'my list.csv'"),
+                   QStringLiteral("read"), QString()}),
+              5u);
+    EXPECT_EQ(all({QStringLiteral("read"), QStringLiteral("--controller"), QStringLiteral("h"),
+                   QStringLiteral(":"), QStringLiteral("502"), QStringLiteral("--vars"),
+                   folder.filePath(QStringLiteral("my\\ list.csv")), QString()}),
+              5u);
+}
+
+TEST_F(CompletionOfNames, OffersNoneWithoutAListThatCanBeRead)
+{
+    EXPECT_THAT(offered("plcpanel", "read --vars nowhere.csv "), IsEmpty());
+    EXPECT_THAT(offered("plcpanel", "read "), IsEmpty());
+    QFile file(folder.filePath(QStringLiteral("my list.csv")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("no list\n");
+    file.close();
+    EXPECT_THAT(with({QString()}), IsEmpty());
+}
+
+TEST_F(CompletionOfNames, RunsNothingThatStandsInAWord)
+{
+    with({QStringLiteral("$(touch ran)")});
+    offered("plcpanel",
+            {QStringLiteral("read"), QStringLiteral("--vars"), QStringLiteral("\"$(touch ran)\""), QString()},
+            folder.path());
+    EXPECT_FALSE(QFile::exists(folder.filePath(QStringLiteral("ran"))));
 }
 
 /// \return what the program that was built beside plcpanel prints
