@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "panel/check/check_report.h"
 
+#include "runtime/model/counted.h"
 #include "runtime/model/value_text.h"
 
 #include <QJsonArray>
@@ -186,11 +187,6 @@ Counts countsOf(const CheckReport& report)
     return counts;
 }
 
-QString numberOfThings(std::size_t number, const char* one, const char* several)
-{
-    return QStringLiteral("%1 %2").arg(number).arg(QLatin1String(number == 1 ? one : several));
-}
-
 QString summaryText(const CheckReport& report)
 {
     const Counts counts = countsOf(report);
@@ -201,12 +197,11 @@ QString summaryText(const CheckReport& report)
     if (counts.unchecked > 0)
         results << QStringLiteral("%1 not checked").arg(counts.unchecked);
     if (counts.blocks > 0)
-        results << numberOfThings(counts.blocks, "block refused for no variable of it",
-                                  "blocks refused for no variable of them");
+        results << counted(static_cast<qint64>(counts.blocks), "block refused for no variable of it",
+                           "blocks refused for no variable of them");
     return QStringLiteral("%1 in %2, checked with %3: %4\n")
-        .arg(numberOfThings(counts.all, "variable", "variables"),
-             numberOfThings(report.blocks, "block", "blocks"),
-             numberOfThings(static_cast<std::size_t>(report.reads), "read", "reads"),
+        .arg(counted(static_cast<qint64>(counts.all), "variable"),
+             counted(static_cast<qint64>(report.blocks), "block"), counted(report.reads, "read"),
              results.join(QStringLiteral(", ")));
 }
 
@@ -272,10 +267,8 @@ QString checkText(const CheckReport& report, bool colours)
         text += marked(words.mark, words.isError, colours) + findingText(report, finding) + QLatin1Char('\n');
     }
     if (unchecked > mostUnchecked)
-        text +=
-            marked("UNCHECKED", false, colours) +
-            QStringLiteral("and %1 more\n")
-                .arg(numberOfThings(static_cast<std::size_t>(unchecked - mostUnchecked), "block", "blocks"));
+        text += marked("UNCHECKED", false, colours) +
+                QStringLiteral("and %1 more\n").arg(counted(unchecked - mostUnchecked, "block"));
     if (needsRemedy(report))
         text += marked("REMEDY", false, colours) + remedyText(report) + QLatin1Char('\n');
     return report.limit.isEmpty() ? text + summaryText(report) : text;

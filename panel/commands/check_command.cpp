@@ -14,6 +14,7 @@
 #include "runtime/modbus/frame_fields.h"
 #include "runtime/modbus/request_pieces.h"
 #include "runtime/modbus/return_code_words.h"
+#include "runtime/model/counted.h"
 
 namespace plc
 {
@@ -76,10 +77,10 @@ bool checkBlocks(const Options& options, const CheckedList& list, const std::vec
     ListCheck check([&reader](const Variable& elements) { return reader.read(elements); });
     std::size_t number = 0;
     for (const DriverBlock& block : blocks) {
-        reader.tell(QStringLiteral("checking block %1 of %2, %3 reads so far")
+        reader.tell(QStringLiteral("checking block %1 of %2, %3 so far")
                         .arg(++number)
                         .arg(blocks.size())
-                        .arg(check.reads()));
+                        .arg(counted(check.reads(), "read")));
         const Variable elements = elementsOf(block);
         check.check(elements, partsIn(elements, list.parts));
     }

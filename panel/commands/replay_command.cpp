@@ -13,6 +13,7 @@
 #include "panel/watch/watch_table.h"
 #include "runtime/cycle/refresh_plan.h"
 #include "runtime/modbus/request_pieces.h"
+#include "runtime/model/counted.h"
 
 #include <algorithm>
 
@@ -144,17 +145,17 @@ void note(const Options& options, const QStringList& notes, const ReplayCounts& 
     for (const QString& text : notes)
         complain(begin + text);
     if (counts.otherStations > 0)
-        complain(begin + QStringLiteral("%1 requests to other stations than %2 are left out; --station and "
-                                        "--multi-station choose them")
-                             .arg(counts.otherStations)
-                             .arg(options.settings.station));
-    if (counts.notRebuilt > 0)
-        complain(begin + QStringLiteral("%1 requests are left out, because the driver builds no such frames")
-                             .arg(counts.notRebuilt));
-    if (counts.dropped > 0)
         complain(begin +
-                 QStringLiteral("%1 replies are left out, because they were late or belong to no request")
-                     .arg(counts.dropped));
+                 QStringLiteral("left out: %1 to other stations than %2; --station and --multi-station "
+                                "choose them")
+                     .arg(counted(counts.otherStations, "request"))
+                     .arg(options.settings.station));
+    if (counts.notRebuilt > 0)
+        complain(begin + QStringLiteral("left out: %1 of a kind that the driver builds no frames for")
+                             .arg(counted(counts.notRebuilt, "request")));
+    if (counts.dropped > 0)
+        complain(begin + QStringLiteral("left out: %1, late or of no request that is there")
+                             .arg(counted(counts.dropped, "reply", "replies")));
 }
 
 ExitStatus refuse(const Options& options, const QString& error)

@@ -12,6 +12,7 @@
 #include "panel/terminal/watch_signals.h"
 #include "runtime/cycle/driver_blocks.h"
 #include "runtime/modbus/request_pieces.h"
+#include "runtime/model/counted.h"
 
 #include <QElapsedTimer>
 
@@ -139,12 +140,12 @@ ElementCounts scanRange(const Variable& range, const Settings& settings, Element
     };
     const ElementScan* running = nullptr;
     const auto read = [&](const Variable& elements) {
-        reader->tell(QStringLiteral("station %1: %2, %3 of %4 elements, %5 reads so far")
+        reader->tell(QStringLiteral("station %1: %2, %3 of %4 elements, %5 so far")
                          .arg(range.station)
                          .arg(variableText({elements.area, elements.element, 1, -1}))
                          .arg(running->done())
                          .arg(range.count)
-                         .arg(running->counts().reads));
+                         .arg(counted(running->counts().reads, "read")));
         return reader->read(elements);
     };
     ElementScan scan(read, mostElementsRead(range.area, settings.maxBlockCount), tell);

@@ -2,6 +2,7 @@
 #include "panel/scan/scan_report.h"
 
 #include "panel/terminal/display_width.h"
+#include "runtime/model/counted.h"
 #include "runtime/model/value_text.h"
 
 #include <QJsonArray>
@@ -81,11 +82,6 @@ QString elementText(Variable elements, int element)
 QString secondsText(double seconds)
 {
     return QStringLiteral("%1 s").arg(seconds, 0, 'f', 1);
-}
-
-QString numberOf(std::size_t number, const char* one, const char* several)
-{
-    return QStringLiteral("%1 %2").arg(number).arg(QLatin1String(number == 1 ? one : several));
 }
 
 QString spanText(const Variable& elements)
@@ -207,7 +203,7 @@ QString stationsEnd(const std::vector<StationAnswer>& answers, double seconds)
     if (unasked > 0)
         results << QStringLiteral("%1 not asked").arg(unasked);
     QString text = absentLines(answers) + QStringLiteral("%1 in %2: %3\n")
-                                              .arg(numberOf(answers.size(), "station", "stations"),
+                                              .arg(counted(static_cast<qint64>(answers.size()), "station"),
                                                    secondsText(seconds), results.join(QStringLiteral(", ")));
     if (there > 1 && there == answers.size())
         text += QStringLiteral("All answered: a controller may answer for any station.\n");
@@ -242,11 +238,9 @@ QString rangeEnd(const Variable& range, const ElementCounts& counts, double seco
         results << QStringLiteral("%1 were too many at once, %2 were not")
                        .arg(counts.tooMany)
                        .arg(counts.mostAtOnce);
-    return notTogetherText(counts) +
-           QStringLiteral("%1, %2 in %3: %4\n")
-               .arg(numberOf(static_cast<std::size_t>(range.count), "element", "elements"),
-                    numberOf(static_cast<std::size_t>(counts.reads), "read", "reads"), secondsText(seconds),
-                    results.join(QStringLiteral(", ")));
+    return notTogetherText(counts) + QStringLiteral("%1, %2 in %3: %4\n")
+                                         .arg(counted(range.count, "element"), counted(counts.reads, "read"),
+                                              secondsText(seconds), results.join(QStringLiteral(", ")));
 }
 
 QString stationJson(const StationAnswer& answer)

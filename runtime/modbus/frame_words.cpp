@@ -4,6 +4,7 @@
 #include "runtime/modbus/exception_words.h"
 #include "runtime/modbus/frame_fields.h"
 #include "runtime/modbus/reply_fault.h"
+#include "runtime/model/counted.h"
 
 #include <QStringList>
 
@@ -55,9 +56,9 @@ QString wholeRequestWords(const QByteArray& frame)
     const int quantity = wordAt(frame, quantityOffset);
     switch (byteAt(frame, functionOffset)) {
     case ReadCoils:
-        return QStringLiteral("read %1 coils from %2").arg(quantity).arg(address);
+        return QStringLiteral("read %1 from %2").arg(counted(quantity, "coil")).arg(address);
     case ReadRegisters:
-        return QStringLiteral("read %1 registers from %2").arg(quantity).arg(address);
+        return QStringLiteral("read %1 from %2").arg(counted(quantity, "register")).arg(address);
     case WriteCoil:
         return QStringLiteral("switch coil %1 %2")
             .arg(address)
@@ -65,8 +66,8 @@ QString wholeRequestWords(const QByteArray& frame)
     case WriteRegister:
         return QStringLiteral("write register %1: %2").arg(address).arg(wordAt(frame, singleValueOffset));
     case WriteRegisters:
-        return QStringLiteral("write %1 registers from %2: %3")
-            .arg(quantity)
+        return QStringLiteral("write %1 from %2: %3")
+            .arg(counted(quantity, "register"))
             .arg(address)
             .arg(registersFrom(frame, multipleValuesOffset));
     case ReportServerId:
@@ -109,7 +110,7 @@ QString hexText(const QByteArray& bytes)
 QString requestWords(const QByteArray& frame)
 {
     if (frame.size() < sizeOfRequest(byteAt(frame, functionOffset)))
-        return QStringLiteral("no whole request (%1 bytes)").arg(frame.size());
+        return QStringLiteral("no whole request (%1)").arg(counted(frame.size(), "byte"));
     return unitWords(frame) + QStringLiteral(": ") + wholeRequestWords(frame);
 }
 
@@ -118,7 +119,7 @@ QString replyWords(const QByteArray& frame, const QByteArray& reply)
     if (reply.isEmpty())
         return QStringLiteral("no reply");
     if (reply.size() <= pduDataOffset)
-        return QStringLiteral("no whole reply (%1 bytes)").arg(reply.size());
+        return QStringLiteral("no whole reply (%1)").arg(counted(reply.size(), "byte"));
     const QString unit = unitWords(reply) + QStringLiteral(": ");
     if (isException(reply))
         return unit + exceptionReplyWords(exceptionCode(reply));

@@ -2,6 +2,7 @@
 #include "runtime/modbus/request_pieces.h"
 
 #include "runtime/modbus/protocol.h"
+#include "runtime/model/counted.h"
 #include "runtime/model/modbus_address.h"
 
 #include <algorithm>
@@ -127,7 +128,8 @@ quint32 greatestValue(int area)
 QString valueRefusal(const Variable& variable, const std::vector<quint32>& values)
 {
     if (static_cast<int>(values.size()) != variable.count)
-        return QStringLiteral("%1 values are given for %2 elements").arg(values.size()).arg(variable.count);
+        return counted(static_cast<qint64>(values.size()), "value") + QStringLiteral(" given for ") +
+               counted(variable.count, "element");
     const quint32 most = greatestValue(variable.area);
     for (const quint32 value : values) {
         if (value > most)

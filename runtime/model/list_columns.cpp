@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "runtime/model/list_columns.h"
 
+#include "runtime/model/counted.h"
 #include "runtime/model/printable.h"
 
 #include <cmath>
@@ -44,7 +45,7 @@ int numberIn(const Field& field, int least, int most, std::optional<int> whenEmp
 void needNumbers(const Field& field, const ListedVariable& variable)
 {
     if (!isNumber(variable.type))
-        throw LineError(QStringLiteral("a %1 has no %2, only numbers have; leave the field empty")
+        throw LineError(QStringLiteral("type %1 has no %2, only numbers have; leave the field empty")
                             .arg(valueTypeWord(variable.type), field.column));
 }
 
@@ -130,6 +131,24 @@ void takeType(const Field& field, ListedVariable* variable)
                      QString::number(elements.area), QString::number(room)));
 }
 
+/// In these orders the letters of four characters lie in two words, which are one value: neither the variable nor a
+/// request may end between them.
+void pairWords(ListedVariable* variable)
+{
+    Variable& elements = variable->elements;
+    const bool turnsWords = variable->order == WordOrder::Cdab || variable->order == WordOrder::Dcba;
+    if (variable->type != ValueType::Text || !turnsWords || placesOfElement(elements.area) > 1)
+        return;
+    if (elements.count % 2 != 0)
+        throw LineError(
+            QStringLiteral("in order %1 four characters of a text lie in two words, and a count of %2 "
+                           "ends in the midst of them; %3 is expected, or order ABCD or BADC, which go "
+                           "word by word")
+                .arg(wordOrderWord(variable->order), QString::number(variable->count),
+                     QString::number(2 * (elements.count + 1))));
+    elements.valueElements = 2;
+}
+
 void takeOrder(const Field& field, ListedVariable* variable)
 {
     const std::optional<WordOrder> order = parseWordOrder(field.text);
@@ -137,9 +156,11 @@ void takeOrder(const Field& field, ListedVariable* variable)
         throw LineError(QStringLiteral("\"%1\" is no order; %2 is expected, or nothing")
                             .arg(excerpt(field.text), wordOrderWords()));
     if (*order != WordOrder::Usual && !hasWordOrder(variable->type, variable->elements.area))
-        throw LineError(QStringLiteral("a %1 lies in one word and has no order; leave the field empty")
-                            .arg(valueTypeWord(variable->type)));
+        throw LineError(
+            QStringLiteral("type %1 lies in one word here and has no order; leave the field empty")
+                .arg(valueTypeWord(variable->type)));
     variable->order = *order;
+    pairWords(variable);
 }
 
 void takeScale(const Field& field, ListedVariable* variable)
@@ -286,8 +307,8 @@ ListColumns::ListColumns(const QStringList& names, bool decimalComma)
 ListedVariable ListColumns::variableOf(const QStringList& fields) const
 {
     if (fields.size() != m_names.size())
-        throw LineError(QStringLiteral("it has %1 fields; %2 are expected: %3")
-                            .arg(fields.size())
+        throw LineError(QStringLiteral("it has %1; %2 are expected: %3")
+                            .arg(counted(fields.size(), "field"))
                             .arg(m_names.size())
                             .arg(m_names.join(m_decimalComma ? QLatin1Char(';') : QLatin1Char(','))));
     ListedVariable variable;

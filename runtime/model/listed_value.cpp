@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "runtime/model/listed_value.h"
 
+#include "runtime/model/counted.h"
 #include "runtime/model/printable.h"
 
 #include <QJsonArray>
@@ -279,8 +280,9 @@ std::optional<QByteArray> numberBytes(const ListedVariable& variable, const QStr
 {
     const QStringList parts = text.split(QLatin1Char(','));
     if (parts.size() != variable.count)
-        return refuse(error,
-                      QStringLiteral("%1 values are given; it has %2").arg(parts.size()).arg(variable.count));
+        return refuse(
+            error,
+            QStringLiteral("%1 given; it has %2").arg(counted(parts.size(), "value")).arg(variable.count));
     QByteArray bytes;
     for (const QString& part : parts) {
         const auto bits = bitsOf(variable, part, error);

@@ -6,8 +6,8 @@
 /// text its characters, in the order in which they go over the wire: a word's high byte goes first, and
 /// words go by rising address. Of 64-bit values there are eight bytes in the same manner: ABCD has the high
 /// word first, CDAB the low word, and BADC and DCBA have the bytes of each word exchanged besides. Of text
-/// the letters are four characters each; two that are left behind the last four lie in one word, so that
-/// only the order of its bytes matters.
+/// the letters are four characters each. Of two that are left behind the last four only the order of bytes
+/// counts; a list has such a text only where the words are not exchanged.
 #ifndef RUNTIME_MODEL_WORD_ORDER_H
 #define RUNTIME_MODEL_WORD_ORDER_H
 

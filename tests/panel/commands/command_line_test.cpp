@@ -284,7 +284,7 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{"write 14:200=4294967296 --controller a", "-2147483648 to 4294967295"},
         Refused{"write 1:1=2 --controller a", "0 or 1 is expected"},
         Refused{"write 9:1=1, --controller a", "\"\" is no value of area 9"},
-        Refused{"write 9:1x3=4 --controller a", "1 values are given for 3 elements"},
+        Refused{"write 9:1x3=4 --controller a", "1 value given for 3 elements"},
         Refused{"write 9:65534=1,2 --controller a", "do not lie in area 9"},
         Refused{"write 0:1=1 --controller a", "area 0 can only be read"},
         Refused{"scan", "--controller is missing"},

@@ -152,7 +152,7 @@ TEST_F(PlcpanelCapture, IsThereForEveryCommandWithALink)
     EXPECT_EQ(run("write 9:7=5", "write.jsonl").status, 0);
     EXPECT_THAT(bytesOf("write.jsonl").toStdString(), HasSubstr("write register 7: 5"));
     EXPECT_EQ(run("check 9:7", "check.jsonl").status, 0);
-    EXPECT_THAT(bytesOf("check.jsonl").toStdString(), HasSubstr("read 1 registers from 7"));
+    EXPECT_THAT(bytesOf("check.jsonl").toStdString(), HasSubstr("read 1 register from 7"));
     const RunResult demo =
         plcpanel({QStringLiteral("demo"), QStringLiteral("--capture"), path("demo.jsonl")});
     EXPECT_EQ(demo.status, 0);

@@ -285,7 +285,7 @@ TEST_F(PlcpanelScan, IsTracedAndCapturedLikeOtherCommands)
     const QString file = folder.filePath(QStringLiteral("scan.jsonl"));
     const RunResult run = plcpanel(arguments("--stations 1 --trace", controller->port()) +
                                    QStringList{QStringLiteral("--capture"), file});
-    EXPECT_THAT(run.errors, HasSubstr("unit 1: read 1 registers from 0"));
+    EXPECT_THAT(run.errors, HasSubstr("unit 1: read 1 register from 0"));
     EXPECT_THAT(run.errors, HasSubstr("unit 1: read the device's identity"));
     EXPECT_THAT(run.errors, HasSubstr("unit 1: report the server's identity"));
     EXPECT_EQ(plcpanel({QStringLiteral("replay"), file}).status, 0);

@@ -149,7 +149,7 @@ TEST_F(PlcpanelWithController, TraceShowsFramesOnStandardErrorOnly)
     const RunResult read = run("read 9:100 --trace");
     EXPECT_EQ(read.out, "9:100  5\n");
     EXPECT_THAT(read.errors,
-                HasSubstr("-> 00 01 00 00 00 06 01 03 00 64 00 01  unit 1: read 1 registers from 100\n"));
+                HasSubstr("-> 00 01 00 00 00 06 01 03 00 64 00 01  unit 1: read 1 register from 100\n"));
     EXPECT_THAT(read.errors, HasSubstr("<- 00 01 00 00 00 05 01 03 02 00 05  unit 1: registers 5 ("));
 }
 

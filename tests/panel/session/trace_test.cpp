@@ -34,7 +34,7 @@ ExchangeRecord readOfOneRegister()
 TEST(TraceText, ShowsFrameAndReplyWithTheNumberTheyTravelledWith)
 {
     EXPECT_EQ(traceText(readOfOneRegister(), endedAt).toStdString(),
-              "07:08:09.010 -> 00 2A 00 00 00 06 01 03 00 64 00 01  unit 1: read 1 registers from 100\n"
+              "07:08:09.010 -> 00 2A 00 00 00 06 01 03 00 64 00 01  unit 1: read 1 register from 100\n"
               "             <- 00 2A 00 00 00 05 01 03 02 04 D2  unit 1: registers 1234 (3 ms: done)\n");
 }
 
@@ -68,7 +68,7 @@ TEST(TraceText, ShowsAFrameThatCouldNotBeSent)
     record.result = 41;
     EXPECT_TRUE(traceText(record, endedAt)
                     .startsWith(QStringLiteral("07:08:09.010 -- 00 00 00 00 00 06 01 03 00 64 00 01  "
-                                               "unit 1: read 1 registers from 100 (not sent: no "
+                                               "unit 1: read 1 register from 100 (not sent: no "
                                                "connection)\n")));
 }
 

@@ -21,7 +21,7 @@ const QByteArray remoteRead = hex("16 000000 03 0009 00000005 0001 0000000000000
 
 TEST(Dialect, SaysWhatARequestAsksForInItsOwnWay)
 {
-    EXPECT_EQ(modbusTcp.requestWords(read), QStringLiteral("unit 3: read 1 registers from 5"));
+    EXPECT_EQ(modbusTcp.requestWords(read), QStringLiteral("unit 3: read 1 register from 5"));
     EXPECT_EQ(remote.requestWords(remoteRead), QStringLiteral("station 3: read 9:5"));
 }
 

@@ -155,7 +155,7 @@ TEST(ListedValueWritten, IsRefusedWhenItIsNoSuchValue)
     EXPECT_EQ(refusal(listed("float32"), "nan"), "\"nan\" is no number; one such as 21.5 is expected");
     EXPECT_EQ(refusal(listed("bit", "comment", "", "1"), "2"),
               "\"2\" is no bit; 0, 1, true, false, on or off is expected");
-    EXPECT_EQ(refusal(several(2, listed("int16")), "1"), "1 values are given; it has 2");
+    EXPECT_EQ(refusal(several(2, listed("int16")), "1"), "1 value given; it has 2");
 }
 
 TEST(ListedValueWritten, TakesEachType)
@@ -203,7 +203,7 @@ TEST(ListedValueWritten, ComesBackAsItWasWritten)
         EXPECT_EQ(
             listedText(listed("float64", "order", order), written(listed("float64", "order", order), "-0.7")),
             QStringLiteral("-0.7"));
-        const ListedVariable text = several(9, listed("text", "order", order));
+        const ListedVariable text = listed("text", "count,order", (QByteArray("12,") + order).constData());
         EXPECT_EQ(listedText(text, written(text, "LEMON TEA")), QStringLiteral("\"LEMON TEA\""));
     }
 }

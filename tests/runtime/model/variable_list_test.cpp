@@ -121,6 +121,29 @@ TEST(VariableList, NamesTheColumnsThatThereAreForOneThatItDoesNotKnow)
                     .startsWith(QStringLiteral("line 1: the column area is there twice\n")));
 }
 
+TEST(VariableList, HasNoTextThatEndsBetweenTwoWordsThatBelongTogether)
+{
+    const auto list = [](const char* fields) {
+        return parseVariableList(QByteArray("name,area,address,count,type,order\na,") + fields);
+    };
+    for (const char* order : {"CDAB", "DCBA"}) {
+        const auto with = [&](const char* fields) {
+            return list((QByteArray(fields) + ",text," + order).constData());
+        };
+        EXPECT_EQ(
+            with("9,0,9").errors.value(0).section(QLatin1Char('\n'), 0, 0).toStdString(),
+            std::string("line 2: in order ") + order +
+                " four characters of a text lie in two words, and a count of 9 ends in the midst of them; 12 "
+                "is expected, or order ABCD or BADC, which go word by word");
+        EXPECT_EQ(with("9,0,2").errors.size(), 1);
+        EXPECT_EQ(with("9,0,11").variables.at(0).elements.valueElements, 2);
+        EXPECT_EQ(with("9,0,12").variables.at(0).elements.count, 6);
+        EXPECT_EQ(with("14,200,9").variables.at(0).elements.count, 3); // a double word holds four
+    }
+    EXPECT_EQ(list("9,0,9,text,ABCD").variables.at(0).elements.count, 5);
+    EXPECT_EQ(list("9,0,9,text,").variables.at(0).elements.valueElements, 1);
+}
+
 TEST(VariableList, SaysWhatIsExpectedOfEachFieldThatMayBeLeftOut)
 {
     const auto error = [](const char* column, const char* type, const char* field) {
@@ -131,12 +154,12 @@ TEST(VariableList, SaysWhatIsExpectedOfEachFieldThatMayBeLeftOut)
     EXPECT_EQ(error("order", "int32", "DABC"),
               "line 2: \"DABC\" is no order; ABCD, CDAB, BADC, DCBA is expected, or nothing");
     EXPECT_EQ(error("order", "int16", "ABCD"),
-              "line 2: a int16 lies in one word and has no order; leave the field empty");
+              "line 2: type int16 lies in one word here and has no order; leave the field empty");
     EXPECT_EQ(error("scale", "int16", "0"), "line 2: the scale is 0, so that every value would be the same");
     EXPECT_EQ(error("offset", "int16", "nan"),
               "line 2: \"nan\" is no offset; a number such as 0.1 is expected");
     EXPECT_EQ(error("scale", "text", "2"),
-              "line 2: a text has no scale, only numbers have; leave the field empty");
+              "line 2: type text has no scale, only numbers have; leave the field empty");
     EXPECT_EQ(error("digits", "int16", "16"), "line 2: \"16\" is no digits; 0 to 15 is expected");
     EXPECT_EQ(error("unit", "int16", "a unit of more than 20"),
               "line 2: the unit has 22 characters; 20 are allowed");
@@ -144,7 +167,7 @@ TEST(VariableList, SaysWhatIsExpectedOfEachFieldThatMayBeLeftOut)
               "line 2: min is above max, so that no value would lie between them");
     EXPECT_EQ(error("deadband", "int16", "-1"), "line 2: \"-1\" is no deadband; 0 or more is expected");
     EXPECT_EQ(error("deadband", "hex", "1"),
-              "line 2: a hex has no deadband, only numbers have; leave the field empty");
+              "line 2: type hex has no deadband, only numbers have; leave the field empty");
     EXPECT_EQ(error("access", "int16", "w"), "line 2: \"w\" is no access; r or rw is expected, or nothing");
 }
 
