@@ -56,7 +56,7 @@ if(PLC_BUILD_TOOLS)
   plc_install_documents(runtime_development libplcruntime-dev "" docs/runtime.md)
   plc_install_examples(runtime_development libplcruntime-dev
     runtime_library station_runtime c_runtime python_runtime)
-  plc_install_documents(tools plcdriver-tools "" docs/history.md)
+  plc_install_documents(tools plcdriver-tools "" docs/history.md docs/lists.md)
   plc_install_documents(tools plcdriver-tools examples examples/README.md examples/machine.csv examples/machine.memory
     examples/thousand.csv examples/make-list examples/make-thousand)
 endif()
