@@ -18,6 +18,7 @@ namespace plc
 
 class LiveSession;
 class TablePanel;
+class TrendPanel;
 
 class MainWindow : public QMainWindow
 {
@@ -33,6 +34,7 @@ public:
     void open(const Watched& watched);
 
     TablePanel* table() const { return m_table; }
+    TrendPanel* trend() const { return m_trend; }
 
     /// Takes what came since the last time; the beat does so.
     void refresh();
@@ -40,11 +42,13 @@ public:
 private:
     void close();
     void makeMenus();
+    void makeDocks();
     void complain(const QString& words);
     void showReport(const SessionReport& report);
 
     std::unique_ptr<LiveSession> m_session;
     TablePanel* m_table;
+    TrendPanel* m_trend;
     QLabel* m_link;
     QLabel* m_rate;
     QTimer m_beat;

@@ -74,7 +74,7 @@ void Mailbox::record(int index, const CyclicValue& value)
 {
     if (value.state == ValueState::Unconfirmed || m_news.samples.size() >= mostSamples)
         return;
-    Sample sample;
+    CurveSample sample;
     sample.index = index;
     sample.atMs = value.readAtMs < 0 ? QDateTime::currentMSecsSinceEpoch() : value.readAtMs;
     if (value.state == ValueState::Fresh)

@@ -29,7 +29,7 @@ struct ValueNews {
 };
 
 /// What a curve gets: what a variable was from a time on.
-struct Sample {
+struct CurveSample {
     int index = 0;
     qint64 atMs = 0;
     std::vector<quint32> values; ///< empty: there was no fresh value from here on
@@ -62,8 +62,8 @@ struct SessionReport {
 };
 
 struct Snapshot {
-    std::vector<ValueNews> values; ///< each variable once
-    std::vector<Sample> samples;   ///< of those that are recorded, all that came, by time
+    std::vector<ValueNews> values;    ///< each variable once
+    std::vector<CurveSample> samples; ///< of those that are recorded, all that came, by time
     std::vector<FrameEntry> frames;
     std::vector<WriteNews> writes;
     std::optional<SessionReport> report;

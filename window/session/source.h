@@ -15,6 +15,9 @@
 namespace plc
 {
 
+/// What is dragged from one part of the window to another: the names of variables, one a line.
+inline constexpr char variablesMimeType[] = "application/x-plcwindow-variables";
+
 /// What is asked for.
 struct Watched {
     Settings settings;

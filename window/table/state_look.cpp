@@ -89,11 +89,10 @@ QColor lookColour(Look look, const QPalette& palette)
     return QColor(QLatin1String(isDark(palette) ? rowOf(look).onDark : rowOf(look).onLight));
 }
 
-void drawLook(QPainter* painter, const QRect& where, Look look, const QPalette& palette)
+void drawLook(QPainter* painter, const QRect& where, Look look, const QColor& colour)
 {
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
-    const QColor colour = lookColour(look, palette);
     const qreal side = std::min(where.width(), where.height());
     QRectF box(0, 0, side * 0.7, side * 0.7);
     box.moveCenter(QRectF(where).center());

@@ -29,7 +29,7 @@ QString lookWord(Look look);
 QColor lookColour(Look look, const QPalette& palette);
 
 /// A filled disc, a half one, a triangle, a cross ...: each look has its own.
-void drawLook(QPainter* painter, const QRect& where, Look look, const QPalette& palette);
+void drawLook(QPainter* painter, const QRect& where, Look look, const QColor& colour);
 
 /// \return true for a dark background
 bool isDark(const QPalette& palette);

@@ -13,8 +13,6 @@
 namespace plc
 {
 
-const char* const variablesMimeType = "application/x-plcwindow-variables";
-
 void TableModel::setSource(const Source* source)
 {
     beginResetModel();

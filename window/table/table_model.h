@@ -94,9 +94,6 @@ private:
     bool m_troubleMoved = false;
 };
 
-/// What is dragged: the names of variables, one a line.
-extern const char* const variablesMimeType;
-
 } // namespace plc
 
 #endif

@@ -72,7 +72,10 @@ void drawSwitch(const Cell& cell, const QRect& where, bool on)
     cell.painter->setPen(QPen(colour, 1.2));
     cell.painter->setBrush(on ? QBrush(colour) : QBrush(Qt::NoBrush));
     cell.painter->drawRoundedRect(track, radius, radius);
-    cell.painter->setBrush(on ? cell.option.palette.base() : QBrush(colour));
+    const bool isSelected = cell.isSelected();
+    cell.painter->setBrush(!on          ? QBrush(colour)
+                           : isSelected ? cell.option.palette.highlight()
+                                        : cell.option.palette.base());
     const QPointF knob(on ? track.right() - radius : track.left() + radius, track.center().y());
     cell.painter->drawEllipse(knob, radius - 2.5, radius - 2.5);
     cell.painter->restore();
@@ -152,8 +155,7 @@ void drawState(const Cell& cell)
 {
     QRect where = cell.inside();
     const QRect shape(where.left(), where.top(), where.height() * 2 / 3, where.height());
-    QPalette palette = cell.option.palette;
-    drawLook(cell.painter, shape, cell.look(), palette);
+    drawLook(cell.painter, shape, cell.look(), cell.colourOf(cell.look()));
     where.setLeft(shape.right() + margin);
     cell.painter->setPen(cell.colourOf(cell.look()));
     drawText(cell, where, cell.index.data().toString(), Qt::AlignLeft);
