@@ -6,6 +6,7 @@
 #include "window/desk/start_line.h"
 
 #include <QApplication>
+#include <QSettings>
 
 #include <cstdio>
 #include <stdexcept>
@@ -32,19 +33,24 @@ bool needsDisplay(int argc, char* argv[])
     return true;
 }
 
-int showWindow(QCoreApplication* application, plc::StartLine line)
+int showWindow(const plc::StartLine& line)
 {
+    QString driver;
     try {
-        if (line.watched && line.watched->settings.driverPath.isEmpty())
-            line.watched->settings.driverPath = plc::findDriver(QCoreApplication::applicationDirPath());
+        if (!line.watched || line.watched->settings.driverPath.isEmpty())
+            driver = plc::findDriver(QCoreApplication::applicationDirPath());
     } catch (const std::runtime_error& error) {
         return say(stderr, QString::fromStdString(error.what()) + QStringLiteral(" with --driver PATH\n"));
     }
-    plc::MainWindow window;
+    plc::setAppearance(
+        static_cast<plc::Appearance>(QSettings().value(QStringLiteral("window/appearance")).toInt()));
+    plc::MainWindow window(driver);
     window.show();
     if (line.watched)
         window.open(*line.watched);
-    return application->exec();
+    else
+        window.ask();
+    return QCoreApplication::exec();
 }
 
 } // namespace
@@ -57,11 +63,11 @@ int main(int argc, char* argv[])
     }
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
-    QApplication application(argc, argv);
+    const QApplication application(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("plcdriver"));
     QCoreApplication::setApplicationName(QStringLiteral("plcwindow"));
     const plc::StartLine line = plc::parseStartLine(QCoreApplication::arguments());
     if (line.wish != plc::StartLine::Run)
         return say(line.wish == plc::StartLine::ShowText ? stdout : stderr, line.text + QLatin1Char('\n'));
-    return showWindow(&application, line);
+    return showWindow(line);
 }

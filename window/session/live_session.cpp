@@ -29,6 +29,14 @@ LiveSession::~LiveSession()
     m_thread.wait();
 }
 
+void LiveSession::end()
+{
+    onThread([this] {
+        m_runtime.reset();
+        Q_EMIT ended();
+    });
+}
+
 template <class Work>
 void LiveSession::onThread(Work work)
 {

@@ -25,8 +25,11 @@ class LiveSession : public Source
 public:
     explicit LiveSession(Watched watched);
 
-    /// Ends the runtime, whose thread may be waiting for a reply: it is told to stop, which takes a moment.
+    /// Ends the runtime, unless end() did, and waits for that: a moment, as it is told to stop.
     ~LiveSession() override;
+
+    /// Ends the runtime and returns at once; ended() follows. Nothing may be asked of it any more.
+    void end();
 
     /// Returns at once; failed() says why there will be nothing.
     void start();
@@ -42,6 +45,9 @@ public:
     quint64 write(int index, const std::vector<quint32>& values);
 
     void setStation(int station, bool on);
+
+Q_SIGNALS:
+    void ended();
 
 private:
     void startRuntime();

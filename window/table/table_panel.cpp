@@ -64,6 +64,7 @@ void TablePanel::makeActions()
     };
     m_write = action(tr("&Write…"), QKeySequence(tr("Ctrl+W")));
     m_trend = action(tr("Show in &trend"), QKeySequence(tr("Ctrl+T")));
+    m_frame = action(tr("Find its &frame"), QKeySequence(tr("Ctrl+G")));
     m_find = action(tr("&Filter"), QKeySequence::Find);
     m_troubleFirst = action(tr("Trouble &first"), QKeySequence(tr("Ctrl+1")));
     m_troubleOnly = action(tr("Trouble &only"), QKeySequence(tr("Ctrl+2")));
@@ -82,6 +83,7 @@ void TablePanel::makeActions()
         m_troubleFirst->setChecked(false);
         m_filter->sort(-1, Qt::AscendingOrder);
     });
+    connect(m_frame, &QAction::triggered, this, [this] { choose(m_view->currentIndex()); });
     connect(m_trend, &QAction::triggered, this, [this] {
         QStringList names;
         for (const int row : selectedRows())
@@ -104,7 +106,7 @@ void TablePanel::makeView()
     m_view->setTabKeyNavigation(false); // Tab leads on to the next part of the window
     m_view->setWordWrap(false);
     m_view->setContextMenuPolicy(Qt::ActionsContextMenu);
-    m_view->addActions({m_write, m_trend});
+    m_view->addActions({m_write, m_trend, m_frame});
     m_view->verticalHeader()->hide();
     m_view->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     m_view->verticalHeader()->setDefaultSectionSize(m_view->fontMetrics().height() + rowPadding);
@@ -121,7 +123,6 @@ void TablePanel::makeView()
     header->setSectionResizeMode(TableModel::State, QHeaderView::Stretch);
     connect(m_view, &QTableView::doubleClicked, this, [this] { write(); });
     connect(m_view, &QTableView::clicked, this, &TablePanel::choose);
-    connect(m_view->selectionModel(), &QItemSelectionModel::currentRowChanged, this, &TablePanel::choose);
     m_view->installEventFilter(this);
 }
 
@@ -139,7 +140,7 @@ bool TablePanel::eventFilter(QObject* watched, QEvent* event)
 
 std::vector<QAction*> TablePanel::tableActions() const
 {
-    return {m_write, m_trend, m_find, m_troubleFirst, m_troubleOnly, m_listOrder};
+    return {m_write, m_trend, m_frame, m_find, m_troubleFirst, m_troubleOnly, m_listOrder};
 }
 
 void TablePanel::setSource(const Source* source, LiveSession* session)
@@ -208,6 +209,8 @@ void TablePanel::write()
     std::vector<int> rows = selectedRows();
     const auto isReadOnly = [this](int row) { return m_model->variable(row).access == Access::ReadOnly; };
     rows.erase(std::remove_if(rows.begin(), rows.end(), isReadOnly), rows.end());
+    if (m_session && rows.empty())
+        Q_EMIT told(tr("Nothing that can be written is chosen: the list says that it is only read."));
     if (m_session && !rows.empty() && !m_dialog)
         write(rows);
 }

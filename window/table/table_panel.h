@@ -49,6 +49,7 @@ public:
 Q_SIGNALS:
     /// A person points at a variable.
     void chosen(int row);
+    void told(const QString& words); ///< for the status line
     void trendWanted(const QStringList& names);
 
 protected:
@@ -69,6 +70,7 @@ private:
     QTableView* m_view;
     QAction* m_write = nullptr;
     QAction* m_trend = nullptr;
+    QAction* m_frame = nullptr;
     QAction* m_find = nullptr;
     QAction* m_troubleFirst = nullptr;
     QAction* m_troubleOnly = nullptr;

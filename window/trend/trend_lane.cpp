@@ -262,8 +262,11 @@ void TrendLane::setAxisWidth(bool onRight, double width)
     const int axis = axisOf(onRight);
     if (axisEnabled(axis) != (width > 0))
         enableAxis(axis, width > 0);
-    if (width > 0)
-        axisScaleDraw(axis)->setMinimumExtent(width - titleRoom(axis));
+    const double extent = width - titleRoom(axis);
+    if (width <= 0 || axisScaleDraw(axis)->minimumExtent() == extent)
+        return;
+    axisScaleDraw(axis)->setMinimumExtent(extent);
+    updateLayout();
 }
 
 /// An axis without curves keeps its room where another lane has one there, and shows nothing.
