@@ -6,6 +6,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 namespace
 {
 
@@ -76,6 +78,55 @@ TEST(JsonCapture, ExplainsALateReplyByItsRequest)
     });
     EXPECT_THAT(json, HasSubstr(R"("event":"no reply in time")"));
     EXPECT_THAT(json, HasSubstr(R"("words":"to an earlier request: unit 1: registers 7 65535")"));
+}
+
+/// Two requests and their replies, while somebody sets the time of day back, forth, and beyond 31 bits of seconds.
+template <class Capture>
+std::vector<std::string> readWhenTheTimeOfDayLeaps()
+{
+    std::vector<qint64> times;
+    for (const qint64 seconds :
+         {1795269802LL, 1795269803LL, 1795266203LL, 1795269804LL, 2147483647LL, 2147483649LL})
+        times.push_back(seconds * 1000000);
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("capture"));
+    {
+        auto file = std::make_unique<CaptureFile>(path, [](const QString&) {});
+        std::size_t next = 0;
+        const CaptureClock clock = [&] { return times.at(std::min(next++, times.size() - 1)); };
+        std::unique_ptr<LinkTap> tap;
+        if constexpr (std::is_same_v<Capture, JsonCapture>)
+            tap = std::make_unique<Capture>(std::move(file), Settings(), clock);
+        else
+            tap = std::make_unique<Capture>(std::move(file), clock);
+        test::connect(tap.get());
+        for (int i = 0; i < 2; ++i) {
+            tap->sent(readTwo);
+            tap->received(twoValues);
+        }
+    }
+    QFile file(path);
+    file.open(QIODevice::ReadOnly);
+    const test::Read read = test::read(file.readAll());
+    EXPECT_EQ(read.end.error, QString());
+    return read.entries;
+}
+
+TEST(JsonCapture, KeepsItsOrderWhenTheTimeOfDayLeaps)
+{
+    const std::string request = "> " + readTwo.toHex().toStdString();
+    const std::string reply = "< " + twoValues.toHex().toStdString();
+    EXPECT_THAT(readWhenTheTimeOfDayLeaps<JsonCapture>(), ElementsAre("+", request, reply, request, reply));
+}
+
+TEST(PcapCapture, KeepsItsOrderWhenTheTimeOfDayLeaps)
+{
+    const std::string request = "> " + readTwo.toHex().toStdString();
+    const std::string reply = "< " + twoValues.toHex().toStdString();
+    std::vector<std::string> entries = readWhenTheTimeOfDayLeaps<PcapCapture>();
+    // Of packets a time-out is known by the time between them alone.
+    entries.erase(std::remove(entries.begin(), entries.end(), "timed out"), entries.end());
+    EXPECT_THAT(entries, ElementsAre("+", request, reply, request, reply));
 }
 
 TEST(JsonCapture, LosesNoByteThatBelongsToNoReply)

@@ -34,6 +34,16 @@ TEST(PassCounter, CountsRegistersAndBitsApart)
     EXPECT_EQ(counter.last().bitsUnused, 8);
 }
 
+TEST(PassCounter, CountsPassesASecondWhereMicrosecondsLeaveTheirBits)
+{
+    for (const qint64 wrap : {qint64(1) << 31, qint64(1) << 32, (qint64(1) << 32) * 1000}) {
+        PassCounter counter;
+        for (int pass = -2; pass <= 2; ++pass)
+            counter.endPass(wrap + pass * 100000);
+        EXPECT_NEAR(counter.perSecond(wrap + 250000), 10.0, 0.01) << wrap;
+    }
+}
+
 TEST(PassCounter, CountsADoubleWordAsTwoRegisters)
 {
     PassCounter counter;

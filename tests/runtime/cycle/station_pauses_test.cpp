@@ -50,6 +50,26 @@ TEST(StationPauses, EndByThemselvesAndAreToldOnce)
     EXPECT_THAT(pauses.over(6000), IsEmpty());
 }
 
+TEST(StationPauses, LastAsLongWhereMillisecondsLeaveTheirBits)
+{
+    for (const qint64 wrap : {qint64(1) << 31, qint64(1) << 32}) {
+        StationPauses pauses(1000, tries);
+        loseRequest(pauses, 3, wrap - 500);
+        EXPECT_EQ(reportOf(pauses, 3, wrap - 500).nextTryMs, 1000);
+        EXPECT_THAT(pauses.over(wrap + 499), IsEmpty());
+        EXPECT_EQ(reportOf(pauses, 3, wrap + 400).nextTryMs, 100);
+        EXPECT_THAT(pauses.over(wrap + 500), ElementsAre(3));
+    }
+}
+
+TEST(StationPauses, AreOverAfterTheMachineWasSuspended)
+{
+    StationPauses pauses(1000, tries);
+    loseRequest(pauses, 3, 5000);
+    loseRequest(pauses, 4, 5000);
+    EXPECT_THAT(pauses.over(5000 + qint64(50) * 24 * 3600 * 1000), ElementsAre(3, 4));
+}
+
 TEST(StationPauses, DoubleUpToHalfAMinute)
 {
     StationPauses pauses(1000, tries);
