@@ -24,7 +24,9 @@ struct Figures {
     Count good{0};
     Count retried{0};
     Count givenUp{0};
-    Count dropped{0}; ///< replies that belonged to no request, or to another
+    Count dropped{0};  ///< replies that belonged to no request, or to another
+    Count panels{0};   ///< that were started, each with its list
+    Count switches{0}; ///< of a station, off and on again
     Count connects{0};
     Count untrusted{0}; ///< connections given up because the stream was out of step
     Count writesConfirmed{0};

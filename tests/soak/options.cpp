@@ -21,12 +21,15 @@ void addOptions(QCommandLineParser& parser)
     parser.setApplicationDescription(QStringLiteral(
         "Lets panels exchange data with simulated controllers that make every kind of fault, each pair in a "
         "process of its own, and checks that every write ends once, that what is confirmed is in the "
-        "controller, that no wrong value is shown, that memory does not grow and that nothing hangs."));
+        "controller, that no wrong value is shown, that memory does not grow and that nothing hangs. "
+        "Meanwhile "
+        "stations are switched off and on, and one panel follows another with its list in another order."));
     parser.addPositionalArgument(QStringLiteral("REQUESTS"),
                                  QStringLiteral("How many requests in all; default 1000000."),
                                  QStringLiteral("[REQUESTS]"));
     parser.addOptions({
         {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this text.")},
+        {QStringLiteral("requests"), QStringLiteral("The same as REQUESTS."), QStringLiteral("N")},
         {QStringLiteral("pairs"), QStringLiteral("Panels, each with a controller; default 8."),
          QStringLiteral("N"), QStringLiteral("8")},
         {QStringLiteral("faults"),
@@ -76,8 +79,9 @@ Options optionsOf(const QCommandLineParser& parser)
     const QStringList others = parser.positionalArguments();
     if (others.size() > 1)
         refuse(QStringLiteral("unexpected argument '%1'").arg(others[1]));
-    if (!others.isEmpty())
-        options.requests = numberOf(QStringLiteral("REQUESTS"), others[0], 1, 1000000000);
+    const QString requests = others.value(0, parser.value(QStringLiteral("requests")));
+    if (!requests.isEmpty())
+        options.requests = numberOf(QStringLiteral("REQUESTS"), requests, 1, 1000000000);
     options.pairs = optionNumber(parser, "pairs", 1, 64);
     options.percent = optionNumber(parser, "faults", 0, 100);
     options.faults = everyFault();

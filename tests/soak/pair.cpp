@@ -8,8 +8,11 @@
 
 #include <QThread>
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <numeric>
+#include <random>
 #include <thread>
 
 namespace soak
@@ -21,6 +24,7 @@ namespace
 const int retries = 3;
 const int writers = 3;
 const int stationsOfOnePair = 3;
+const int rounds = 4;     // panels one after the other, each with the list in another order
 const int calmMs = 30000; // what is not right so long after the last fault never will be
 const unsigned long pollMs = 5;
 const std::size_t samples = 200;
@@ -67,8 +71,10 @@ public:
 
 private:
     simulator::Settings controllerSettings();
-    void startPanel();
-    void startUsers();
+    void startController();
+    void playRound(int round);
+    void startPanel(int round);
+    void startUsers(unsigned seed);
     std::vector<std::size_t> variablesOf(int writer) const;
     void work(long requests);
     void stopUsers();
@@ -94,9 +100,11 @@ private:
     Watchdog m_watchdog;
     Watchdog::Watch& m_watch;
     Watchdog::Watch& m_panelWatch;
+    std::vector<Watchdog::Watch*> m_userWatches;
     std::vector<std::unique_ptr<Writer>> m_writers;
     std::vector<std::thread> m_threads;
     MemoryWatch m_memory{samples};
+    long m_nextSample = 1;
 };
 
 Pair::Pair(const Options& options, int number, Figures& figures)
@@ -107,6 +115,10 @@ Pair::Pair(const Options& options, int number, Figures& figures)
       m_watch(m_watchdog.add(QStringLiteral("main thread"))),
       m_panelWatch(m_watchdog.add(QStringLiteral("communication thread")))
 {
+    for (int writer = 0; writer < writers; ++writer)
+        m_userWatches.push_back(&m_watchdog.add(QStringLiteral("writer %1").arg(writer)));
+    for (const char* const user : {"reader", "looker", "switcher"})
+        m_userWatches.push_back(&m_watchdog.add(QLatin1String(user)));
 }
 
 simulator::Settings Pair::controllerSettings()
@@ -125,23 +137,36 @@ simulator::Settings Pair::controllerSettings()
 void Pair::run()
 {
     m_watch.begin(QStringLiteral("starts"));
-    startPanel();
-    startUsers();
-    work(m_options.requests / m_options.pairs + 1);
-    judgeMemory();
-    stopUsers();
-    m_watch.begin(QStringLiteral("waits until all is right without faults"));
-    calmDown();
-    compareCounts();
+    startController();
+    for (int round = 0; round < rounds; ++round)
+        playRound(round);
     checkThatMuchHappened();
-    m_watch.begin(QStringLiteral("stops the panel"));
-    m_runtime->stop();
     m_watch.begin(QStringLiteral("stops the controller"));
     m_controller.stop();
+    m_figures.requests = static_cast<long>(m_controller.requests());
+    m_figures.wrong = m_complaints.count();
+}
+
+/// A panel's life, from its list to its end. The last one has to get everything right without faults.
+void Pair::playRound(int round)
+{
+    const bool isLast = round == rounds - 1;
+    startPanel(round);
+    startUsers(m_options.seed * 100000 + static_cast<unsigned>(m_number * 100 + round * 10));
+    work((m_options.requests / m_options.pairs + 1) * (round + 1) / rounds);
+    if (isLast)
+        judgeMemory();
+    stopUsers();
+    m_watch.begin(QStringLiteral("waits until all is right without faults"));
+    if (isLast)
+        calmDown();
+    compareCounts();
+    m_watch.begin(QStringLiteral("stops the panel"));
+    m_runtime->stop();
     fillIn();
 }
 
-void Pair::startPanel()
+void Pair::startController()
 {
     for (const SoakVariable& variable : m_variables) {
         const std::vector<quint32> values = valuesOf(variable, 0);
@@ -151,11 +176,20 @@ void Pair::startPanel()
                               values[static_cast<std::size_t>(index)], where.station);
     }
     m_controller.start();
+}
+
+void Pair::startPanel(int round)
+{
     plc::Settings settings = panelSettings(m_options, m_number);
     settings.port = m_controller.port();
+    m_runtime.reset(); // there is one at a time
     m_runtime = std::make_unique<plc::Runtime>(settings);
-    for (const SoakVariable& variable : m_variables)
-        m_cyclic.push_back(m_runtime->addCyclic(variable.where));
+    std::vector<std::size_t> order(m_variables.size());
+    std::iota(order.begin(), order.end(), 0u);
+    std::shuffle(order.begin(), order.end(), std::mt19937(m_options.seed + static_cast<unsigned>(round)));
+    m_cyclic.assign(m_variables.size(), 0);
+    for (const std::size_t index : order)
+        m_cyclic[index] = m_runtime->addCyclic(m_variables[index].where);
     m_runtime->setObserver([this](const plc::ExchangeRecord& record) {
         m_panelWatch.end();
         m_referee.exchanged(record);
@@ -173,32 +207,32 @@ std::vector<std::size_t> Pair::variablesOf(int writer) const
     return own;
 }
 
-void Pair::startUsers()
+void Pair::startUsers(unsigned seed)
 {
     m_rig = std::make_unique<Rig>(*m_runtime, m_controller, m_referee, m_variables, m_cyclic);
-    const auto seed = m_options.seed * 100000 + static_cast<unsigned>(m_number) * 100;
-    for (int number = 0; number < writers; ++number) {
-        Watchdog::Watch& watch = m_watchdog.add(QStringLiteral("writer %1").arg(number));
-        m_writers.push_back(std::make_unique<Writer>(*m_rig, watch, variablesOf(number),
+    m_writers.clear();
+    for (std::size_t number = 0; number < writers; ++number) {
+        m_writers.push_back(std::make_unique<Writer>(*m_rig, *m_userWatches[number],
+                                                     variablesOf(static_cast<int>(number)),
                                                      seed + static_cast<unsigned>(number)));
         m_threads.emplace_back([writer = m_writers.back().get()] { writer->run(); });
     }
-    Watchdog::Watch& reading = m_watchdog.add(QStringLiteral("reader"));
-    m_threads.emplace_back([this, &reading, seed] { readUntilOver(*m_rig, reading, seed + 50); });
-    Watchdog::Watch& looking = m_watchdog.add(QStringLiteral("looker"));
-    m_threads.emplace_back([this, &looking] { lookUntilOver(*m_rig, looking); });
+    m_threads.emplace_back([this, seed] { readUntilOver(*m_rig, *m_userWatches[writers], seed + 5); });
+    m_threads.emplace_back([this] { lookUntilOver(*m_rig, *m_userWatches[writers + 1]); });
+    m_threads.emplace_back([this, seed] {
+        switchUntilOver(*m_rig, *m_userWatches[writers + 2], stationsOf(m_number), seed + 6);
+    });
 }
 
 void Pair::work(long requests)
 {
-    const long perSample = requests / static_cast<long>(samples) + 1;
-    long nextSample = perSample;
+    const long perSample = m_options.requests / m_options.pairs / static_cast<long>(samples) + 1;
     while (static_cast<long>(m_controller.requests()) < requests) {
         m_watch.end();
         QThread::msleep(pollMs);
         m_figures.requests = static_cast<long>(m_controller.requests());
         m_figures.wrong = m_complaints.count();
-        for (; m_figures.requests >= nextSample; nextSample += perSample)
+        for (; m_figures.requests >= m_nextSample; m_nextSample += perSample)
             m_memory.sample(memoryUse());
     }
 }
@@ -209,6 +243,7 @@ void Pair::stopUsers()
     m_rig->over = true;
     for (std::thread& thread : m_threads)
         thread.join();
+    m_threads.clear();
 }
 
 void Pair::calmDown()
@@ -263,7 +298,7 @@ void Pair::compareCount(const char* what, long own, long ofPanel)
 /// Otherwise nothing was shown by it. In a short run a fault that few replies can have may be missing by chance.
 void Pair::checkThatMuchHappened()
 {
-    if (m_rig->writesConfirmed == 0 || m_rig->readsDone == 0 || m_rig->freshLooks == 0)
+    if (m_figures.writesConfirmed == 0 || m_figures.readsDone == 0 || m_figures.freshLooks == 0)
         m_complaints.add(QStringLiteral("nothing was written, read or fresh"));
     const bool expectsEach =
         m_options.percent > 0 && m_options.requests / m_options.pairs >= fewestRequestsForEachFault;
@@ -289,6 +324,7 @@ void Pair::judgeMemory()
     m_figures.residentAtEnd = m_memory.atEnd().residentBytes;
 }
 
+/// After each round: what the panel and its users counted.
 void Pair::fillIn()
 {
     const plc::Statistics statistics = m_runtime->statistics();
@@ -296,21 +332,21 @@ void Pair::fillIn()
     for (std::size_t kind = 0; kind < simulator::faultKinds; ++kind)
         m_figures.faults[kind] =
             static_cast<long>(m_controller.injected(static_cast<simulator::Fault>(kind)));
-    m_figures.requests = static_cast<long>(m_controller.requests());
-    m_figures.frames = statistics.exchanges;
-    m_figures.good = statistics.good;
-    m_figures.retried = statistics.retried;
-    m_figures.givenUp = statistics.failed;
-    m_figures.dropped = link.dropped.total();
-    m_figures.connects = link.connects;
-    m_figures.untrusted = link.untrusted;
-    m_figures.writesConfirmed = statistics.writesConfirmed;
-    m_figures.writesFailed = statistics.writesFailed;
-    m_figures.readsDone = statistics.readsDone;
-    m_figures.readsFailed = statistics.readsFailed;
-    m_figures.looks = m_rig->looks.load();
-    m_figures.freshLooks = m_rig->freshLooks.load();
-    m_figures.wrong = m_complaints.count();
+    ++m_figures.panels;
+    m_figures.frames += statistics.exchanges;
+    m_figures.good += statistics.good;
+    m_figures.retried += statistics.retried;
+    m_figures.givenUp += statistics.failed;
+    m_figures.dropped += link.dropped.total();
+    m_figures.connects += link.connects;
+    m_figures.untrusted += link.untrusted;
+    m_figures.writesConfirmed += statistics.writesConfirmed;
+    m_figures.writesFailed += statistics.writesFailed;
+    m_figures.readsDone += statistics.readsDone;
+    m_figures.readsFailed += statistics.readsFailed;
+    m_figures.looks += m_rig->looks.load();
+    m_figures.freshLooks += m_rig->freshLooks.load();
+    m_figures.switches += m_rig->switches.load();
 }
 
 /// For the watchdog: it takes the panel's lock, which may be what everybody waits for.

@@ -98,7 +98,9 @@ QString finalReport(const Options& options, const All& all, double seconds)
            line("good replies", sum(all, &Figures::good)) +
            line("replies dropped", sum(all, &Figures::dropped)) +
            line("retries", sum(all, &Figures::retried)) + line("given up", sum(all, &Figures::givenUp)) +
-           line("reconnects", sum(all, &Figures::connects) - pairs) +
+           line("lists", sum(all, &Figures::panels)) +
+           line("stations switched", sum(all, &Figures::switches)) +
+           line("reconnects", sum(all, &Figures::connects) - sum(all, &Figures::panels)) +
            line("  out of step", sum(all, &Figures::untrusted)) +
            line("writes confirmed", sum(all, &Figures::writesConfirmed)) +
            line("writes failed", sum(all, &Figures::writesFailed)) +

@@ -17,7 +17,9 @@ const std::size_t mostAtOnce = 6;
 const std::size_t longestPauseMs = 20; // between two turns of a writer: reads shall have their turn too
 const unsigned long readPauseMs = 2;
 const unsigned long lookPauseMs = 20;
-const int mostTurns = 5; // a busy machine may miss a time-out of its own
+const unsigned long longestOffMs = 40;
+const unsigned long longestOnMs = 400; // so that the stations are on for most of the time
+const int mostTurns = 5;               // a busy machine may miss a time-out of its own
 
 std::vector<quint32> valuesOneByOne(simulator::SimulatedController& controller, const plc::Variable& where)
 {
@@ -136,6 +138,21 @@ void lookUntilOver(Rig& rig, Watchdog::Watch& watch)
                 ++rig.freshLooks;
         }
         QThread::msleep(lookPauseMs);
+    }
+}
+
+void switchUntilOver(Rig& rig, Watchdog::Watch& watch, const std::vector<int>& stations, unsigned seed)
+{
+    std::mt19937 random(seed);
+    while (!rig.over) {
+        QThread::msleep(random() % longestOnMs);
+        const int station = stations[random() % stations.size()];
+        watch.begin(QStringLiteral("switches station %1").arg(station));
+        rig.runtime.setStation(station, false);
+        QThread::msleep(random() % longestOffMs);
+        rig.runtime.setStation(station, true);
+        watch.end();
+        ++rig.switches;
     }
 }
 

@@ -35,6 +35,7 @@ struct Rig {
     std::atomic<long> readsFailed{0};
     std::atomic<long> looks{0};
     std::atomic<long> freshLooks{0};
+    std::atomic<long> switches{0};
 };
 
 /// \return what the controller's memory holds for a variable
@@ -79,6 +80,9 @@ void readUntilOver(Rig& rig, Watchdog::Watch& watch, unsigned seed);
 
 /// Looks at what is shown of every cyclic variable, again and again.
 void lookUntilOver(Rig& rig, Watchdog::Watch& watch);
+
+/// Switches one station after the other off and soon on again. At the end all are on.
+void switchUntilOver(Rig& rig, Watchdog::Watch& watch, const std::vector<int>& stations, unsigned seed);
 
 } // namespace soak
 
