@@ -28,7 +28,10 @@ Series seriesAt(const RecordedVariable& variable, int index, int count)
         return {variableText(one), QString(), QString(), -1};
     }
     const ListedVariable& listed = *variable.listed;
-    const QString name = count == 1 ? listed.name : QStringLiteral("%1[%2]").arg(listed.name).arg(index);
+    const bool isSeveral = count > 1 || variable.firstValue;
+    const QString name =
+        isSeveral ? QStringLiteral("%1[%2]").arg(listed.name).arg(variable.firstValue.value_or(0) + index)
+                  : listed.name;
     return {name, listed.unit, valueTypeWord(listed.type), listed.digits};
 }
 
@@ -53,6 +56,29 @@ std::optional<SampleState> sampleStateOf(const CyclicValue& value)
 }
 
 } // namespace
+
+std::vector<RecordedVariable> cutLike(const RecordedVariable& variable, const std::vector<Variable>& pieces)
+{
+    const bool isText = variable.listed && variable.listed->type == ValueType::Text;
+    if (pieces.size() < 2 || isText)
+        return {variable};
+    std::vector<RecordedVariable> parts;
+    int before = 0;
+    for (const Variable& piece : pieces) {
+        RecordedVariable part = variable;
+        part.elements.element = piece.element;
+        part.elements.count = piece.count;
+        part.firstValue = before;
+        const int values = piece.count / variable.elements.valueElements;
+        if (part.listed) {
+            part.listed->elements = part.elements;
+            part.listed->count = values;
+        }
+        before += values;
+        parts.push_back(part);
+    }
+    return parts;
+}
 
 std::vector<Series> seriesOf(const std::vector<RecordedVariable>& variables)
 {
@@ -130,9 +156,10 @@ void Recorder::end()
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_hasEnded = true;
+    const qint64 now = m_clock();
     for (std::size_t index = 0; index < m_tracks.size(); ++index) {
         if (m_tracks[index].state != SampleState::NeverRead)
-            record({static_cast<int>(index), m_clock(), SampleState::NotLogged, QString()});
+            record({static_cast<int>(index), now, SampleState::NotLogged, QString()});
     }
 }
 

@@ -20,7 +20,12 @@ namespace plc
 struct RecordedVariable {
     Variable elements;
     std::optional<ListedVariable> listed; ///< where it is one of a list
+    std::optional<int> firstValue; ///< where it is a piece of a longer one: how many values go before it
 };
+
+/// What is read by several requests has several times. \return \a variable in pieces that have one each, a text whole
+/// \param pieces its elements as they are asked for
+std::vector<RecordedVariable> cutLike(const RecordedVariable& variable, const std::vector<Variable>& pieces);
 
 /// \return the series of \a variables: one for each, and of several values one for each value, called NAME[0], NAME[1]
 ///         and so on, or as their addresses where they have no name

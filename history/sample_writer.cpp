@@ -3,10 +3,24 @@
 
 #include <QDateTime>
 
+#include <algorithm>
 #include <exception>
 
 namespace plc
 {
+
+namespace
+{
+
+const std::size_t mostInPart = 10000;
+
+/// \return samples in the queue that are written without waiting for more
+std::size_t wakingSize(const WriterLimits& limits)
+{
+    return std::max<std::size_t>(limits.queued / 4, 1);
+}
+
+} // namespace
 
 SampleWriter::SampleWriter(std::unique_ptr<SampleStore> store, const WriterLimits& limits)
     : m_store(std::move(store)), m_limits(limits)
@@ -44,6 +58,8 @@ bool SampleWriter::add(const LogSample& sample)
         return false;
     }
     m_queue.push_back(sample);
+    if (m_queue.size() == wakingSize(m_limits))
+        m_wake.notify_all();
     return true;
 }
 
@@ -90,13 +106,9 @@ void SampleWriter::writeUntilStopped()
     SteadyClock::time_point lastTry = SteadyClock::time_point::max();
     bool ends = false;
     while (!ends || (!m_batch.empty() && SteadyClock::now() < lastTry)) {
+        waitForSamples(m_limits.flushMs);
         {
-            std::unique_lock<std::mutex> lock(m_mutex);
-            const auto pause = std::chrono::milliseconds(m_limits.flushMs);
-            if (ends) // m_ends would wake it at once
-                m_wake.wait_for(lock, pause, [] { return false; });
-            else
-                m_wake.wait_for(lock, pause, [this] { return m_ends; });
+            const std::lock_guard<std::mutex> lock(m_mutex);
             if (!ends && m_ends)
                 lastTry = SteadyClock::now() + std::chrono::milliseconds(m_limits.lastTriesMs);
             ends = m_ends;
@@ -109,6 +121,17 @@ void SampleWriter::writeUntilStopped()
     }
 }
 
+/// Not so long where many come. After a failure, which leaves many, as long as that takes.
+void SampleWriter::waitForSamples(int milliseconds)
+{
+    std::unique_lock<std::mutex> lock(m_mutex);
+    const bool endedBefore = !m_runs;
+    m_wake.wait_for(lock, std::chrono::milliseconds(milliseconds), [this, endedBefore] {
+        return (m_ends && !endedBefore) ||
+               (!m_isFailing && !endedBefore && m_queue.size() >= wakingSize(m_limits));
+    });
+}
+
 /// \return false when there is nothing to write
 bool SampleWriter::takeBatch()
 {
@@ -119,21 +142,33 @@ bool SampleWriter::takeBatch()
     return !m_batch.empty();
 }
 
+/// In parts, so that a disk that is nearly full takes what it has room for.
 void SampleWriter::writeBatch()
 {
-    const SampleStore::Written result = m_store->write(m_batch);
-    const auto end = m_batch.begin() + static_cast<std::ptrdiff_t>(result.count);
-    const std::vector<LogSample> written(std::make_move_iterator(m_batch.begin()),
-                                         std::make_move_iterator(end));
-    m_batch.erase(m_batch.begin(), end);
+    while (!m_batch.empty()) {
+        m_isFailing = !writePart();
+        if (m_isFailing)
+            return;
+    }
+}
+
+/// \return false when not all of the part is in the file
+bool SampleWriter::writePart()
+{
+    const std::size_t size = std::min(m_batch.size(), mostInPart);
+    const std::vector<LogSample> part(m_batch.begin(), m_batch.begin() + static_cast<std::ptrdiff_t>(size));
+    const SampleStore::Written result = m_store->write(part);
+    const auto count = static_cast<std::ptrdiff_t>(result.count);
+    m_batch.erase(m_batch.begin(), m_batch.begin() + count);
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_report.written += static_cast<qint64>(result.count);
         m_report.error = result.error;
         m_inBatch = m_batch.size();
     }
-    if (m_written && !written.empty())
-        m_written(written);
+    if (m_written && count > 0)
+        m_written(std::vector<LogSample>(part.begin(), part.begin() + count));
+    return result.error.isEmpty();
 }
 
 /// What is left at the end is lost.

@@ -66,14 +66,17 @@ private:
 
     void run(const std::vector<Series>& series, std::promise<void>* opened);
     void writeUntilStopped();
+    void waitForSamples(int milliseconds);
     bool takeBatch();
     void writeBatch();
+    bool writePart();
     void giveUp();
 
     std::unique_ptr<SampleStore> m_store;
     const WriterLimits m_limits;
     WrittenListener m_written;
     std::vector<LogSample> m_batch; // of the writer's thread: what is being written
+    bool m_isFailing = false;       // of the same: the last try was no good
     std::thread m_thread;
 
     mutable std::mutex m_mutex;

@@ -126,8 +126,7 @@ ExitStatus drawTrends(const HistoryReader& reader, const std::vector<LoggedSerie
     const int count = static_cast<int>(chosen.size());
     PlotSize size;
     size.columns = std::max(40, terminal.columns);
-    size.lines =
-        std::min(15, std::max(5, (terminal.lines - 2) / count - around)) | 1; // odd: one in the middle
+    size.lines = (std::clamp((terminal.lines - 3) / count - around, 5, 15) - 1) | 1; // odd: one in the middle
     size.braille = writesUtf8();
     const TimeRange range = drawnRange(reader, chosen, options.history, plotPieces(size));
     for (const LoggedSeries& one : chosen) {

@@ -32,13 +32,23 @@ const int lookMs = 100;
 // Samples that were logged and are not printed yet; a reader that does not read costs the log nothing.
 const std::size_t mostUnprinted = 100000;
 
+/// \return what is logged, in pieces that one request reads
 std::vector<RecordedVariable> recordedVariables(const Options& options)
 {
-    std::vector<RecordedVariable> variables;
+    std::vector<RecordedVariable> whole;
     for (const Variable& typed : options.variables)
-        variables.push_back({typed, std::nullopt});
+        whole.push_back({typed, std::nullopt, std::nullopt});
     for (const ListedVariable& listed : options.listed)
-        variables.push_back({listed.elements, listed});
+        whole.push_back({listed.elements, listed, std::nullopt});
+    std::vector<RecordedVariable> variables;
+    for (const RecordedVariable& variable : whole) {
+        std::vector<Variable> pieces;
+        for (const ReadPiece& piece :
+             readPieces(withStation(variable.elements, options.settings), options.settings.maxBlockCount))
+            pieces.push_back(piece.shown);
+        const std::vector<RecordedVariable> parts = cutLike(variable, pieces);
+        variables.insert(variables.end(), parts.begin(), parts.end());
+    }
     return variables;
 }
 
@@ -221,10 +231,12 @@ private:
             tell(QStringLiteral("--to %1: can be written again").arg(m_options.log.to));
         m_error = report.error;
         if (report.lost > 0 && m_lost == 0)
-            tell(QStringLiteral(
-                     "--to %1: values come faster than they can be written; some are lost, and the log "
-                     "says where")
-                     .arg(m_options.log.to));
+            tell(QStringLiteral("--to %1: %2; the log will say where")
+                     .arg(m_options.log.to,
+                          report.error.isEmpty()
+                              ? QStringLiteral(
+                                    "values come faster than they can be written, and some are lost")
+                              : QStringLiteral("there is no room for more to wait, and values are lost")));
         m_lost = report.lost;
     }
 

@@ -100,7 +100,7 @@ void draw(const std::vector<TrendPiece>& trend, const Span& span, Raster* raster
             continue;
         int top = rowOf(*piece.max, span, raster->height());
         int bottom = rowOf(*piece.min, span, raster->height());
-        if (x > 0 && trend[x - 1].min && !piece.gap) {
+        if (x > 0 && trend[x - 1].min && !trend[x - 1].gap) {
             top = std::min(top, rowOf(*trend[x - 1].min, span, raster->height()));
             bottom = std::max(bottom, rowOf(*trend[x - 1].max, span, raster->height()));
         }
@@ -109,15 +109,14 @@ void draw(const std::vector<TrendPiece>& trend, const Span& span, Raster* raster
     }
 }
 
-/// \return \a value with as many digits as tell the lines of \a span apart, if they find room
+/// \return \a value with as few digits as are near enough for an eye
 QString labelOf(double value, const Span& span)
 {
+    const double nearEnough = (span.high - span.low) / 200;
     const int most = 6;
-    const double step = (span.high - span.low) / 4;
-    const int wanted = std::clamp(static_cast<int>(std::ceil(-std::log10(step))), 0, most);
-    for (int behindPoint = wanted; behindPoint >= 0; --behindPoint) {
+    for (int behindPoint = 0; behindPoint <= most; ++behindPoint) {
         const QString label = QString::number(value, 'f', behindPoint);
-        if (label.size() <= labelColumns)
+        if (label.size() <= labelColumns && std::abs(label.toDouble() - value) <= nearEnough)
             return label.rightJustified(labelColumns);
     }
     const int significant = 4; // with a sign and an exponent of three digits

@@ -30,7 +30,7 @@ protected:
         lamps.elements.count = 3;
         plc::Variable word;
         word.element = 100;
-        return {{word, std::nullopt}, {lamps.elements, lamps}};
+        return {{word, std::nullopt, std::nullopt}, {lamps.elements, lamps, std::nullopt}};
     }
 
     std::unique_ptr<Recorder> recorder(Recorder::What what = Recorder::What::Changes)
@@ -72,6 +72,20 @@ TEST_F(RecorderTest, HasASeriesForEachValue)
     for (const plc::Series& series : plc::seriesOf(variables()))
         names.push_back(series.name.toStdString());
     EXPECT_THAT(names, ElementsAre("9:100", "lamps[0]", "lamps[1]", "lamps[2]"));
+}
+
+TEST_F(RecorderTest, WhatIsReadInPiecesKeepsItsNames)
+{
+    plc::Variable two = variables().at(1).elements;
+    two.count = 2;
+    plc::Variable one = two;
+    one.element = 2;
+    one.count = 1;
+    std::vector<std::string> names;
+    for (const plc::Series& series : plc::seriesOf(cutLike(variables().at(1), {two, one})))
+        names.push_back(series.name.toStdString());
+    EXPECT_THAT(names, ElementsAre("lamps[0]", "lamps[1]", "lamps[2]"));
+    EXPECT_EQ(1u, cutLike(variables().at(0), {two}).size());
 }
 
 TEST_F(RecorderTest, GivesChangesWithTheTimeOfTheReply)
