@@ -7,15 +7,17 @@ foreach(package IN LISTS CPACK_PACKAGE_FILES)
   execute_process(COMMAND dpkg-deb --raw-extract "${package}" "${work}" COMMAND_ERROR_IS_FATAL ANY)
 
   # Libraries lie in the folder of their architecture, so those of several can be installed. The tools of any
-  # architecture do.
+  # architecture do, and so does the gateway.
   set(multi_arch same)
   file(READ "${work}/DEBIAN/control" control)
-  if(control MATCHES "(^|\n)Package: [^\n]*-tools\n")
+  if(control MATCHES "(^|\n)Package: ([^\n]*-tools|plcgateway)\n")
     set(multi_arch foreign)
   endif()
   string(STRIP "${control}" control)
   file(WRITE "${work}/DEBIAN/control" "${control}\nMulti-Arch: ${multi_arch}\n")
-  file(REMOVE "${work}/DEBIAN/postinst" "${work}/DEBIAN/postrm")
+  if(NOT control MATCHES "(^|\n)Package: plcgateway\n") # which has scripts of its own
+    file(REMOVE "${work}/DEBIAN/postinst" "${work}/DEBIAN/postrm")
+  endif()
   execute_process(COMMAND dpkg-deb --root-owner-group -Zxz --build "${work}" "${package}"
     OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
 endforeach()

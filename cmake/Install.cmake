@@ -68,6 +68,7 @@ if(PLC_BUILD_TOOLS)
     PROPERTIES COMPILE_DEFINITIONS
     "PANEL_INSTALLED_DRIVER=\"${libraries_from_programs}/libplcdriver.so.${PROJECT_VERSION_MAJOR}\"")
   file(GLOB manuals CONFIGURE_DEPENDS docs/man/*.1)
+  list(FILTER manuals EXCLUDE REGEX "/plcgateway[.]1$")
   install(FILES ${manuals} DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT tools)
   # bash looks a completion up by the name of its program.
   file(GLOB completions CONFIGURE_DEPENDS panel/completion/*.bash)
@@ -76,4 +77,18 @@ if(PLC_BUILD_TOOLS)
     install(FILES "${completion}" DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions"
       RENAME "${program}" COMPONENT tools)
   endforeach()
+endif()
+
+if(PLC_BUILD_TOOLS AND PLC_BUILD_GATEWAY)
+  install(TARGETS plcgateway RUNTIME COMPONENT gateway)
+  install(FILES docs/man/plcgateway.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT gateway)
+  # A 64-bit systemd lets its services make no system calls of 32-bit programs unless they say so.
+  set(PLC_GATEWAY_PROGRAM "${CMAKE_INSTALL_FULL_BINDIR}/plcgateway")
+  set(PLC_GATEWAY_SYSTEM_CALLS native)
+  if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+    set(PLC_GATEWAY_SYSTEM_CALLS "native x86")
+  endif()
+  configure_file(gateway/units/plcgateway@.service.in "${PLC_GENERATED_DIR}/plcgateway@.service" @ONLY)
+  install(FILES "${PLC_GENERATED_DIR}/plcgateway@.service" gateway/units/plcgateway.target
+    DESTINATION lib/systemd/system COMPONENT gateway)
 endif()

@@ -1,5 +1,5 @@
-# What `cpack` makes: Debian packages of the driver and of libplcruntime, of what developing with each takes, and of the
-# tools.
+# What `cpack` makes: Debian packages of the driver and of libplcruntime, of what developing with each takes, of the
+# tools, and of the gateway.
 # scripts/package builds for them, with an installation in /usr.
 include(GNUInstallDirs)
 
@@ -13,6 +13,9 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_ALL library development)
 if(PLC_BUILD_TOOLS)
   list(APPEND CPACK_COMPONENTS_ALL runtime runtime_development tools)
+endif()
+if(PLC_BUILD_TOOLS AND PLC_BUILD_GATEWAY)
+  list(APPEND CPACK_COMPONENTS_ALL gateway)
 endif()
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -80,11 +83,27 @@ set(CPACK_COMPONENT_TOOLS_DESCRIPTION "panel and simulated controller for the pl
 plcpanel reads, writes, watches and logs the memory of a controller through
 the driver. plcsim is a simulated controller that misbehaves on demand.")
 
+set(CPACK_DEBIAN_GATEWAY_PACKAGE_NAME plcgateway)
+set(CPACK_DEBIAN_GATEWAY_PACKAGE_SECTION net)
+set(CPACK_DEBIAN_GATEWAY_PACKAGE_SHLIBDEPS ON)
+# Both are loaded, so they are not found by themselves.
+set(CPACK_DEBIAN_GATEWAY_PACKAGE_DEPENDS "${library_package} (= ${PROJECT_VERSION}), libqt5sql5-sqlite")
+set(CPACK_DEBIAN_GATEWAY_PACKAGE_SUGGESTS "plcdriver-tools, mosquitto")
+set(CPACK_COMPONENT_GATEWAY_DESCRIPTION "gateway from controllers to an MQTT broker
+plcgateway reads the variables of a controller through the plcdriver library
+and publishes them, as JSON or Sparkplug B. What the broker has not taken
+waits on disk. A systemd unit runs one gateway for each controller.")
+
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON) # so that packages of runtimes find what they depend on
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 # cpack refreshes the linker's cache in scripts of its own as well; FinishPackages.cmake takes them out.
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/cmake/debian/triggers")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/cmake/debian/triggers")
+
+set(CPACK_DEBIAN_GATEWAY_PACKAGE_CONTROL_EXTRA
+  "${PROJECT_SOURCE_DIR}/cmake/debian/gateway/prerm"
+  "${PROJECT_SOURCE_DIR}/cmake/debian/gateway/postinst"
+  "${PROJECT_SOURCE_DIR}/cmake/debian/gateway/postrm")
 
 # The date of the release stands in the change log of the sources.
 file(STRINGS CHANGELOG.md heading REGEX "^## \\[${PROJECT_VERSION}\\] - " LIMIT_COUNT 1)
@@ -95,6 +114,9 @@ configure_file(cmake/debian/changelog.in "${CMAKE_BINARY_DIR}/install/changelog"
 set(packages "library:${library_package}" development:libplcdriver-dev)
 if(PLC_BUILD_TOOLS)
   list(APPEND packages "runtime:${runtime_package}" runtime_development:libplcruntime-dev tools:plcdriver-tools)
+endif()
+if(PLC_BUILD_TOOLS AND PLC_BUILD_GATEWAY)
+  list(APPEND packages gateway:plcgateway)
 endif()
 foreach(package IN LISTS packages)
   string(REGEX MATCH "^([^:]+):(.+)$" matched "${package}")

@@ -18,8 +18,11 @@ namespace
 
 using namespace plc;
 
-const int wrongOptions = 2; // of no use to be started again
-const int failed = 1;
+enum ExitStatus {
+    Good = 0,
+    Failed = 1,
+    WrongOptions = 2 // of no use to be started again
+};
 
 /// Before any thread begins: they inherit it.
 void blockSignals()
@@ -53,12 +56,12 @@ void keepPart(GatewayOptions* options)
 int run(GatewayOptions options)
 {
     if (options.checkOnly)
-        return 0;
+        return Good;
     if (options.controller.driverPath.isEmpty())
         options.controller.driverPath = findDriver(QCoreApplication::applicationDirPath());
     keepPart(&options);
     runGateway(options);
-    return 0;
+    return Good;
 }
 
 bool print(const QString& words)
@@ -74,24 +77,24 @@ int showStatus(const GatewayLine& line)
     const bool isShown = print(report.text);
     for (const QString& error : report.errors)
         tell(Weight::Error, error);
-    return isShown && report.errors.isEmpty() ? 0 : failed;
+    return isShown && report.errors.isEmpty() ? Good : Failed;
 }
 
 int obey(const GatewayLine& line)
 {
     if (line.wish == GatewayLine::ShowText)
-        return print(line.text) ? 0 : failed;
+        return print(line.text) ? Good : Failed;
     if (line.wish == GatewayLine::ShowStatus)
         return showStatus(line);
     if (line.wish == GatewayLine::Refuse) {
         tell(Weight::Error, line.text);
-        return wrongOptions;
+        return WrongOptions;
     }
     try {
         return run(line.options);
     } catch (const std::exception& error) {
         tell(Weight::Error, QString::fromStdString(error.what()));
-        return failed;
+        return Failed;
     }
 }
 
