@@ -60,6 +60,9 @@ if(PLC_BUILD_TOOLS)
   plc_install_documents(tools plcdriver-tools examples examples/README.md examples/machine.csv examples/machine.memory
     examples/thousand.csv examples/make-list examples/make-thousand)
 endif()
+if(PLC_BUILD_TOOLS AND PLC_BUILD_GATEWAY)
+  plc_install_examples(gateway plcgateway gateway)
+endif()
 
 list(JOIN documents_lines "\n" documents_text)
 file(CONFIGURE OUTPUT "${documents_map}" CONTENT "${documents_text}\n" @ONLY)

@@ -49,12 +49,19 @@ const LineRow lineRows[] = {
     {"at", "told at", Form::Time},
 };
 
+/// Counts are whole; of measures four digits are enough.
+QString numberText(double number)
+{
+    const bool isWhole = number == static_cast<double>(static_cast<qint64>(number));
+    return isWhole ? QString::number(static_cast<qint64>(number)) : QString::number(number, 'g', 4);
+}
+
 QString plainText(const QJsonValue& value)
 {
     if (value.isBool())
         return value.toBool() ? QStringLiteral("yes") : QStringLiteral("no");
     if (value.isDouble())
-        return QString::number(value.toDouble(), 'g', 12);
+        return numberText(value.toDouble());
     return printable(value.toString());
 }
 

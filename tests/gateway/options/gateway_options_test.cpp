@@ -3,6 +3,7 @@
 
 #include "gateway/options/option_table.h"
 #include "support/application.h"
+#include "support/built_files.h"
 
 #include <gmock/gmock.h>
 
@@ -100,6 +101,18 @@ TEST_F(GatewayOptions, OfTwoPartsOfAListDoNotPublishToTheSameTopics)
     EXPECT_EQ(parse("--format json --part 2/4 --prefix a").options.prefix.toStdString(), "a");
     EXPECT_THAT(refusal(parse("--format json --part 5/4")),
                 HasSubstr("--part: \"5/4\" is no part of a list"));
+}
+
+TEST_F(GatewayOptions, OfTheExampleAreRight)
+{
+    const QString example =
+        QString::fromUtf8(testsDirectory()) + QStringLiteral("/../examples/gateway/line1.ini");
+    const auto line = plc::parseGatewayLine({QStringLiteral("plcgateway"), QStringLiteral("--config"),
+                                             example, QStringLiteral("--state"), m_folder.path()});
+    ASSERT_EQ(line.wish, GatewayLine::Run) << line.text.toStdString();
+    EXPECT_EQ(line.options.prefix.toStdString(), "plant/line1");
+    EXPECT_EQ(line.options.variables.size(), 6u);
+    EXPECT_EQ(line.options.variables.at(0).deadband, 0.2);
 }
 
 TEST_F(GatewayOptions, AreNotNeededToAskForTheStatusOfOthers)

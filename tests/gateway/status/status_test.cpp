@@ -68,11 +68,15 @@ TEST_F(StatusTest, IsToldForPeopleInTheirWords)
                   {QStringLiteral("lastReplyAt"), 1000.0},
                   {QStringLiteral("oldestMs"), 1500},
                   {QStringLiteral("spoolProblem"), QString()},
+                  {QStringLiteral("roundTripMs"), 0.122090909},
+                  {QStringLiteral("requests"), 12345678},
                   {QStringLiteral("more"), true}});
     const std::string text = statusOf({QStringLiteral("line1")}).text.toStdString();
     EXPECT_EQ("line1\n"
               "  controller is         connected\n"
               "  last good reply       1970-01-01T00:00:01.000Z\n"
+              "  reply takes (ms)      0.1221\n"
+              "  requests              12345678\n"
               "  values that wait      7\n"
               "  oldest has waited     1.5 s\n"
               "  more                  yes\n",
