@@ -106,7 +106,7 @@ void BrokerRun::kill()
     m_process.reset();
 }
 
-SubscriberRun::SubscriberRun(const BrokerRun& broker, const QString& filter, const QStringList& more)
+SubscriberRun::SubscriberRun(const BrokerRun& broker, const QString& filter, Form form)
 {
     // -d tells when the subscription holds.
     m_process.start(QStringLiteral("stdbuf"),
@@ -114,8 +114,9 @@ SubscriberRun::SubscriberRun(const BrokerRun& broker, const QString& filter, con
                                 QStringLiteral("-h"), QStringLiteral("127.0.0.1"), QStringLiteral("-p"),
                                 QString::number(broker.port()), QStringLiteral("-q"), QStringLiteral("1"),
                                 QStringLiteral("-t"), filter, QStringLiteral("-F"),
-                                QStringLiteral("HEARD\t%r\t%q\t%t\t%p")} +
-                        more);
+                                QStringLiteral("HEARD\t%r\t%q\t%t\t") +
+                                    (form == Bytes ? QStringLiteral("%x") : QStringLiteral("%p"))});
+
     EXPECT_TRUE(eventually([this] {
         m_process.waitForReadyRead(lookMs);
         m_rest += m_process.readAllStandardOutput();

@@ -50,7 +50,7 @@ private:
 
 struct Heard {
     std::string topic;
-    std::string payload;
+    std::string payload; ///< of a subscriber to bytes: in hexadecimal
     bool retained = false;
     int qos = 0;
 };
@@ -59,8 +59,10 @@ struct Heard {
 class SubscriberRun
 {
 public:
+    enum Form { Text, Bytes };
+
     /// Returns when the subscription holds.
-    SubscriberRun(const BrokerRun& broker, const QString& filter, const QStringList& more = {});
+    SubscriberRun(const BrokerRun& broker, const QString& filter, Form form = Text);
     ~SubscriberRun();
 
     /// \return all that came so far

@@ -94,7 +94,7 @@ void RecordingProxy::run()
         if (poll(&waits, 1, lookMs) <= 0)
             continue;
         const int gateway = accept(m_listener, nullptr, nullptr);
-        const int broker = connected(m_brokerPort);
+        const int broker = m_hides ? -1 : connected(m_brokerPort);
         if (broker >= 0)
             serve(gateway, broker);
         close(gateway);
@@ -106,7 +106,7 @@ void RecordingProxy::serve(int gateway, int broker)
 {
     m_cuts = false;
     m_stream.clear();
-    for (bool goesOn = true; goesOn && !m_ends && !m_cuts;) {
+    for (bool goesOn = true; goesOn && !m_ends && !m_cuts && !m_hides;) {
         pollfd waits[] = {{gateway, POLLIN, 0}, {m_holds ? -1 : broker, POLLIN, 0}};
         poll(waits, 2, lookMs);
         QByteArray received;

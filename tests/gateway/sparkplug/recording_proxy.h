@@ -34,6 +34,9 @@ public:
     /// Ends the connection that there is.
     void cut() { m_cuts = true; }
 
+    /// While it holds, there is no broker for the gateway.
+    void hide(bool hides) { m_hides = hides; }
+
 private:
     void run();
     void serve(int gateway, int broker);
@@ -45,6 +48,7 @@ private:
     std::atomic<bool> m_ends{false};
     std::atomic<bool> m_holds{false};
     std::atomic<bool> m_cuts{false};
+    std::atomic<bool> m_hides{false};
     mutable std::mutex m_mutex;
     QByteArray m_stream; // of the connection, without whole packets
     std::vector<QByteArray> m_packets;
