@@ -6,6 +6,8 @@
 
 #include <QString>
 
+#include <functional>
+
 namespace plc
 {
 
@@ -15,6 +17,11 @@ enum class Weight { Error = 3, Warning = 4, Notice = 5, Info = 6 };
 /// Prints one line on standard error: under systemd with the weight in front, as the journal takes it, otherwise with
 /// the program's name. Any thread.
 void tell(Weight weight, const QString& message);
+
+using Listener = std::function<void(Weight weight, const QString& message)>;
+
+/// For tests, before anything is told: messages go to \a listener instead.
+void listenToJournal(const Listener& listener);
 
 } // namespace plc
 
