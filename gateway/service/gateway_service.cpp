@@ -25,6 +25,7 @@ namespace
 {
 
 const int lookPeriodMs = 100;
+const int figuresPeriodMs = 50; // gathering them costs more than publishing a value
 const int goodbyeMs = 2000; // for the broker to take it
 const int farewellStepMs = 20;
 
@@ -153,6 +154,8 @@ private:
     Reconnecting m_reconnecting;
     ServiceReport m_report;
     long m_connections = 0;
+    GatewayFigures m_figures; // of a moment ago
+    Clock::time_point m_figuresAt;
 };
 
 Service::Service(const GatewayOptions& options)
@@ -226,11 +229,14 @@ void Service::work()
     m_reconnecting.look();
     m_broker.serve();
     m_plant.look();
-    const GatewayFigures now = figures();
-    m_publisher->work(now);
+    if (msSince(m_figuresAt) >= figuresPeriodMs) {
+        m_figures = figures();
+        m_figuresAt = Clock::now();
+    }
+    m_publisher->work(m_figures);
     m_report.look(m_plant.rounds());
     if (m_report.isDue())
-        m_report.tell(now);
+        m_report.tell(m_figures);
 }
 
 GatewayFigures Service::figures() const
