@@ -118,9 +118,13 @@ protected:
         std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
     }
 
-    void leaveBroker() // for the gateway
+    /// At first the gateway cannot know, and what it sends goes nowhere.
+    void leaveBroker()
     {
+        proxy->stall(true);
+        count(5);
         proxy->hide(true);
+        proxy->stall(false);
         count(5);
         countForSeconds(qEnvironmentVariableIntValue("PLC_OUTAGE_SECONDS"));
     }

@@ -107,7 +107,8 @@ void RecordingProxy::serve(int gateway, int broker)
     m_cuts = false;
     m_stream.clear();
     for (bool goesOn = true; goesOn && !m_ends && !m_cuts && !m_hides;) {
-        pollfd waits[] = {{gateway, POLLIN, 0}, {m_holds ? -1 : broker, POLLIN, 0}};
+        pollfd waits[] = {{m_stalls ? -1 : gateway, POLLIN, 0},
+                          {m_holds || m_stalls ? -1 : broker, POLLIN, 0}};
         poll(waits, 2, lookMs);
         QByteArray received;
         if ((waits[1].revents & (POLLIN | POLLHUP)) != 0)

@@ -31,6 +31,9 @@ public:
     /// While it holds, what the broker sends is kept back from the gateway.
     void holdBack(bool holds) { m_holds = holds; }
 
+    /// While it holds, nothing goes through in either direction, and neither side can know.
+    void stall(bool stalls) { m_stalls = stalls; }
+
     /// Ends the connection that there is.
     void cut() { m_cuts = true; }
 
@@ -47,6 +50,7 @@ private:
     int m_port = 0;
     std::atomic<bool> m_ends{false};
     std::atomic<bool> m_holds{false};
+    std::atomic<bool> m_stalls{false};
     std::atomic<bool> m_cuts{false};
     std::atomic<bool> m_hides{false};
     mutable std::mutex m_mutex;
