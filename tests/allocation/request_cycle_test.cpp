@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "allocation_sweep.h"
 
+#include <chrono>
+#include <future>
+
 namespace
 {
 
@@ -188,4 +191,22 @@ TEST_F(RequestCycleSweep, AFinalFailure)
             queueWriteOf(2, 4);
             queueOnceOf(1, 5);
         });
+}
+
+// The result is written when memory ran out, too, and other threads read the lists' size and the result meanwhile.
+TEST_F(RequestCycleSweep, AReplyForWhichThereIsNoMemoryWaitsForTheListsAsWell)
+{
+    perStation();
+    queueRead(Variable(9, 0, 3));
+    ComCommunication();
+    PLC_driver.listMutex.lock();
+    const std::future<int> result = std::async(std::launch::async, [] {
+        QByteArray reply(PLC_driver.protocolList.at(0).replyLength, '\x5A');
+        const AllocationWatch watch(1);
+        return DataCom(&reply, reply.size())->result;
+    });
+    EXPECT_EQ(std::future_status::timeout, result.wait_for(std::chrono::milliseconds(20)));
+    PLC_driver.listMutex.unlock();
+    result.wait();
+    EXPECT_EQ(PLC_RETRYING, PLC_driver.retVar.result);
 }

@@ -263,6 +263,40 @@ TEST_F(ImageWriteTest, TheCallerMayHoldTheListLock)
     EXPECT_EQ(0x1234, Words(0)[0]);
 }
 
+// Of any length: all elements that were given, and not one more.
+TEST_F(ImageWriteTest, EveryElementOfAWriteIsStored)
+{
+    for (int count = 1; count <= 40; ++count) {
+        SCOPED_TRACE(count);
+        std::memset(&PLC_driver.image, 0, sizeof PLC_driver.image);
+        for (int area : {2, 8, 9, 14}) {
+            RW_VAR var = Variable(area, area == 8 ? 16 * 1000 : 0, count);
+            var.data = QByteArray(count * (area == 14 ? 4 : area == 9 ? 2 : 1), '\1');
+            WriteDataToLocal(&var);
+        }
+        for (int i = 0; i < 50; ++i) {
+            EXPECT_EQ(i < count, PLC_driver.image.bitArea[2][i]);
+            EXPECT_EQ(i < count, (PLC_driver.image.wordArea[0][1000 + i / 16] >> i % 16 & 1) != 0);
+            EXPECT_EQ(i < count ? 0x0101 : 0, PLC_driver.image.wordArea[0][i]);
+            EXPECT_EQ(i < count ? 0x01010101u : 0u, PLC_driver.image.dwordArea[i]);
+        }
+    }
+}
+
+TEST_F(MultiStationImageWriteTest, EveryElementOfAWriteIsStored)
+{
+    for (int count = 1; count <= 40; ++count) {
+        SCOPED_TRACE(count);
+        for (int area : {2, 9, 14}) {
+            PLC_driver.extendList.clear();
+            RW_VAR var = Variable(area, 0, count);
+            var.data = QByteArray(count * (area == 14 ? 4 : area == 9 ? 2 : 1), '\1');
+            WriteDataToLocal(&var);
+            EXPECT_EQ(count, PLC_driver.extendList.size());
+        }
+    }
+}
+
 TEST_F(MultiStationImageWriteTest, TheImageIsNotTouched)
 {
     for (int area = 1; area <= 14; ++area)

@@ -566,6 +566,17 @@ TEST_F(ReplyFilingTest, Area8WordOutsideTheImageIsStillPatched)
     EXPECT_EQ("12 38", PatchedValue());
 }
 
+TEST_F(ReplyFilingTest, Area8WordsAreStoredUpToTheLastAndNoFurther)
+{
+    Words(1)[0] = 0x7777; // right behind
+    for (int address : {0, 65534, -1, 65535})
+        File(Variable(8, address, 1), "12 30");
+    EXPECT_EQ(0x1230, Words(0)[0]);
+    EXPECT_EQ(0x1230, Words(0)[65534]);
+    EXPECT_EQ(0x7777, Words(1)[0]);
+    EXPECT_EQ(0, CountOnes(7)); // right before
+}
+
 TEST_F(ReplyFilingTest, NegativePendingBitAddressIsSurvived)
 {
     for (int address : {-1, -17, INT_MIN, INT_MIN + 1}) {
@@ -622,6 +633,15 @@ TEST_F(MultiStationFilingTest, DoubleWordsGetEntriesOfFourBytesLowByteFirst)
 {
     File(Variable(14, 3, 2), "12 34 56 78 FF FF FF");
     EXPECT_EQ((List{"14:3=34 12 78 56"}), Entries(1));
+}
+
+TEST_F(MultiStationFilingTest, NothingIsWrittenBehindAValue)
+{
+    File(Variable(14, 0, 2), "12 34 56 78");
+    File(Variable(9, 0, 1), "12 34");
+    File(Variable(2, 0, 0), "FF");
+    for (const EXTENDVAR& entry : PLC_driver.extendList)
+        EXPECT_EQ('\0', entry.value.constData()[entry.value.size()]) << entry.area;
 }
 
 TEST_F(MultiStationFilingTest, SeveralDoubleWordsGetAnEntryEach)
