@@ -79,6 +79,16 @@ Held heldAfter(const std::optional<LoggedSample>& sample)
     return {true, *sample->number};
 }
 
+qint64 clamped(qint64 timeMs)
+{
+    return std::clamp<qint64>(timeMs, 0, latestMs);
+}
+
+TimeRange clamped(TimeRange range)
+{
+    return {clamped(range.fromMs), clamped(range.toMs)};
+}
+
 void widen(TrendPiece* piece, double low, double high)
 {
     piece->min = std::min(piece->min.value_or(low), low);
@@ -92,15 +102,18 @@ HistoryReader::HistoryReader(const QString& path) : m_file(path, HistoryFile::Pu
 std::vector<LoggedSeries> HistoryReader::series() const
 {
     std::vector<LoggedSeries> found;
-    QSqlQuery query = m_file.run(QStringLiteral(
-        "SELECT id, name, unit, type, digits, (SELECT min(time) FROM samples WHERE variable = id), "
-        "(SELECT max(time) FROM samples WHERE variable = id) FROM variables ORDER BY name"));
+    QSqlQuery query = m_file.run(
+        QStringLiteral(
+            "SELECT id, name, unit, type, digits, (SELECT min(time) FROM samples WHERE variable = id AND "
+            "time >= 0), "
+            "(SELECT max(time) FROM samples WHERE variable = id AND time <= %1) FROM variables ORDER BY name")
+            .arg(latestMs));
     for (; query.isValid(); query.next()) {
         LoggedSeries one;
         one.id = query.value(0).toInt();
         one.series = {query.value(1).toString(), query.value(2).toString(), query.value(3).toString(),
                       query.value(4).toInt()};
-        if (!query.isNull(5)) {
+        if (!query.isNull(5) && !query.isNull(6)) {
             one.firstMs = query.value(5).toLongLong();
             one.lastMs = query.value(6).toLongLong();
         }
@@ -111,12 +124,13 @@ std::vector<LoggedSeries> HistoryReader::series() const
 
 qint64 HistoryReader::aliveMs() const
 {
-    return m_file.run(QStringLiteral("SELECT alive FROM logging")).value(0).toLongLong();
+    return clamped(m_file.run(QStringLiteral("SELECT alive FROM logging")).value(0).toLongLong());
 }
 
-void HistoryReader::visit(const std::vector<LoggedSeries>& series, TimeRange range,
+void HistoryReader::visit(const std::vector<LoggedSeries>& series, TimeRange wanted,
                           const SampleVisitor& visitor) const
 {
+    const TimeRange range = clamped(wanted);
     std::vector<Cursor> cursors;
     cursors.reserve(series.size());
     for (const LoggedSeries& one : series) {
@@ -158,8 +172,9 @@ std::optional<LoggedSample> HistoryReader::sampleBefore(const LoggedSeries& seri
     return sampleOf(series.series, query);
 }
 
-std::vector<TrendPiece> HistoryReader::trend(const LoggedSeries& series, TimeRange range, int pieces) const
+std::vector<TrendPiece> HistoryReader::trend(const LoggedSeries& series, TimeRange wanted, int pieces) const
 {
+    const TimeRange range = clamped(wanted);
     const qint64 length = std::max<qint64>(range.toMs - range.fromMs, 1);
     const qint64 count = std::min<qint64>(std::max(pieces, 1), length);
     QSqlQuery extremes = m_file.prepare(

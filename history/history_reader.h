@@ -14,6 +14,9 @@
 namespace plc
 {
 
+/// The end of the year 9999. Times of a file before 1970 or after this are passed over.
+inline constexpr qint64 latestMs = 253402300799999;
+
 /// One series of a file.
 struct LoggedSeries {
     Series series;

@@ -42,8 +42,8 @@ struct OptionRow {
 // In the order of the help.
 const OptionRow optionRows[] = {
     {"controller", "HOST[:PORT]",
-     "The controller's name or address, and its TCP port when that is not 502. Needed.", R | W | V | C | L | S,
-     nullptr},
+     "The controller's name or address, and its TCP port when that is not 502. Needed.",
+     R | W | V | C | L | S, nullptr},
     {"station", "N",
      "The station (Modbus unit) that the variables belong to, 0 to 255. Station 0 is a broadcast: it can be "
      "written, and no controller confirms it.",
@@ -97,8 +97,10 @@ const OptionRow optionRows[] = {
      "was no fresh value.",
      H, nullptr},
     {"csv", nullptr, "Print what log writes to FILE.csv.", H, nullptr},
-    {"names", nullptr, "Print only the names that the list has, or those that are meant, a line for each.", A,
-     nullptr},
+    {"names", nullptr,
+     "Print only the names that the list has, or those that are meant, a line for each; of a log those in "
+     "it.",
+     A | H, nullptr},
     {"verify", nullptr, "Read back what was written and confirmed, and compare it.", W, nullptr},
     {"dry-run", nullptr,
      "Show the frames that the driver builds for the writes, and send nothing; --controller is not needed.",

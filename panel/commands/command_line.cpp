@@ -498,10 +498,15 @@ Options historyOptions(const QCommandLineParser& parser)
     history.toMs = timeOf(parser, "to");
     history.plot = isGiven(parser, "plot");
     history.csv = isGiven(parser, "csv");
+    options.names = isGiven(parser, "names");
     if (history.fromMs && history.toMs && *history.fromMs >= *history.toMs)
         refuse(QStringLiteral("--from is not before --to"));
-    if (int(history.plot) + int(history.csv) + int(options.format == ValueFormat::Json) > 1)
-        refuse(QStringLiteral("--plot, --csv and --json exclude each other"));
+    if (int(history.plot) + int(history.csv) + int(options.names) + int(options.format == ValueFormat::Json) >
+        1)
+        refuse(QStringLiteral("--plot, --csv, --names and --json exclude each other"));
+    if (options.names && !history.names.isEmpty())
+        refuse(QStringLiteral("--names prints those of the file; leave out %1")
+                   .arg(excerpt(history.names.first())));
     if (history.names.isEmpty() && (history.plot || history.csv || history.fromMs || history.toMs))
         refuse(QStringLiteral("no name is given; plcpanel history %1 prints those of the file")
                    .arg(excerpt(history.file)));

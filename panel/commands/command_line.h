@@ -65,7 +65,7 @@ struct Options {
     bool trace = false;
     bool statistics = false;
     bool verify = false;  ///< of write: what was written is read back
-    bool names = false;   ///< of where: only the names that are in the list
+    bool names = false;   ///< of where and history: only the names that there are
     bool dryRun = false;  ///< of write: frames are shown, and nothing is sent
     int tries = 2;        ///< of scan: how often a station is asked that does not answer
     LogOptions log;

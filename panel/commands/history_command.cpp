@@ -9,9 +9,9 @@
 #include "panel/terminal/display_width.h"
 #include "panel/terminal/output.h"
 #include "panel/terminal/terminal.h"
+#include "runtime/model/printable.h"
 
 #include <algorithm>
-#include <limits>
 #include <stdexcept>
 
 namespace plc
@@ -21,7 +21,7 @@ namespace
 {
 
 const qint64 farPast = 0;
-const qint64 farFuture = std::numeric_limits<qint64>::max();
+const qint64 farFuture = latestMs;
 
 bool isNamed(const QString& name, const QString& text)
 {
@@ -64,8 +64,12 @@ int widestName(const std::vector<LoggedSeries>& series)
 ExitStatus printNames(const std::vector<LoggedSeries>& all, const Options& options)
 {
     const int width = widestName(all);
-    for (const LoggedSeries& one : all)
-        print(options.format == ValueFormat::Json ? seriesJson(one) : seriesLine(one, width));
+    for (const LoggedSeries& one : all) {
+        if (options.names)
+            print(printable(one.series.name) + QLatin1Char('\n'));
+        else
+            print(options.format == ValueFormat::Json ? seriesJson(one) : seriesLine(one, width));
+    }
     return AllGood;
 }
 

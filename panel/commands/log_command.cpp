@@ -16,6 +16,7 @@
 
 #include <QDateTime>
 
+#include <csignal>
 #include <map>
 #include <mutex>
 #include <set>
@@ -312,6 +313,7 @@ private:
 ExitStatus runLog(const Options& options)
 {
     WatchSignals::block();
+    std::signal(SIGPIPE, SIG_IGN); // who reads what is printed may go; the file is ended in good order
     return Log(options).run();
 }
 

@@ -15,7 +15,7 @@ _plcpanel_options() {
   scan) echo "--controller --station --stations --tries --remote --json $tries $logs $all" ;;
   where) echo "--vars --json --names $all" ;;
   log) echo "--controller $station --vars --json --to --every --rotate-size --rotate-daily --poll $tries $logs $all" ;;
-  history) echo "--json --from --to --plot --csv $all" ;;
+  history) echo "--json --names --from --to --plot --csv $all" ;;
   replay) echo "$station --vars --port --hex --json $tries $all" ;;
   demo) echo "$tries $logs $all" ;;
   *) echo "$all" ;;
@@ -84,13 +84,24 @@ _plcpanel_quoted() {
   esac
 }
 
+# All names that there are: those in a log, or in the list.
+_plcpanel_all_names() {
+  local program list
+  program=$(_plcpanel_unquoted "${COMP_WORDS[0]}")
+  if [[ ${words[0]} == history ]]; then
+    list=$(_plcpanel_unquoted "${words[1]}")
+    [[ -r $list ]] && "$program" history "$list" --names 2>/dev/null
+  else
+    list=$(_plcpanel_list)
+    [[ -r $list ]] && "$program" where --vars "$list" --names 2>/dev/null
+  fi
+}
+
 # Completes to the variables of the list. A pattern that several fit stays as it is, and they are shown.
 _plcpanel_names() {
-  local list wanted name names fitting=() ending=$1
-  list=$(_plcpanel_list)
-  [[ -r $list ]] || return
+  local wanted name names fitting=() ending=$1
   wanted=$(_plcpanel_unquoted "$current")
-  mapfile -t names < <("$(_plcpanel_unquoted "${COMP_WORDS[0]}")" where --vars "$list" --names 2>/dev/null)
+  mapfile -t names < <(_plcpanel_all_names)
   for name in "${names[@]}"; do
     if [[ $wanted == *[*?]* ]]; then
       # shellcheck disable=SC2053 # it is a pattern
@@ -156,7 +167,7 @@ _plcpanel() {
     [[ $current == = || $before == = ]] && return
     compopt -o nospace 2>/dev/null
     _plcpanel_names "="
-  elif [[ ${words[0]} == @(read|watch|check|where|log|replay) ]]; then
+  elif [[ ${words[0]} == @(read|watch|check|where|log|history|replay) ]]; then
     _plcpanel_names
   fi
 }

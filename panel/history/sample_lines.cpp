@@ -3,6 +3,7 @@
 
 #include "history/local_time.h"
 #include "panel/terminal/display_width.h"
+#include "runtime/model/printable.h"
 #include "runtime/model/value_text.h"
 #include "runtime/model/value_type.h"
 
@@ -26,8 +27,8 @@ ValueType typeOf(const Series& series)
 QString valueOf(const Series& series, const QString& text)
 {
     if (typeOf(series) == ValueType::Text)
-        return QLatin1Char('"') + text + QLatin1Char('"');
-    return series.unit.isEmpty() ? text : text + QLatin1Char(' ') + series.unit;
+        return QLatin1Char('"') + printable(text) + QLatin1Char('"');
+    return printable(series.unit.isEmpty() ? text : text + QLatin1Char(' ') + series.unit);
 }
 
 /// Scaled values are numbers too, whatever the type of the elements.
@@ -57,7 +58,7 @@ QString sampleLine(const Series& series, qint64 timeMs, SampleState state, const
     const QString shown = state == SampleState::Fresh
                               ? valueOf(series, text)
                               : QLatin1Char('(') + sampleStateWord(state) + QLatin1Char(')');
-    return localTimeText(timeMs) + between + padded(series.name, nameColumns) + between + shown +
+    return localTimeText(timeMs) + between + padded(printable(series.name), nameColumns) + between + shown +
            QLatin1Char('\n');
 }
 
@@ -82,8 +83,8 @@ QString seriesLine(const LoggedSeries& series, int nameColumns)
             ? QStringLiteral("%1 to %2").arg(localTimeText(*series.firstMs), localTimeText(*series.lastMs))
             : QStringLiteral("nothing yet");
     const int unitColumns = 8;
-    return padded(series.series.name, nameColumns) + between + padded(series.series.unit, unitColumns) +
-           between + times + QLatin1Char('\n');
+    return padded(printable(series.series.name), nameColumns) + between +
+           padded(printable(series.series.unit), unitColumns) + between + times + QLatin1Char('\n');
 }
 
 QString seriesJson(const LoggedSeries& series)

@@ -2,6 +2,7 @@
 #include "panel/history/terminal_plot.h"
 
 #include "history/local_time.h"
+#include "runtime/model/printable.h"
 
 #include <QDateTime>
 
@@ -32,13 +33,19 @@ struct Span {
     double high = 0;
 };
 
+/// What is no number, or beyond all, has no place in a picture.
+bool isDrawn(const TrendPiece& piece)
+{
+    return piece.min && std::isfinite(*piece.min) && std::isfinite(*piece.max);
+}
+
 /// \return the smallest span with all of \a trend, and something above and below a value that never changes
 Span spanOf(const std::vector<TrendPiece>& trend)
 {
     Span span;
     bool isFirst = true;
     for (const TrendPiece& piece : trend) {
-        if (!piece.min)
+        if (!isDrawn(piece))
             continue;
         span.low = isFirst ? *piece.min : std::min(span.low, *piece.min);
         span.high = isFirst ? *piece.max : std::max(span.high, *piece.max);
@@ -46,7 +53,8 @@ Span spanOf(const std::vector<TrendPiece>& trend)
     }
     if (span.low < span.high)
         return span;
-    return {span.low - 1, span.high + 1};
+    const double around = std::max(1.0, std::abs(span.low) / 1e12); // where 1 would be too little to be seen
+    return {span.low - around, span.high + around};
 }
 
 /// Dots that are set or not, the first line above.
@@ -88,7 +96,9 @@ private:
 
 int rowOf(double value, const Span& span, int height)
 {
-    return static_cast<int>(std::lround((span.high - value) / (span.high - span.low) * (height - 1)));
+    const double part =
+        (span.high / 2 - value / 2) / (span.high / 2 - span.low / 2); // the whole might be too large
+    return static_cast<int>(std::lround(part * (height - 1)));
 }
 
 /// A line for each piece, from its smallest to its largest value, and on to the piece before it.
@@ -96,11 +106,11 @@ void draw(const std::vector<TrendPiece>& trend, const Span& span, Raster* raster
 {
     for (std::size_t x = 0; x < trend.size(); ++x) {
         const TrendPiece& piece = trend[x];
-        if (!piece.min)
+        if (!isDrawn(piece))
             continue;
         int top = rowOf(*piece.max, span, raster->height());
         int bottom = rowOf(*piece.min, span, raster->height());
-        if (x > 0 && trend[x - 1].min && !trend[x - 1].gap) {
+        if (x > 0 && isDrawn(trend[x - 1]) && !trend[x - 1].gap) {
             top = std::min(top, rowOf(*trend[x - 1].min, span, raster->height()));
             bottom = std::max(bottom, rowOf(*trend[x - 1].max, span, raster->height()));
         }
@@ -172,9 +182,9 @@ int plotPieces(const PlotSize& size)
 QStringList plotLines(const Series& series, TimeRange range, const std::vector<TrendPiece>& trend,
                       const PlotSize& size)
 {
-    QStringList lines(series.unit.isEmpty() ? series.name : series.name + QStringLiteral(", ") + series.unit);
-    const bool isEmpty =
-        std::none_of(trend.begin(), trend.end(), [](const TrendPiece& piece) { return piece.min; });
+    QStringList lines(
+        printable(series.unit.isEmpty() ? series.name : series.name + QStringLiteral(", ") + series.unit));
+    const bool isEmpty = std::none_of(trend.begin(), trend.end(), isDrawn);
     if (isEmpty)
         return lines << QStringLiteral("  no number was read in this time");
     const int columns = size.columns - beforePicture;
@@ -184,7 +194,7 @@ QStringList plotLines(const Series& series, TimeRange range, const std::vector<T
     const int last = size.lines - 1;
     for (int line = 0; line <= last; ++line) {
         const bool isMarked = line == 0 || line == last || (last % 2 == 0 && line == last / 2);
-        const double value = span.high - (span.high - span.low) * line / last;
+        const double value = span.high - (span.high / last - span.low / last) * line;
         const QChar mark = isMarked ? (size.braille ? QChar(0x2524) : QLatin1Char('+'))
                                     : (size.braille ? QChar(0x2502) : QLatin1Char('|'));
         lines << (isMarked ? labelOf(value, span) : QString(labelColumns, QLatin1Char(' '))) +

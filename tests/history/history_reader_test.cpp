@@ -5,7 +5,7 @@
 
 #include <gmock/gmock.h>
 
-#include <QSqlDatabase>
+#include <limits>
 
 namespace
 {
@@ -150,6 +150,25 @@ TEST_F(HistoryReaderTest, BehindTheLastSignOfLifeNothingIsKnown)
 {
     write({speed(5, "1")});
     EXPECT_THAT(trend(20, 2), ElementsAre("1..1 gap", "gap"));
+}
+
+TEST_F(HistoryReaderTest, PassesOverTimesThatNoCalendarHas)
+{
+    write({speed(0, "1")});
+    {
+        const plc::HistoryFile file(path("a.sqlite"), plc::HistoryFile::Purpose::Write);
+        for (const qint64 time : {std::numeric_limits<qint64>::min(), std::numeric_limits<qint64>::max()})
+            file.run(QStringLiteral("INSERT INTO samples VALUES(1, ?, 0, 99, 2, NULL)"), {time});
+        file.run(QStringLiteral("UPDATE logging SET alive = ?"), {std::numeric_limits<qint64>::max()});
+    }
+    const HistoryReader reader(path("a.sqlite"));
+    const LoggedSeries series = reader.series().at(1);
+    EXPECT_EQ(noon, series.firstMs);
+    EXPECT_EQ(noon, series.lastMs);
+    EXPECT_EQ(plc::latestMs, reader.aliveMs());
+    const plc::TimeRange all{std::numeric_limits<qint64>::min(), std::numeric_limits<qint64>::max()};
+    EXPECT_EQ(4u, reader.trend(series, all, 4).size());
+    EXPECT_THAT(read(), ElementsAre("0 speed 1.0 fresh"));
 }
 
 TEST_F(HistoryReaderTest, LeavesAFileOfSomethingElseAlone)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What bash offers for plcpanel and plcsim, compared with what their help tells.
 
+#include "history/sample_store.h"
 #include "panel/commands/command_help.h"
 #include "simulator/faults.h"
 #include "support/application.h"
@@ -130,7 +131,8 @@ TEST(CompletionOfPlcpanel, OffersTheCommandsBehindASwitchButNotBehindAnOptionTha
 TEST(CompletionOfPlcpanel, OffersFilesOfTheRightKind)
 {
     const QTemporaryDir folder;
-    for (const char* name : {"a.csv", "b.pcap", "c.jsonl", "d.txt", "e.pcapng", "libplcdriver.so", "f.sqlite"}) {
+    for (const char* name :
+         {"a.csv", "b.pcap", "c.jsonl", "d.txt", "e.pcapng", "libplcdriver.so", "f.sqlite"}) {
         QFile file(folder.filePath(QLatin1String(name)));
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     }
@@ -202,6 +204,16 @@ TEST_F(CompletionOfNames, ShowsWhatAPatternMeans)
     EXPECT_THAT(with({QStringLiteral("'drive *")}), ElementsAre("1: drive speed", "2: drive status"));
     EXPECT_THAT(with({QStringLiteral("*eed")}), ElementsAre("drive\\ speed"));
     EXPECT_THAT(with({QStringLiteral("[*")}), ElementsAre("\\[odd\\]"));
+}
+
+TEST_F(CompletionOfNames, OffersThoseOfALog)
+{
+    plc::makeSampleStore(folder.filePath(QStringLiteral("log.sqlite")), {})
+        ->open({{QStringLiteral("drive speed"), {}, {}, -1}});
+    EXPECT_THAT(offered("plcpanel",
+                        {QStringLiteral("history"), QStringLiteral("log.sqlite"), QStringLiteral("dr")},
+                        folder.path()),
+                ElementsAre("drive\\ speed"));
 }
 
 TEST_F(CompletionOfNames, FindsTheListWhereverItStands)

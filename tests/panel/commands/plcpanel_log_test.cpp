@@ -130,6 +130,14 @@ TEST_F(PlcpanelLog, SaysThatAValueIsNotReadAndComesBack)
                                                             "[^ ]+  9:100  \\(not logged\\)\n"));
 }
 
+TEST_F(PlcpanelLog, EndsInGoodOrderWhenNobodyReadsWhatItPrints)
+{
+    const RunResult result = plcpanelInShell("(\"$@\"; echo status $? >&2) | head -n 1",
+                                             line("9:100 --every --poll 10 --json", "a.csv"));
+    EXPECT_THAT(result.errors, HasSubstr("status 6"));
+    EXPECT_THAT(bytesOf("a.csv").toStdString(), testing::EndsWith("not logged\n"));
+}
+
 TEST_F(PlcpanelLog, LogsEveryRefreshWhereThatIsWanted)
 {
     Plcpanel log(line("9:100x2 --every --poll 10 --json", "a.csv"));
@@ -279,6 +287,11 @@ TEST_F(PlcpanelHistory, PrintsTheNamesInTheFile)
     EXPECT_EQ("recipe            2026-11-22T12:00:01.000+00:00 to 2026-11-22T12:00:01.000+00:00\n"
               "speed   m/min     2026-11-22T12:00:00.000+00:00 to 2026-11-22T12:00:05.000+00:00\n",
               result.out);
+}
+
+TEST_F(PlcpanelHistory, PrintsTheNamesAlone)
+{
+    EXPECT_EQ("recipe\nspeed\n", history("--names").out);
 }
 
 TEST_F(PlcpanelHistory, PrintsWhatWasLoggedByTime)

@@ -7,6 +7,8 @@
 
 #include <gmock/gmock.h>
 
+#include <limits>
+
 namespace
 {
 
@@ -76,6 +78,14 @@ TEST(TerminalPlot, HasRoomAboveAndBelowAValueThatNeverChanges)
               plot(std::vector<TrendPiece>(28, piece(4000000001, 4000000001)), {40, 3, false}));
 }
 
+TEST(TerminalPlot, CopesWithTheLargestNumbersAndWithNone)
+{
+    const double most = std::numeric_limits<double>::max();
+    const double none = std::numeric_limits<double>::infinity();
+    EXPECT_THAT(plot({piece(-most, -most), piece(most, most), piece(none, none)}, {40, 3, false}),
+                testing::HasSubstr("1.798e+308 + *"));
+}
+
 TEST(TerminalPlot, SaysThatThereIsNothingToDraw)
 {
     EXPECT_EQ("speed, m/min\n  no number was read in this time", plot({gap, gap}, {40, 3, false}));
@@ -88,6 +98,15 @@ TEST(SampleLines, HaveTheValueInItsUnitOrTheState)
               sampleLine(speed, noon, SampleState::Fresh, QStringLiteral("12.5"), 7).toStdString());
     EXPECT_EQ("2026-11-22T12:00:00.000+00:00  speed  (failed)\n",
               sampleLine(speed, noon, SampleState::Failed, QString(), 5).toStdString());
+}
+
+TEST(SampleLines, HaveNothingThatATerminalWouldActOn)
+{
+    qputenv("TZ", "UTC");
+    const Series evil{QStringLiteral("\x1b[31m"), QStringLiteral("\a"), QStringLiteral("int16"), 1};
+    EXPECT_EQ("2026-11-22T12:00:00.000+00:00  .[31m  1. .\n",
+              sampleLine(evil, noon, SampleState::Fresh, QStringLiteral("1\x1b"), 5).toStdString());
+    EXPECT_EQ(".[31m, .", plotLines(evil, {noon, noon + 1}, {}, {40, 3, false}).first().toStdString());
 }
 
 TEST(SampleLines, AreObjectsWithNumbersForPrograms)
