@@ -221,32 +221,23 @@ const CommandRow commandRows[] = {
      "  plcpanel check 9:100 9:180 --controller 127.0.0.1:1502 --json\n"},
     {Command::Scan, S, "scan", "scan [AREA|AREA:FROM-TO|AREA:ADDRESS[xCOUNT]]...",
      "find stations and elements",
-     "Without an area: which stations answer, by reading one register of each (9:0), and who they say they "
-     "are\n"
-     "(functions 43 and 17). A station that refuses the read is there as well. With areas: which of their "
-     "elements "
-     "can\n"
-     "be read, all of an AREA or those that are given; a block that is refused is halved until it is known "
-     "which "
-     "of\n"
-     "its elements are. Never writes. Ctrl-C ends it with what is known. It tells what it has asked: a "
-     "station "
-     "that\n"
-     "gives no answer in time may be there all the same.\n",
+     "Without an area: which stations answer, by reading one register of each (9:0), and who they\n"
+     "say they are (functions 43 and 17). A station that refuses the read is there as well.\n"
+     "With areas: which of their elements can be read, all of an AREA or those that are given; a\n"
+     "block that is refused is halved until it is known which of its elements are. Bits in words\n"
+     "(area 8) are asked for as words. Never writes. Ctrl-C ends it with what is known. It tells what\n"
+     "it has asked: a station that gives no answer in time may be there all the same.\n",
      "  plcpanel scan --controller 192.168.0.10\n"
      "  plcpanel scan --stations 1-20 --timeout 1000 --controller 192.168.0.10\n"
      "  plcpanel scan 9:0-1999 2 --station 3 --controller 192.168.0.10\n"
      "  plcpanel scan 9:00x100 --stations 1-5 --json --controller 127.0.0.1:1502\n"},
-    {Command::Where, A, "where", "where [AREA:ADDRESS[xCOUNT]|NAME...]",
-     "tell where variables lie, to compare",
-     "Tells where each variable lies in the controller, to compare with its documentation: the functions of\n"
-     "Modbus that read and write it, its coils or registers, counted from 0, in decimal and hexadecimal and "
-     "as\n"
-     "many documents number them (4xxxx registers, 0xxxx coils, counted from 1), and how the value is put "
-     "together\n"
-     "of them: type, order of words and bytes, bit, scale, unit. A write of 3, 6 reads the word of a bit "
-     "first.\n"
-     "Asks no controller. Where the table is too wide for the terminal, each variable has a paragraph.\n",
+    {Command::Where, A, "where", "where [AREA:ADDRESS[xCOUNT]|NAME...]", "tell where variables lie",
+     "Tells where each variable lies in the controller, to compare with its documentation: the\n"
+     "functions of Modbus that read and write it, its coils or registers, counted from 0, in decimal\n"
+     "and hexadecimal and as many documents number them (4xxxx registers, 0xxxx coils, counted from\n"
+     "1), and how the value is put together: type, order of words and bytes, bit, scale, unit.\n"
+     "A write of 3, 6 reads the word of a bit first. Asks no controller. Where the table is too wide\n"
+     "for the terminal, each variable has a paragraph.\n",
      "  plcpanel where 9:100x2 0:17 8:10.3 14:200\n"
      "  plcpanel where --vars examples/machine.csv\n"
      "  plcpanel where 'drive *' --vars examples/machine.csv --json\n"},
@@ -374,7 +365,14 @@ QString exitStatusText(std::optional<Command> command)
                                                        "whatever else was done, or a capture was not\n");
 }
 
-QString variablesText()
+QLatin1String stationsText(std::optional<Command> command)
+{
+    const bool takesAny = command == Command::Where || command == Command::Scan;
+    return QLatin1String(takesAny ? "An @ and the station may follow: 9:100x4@3.\n"
+                                  : "With --multi-station an @ and the station may follow: 9:100x4@3.\n");
+}
+
+QString variablesText(std::optional<Command> command)
 {
     return QStringLiteral(
                "Variables are written AREA:ADDRESS, with xCOUNT behind it for several elements:\n") +
@@ -384,8 +382,8 @@ QString variablesText()
                "and reach "
                "65535\nelements of each area (area 8: sixteen bits for each word). Octal digits are 0 to 7: "
                "0:17 is the\nsixteenth bit of area 0. There are no hexadecimal addresses; four elements from "
-               "0 on are 9:00x4.\n"
-               "With --multi-station an @ and the station may follow: 9:100x4@3.\n");
+               "0 on are 9:00x4.\n") +
+           stationsText(command);
 }
 
 QString listsText()
@@ -415,7 +413,7 @@ QString commandHelp(const CommandRow& row)
     QString text = QStringLiteral("Usage: plcpanel %1 [OPTIONS]\n\n").arg(QLatin1String(row.usage)) +
                    paragraph("", row.description);
     if (row.command != Command::Demo && row.command != Command::History)
-        text += variablesText() + QLatin1Char('\n');
+        text += variablesText(row.command) + QLatin1Char('\n');
     if (takesList(row.bit))
         text += listsText() + QLatin1Char('\n');
     return text + optionsText(row.command) + QLatin1Char('\n') + paragraph("Examples:\n", row.examples) +
@@ -424,24 +422,29 @@ QString commandHelp(const CommandRow& row)
 
 QString commandList()
 {
-    QString text = QStringLiteral("Commands (\"plcpanel COMMAND --help\" tells more about each):\n");
+    QString text = QStringLiteral("Commands (\"plcpanel COMMAND --help\" tells what each takes, in full):\n");
     for (const CommandRow& row : commandRows)
-        text +=
-            QStringLiteral("  %1 %2\n").arg(QLatin1String(row.usage), -40).arg(QLatin1String(row.summary));
+        text += QStringLiteral("  %1 %2\n").arg(QLatin1String(row.name), -8).arg(QLatin1String(row.summary));
     return text + QLatin1Char('\n');
+}
+
+/// \return the first example of each command
+QString firstExamples()
+{
+    QString text = QStringLiteral("\nExamples:\n");
+    for (const CommandRow& row : commandRows)
+        text += QString::fromLatin1(row.examples).section(QLatin1Char('\n'), 0, 0) + QLatin1Char('\n');
+    return text;
 }
 
 QString programHelp()
 {
-    QString text =
-        QStringLiteral("Usage: plcpanel COMMAND [VARIABLE...] [OPTIONS]\n\n"
-                       "Reads, writes and watches the memory of a controller over Modbus TCP, through "
-                       "the driver library.\n\n") +
-        commandList() + variablesText() + QLatin1Char('\n') + optionsText(std::nullopt) +
-        QStringLiteral("\nExamples:\n");
-    for (const CommandRow& row : commandRows)
-        text += QLatin1String(row.examples);
-    return text + QLatin1Char('\n') + exitStatusText(std::nullopt);
+    return QStringLiteral("Usage: plcpanel COMMAND [VARIABLE...] [OPTIONS]\n\n"
+                          "Reads, writes and watches the memory of a controller over Modbus TCP, through "
+                          "the driver library.\n\n") +
+           commandList() + variablesText(std::nullopt) +
+           QStringLiteral("\nThese are the options of all commands; each takes some of them.\n") +
+           optionsText(std::nullopt) + firstExamples() + QLatin1Char('\n') + exitStatusText(std::nullopt);
 }
 
 QCommandLineOption optionOf(const OptionRow& row)

@@ -64,10 +64,10 @@ struct Options {
     bool once = false;
     bool trace = false;
     bool statistics = false;
-    bool verify = false;  ///< of write: what was written is read back
-    bool names = false;   ///< of where and history: only the names that there are
-    bool dryRun = false;  ///< of write: frames are shown, and nothing is sent
-    int tries = 2;        ///< of scan: how often a station is asked that does not answer
+    bool verify = false; ///< of write: what was written is read back
+    bool names = false;  ///< of where and history: only the names that there are
+    bool dryRun = false; ///< of write: frames are shown, and nothing is sent
+    int tries = 2;       ///< of scan: how often a station is asked that does not answer
     LogOptions log;
     HistoryOptions history;
     int intervalMs = 500; ///< between two looks at the watched values

@@ -176,6 +176,8 @@ bool scanRanges(const Options& options, const std::vector<Variable>& ranges, con
 {
     ElementReader reader(options.settings, listeners, printer->progress());
     for (const Variable& range : ranges) {
+        if (reader.isEnded())
+            break;
         if (!printer->isJson())
             printer->line(rangeHeading(range));
         QElapsedTimer clock;

@@ -51,13 +51,13 @@ ReadAnswer ElementScan::ask(const Variable& elements)
     if (m_last.kind != ReadAnswer::Given)
         return m_last;
     const ReadAnswer answer = m_read(elements);
-    ++m_counts.reads;
+    m_counts.reads += answer.kind == ReadAnswer::Interrupted ? 0 : 1;
     m_unanswered = answer.kind == ReadAnswer::Unanswered ? m_unanswered + 1 : 0;
     if (answer.kind == ReadAnswer::NotConnected || answer.kind == ReadAnswer::Interrupted)
         m_last = answer;
     if (m_unanswered == mostUnanswered)
         m_last = {ReadAnswer::Interrupted,
-                  QStringLiteral("not asked: the %1 requests before were not answered").arg(mostUnanswered)};
+                  QStringLiteral("the %1 requests before were not answered").arg(mostUnanswered)};
     return answer;
 }
 

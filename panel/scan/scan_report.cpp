@@ -37,6 +37,20 @@ QString answerText(const StationAnswer& answer)
     return identity.isEmpty() ? text : text + QStringLiteral("; ") + identity;
 }
 
+QString answerText(const ReadAnswer& answer)
+{
+    switch (answer.kind) {
+    case ReadAnswer::Given:
+        return QStringLiteral("can be read");
+    case ReadAnswer::Refused:
+        return QStringLiteral("refused: ") + answer.words;
+    case ReadAnswer::Interrupted:
+        return QStringLiteral("not asked: ") + answer.words;
+    default:
+        return answer.words;
+    }
+}
+
 std::size_t countOf(const std::vector<StationAnswer>& answers, StationAnswer::Kind kind)
 {
     return static_cast<std::size_t>(std::count_if(
@@ -217,14 +231,11 @@ QString rangeHeading(const Variable& range)
 
 QString runLine(const Variable& range, const ScannedRun& run)
 {
-    const int width = 2 * columnsOf(spanText({range.area, endOf(range) - 1, 1, -1})) + 4;
-    QString answer = run.answer.words;
-    if (run.answer.kind == ReadAnswer::Given)
-        answer = QStringLiteral("can be read");
-    if (run.answer.kind == ReadAnswer::Refused)
-        answer = QStringLiteral("refused: ") + answer;
+    const int widest = columnsOf(spanText({range.area, endOf(range) - 1, 1, -1}));
+    const int width = range.count == 1 ? widest : 2 * widest + columnsOf(QStringLiteral(" to "));
     return QStringLiteral("  ") + padded(spanText(run.elements), width) +
-           QStringLiteral("  %1  ").arg(run.elements.count, QString::number(range.count).size()) + answer;
+           QStringLiteral("  %1  ").arg(run.elements.count, QString::number(range.count).size()) +
+           answerText(run.answer);
 }
 
 QString rangeEnd(const Variable& range, const ElementCounts& counts, double seconds)

@@ -41,7 +41,7 @@ ReadAnswer ElementReader::tryToRead(const Variable& elements)
         m_progress->show(m_text);
         m_session.heedSignals();
         if (m_session.isEnded())
-            return {ReadAnswer::Interrupted, QStringLiteral("ended before")};
+            return {ReadAnswer::Interrupted, QStringLiteral("it was ended before")};
     } while (!isThere);
     m_session.settle();
     return answerOf(pending.get());

@@ -18,6 +18,9 @@ public:
     /// \param progress lives longer
     ElementReader(const Settings& settings, const Listeners& listeners, ProgressLine* progress);
 
+    /// \return true when a signal came that ends a program: nothing more is read
+    bool isEnded() const { return m_session.isEnded(); }
+
     bool neverConnected() const { return m_session.neverConnected(); }
 
     /// Tries again where no usable answer came: a refusal is one.

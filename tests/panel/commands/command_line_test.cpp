@@ -320,11 +320,21 @@ TEST(CommandLine, TheHelpListsCommandsAreasOptionsExamplesAndExitStatus)
     EXPECT_EQ(line.wish, CommandLine::ShowText);
     const std::string text = line.text.toStdString();
     for (const char* part :
-         {"Usage: plcpanel COMMAND", "read AREA:ADDRESS[xCOUNT]|NAME...",
-          "write AREA:ADDRESS|NAME=VALUE[,VALUE...]...", "\n  0    bits, read only ",
+         {"Usage: plcpanel COMMAND", "\n  read     print values\n",
+          "\n  write    write values and wait for confirmation\n", "\n  0    bits, read only ",
           "\n  8    bits in the words of area 9 word.bit", "\n  14   double words (32 bits)",
           "decimal  7:8000  7:65535 ", "--controller <HOST[:PORT]>", "\nExamples:\n", "\nExit status:\n"})
         EXPECT_THAT(text, HasSubstr(part));
+}
+
+TEST(CommandLine, TheHelpTellsHowStationsAreNamedWithTheOptionThatTheCommandHas)
+{
+    EXPECT_THAT(parsed("read --help").text.toStdString(), HasSubstr("\nWith --multi-station an @ and"));
+    for (const char* command : {"scan --help", "where --help"}) {
+        const std::string help = parsed(command).text.toStdString();
+        EXPECT_THAT(help, HasSubstr("\nAn @ and the station may follow"));
+        EXPECT_THAT(help, testing::Not(HasSubstr("--multi-station"))) << command;
+    }
 }
 
 TEST(CommandLine, TheHelpOfACommandListsItsOwnOptionsOnly)

@@ -157,8 +157,8 @@ TEST(ElementScan, EndsWhereTwoRequestsInARowAreNotAnswered)
                                       : ReadAnswer();
     };
     const Scanned scanned(hundred, 20, read);
-    EXPECT_THAT(scanned.runs, ElementsAre("0-39 given", "40-79 no reply",
-                                          "80-99 not asked: the 2 requests before were not answered"));
+    EXPECT_THAT(scanned.runs,
+                ElementsAre("0-39 given", "40-79 no reply", "80-99 the 2 requests before were not answered"));
     EXPECT_EQ(scanned.counts().unknown, 60);
 }
 
@@ -183,6 +183,7 @@ TEST(ElementScan, TellsWhatIsKnownWhenItIsEnded)
     const Scanned scanned(hundred, 20, read);
     EXPECT_THAT(scanned.runs, ElementsAre("0-29 given", "30-99 ended before"));
     EXPECT_EQ(reads, 4);
+    EXPECT_EQ(scanned.counts().reads, 3);
 }
 
 TEST(ElementScan, AsksForNothingWithoutAConnection)
