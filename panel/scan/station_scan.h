@@ -4,7 +4,7 @@
 #ifndef PANEL_SCAN_STATION_SCAN_H
 #define PANEL_SCAN_STATION_SCAN_H
 
-#include "panel/scan/identity.h"
+#include "runtime/modbus/identity.h"
 #include "panel/session/listeners.h"
 #include "runtime/cycle/driver_blocks.h"
 #include "runtime/link/link.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What stations say of themselves, byte by byte.
 
-#include "panel/scan/identity.h"
+#include "runtime/modbus/identity.h"
 
 #include <gmock/gmock.h>
 

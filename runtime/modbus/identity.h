@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// \file
 /// \brief Who a station says it is: device identification (function 43) and server identity (function 17).
-#ifndef PANEL_SCAN_IDENTITY_H
-#define PANEL_SCAN_IDENTITY_H
+#ifndef RUNTIME_MODBUS_IDENTITY_H
+#define RUNTIME_MODBUS_IDENTITY_H
 
 #include <QByteArray>
 #include <QString>

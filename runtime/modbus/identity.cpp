@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "panel/scan/identity.h"
+#include "runtime/modbus/identity.h"
 
 #include "runtime/modbus/frame_fields.h"
 #include "runtime/model/printable.h"
