@@ -4,10 +4,10 @@
 #ifndef PANEL_SCAN_STATION_SCAN_H
 #define PANEL_SCAN_STATION_SCAN_H
 
-#include "runtime/modbus/identity.h"
 #include "panel/session/listeners.h"
 #include "runtime/cycle/driver_blocks.h"
 #include "runtime/link/link.h"
+#include "runtime/modbus/identity.h"
 #include "runtime/model/settings.h"
 
 #include <QString>
