@@ -103,7 +103,7 @@ QString tableText(const std::vector<QStringList>& rows, const std::vector<int>& 
 QString paragraphText(const QStringList& cells, int width)
 {
     const int labelWidth = 13;
-    const QString title = cells.at(cells.at(Name).isEmpty() ? Address : Name);
+    const QString& title = cells.at(cells.at(Name).isEmpty() ? Address : Name);
     QString text = title + QLatin1Char('\n');
     for (int column = cells.at(Name).isEmpty() ? Read : Address; column < Columns; ++column) {
         if (cells.at(column).isEmpty())
@@ -204,6 +204,7 @@ QJsonObject jsonOf(const LocatedVariable& variable)
 QString whereText(const std::vector<LocatedVariable>& variables, int width)
 {
     std::vector<QStringList> rows;
+    rows.reserve(variables.size());
     for (const LocatedVariable& variable : variables)
         rows.push_back(cellsOf(variable));
     const std::vector<int> widths = widthsOf(rows);
