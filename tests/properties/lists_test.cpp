@@ -107,7 +107,9 @@ ListedVariable anyVariable(int serial)
     ListedVariable variable;
     variable.name = *texts(20) + QString::number(serial);
     std::tie(variable.type, variable.elements.area) = *rc::gen::elementOf(typesAndAreas());
-    variable.count = *rc::gen::inRange(1, 20);
+    variable.count = *rc::gen::inRange(1, 6) * 4; // texts of some orders have whole pairs of words only
+    if (variable.type != ValueType::Text)
+        variable.count -= *rc::gen::inRange(0, 4);
     variable.elements.count = elementsOfType(variable.type, variable.elements.area, variable.count);
     variable.elements.element =
         *rc::gen::inRange(0, areaSize(variable.elements.area) - variable.elements.count + 1);

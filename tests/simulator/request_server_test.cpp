@@ -5,8 +5,6 @@
 
 #include <gmock/gmock.h>
 
-#include <random>
-
 namespace
 {
 
@@ -341,32 +339,5 @@ INSTANTIATE_TEST_SUITE_P(RequestServer, NoFrame,
                                          "00 01 00 00 00 06 01 03 00 00 00",       // shorter than its length
                                          "00 01 00 00 00 06 01 03 00 00 00 01 00", // longer
                                          "00 01 00 01 00 06 01 03 00 00 00 01"));  // another protocol
-
-// Whatever comes in, what goes out is a frame for the same request or nothing.
-TEST_F(RequestServerTest, AnswersRandomFramesWithWellFormedReplies)
-{
-    std::mt19937 random(7);
-    const std::uint8_t known[] = {1, 2, 3, 4, 5, 6, 15, 16};
-    for (int i = 0; i < 5000; ++i) {
-        Bytes request(8 + random() % 16);
-        for (std::uint8_t& byte : request)
-            byte = static_cast<std::uint8_t>(random() % 4 ? random() % 8 : random());
-        simulator::put16(request, simulator::protocolOffset, 0);
-        simulator::put16(request, simulator::lengthOffset, request.size() - simulator::lengthEnd);
-        if (random() % 8)
-            request[simulator::functionOffset] = known[random() % 8];
-        const Bytes reply = server.answer(request);
-        if (request[simulator::unitOffset] == 0) {
-            EXPECT_THAT(reply, IsEmpty());
-            continue;
-        }
-        ASSERT_GE(reply.size(), 9u) << toHex(request);
-        EXPECT_EQ(simulator::get16(reply, 0), simulator::get16(request, 0));
-        EXPECT_EQ(simulator::get16(reply, simulator::protocolOffset), 0);
-        EXPECT_EQ(simulator::get16(reply, simulator::lengthOffset), reply.size() - simulator::lengthEnd);
-        EXPECT_EQ(reply[simulator::unitOffset], request[simulator::unitOffset]);
-        EXPECT_EQ(reply[simulator::functionOffset] & 0x7F, request[simulator::functionOffset] & 0x7F);
-    }
-}
 
 } // namespace
