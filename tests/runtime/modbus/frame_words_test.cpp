@@ -38,7 +38,7 @@ TEST(RequestWords, SayWhenItIsNone)
 {
     EXPECT_EQ(request(""), "no whole request (0 bytes)");
     EXPECT_EQ(request("0000 0000 0006 01"), "no whole request (7 bytes)");
-    EXPECT_EQ(request("0000 0000 0006 01 2B 0005 1234"), "unit 1: function 43");
+    EXPECT_EQ(request("0000 0000 0006 01 2C 0005 1234"), "unit 1: function 44");
 }
 
 TEST(ReplyWords, SayWhatCameBack)
