@@ -25,6 +25,7 @@ using Clock = std::chrono::steady_clock;
 const std::chrono::milliseconds writePeriod(100);
 const std::chrono::milliseconds retryPeriod(1000); // after a failure
 const std::chrono::milliseconds lookPeriod(1000);  // for samples that are too old
+const std::chrono::seconds tellPeriod(60);         // of what was dropped: a spool may be full for days
 
 // A chunk is filled up to this many bytes, commit by commit. It is what is read, and dropped, at once.
 const int fullChunk = 16 * 1024;
@@ -149,6 +150,7 @@ private:
     Clock::time_point m_writeDue;
     Clock::time_point m_retryAt;
     Clock::time_point m_lookDue;
+    Clock::time_point m_tellDue;
 
     std::unique_ptr<SpoolStore> m_store; // the writer's alone, as what follows
     SpoolChunk m_tail;                   // the last chunk, as long as more is put into it
@@ -368,6 +370,7 @@ void Spool::Private::work(const QString& path, const QStringList& names)
         serve(&lock);
     }
     commit(&lock, true);
+    tellDropped(&lock);
     m_wantMarks = m_wantChunk = m_wantFlush = false;
     m_served.notify_all();
     lock.unlock();
@@ -639,6 +642,8 @@ void Spool::Private::tellDropped(Lock* lock)
         quint64* count;
         const char* words;
     };
+    if (!m_closing && Clock::now() < m_tellDue)
+        return;
     const Reason reasons[] = {
         {&m_droppedForRoom, "the spool is full: the oldest %1 values were dropped"},
         {&m_droppedForAge, "%1 values waited too long in the spool and were dropped"},
@@ -647,8 +652,10 @@ void Spool::Private::tellDropped(Lock* lock)
     };
     for (const Reason& reason : reasons) {
         const quint64 count = std::exchange(*reason.count, 0);
-        if (count != 0)
-            tell(lock, QString::fromLatin1(reason.words).arg(count));
+        if (count == 0)
+            continue;
+        m_tellDue = Clock::now() + tellPeriod;
+        tell(lock, QString::fromLatin1(reason.words).arg(count));
     }
 }
 

@@ -6,6 +6,7 @@
 #include <csignal>
 #include <thread>
 
+#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -116,6 +117,53 @@ TEST_F(SpoolOfAKilledProcess, MarksAsPossibleDuplicatesWhatWasHandedOutAndNothin
     ASSERT_EQ(100U, taken.size());
     for (std::size_t index = 0; index < taken.size(); ++index)
         EXPECT_EQ(index < 30, taken[index].handedOutBefore) << index;
+}
+
+// Even numbers say up to where values were handed out, odd ones up to where they are about to be acknowledged.
+TEST_F(SpoolOfAKilledProcess, HasWhatWasNotAcknowledgedAndKnowsWhatWasHandedOut)
+{
+    begin([this] {
+        std::vector<TakenSample> last;
+        for (qint64 first = 0;; first += batch) {
+            spool->append(numberedFrom(first, batch));
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            if (first % (80 * batch) != 0) // meanwhile the older ones get onto the disk
+                continue;
+            last = spool->take(80 * batch, last.empty() ? 0 : last.back().sequence);
+            say(2 * valuesOf(last).back());
+            if (last.size() > 100) {
+                say(2 * valuesOf(last)[last.size() - 100] + 1);
+                spool->acknowledge(last[last.size() - 100].sequence);
+            }
+        }
+    });
+    qint64 handedOut = -1;
+    qint64 acknowledged = -1;
+    const Clock::time_point end = Clock::now() + std::chrono::milliseconds(600);
+    const auto take = [&](qint64 said) {
+        if (said % 2 == 0)
+            handedOut = said / 2;
+        else
+            acknowledged = said / 2;
+    };
+    while (Clock::now() < end)
+        take(hear());
+    ::kill(m_child, SIGKILL);
+    fcntl(m_pipe[0], F_SETFL, O_NONBLOCK);
+    for (qint64 said = hear(); said >= 0; said = hear())
+        take(said);
+    kill9();
+
+    ASSERT_GT(acknowledged, 0);
+    ASSERT_EQ(QString(), reopen());
+    const std::vector<TakenSample> taken = spool->take(1000000);
+    ASSERT_FALSE(taken.empty());
+    const std::vector<qint64> values = valuesOf(taken);
+    EXPECT_LE(values.front(), acknowledged + 1) << "what was not acknowledged is there";
+    for (std::size_t index = 0; index < values.size(); ++index) {
+        EXPECT_EQ(values.front() + qint64(index), values[index]) << "no gap";
+        EXPECT_TRUE(taken[index].handedOutBefore || values[index] > handedOut) << values[index];
+    }
 }
 
 TEST_F(SpoolOfAKilledProcess, LetsTheNextOneHaveTheFile)
