@@ -121,13 +121,13 @@ bool ElementScan::isFunctionRefused(const ReadAnswer& refusal)
 }
 
 /// They were given in two. That may be for their number, or for an end of something in the controller that they span.
-/// As many from the middle on tell.
+/// As many from the middle on tell, where no more were ever given.
 void ElementScan::noteRefusedTogether(const Variable& elements)
 {
     if (elements.count > m_most)
         return;
     const Variable shifted = part(elements, elements.count / 2, elements.count);
-    const bool canTell = endOf(shifted) <= endOf(m_range);
+    const bool canTell = endOf(shifted) <= endOf(m_range) && elements.count > m_counts.mostAtOnce;
     if (canTell && ask(shifted).kind == ReadAnswer::Refused) {
         m_most = elements.count / 2;
         m_counts.tooMany = elements.count;

@@ -65,7 +65,7 @@ std::size_t thereAre(const std::vector<StationAnswer>& answers)
 QString absenceWords(const StationAnswer& answer)
 {
     if (answer.kind == StationAnswer::None && answer.tries > 1)
-        return answer.words + QStringLiteral(", asked %1 times").arg(answer.tries);
+        return answer.words + QStringLiteral(" (asked %1 times)").arg(answer.tries);
     return answer.words;
 }
 
@@ -213,7 +213,7 @@ QString stationsEnd(const std::vector<StationAnswer>& answers, double seconds)
     if (const std::size_t gateway = countOf(answers, StationAnswer::Gateway))
         results << QStringLiteral("a gateway did not reach %1").arg(gateway);
     if (const std::size_t silent = countOf(answers, StationAnswer::None))
-        results << QStringLiteral("%1 gave no answer in time").arg(silent);
+        results << QStringLiteral("%1 gave no answer").arg(silent);
     if (unasked > 0)
         results << QStringLiteral("%1 not asked").arg(unasked);
     QString text = absentLines(answers) + QStringLiteral("%1 in %2: %3\n")

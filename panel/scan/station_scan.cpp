@@ -18,6 +18,15 @@ namespace plc
 namespace
 {
 
+bool answeredLate(const LinkExchange& exchange)
+{
+    const int station = dialectOf(exchange.format).stationOf(exchange.sentFrame);
+    return std::any_of(
+        exchange.dropped.begin(), exchange.dropped.end(), [station](const DroppedReply& dropped) {
+            return dropped.reason == DropReason::Late && byteAt(dropped.reply, unitOffset) == station;
+        });
+}
+
 /// \return what came in place of the reply, in the words of a scan
 QString silenceWords(const LinkExchange& exchange, int timeoutMs)
 {
@@ -29,7 +38,8 @@ QString silenceWords(const LinkExchange& exchange, int timeoutMs)
     case FailureKind::OtherUnit:
         return words + QStringLiteral("; unit %1 answered in its place").arg(failure.seen);
     case FailureKind::LateReply:
-        return words + QStringLiteral("; answers of others came late: try a longer --timeout");
+        return words + QStringLiteral("; %1 later: try a longer --timeout")
+                           .arg(QLatin1String(answeredLate(exchange) ? "it answered" : "others answered"));
     default:
         return failureWords(failure);
     }

@@ -79,7 +79,7 @@ TEST_F(PlcpanelScan, TellsTheStationsThatAnswerAndTheOthersTogether)
                                       "      2 +[0-9.]+ ms  answers\n"
                                       "      3 +[0-9.]+ ms  answers\n"
                                       "1, 4: no answer within 300 ms\n"
-                                      "4 stations in [0-9.]+ s: 2 answered, 2 gave no answer in time\n"));
+                                      "4 stations in [0-9.]+ s: 2 answered, 2 gave no answer\n"));
     EXPECT_EQ(run.errors, "");
     EXPECT_EQ(run.status, 0);
 }
@@ -100,7 +100,7 @@ TEST_F(PlcpanelScan, AsksSilentStationsAgainAndSaysSo)
     startWith({});
     const RunResult run = scan("--stations 1-2 --timeout 20 --tries 3");
     EXPECT_EQ(controller->requests(), 6u);
-    EXPECT_THAT(run.out, StartsWith("1-2: no answer within 20 ms, asked 3 times\n"));
+    EXPECT_THAT(run.out, StartsWith("1-2: no answer within 20 ms (asked 3 times)\n"));
     EXPECT_EQ(run.status, 1);
 }
 
@@ -111,6 +111,17 @@ TEST_F(PlcpanelScan, TellsAnotherStationThatAnswersInItsPlace)
     start(settings);
     const RunResult run = scan("--stations 4 --timeout 300 --tries 1");
     EXPECT_THAT(run.out, MatchesRegex("4: no answer within 300 ms; unit [0-9]+ answered in its place\n.*"));
+    EXPECT_EQ(run.status, 1);
+}
+
+TEST_F(PlcpanelScan, TellsThatAStationAnsweredLater)
+{
+    simulator::Settings settings;
+    settings.delayMs = 150;
+    start(settings);
+    const RunResult run = scan("--stations 4 --timeout 100");
+    EXPECT_THAT(run.out, StartsWith("4: no answer within 100 ms; it answered later: try a longer --timeout "
+                                    "(asked 2 times)\n"));
     EXPECT_EQ(run.status, 1);
 }
 

@@ -134,6 +134,21 @@ TEST(ElementScan, TellsWhatIsGivenInTwoButNotTogether)
     EXPECT_TRUE(holds(apart, 49) && holds(apart, 50));
 }
 
+TEST(ElementScan, TakesNoNumberForTooManyOfWhichMoreWereGiven)
+{
+    int reads = 0;
+    const auto read = [&reads](const Variable& elements) { // refuses now and then
+        ++reads;
+        return elements.element >= 40 && elements.count > 1 && elements.count < 40 ? refusedWith(4)
+               : reads == 2                                                        ? refusedWith(4)
+                                                                                   : ReadAnswer();
+    };
+    const Scanned scanned(hundred, 40, read);
+    EXPECT_EQ(scanned.counts().mostAtOnce, 40);
+    EXPECT_EQ(scanned.counts().tooMany, 0);
+    EXPECT_EQ(scanned.counts().given, 100);
+}
+
 TEST(ElementScan, AsksNoFurtherWhereTheFunctionIsRefused)
 {
     const Scanned scanned(hundred, 40, [](const Variable&) { return refusedWith(1); });
