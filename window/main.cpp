@@ -4,8 +4,8 @@
 #include "runtime/host/driver_path.h"
 #include "window/desk/main_window.h"
 #include "window/desk/start_line.h"
+#include "window/desk/timed_application.h"
 
-#include <QApplication>
 #include <QSettings>
 
 #include <cstdio>
@@ -63,7 +63,7 @@ int main(int argc, char* argv[])
     }
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
-    const QApplication application(argc, argv);
+    const plc::TimedApplication application(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("plcdriver"));
     QCoreApplication::setApplicationName(QStringLiteral("plcwindow"));
     const plc::StartLine line = plc::parseStartLine(QCoreApplication::arguments());

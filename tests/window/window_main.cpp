@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Tests of the window need an application with a display; offscreen unless the environment names another.
-#include <QApplication>
+#include "window/desk/timed_application.h"
+
 #include <QStandardPaths>
 
 #include <gtest/gtest.h>
@@ -13,7 +14,7 @@ int main(int argc, char* argv[])
     QCoreApplication::setOrganizationName(QStringLiteral("plcdriver-tests"));
     QCoreApplication::setApplicationName(QStringLiteral("window_test"));
     testing::InitGoogleTest(&argc, argv);
-    const QApplication application(argc, argv);
+    const plc::TimedApplication application(argc, argv);
     QApplication::setStyle(QStringLiteral("Fusion")); // looks and measures alike on every machine
     return RUN_ALL_TESTS();
 }

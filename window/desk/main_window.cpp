@@ -6,6 +6,7 @@
 #include "window/captures/loaded_capture.h"
 #include "window/desk/simulated.h"
 #include "window/desk/start_dialog.h"
+#include "window/desk/timed_application.h"
 #include "window/frames/frame_panel.h"
 #include "window/session/live_session.h"
 #include "window/stations/station_panel.h"
@@ -329,6 +330,9 @@ void MainWindow::showReport(const SessionReport& report)
         m_link->setText(tr("NOT CONNECTED for %1, trying again (%2)")
                             .arg(ageWords(report.link.sinceMs), report.link.lastError));
     m_rate->setText(tr("%1 refreshes a second").arg(report.statistics.passesPerSecond, 0, 'f', 1));
+    if (const auto* application = qobject_cast<TimedApplication*>(qApp))
+        m_rate->setToolTip(
+            tr("The window's longest event took %1 ms").arg(application->longestEventMs(), 0, 'f', 1));
 }
 
 void MainWindow::tell(const QString& words)

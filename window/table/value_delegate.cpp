@@ -12,7 +12,7 @@ namespace plc
 namespace
 {
 
-const int margin = 8; // beside a cell's text
+const int margin = 5; // beside a cell's text
 
 /// What a cell is painted with.
 struct Cell {
