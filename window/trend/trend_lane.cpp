@@ -175,12 +175,10 @@ void TrendLane::removeCurve(QwtPlotCurve* curve)
     delete curve;
 }
 
-/// Lines with very many points are drawn without smooth edges, which nobody would see and which cost.
-void TrendLane::setLook(QwtPlotCurve* curve, const CurveLook& look)
+void TrendLane::setLook(QwtPlotCurve* curve, const CurveLook& look, bool smooth)
 {
-    const int smoothPoints = 600;
-    curve->setRenderHint(QwtPlotItem::RenderAntialiased, curve->dataSize() < smoothPoints);
-    curve->setPen(look.colour, curve->dataSize() < smoothPoints ? 1.6 : 1.0, look.style);
+    curve->setRenderHint(QwtPlotItem::RenderAntialiased, smooth);
+    curve->setPen(look.colour, smooth ? 1.6 : 1.0, look.style);
 }
 
 void TrendLane::setUnit(bool onRight, const QString& unit)

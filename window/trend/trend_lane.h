@@ -40,7 +40,8 @@ public:
     QwtPlotCurve* addCurve(const QString& title, bool onRight);
     void removeCurve(QwtPlotCurve* curve);
 
-    void setLook(QwtPlotCurve* curve, const CurveLook& look);
+    /// \param smooth with soft edges, which cost
+    void setLook(QwtPlotCurve* curve, const CurveLook& look, bool smooth);
     void setUnit(bool onRight, const QString& unit);
 
     /// The left or right axis has these limits and round ticks.

@@ -35,6 +35,8 @@ namespace
 
 const int beatsBetweenDrawings = 2;
 const int leastPixels = 100;
+const std::size_t mostSmoothPoints =
+    12000; // of all curves; more of them are drawn in no time without soft edges
 const double zoomStep = 0.8;
 const double panStep = 0.1;     // of what is shown
 const double cursorStep = 0.01; // the same
@@ -186,6 +188,7 @@ void TrendPanel::makeLegend()
     m_legend->setIconSize(QSize(28, 12));
     m_legend->header()->setStretchLastSection(false);
     m_legend->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    m_legend->header()->setMinimumSectionSize(fontMetrics().averageCharWidth() * 13);
     m_legend->header()->setSectionResizeMode(CurveColumn, QHeaderView::Stretch);
     m_legend->hide();
 }
@@ -351,6 +354,12 @@ void TrendPanel::draw()
         return;
     for (Curve& curve : m_curves)
         drawCurve(&curve);
+    std::size_t points = 0;
+    for (const Curve& curve : m_curves)
+        points += curve.plotted->dataSize();
+    for (const Curve& curve : m_curves)
+        curve.lane->setLook(curve.plotted, curveLook(curve.number, isDarkCanvas(palette())),
+                            points < mostSmoothPoints);
     drawAxes();
     for (TrendLane* lane : m_lanes) {
         lane->setTimes(m_view.fromMs(), m_view.toMs());
@@ -371,7 +380,6 @@ void TrendPanel::drawCurve(Curve* curve)
             point.setY(TrendLane::switchLevel(curve->switchPlace, point.y()));
     }
     curve->plotted->setSamples(line);
-    curve->lane->setLook(curve->plotted, curveLook(curve->number, isDarkCanvas(palette())));
 }
 
 void TrendPanel::drawAxes()
