@@ -58,10 +58,16 @@ if(PLC_BUILD_TOOLS)
     runtime_library station_runtime c_runtime python_runtime)
   plc_install_documents(tools plcdriver-tools "" docs/history.md docs/lists.md)
   plc_install_documents(tools plcdriver-tools examples examples/README.md examples/machine.csv examples/machine.memory
+    examples/machine-moving.memory
     examples/thousand.csv examples/make-list examples/make-thousand)
 endif()
 if(PLC_BUILD_TOOLS AND PLC_BUILD_GATEWAY)
   plc_install_examples(gateway plcgateway gateway)
+endif()
+
+if(PLC_BUILD_TOOLS AND TARGET plcwindow)
+  plc_install_documents(window plcwindow "" docs/window.md docs/window-light.png docs/window-dark.png
+    docs/window-frames.png docs/window-stations.png)
 endif()
 
 list(JOIN documents_lines "\n" documents_text)

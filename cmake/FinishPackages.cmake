@@ -10,7 +10,7 @@ foreach(package IN LISTS CPACK_PACKAGE_FILES)
   # architecture do, and so does the gateway.
   set(multi_arch same)
   file(READ "${work}/DEBIAN/control" control)
-  if(control MATCHES "(^|\n)Package: ([^\n]*-tools|plcgateway)\n")
+  if(control MATCHES "(^|\n)Package: ([^\n]*-tools|plcgateway|plcwindow)\n")
     set(multi_arch foreign)
   endif()
   string(STRIP "${control}" control)

@@ -68,6 +68,7 @@ if(PLC_BUILD_TOOLS)
     PROPERTIES COMPILE_DEFINITIONS
     "PANEL_INSTALLED_DRIVER=\"${libraries_from_programs}/libplcdriver.so.${PROJECT_VERSION_MAJOR}\"")
   file(GLOB manuals CONFIGURE_DEPENDS docs/man/*.1)
+  list(FILTER manuals EXCLUDE REGEX "plcwindow") # it has a package of its own
   list(FILTER manuals EXCLUDE REGEX "/plcgateway[.]1$")
   install(FILES ${manuals} DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT tools)
   # bash looks a completion up by the name of its program.
@@ -91,4 +92,12 @@ if(PLC_BUILD_TOOLS AND PLC_BUILD_GATEWAY)
   configure_file(gateway/units/plcgateway@.service.in "${PLC_GENERATED_DIR}/plcgateway@.service" @ONLY)
   install(FILES "${PLC_GENERATED_DIR}/plcgateway@.service" gateway/units/plcgateway.target
     DESTINATION lib/systemd/system COMPONENT gateway)
+
+  if(TARGET plcwindow)
+    install(TARGETS plcwindow RUNTIME COMPONENT window)
+    install(FILES docs/man/plcwindow.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT window)
+    install(FILES window/plcwindow.desktop DESTINATION "${CMAKE_INSTALL_DATADIR}/applications" COMPONENT window)
+    install(FILES window/desk/plcwindow.svg
+      DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps" COMPONENT window)
+  endif()
 endif()

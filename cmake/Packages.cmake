@@ -1,5 +1,5 @@
 # What `cpack` makes: Debian packages of the driver and of libplcruntime, of what developing with each takes, of the
-# tools, and of the gateway.
+# tools, of the gateway and of the window.
 # scripts/package builds for them, with an installation in /usr.
 include(GNUInstallDirs)
 
@@ -16,6 +16,12 @@ if(PLC_BUILD_TOOLS)
 endif()
 if(PLC_BUILD_TOOLS AND PLC_BUILD_GATEWAY)
   list(APPEND CPACK_COMPONENTS_ALL gateway)
+endif()
+
+# A window on a Qwt that no package of this architecture has is built and tested, but not packed.
+if(TARGET plcwindow AND NOT Qwt_LIBRARY MATCHES "^/usr/local/")
+  set(PLC_PACKS_WINDOW ON)
+  list(APPEND CPACK_COMPONENTS_ALL window)
 endif()
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -94,6 +100,15 @@ plcgateway reads the variables of a controller through the plcdriver library
 and publishes them, as JSON or Sparkplug B. What the broker has not taken
 waits on disk. A systemd unit runs one gateway for each controller.")
 
+set(CPACK_DEBIAN_WINDOW_PACKAGE_NAME plcwindow)
+set(CPACK_DEBIAN_WINDOW_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_WINDOW_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_WINDOW_PACKAGE_DEPENDS "${library_package} (= ${PROJECT_VERSION}), libqt5sql5-sqlite, libqt5svg5")
+set(CPACK_COMPONENT_WINDOW_DESCRIPTION "values of a controller in a window, for the plcdriver library
+plcwindow shows the memory of a controller as a table and as curves, with its
+stations, every frame on the link and captures of it, and writes values after
+a question.")
+
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON) # so that packages of runtimes find what they depend on
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 # cpack refreshes the linker's cache in scripts of its own as well; FinishPackages.cmake takes them out.
@@ -117,6 +132,9 @@ if(PLC_BUILD_TOOLS)
 endif()
 if(PLC_BUILD_TOOLS AND PLC_BUILD_GATEWAY)
   list(APPEND packages gateway:plcgateway)
+endif()
+if(PLC_PACKS_WINDOW)
+  list(APPEND packages window:plcwindow)
 endif()
 foreach(package IN LISTS packages)
   string(REGEX MATCH "^([^:]+):(.+)$" matched "${package}")

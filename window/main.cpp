@@ -14,12 +14,12 @@
 namespace
 {
 
-const int wrongCommandLine = 2;
+enum ExitStatus { Closed = 0, WrongCommandLine = 2 };
 
 int say(FILE* where, const QString& text)
 {
     std::fprintf(where, "%s", text.toLocal8Bit().constData());
-    return where == stdout ? 0 : wrongCommandLine;
+    return where == stdout ? Closed : WrongCommandLine;
 }
 
 /// \return true when a display is needed for what is asked

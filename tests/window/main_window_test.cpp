@@ -1,21 +1,33 @@
 // SPDX-License-Identifier: MIT
 #include "simulator/simulated_controller.h"
+#include "window/captures/capture_bar.h"
 #include "window/desk/main_window.h"
+#include "window/desk/start_dialog.h"
 #include "window/desk/start_line.h"
+#include "window/stations/station_panel.h"
 #include "window/table/table_model.h"
 #include "window/table/table_panel.h"
+#include "window/trend/trend_panel.h"
 
 #include "support/built_files.h"
 #include "support/controller_values.h"
 #include "window/fake_source.h"
 #include "window/until.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QComboBox>
 #include <QDialog>
+#include <QDockWidget>
+#include <QLabel>
 #include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPointer>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QTableView>
+#include <QTemporaryDir>
+#include <QTreeWidget>
 #include <QtTest>
 
 namespace
@@ -86,7 +98,7 @@ protected:
 
     simulator::SimulatedController controller;
     plc::Watched watched;
-    plc::MainWindow window;
+    plc::MainWindow window{QString::fromUtf8(builtDriver())};
 };
 
 TEST_F(MainWindowTest, ADoubleClickAsksAndThenWrites)
@@ -185,6 +197,132 @@ TEST_F(MainWindowTest, TypingFiltersTheTable)
     EXPECT_EQ(1, window.table()->view()->model()->rowCount());
 }
 
+TEST_F(MainWindowTest, ASimulatedMachineIsOfferedAndItsValuesMove)
+{
+    window.setWindowTitle(QString());
+    window.show();
+    window.ask();
+    auto* start = window.findChild<plc::StartDialog*>();
+    ASSERT_TRUE(start);
+    start->accept(); // where no controller was opened before it is what is offered
+    EXPECT_TRUE(until([this] { return value("temperature").find(" \u00b0C") != std::string::npos; }));
+    const std::string before = value("bottles today");
+    EXPECT_TRUE(until([&] { return value("bottles today") != before; }));
+}
+
+TEST_F(MainWindowTest, TheDialogSaysWhatIsWrongAndRemembersWhatWasRight)
+{
+    window.show();
+    const auto choose = [this](const char* place, const char* variables) {
+        window.ask();
+        auto* start = window.findChild<plc::StartDialog*>();
+        start->findChildren<QRadioButton*>().first()->setChecked(true);
+        start->findChild<QComboBox*>()->setCurrentText(QLatin1String(place));
+        for (QLineEdit* edit : start->findChildren<QLineEdit*>()) {
+            if (edit->placeholderText().startsWith(QLatin1String("9:100")))
+                edit->setText(QLatin1String(variables));
+        }
+        start->accept();
+        return start;
+    };
+    QPointer<plc::StartDialog> wrong = choose("127.0.0.1:99999", "9:100");
+    EXPECT_EQ(0, wrong->result());
+    QStringList words;
+    for (const QLabel* label : wrong->findChildren<QLabel*>())
+        words << label->text();
+    EXPECT_TRUE(words.join(QLatin1Char(' ')).contains(QLatin1String("a port from 1 to 65535")));
+    wrong->reject();
+    ASSERT_TRUE(until([&wrong] { return wrong.isNull(); }));
+    const QString right = QStringLiteral("127.0.0.1:%1").arg(controller.port());
+    choose(right.toLatin1().constData(), "9:100");
+    EXPECT_TRUE(until([this] { return value("9:100") == "100"; }));
+    ASSERT_TRUE(until([this] { return !window.findChild<plc::StartDialog*>(); }));
+    window.ask();
+    EXPECT_EQ(right, window.findChild<plc::StartDialog*>()->findChild<QComboBox*>()->currentText());
+}
+
+TEST_F(MainWindowTest, KeepsTheLayoutAndTheCurves)
+{
+    open();
+    window.trend()->add({QStringLiteral("speed")});
+    window.findChild<QDockWidget*>(QStringLiteral("stations"))->hide();
+    window.close();
+    plc::MainWindow next;
+    next.open(watched);
+    next.show();
+    EXPECT_TRUE(next.findChild<QDockWidget*>(QStringLiteral("stations"))->isHidden());
+    EXPECT_TRUE(until([&next] { return next.trend()->curves() == 1; }));
+}
+
+TEST_F(MainWindowTest, ACaptureTakesThePlaceOfTheController)
+{
+    const QTemporaryDir folder;
+    watched.captureTo = folder.filePath(QStringLiteral("report.jsonl"));
+    open();
+    window.openCapture(watched.captureTo);
+    EXPECT_TRUE(until([this] { return window.source() && !window.source()->isLive(); }));
+    EXPECT_TRUE(until([this] { return value("speed") == "10.0 m/min"; })) << value("speed");
+    EXPECT_TRUE(window.captureBar()->isVisible());
+    doubleClick("speed");
+    EXPECT_FALSE(dialog()) << "nothing can be written";
+    window.open(watched);
+    EXPECT_TRUE(until([this] { return window.source() && window.source()->isLive(); }));
+    EXPECT_FALSE(window.captureBar()->isVisible());
+}
+
+TEST_F(MainWindowTest, AStationIsSwitchedOffAndOn)
+{
+    open();
+    Q_EMIT window.stations()->switched(1, false);
+    EXPECT_TRUE(until([this] {
+        return cell("speed", TableModel::State).data().toString() == QLatin1String("switched off");
+    }));
+    EXPECT_EQ("10.0 m/min", value("speed"));
+    Q_EMIT window.stations()->switched(1, true);
+    EXPECT_TRUE(until(
+        [this] { return cell("speed", TableModel::State).data().toString() == QLatin1String("fresh"); }));
+}
+
+TEST_F(MainWindowTest, EveryPartThatKeysReachHasANameForScreenReaders)
+{
+    open();
+    int parts = 0;
+    for (QWidget* part : window.findChildren<QWidget*>()) {
+        const bool isPart = qobject_cast<QLineEdit*>(part) || qobject_cast<QComboBox*>(part) ||
+                            qobject_cast<QTableView*>(part) || qobject_cast<QTreeWidget*>(part) ||
+                            qobject_cast<QAbstractSlider*>(part) || qobject_cast<QPlainTextEdit*>(part) ||
+                            qobject_cast<QAbstractButton*>(part);
+        if (!isPart || (part->focusPolicy() & Qt::TabFocus) == 0)
+            continue;
+        QAccessibleInterface* const words = QAccessible::queryAccessibleInterface(part);
+        ASSERT_TRUE(words);
+        EXPECT_NE("", words->text(QAccessible::Name).toStdString()) << part->metaObject()->className();
+        ++parts;
+    }
+    EXPECT_GT(parts, 15);
+}
+
+TEST(Appearance, ChangesAllColoursAtOnce)
+{
+    plc::setAppearance(plc::Appearance::Dark);
+    EXPECT_TRUE(plc::isDark(QApplication::palette()));
+    plc::setAppearance(plc::Appearance::Light);
+    EXPECT_FALSE(plc::isDark(QApplication::palette()));
+}
+
+TEST(StateLook, ColoursStandOutFromTheirBackground)
+{
+    for (const plc::Appearance appearance : {plc::Appearance::Light, plc::Appearance::Dark}) {
+        plc::setAppearance(appearance);
+        const QPalette palette = QApplication::palette();
+        const double ground = palette.color(QPalette::Base).lightnessF();
+        for (const plc::Look look : {plc::Look::Fresh, plc::Look::Waiting, plc::Look::Stale,
+                                     plc::Look::Outside, plc::Look::Off, plc::Look::Failed})
+            EXPECT_GT(std::abs(plc::lookColour(look, palette).lightnessF() - ground), 0.35)
+                << lookWord(look).toStdString();
+    }
+}
+
 TEST(StartLine, TakesTheOptionsOfWatch)
 {
     const plc::StartLine line =
@@ -209,7 +347,7 @@ TEST(StartLine, RefusesWhatIsNotForAWindow)
         plc::parseStartLine({QStringLiteral("plcwindow"), QStringLiteral("9:100"), QStringLiteral("--json"),
                              QStringLiteral("--controller"), QStringLiteral("127.0.0.1")});
     EXPECT_EQ(plc::StartLine::Refuse, line.wish);
-    EXPECT_EQ("--json is for plcpanel watch; the window shows it itself", line.text.toStdString());
+    EXPECT_EQ("--json is for plcpanel watch, not for the window", line.text.toStdString());
 }
 
 } // namespace

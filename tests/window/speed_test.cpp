@@ -109,7 +109,8 @@ TEST(Speed, NoEventTakesLongWithTenThousandVariablesAtTenRefreshesASecond)
         << application()->longestEvent().toStdString();
     RecordProperty("longest_event_us", static_cast<int>(application()->longestEventMs() * 1000));
     std::printf("%.1f refreshes a second, longest of %ld events: %.1f ms (%s)\n", refreshes,
-                application()->events(), application()->longestEventMs(), qPrintable(application()->longestEvent()));
+                application()->events(), application()->longestEventMs(),
+                qPrintable(application()->longestEvent()));
 }
 
 /// What a beat brings of a source with so many variables.
