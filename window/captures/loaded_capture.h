@@ -28,8 +28,8 @@ struct LoadedCapture {
     QString error;                            ///< what is wrong with the file; empty: nothing
 };
 
-/// Takes as long as it takes: for a thread of its own, while there is no Runtime. Keeps no more changes than fit into
-/// some hundred MB, and says so.
+/// Takes as long as it takes: for a thread of its own, while there is no Runtime. Keeps no more changes than
+/// fit into some hundred MB, and says so.
 /// \param wanted its driver, and the variables to be shown; without any those that the capture asks for
 /// \param stop   set by another thread: it ends early
 LoadedCapture loadCapture(const QString& path, const Watched& wanted, const std::atomic<bool>& stop);

@@ -190,7 +190,7 @@ void MainWindow::present(Source* source, const QString& title)
     m_trend->add(QSettings().value(QStringLiteral("trend/variables")).toStringList());
 }
 
-/// There is one driver in a process: what uses it has to be over before the next begins, and nobody waits for that.
+/// There is one driver in a process: what uses it has to be over before the next begins. Nobody waits for it.
 void MainWindow::whenEnded(const std::function<void()>& next)
 {
     if (m_stopLoading)

@@ -9,8 +9,8 @@
 namespace plc
 {
 
-/// What an event waits for counts, what other programs take of the processor meanwhile does not (where the system tells
-/// it). An event that lets a dialog run its course is not counted.
+/// What an event waits for counts, what other programs take of the processor meanwhile does not (where the
+/// system tells it). An event that lets a dialog run its course is not counted.
 class TimedApplication : public QApplication
 {
     Q_OBJECT

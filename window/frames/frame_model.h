@@ -21,7 +21,7 @@ struct FrameFilter {
     bool troubleOnly = false;
 };
 
-/// The last so many are kept. Words are made when a row is looked at, so that frames that nobody sees cost little.
+/// The last so many are kept. Words are made when a row is looked at: frames that nobody sees cost little.
 class FrameModel : public QAbstractTableModel
 {
     Q_OBJECT

@@ -16,8 +16,8 @@ int numbersOf(const ListedVariable& variable);
 
 /// \param elements one per element of the variable, as CyclicValue::values
 /// \param index    below numbersOf()
-/// \return the number that is shown, with all its digits; not finite where there is none. It costs no text, so that
-///         thousands of values may be looked at many times a second.
+/// \return the number that is shown, with all its digits; not finite where there is none. It costs no text:
+///         thousands of values may be looked at many times a second
 double listedNumber(const ListedVariable& variable, const std::vector<quint32>& elements, int index = 0);
 
 /// \return true when one of the numbers lies outside the limits, as isOutside() has it

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// \brief What the communication thread puts in and the window takes out, so that neither waits for the other.
+/// \brief What the communication thread puts in and the window takes out: neither waits for the other.
 #ifndef WINDOW_SESSION_MAILBOX_H
 #define WINDOW_SESSION_MAILBOX_H
 
@@ -13,8 +13,8 @@ namespace plc
 
 struct ExchangeRecord;
 
-/// Any thread. What nobody takes does not pile up: of each variable the last state is kept, of samples and frames so
-/// many.
+/// Any thread. What nobody takes does not pile up: of each variable the last state is kept, of samples and
+/// frames so many.
 class Mailbox
 {
 public:

@@ -50,8 +50,8 @@ void TableFilter::sort(int column, Qt::SortOrder order)
     resort();
 }
 
-/// Without a column rows stay in the list's order, below those with trouble. The model behind sorts by column 0, that
-/// is by lessThan().
+/// Without a column rows stay in the list's order, below those with trouble. The base sorts by lessThan(),
+/// whatever column it is told.
 void TableFilter::resort()
 {
     const bool sorts = m_troubleFirst || m_column >= 0;

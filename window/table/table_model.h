@@ -40,7 +40,7 @@ public:
     /// \return true when other rows have trouble than before
     bool apply(const Snapshot& news);
 
-    /// A write of a row has begun. Until it is confirmed, and read again, the row shows what was there before.
+    /// A write of a row has begun. The row shows what was there before, until it is confirmed and read again.
     /// \param text what it is to be, for people
     void setWriting(int row, quint64 number, const QString& text);
 

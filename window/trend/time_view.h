@@ -48,7 +48,9 @@ public:
         m_toMs = std::min(m_toMs + byMs, m_nowMs);
     }
 
-    /// \param factor below 1 shows less; \a aroundMs stays where it is. A view that follows goes on following.
+    /// A view that follows goes on following.
+    /// \param factor   below 1 shows less
+    /// \param aroundMs stays where it is
     void zoom(double factor, qint64 aroundMs)
     {
         const qint64 before = m_spanMs;

@@ -19,8 +19,8 @@ struct CurveSteps {
     std::vector<TrendStep> steps;
 };
 
-/// Writes "time,name,unit,min,max", a line for each step in the range, curve by curve: values one by one have one number
-/// twice, pieces of time their lowest and highest; where there was no fresh value both are empty.
+/// Writes "time,name,unit,min,max", a line for each step in the range, curve by curve: values one by one have
+/// one number twice, pieces of time their lowest and highest; where there was no fresh value both are empty.
 /// \return false when it could not be written
 bool writeTrendCsv(QIODevice* file, const std::vector<CurveSteps>& curves, qint64 fromMs, qint64 toMs);
 

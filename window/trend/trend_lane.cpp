@@ -84,7 +84,7 @@ private:
     const QStringList m_names;
 };
 
-/// Times of day. None stands so near an end that it would need room beside the canvas, which other plots do not have.
+/// Times of day. None stands so near an end that it needs room beside the canvas, which other plots have not.
 class TimeScale : public QwtDateScaleDraw
 {
 public:

@@ -73,8 +73,8 @@ public:
     /// \return since when something is known; nothing where nothing is
     std::optional<qint64> oldestMs() const;
 
-    /// \return the steps of a range, by time: each value one where they are still there, else pieces of time. The first
-    ///         one may begin before the range: its last value holds into it
+    /// \return the steps of a range, by time: each value one where they are still there, else pieces of time.
+    ///         The first one may begin before the range: its last value holds into it
     std::vector<TrendStep> steps(qint64 fromMs, qint64 toMs) const;
 
 private:
@@ -90,8 +90,8 @@ private:
     std::vector<Ring<TrendStep>> m_steps; // of stepsMs
 };
 
-/// \return \a steps as a line with one point in each of \a pixels columns and its highest and lowest value; points that
-///         are not finite interrupt it. The last value holds until \a toMs.
+/// \return \a steps as a line with one point in each of \a pixels columns and its highest and lowest value;
+///         points that are not finite interrupt it. The last value holds until \a toMs.
 QVector<QPointF> lineOf(const std::vector<TrendStep>& steps, qint64 fromMs, qint64 toMs, int pixels);
 
 /// \return the smallest and the largest value; nothing where there is none

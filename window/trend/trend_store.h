@@ -27,8 +27,8 @@ struct CurveKey {
     }
 };
 
-/// All variables of a small list are recorded from the beginning, so that a curve begins with what was before it was
-/// asked for; of a large one those that were asked for.
+/// All variables of a small list are recorded from the beginning, so that a curve begins with what was before
+/// it was asked for; of a large one those that were asked for.
 class TrendStore
 {
 public:
