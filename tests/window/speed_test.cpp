@@ -24,16 +24,20 @@ extern "C" std::size_t __sanitizer_get_current_allocated_bytes() __attribute__((
 namespace
 {
 
+bool isSanitized()
+{
+    return __sanitizer_get_current_allocated_bytes != nullptr;
+}
+
 // Sanitizers make everything several times slower.
 double longestAllowedMs()
 {
-    return __sanitizer_get_current_allocated_bytes != nullptr ? 400 : 50;
+    return isSanitized() ? 1000 : 50;
 }
 
 std::size_t allocatedBytes()
 {
-    return __sanitizer_get_current_allocated_bytes != nullptr ? __sanitizer_get_current_allocated_bytes()
-                                                              : mallinfo2().uordblks;
+    return isSanitized() ? __sanitizer_get_current_allocated_bytes() : mallinfo2().uordblks;
 }
 
 plc::TimedApplication* application()
@@ -103,8 +107,8 @@ TEST(Speed, NoEventTakesLongWithTenThousandVariablesAtTenRefreshesASecond)
     }
     const double refreshes = static_cast<double>(controller.requests() - requests) / 80 * 1000 /
                              static_cast<double>(clock.elapsed()); // of 125 words each
-    EXPECT_GT(refreshes, 4) << "a second; a busy machine may not reach ten";
-    EXPECT_GT(changes, 10);
+    EXPECT_GT(refreshes, isSanitized() ? 0.1 : 1) << "a second; a busy machine may not reach ten";
+    EXPECT_GT(changes, isSanitized() ? 1 : 10);
     EXPECT_LT(application()->longestEventMs(), longestAllowedMs())
         << application()->longestEvent().toStdString();
     RecordProperty("longest_event_us", static_cast<int>(application()->longestEventMs() * 1000));
@@ -192,7 +196,7 @@ TEST(Speed, DrawingAnHourCostsAsDrawingAMinute)
         press(&trend, QStringLiteral("Zoom out"));
     const double hour = costOfDrawing();
     EXPECT_GT(trend.line(0).size(), 1000);
-    EXPECT_LT(hour, 3 * minute + 3) << "ms, a minute costs " << minute;
+    EXPECT_LT(hour, 3 * minute + 10) << "ms, a minute costs " << minute;
     std::printf("a minute: %.2f ms, an hour: %.2f ms\n", minute, hour);
 }
 

@@ -23,6 +23,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include <qwt_plot_curve.h>
 #include <qwt_scale_map.h>
@@ -141,7 +142,10 @@ TrendPanel::TrendPanel(QWidget* parent)
             });
 }
 
-TrendPanel::~TrendPanel() = default;
+TrendPanel::~TrendPanel()
+{
+    clear();
+}
 
 QAction* TrendPanel::action(const QString& text, const QKeySequence& keys)
 {
@@ -284,8 +288,8 @@ void TrendPanel::clear()
 {
     m_curves.clear();
     m_axes.clear();
-    qDeleteAll(m_lanes);
-    m_lanes.clear();
+    const auto lanes = std::exchange(m_lanes, {}); // in going they tell of the mouse, for which there is no lane
+    qDeleteAll(lanes);
     m_legend->clear();
     m_cursor.reset();
     m_looks = 0;
