@@ -70,6 +70,7 @@ bool CountReply() PLC_REQUIRES(PLC_driver.listMutex, PLC_driver.communicationTur
 {
     COMINFO& info = *PLC_driver.comInfo;
     PLC_driver.lastFailed = 0;
+    PLC_driver.spareFrame.swap(PLC_driver.protocolList.first().frame);
     PLC_driver.protocolList.removeFirst();
     info.framesReceived = OneMore(info.framesReceived);
     return info.framesReceived >= info.framesExpected;

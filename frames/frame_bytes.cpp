@@ -19,9 +19,12 @@ void PadTo(QByteArray& bytes, int size)
         bytes.append(QByteArray(size - bytes.size(), '\0'));
 }
 
-QByteArray BeginFrame(int station, FunctionCode function, int modbusAddress, int bytesAfterAddress)
+QByteArray BeginFrame(QByteArray room, int station, FunctionCode function, int modbusAddress,
+                      int bytesAfterAddress)
 {
-    QByteArray frame(FRAME_VALUE_OFFSET + bytesAfterAddress, Qt::Uninitialized);
+    QByteArray frame;
+    frame.swap(room);
+    frame.resize(FRAME_VALUE_OFFSET + bytesAfterAddress);
     char* bytes = frame.data();
     Set16(bytes, 0); // requests are never numbered
     Set16(bytes + PROTOCOL_OFFSET, 0);

@@ -53,6 +53,8 @@ void PadTo(QByteArray& bytes, int size);
 
 /// A frame as far as its Modbus address: transaction and protocol number 0, the length field, the low byte of
 /// \a station, function code and address. The \a bytesAfterAddress that follow are there, for the caller to set.
-QByteArray BeginFrame(int station, FunctionCode function, int modbusAddress, int bytesAfterAddress);
+/// \param room any bytes, which are overwritten
+QByteArray BeginFrame(QByteArray room, int station, FunctionCode function, int modbusAddress,
+                      int bytesAfterAddress);
 
 #endif

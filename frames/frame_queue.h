@@ -20,6 +20,15 @@ inline ReplyShape UnlessBroadcast(int station, ReplyShape shape)
     return station == 0 ? none : shape;
 }
 
+/// \return the bytes of the last frame that was answered, once: a frame that is built in their place takes no allocation,
+///         unless the runtime still holds them
+inline QByteArray TakeSpareFrame() PLC_REQUIRES(PLC_driver.communicationTurn)
+{
+    QByteArray spare;
+    spare.swap(PLC_driver.spareFrame);
+    return spare;
+}
+
 /// Appends a frame for \a request to protocolList.
 /// \return the frame's own copy of the request
 RW_VAR& QueueFrame(const RW_VAR& request, QByteArray frame, ReplyShape reply)

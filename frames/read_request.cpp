@@ -49,7 +49,7 @@ void ReadAnalog(RW_VAR* request)
     if (!area || area->read == FC_NONE)
         return;
     const ReadFrame read = ReadFrameOf(*area, request->address & 0xFFFF, request->count & 0xFFFF);
-    QByteArray frame = BeginFrame(request->station, area->read, read.modbusAddress, 2);
+    QByteArray frame = BeginFrame(TakeSpareFrame(), request->station, area->read, read.modbusAddress, 2);
     Set16(frame.data() + FRAME_VALUE_OFFSET, read.quantity);
     const ReplyShape reply = {REPLY_DATA_OFFSET + read.dataBytes, REPLY_DATA_OFFSET, read.dataBytes};
     QueueFrame(*request, std::move(frame), UnlessBroadcast(request->station, reply));

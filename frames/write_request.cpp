@@ -25,25 +25,27 @@ void SetRegister(char* bytes, const QByteArray& data, int i)
     bytes[1] = data.at(2 * i);
 }
 
-QByteArray CoilFrame(const RW_VAR& request, int modbusAddress)
+QByteArray CoilFrame(const RW_VAR& request, int modbusAddress) PLC_REQUIRES(PLC_driver.communicationTurn)
 {
     const bool on = ByteAt(request.data, 0) == 1;
-    QByteArray frame = BeginFrame(request.station, FC_WRITE_SINGLE_COIL, modbusAddress, 2);
+    QByteArray frame = BeginFrame(TakeSpareFrame(), request.station, FC_WRITE_SINGLE_COIL, modbusAddress, 2);
     Set16(frame.data() + FRAME_VALUE_OFFSET, on ? 0xFF00 : 0x0000);
     return frame;
 }
 
-QByteArray RegisterFrame(const RW_VAR& request, int modbusAddress)
+QByteArray RegisterFrame(const RW_VAR& request, int modbusAddress) PLC_REQUIRES(PLC_driver.communicationTurn)
 {
-    QByteArray frame = BeginFrame(request.station, FC_WRITE_SINGLE_REGISTER, modbusAddress, 2);
+    QByteArray frame =
+        BeginFrame(TakeSpareFrame(), request.station, FC_WRITE_SINGLE_REGISTER, modbusAddress, 2);
     SetRegister(frame.data() + FRAME_VALUE_OFFSET, request.data, 0);
     return frame;
 }
 
 QByteArray RegistersFrame(const RW_VAR& request, int modbusAddress, int registers)
+    PLC_REQUIRES(PLC_driver.communicationTurn)
 {
-    QByteArray frame =
-        BeginFrame(request.station, FC_WRITE_MULTIPLE_REGISTERS, modbusAddress, 3 + 2 * registers);
+    QByteArray frame = BeginFrame(TakeSpareFrame(), request.station, FC_WRITE_MULTIPLE_REGISTERS,
+                                  modbusAddress, 3 + 2 * registers);
     char* bytes = frame.data();
     Set16(bytes + FRAME_VALUE_OFFSET, registers);
     bytes[BYTE_COUNT_OFFSET] = static_cast<char>((2 * registers) & 0xFF); // wraps above 127, on purpose
@@ -54,7 +56,7 @@ QByteArray RegistersFrame(const RW_VAR& request, int modbusAddress, int register
 
 // Pads the value of the request to what its frame carries, and builds the frame. Empty for a bit inside a
 // word, which takes two frames.
-QByteArray WriteFrame(const Area& area, RW_VAR& request)
+QByteArray WriteFrame(const Area& area, RW_VAR& request) PLC_REQUIRES(PLC_driver.communicationTurn)
 {
     const int element = request.address & 0xFFFF;
     const int count = request.count & 0xFFFF;
@@ -113,9 +115,9 @@ void WriteBool_WordOfBit(RW_VAR* request)
     const int word = (request->address / 16) & 0xFFFF;
 
     // Both are built before one is queued: the read never goes out without its write.
-    QByteArray readFrame = BeginFrame(request->station, FC_READ_HOLDING_REGISTERS, word, 2);
+    QByteArray readFrame = BeginFrame(TakeSpareFrame(), request->station, FC_READ_HOLDING_REGISTERS, word, 2);
     Set16(readFrame.data() + FRAME_VALUE_OFFSET, 1);
-    QByteArray writeFrame = BeginFrame(request->station, FC_WRITE_SINGLE_REGISTER, word, 2);
+    QByteArray writeFrame = BeginFrame(TakeSpareFrame(), request->station, FC_WRITE_SINGLE_REGISTER, word, 2);
     Set16(writeFrame.data() + FRAME_VALUE_OFFSET, 0);
 
     const ReplyShape oneRegister = {REPLY_DATA_OFFSET + 2, REPLY_DATA_OFFSET, 2};

@@ -65,6 +65,39 @@ TEST_F(ReplyHandling, AlwaysReturnsTheSameRecord)
     EXPECT_EQ(&PLC_driver.retVar, DataCom(&none, 13));
 }
 
+// Bytes of frames.
+
+TEST_F(ReplyHandling, AFrameThatTheRuntimeStillHoldsStaysAsItIs)
+{
+    queueReadOf(1, 5);
+    queueReadOf(1, 6);
+    const QByteArray held = ComCommunication()->frame;
+    goodReply();
+
+    EXPECT_EQ("00 00 00 00 00 06 01 03 00 06 00 01", poll());
+    EXPECT_EQ("00 00 00 00 00 06 01 03 00 05 00 01", toHex(held));
+}
+
+TEST_F(ReplyHandling, AFrameIsBuiltInThePlaceOfTheOneThatWasAnswered)
+{
+    queueReadOf(1, 5);
+    queueReadOf(1, 6);
+    const char* const place = ComCommunication()->frame.constData();
+    goodReply();
+
+    EXPECT_EQ(place, ComCommunication()->frame.constData());
+}
+
+TEST_F(ReplyHandling, AWriteOfABitBeginsWithTheValueZeroWhateverWasSentBefore)
+{
+    queueWrite(Write(9, 5, 1, "34 12"));
+    cycle();
+    queueWrite(Write(8, 16 * 5 + 3, 1, "01"));
+    poll();
+
+    EXPECT_EQ("00 00 00 00 00 06 01 06 00 05 00 00", toHex(PLC_driver.protocolList.at(1).frame));
+}
+
 // Judging a local reply.
 
 TEST_F(ReplyHandling, AReplyOfTheExpectedLengthIsFiledAndFinishesTheRequest)
