@@ -42,7 +42,7 @@ void Link::setTap(const std::shared_ptr<LinkTap>& tap)
 
 LinkExchange Link::exchange(const QByteArray& frame, bool replyExpected, int replySize)
 {
-    const LinkExchange exchange = tryToExchange(frame, replyExpected, replySize);
+    LinkExchange exchange = tryToExchange(frame, replyExpected, replySize);
     if (!exchange.sent && m_tap && !m_connection.isStopping()) {
         const LinkEnd target = m_connection.target();
         m_tap->notSent(frame, noConnectionWords(target.address, target.port, state().lastError));
@@ -62,11 +62,11 @@ LinkExchange Link::tryToExchange(const QByteArray& frame, bool replyExpected, in
             return exchange;
         begin = m_time.now(); // the round trip begins here
     }
-    const QByteArray outgoing = m_matcher->prepare(frame, replySize);
+    QByteArray outgoing = m_matcher->prepare(frame, replySize);
     if (!m_connection.send(outgoing, m_timeoutMs))
         return exchange;
     exchange.sent = true;
-    exchange.sentFrame = outgoing;
+    exchange.sentFrame = std::move(outgoing);
     if (replyExpected)
         receive(begin, &exchange);
     if (exchange.reply.isEmpty())
@@ -79,9 +79,8 @@ LinkExchange Link::tryToExchange(const QByteArray& frame, bool replyExpected, in
 void Link::noteReply(Clock::time_point begin, LinkExchange* exchange)
 {
     exchange->repliedAt = m_repliedAt = m_time.now();
-    exchange->replyMicroseconds =
-        std::chrono::duration_cast<std::chrono::microseconds>(exchange->repliedAt - begin).count();
-    exchange->durationMs += exchange->replyMicroseconds / microsecondsOfMs;
+    exchange->replyMicroseconds = microsecondsIn(exchange->repliedAt - begin);
+    exchange->durationMs += wholeUnits(exchange->replyMicroseconds, microsecondsOfMs);
 }
 
 /// What a connection that has answered often brings in so short a time after a reply, a look would miss as well; and it
@@ -184,7 +183,7 @@ void Link::takeReplies(LinkExchange* exchange)
     for (QByteArray reply = m_assembler.next(); !reply.isEmpty(); reply = m_assembler.next()) {
         DropReason reason = DropReason::Late;
         if (m_matcher->accept(&reply, &reason))
-            exchange->reply = reply;
+            exchange->reply = std::move(reply);
         else
             noteDropped(exchange, reply, reason);
         if (exchange->dropped.size() == mostDropped)

@@ -94,19 +94,22 @@ bool LinkConnection::send(const QByteArray& frame, int timeoutMs)
 
 QByteArray LinkConnection::receive(int timeoutMs)
 {
-    return tapped(m_transport->receive(timeoutMs));
+    QByteArray bytes = m_transport->receive(timeoutMs);
+    tap(bytes);
+    return bytes;
 }
 
 QByteArray LinkConnection::look()
 {
-    return tapped(m_transport->look());
+    QByteArray bytes = m_transport->look();
+    tap(bytes);
+    return bytes;
 }
 
-QByteArray LinkConnection::tapped(const QByteArray& bytes)
+void LinkConnection::tap(const QByteArray& bytes)
 {
     if (m_tap && !bytes.isEmpty())
         m_tap->received(bytes);
-    return bytes;
 }
 
 void LinkConnection::drop(const QString& why)

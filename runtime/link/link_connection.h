@@ -79,7 +79,7 @@ private:
     bool tryToConnect();
     bool pauseUntilNextAttempt(Clock::time_point begin, int timeoutMs);
     void noteConnected();
-    QByteArray tapped(const QByteArray& bytes);
+    void tap(const QByteArray& bytes);
 
     const std::unique_ptr<Transport> m_transport;
     TimeSource& m_time;

@@ -3,6 +3,8 @@
 
 #include "runtime/modbus/frame_fields.h"
 
+#include <algorithm>
+
 namespace plc
 {
 
@@ -12,20 +14,28 @@ const int highestNumber = 0xFFFF;
 const int noNumber = 0;
 } // namespace
 
-QByteArray ModbusMatcher::prepare(const QByteArray& frame, int replySize)
+QByteArray ModbusMatcher::prepare(const QByteArray& frame, int)
 {
+    // The last request's bytes are used again where nobody holds them any more.
+    m_request.resize(frame.size());
+    std::copy(frame.begin(), frame.end(), m_request.data());
     // A device that does not echo the number answers with 0, which must not look like a match.
-    QByteArray numbered(frame.constData(), frame.size());
-    if (numbered.size() >= headerToLength)
-        putWord(&numbered, numberOffset, m_number == highestNumber ? 1 : m_number + 1);
-    expect(numbered, replySize);
-    return numbered;
+    if (frame.size() >= headerToLength)
+        putWord(&m_request, numberOffset, m_number == highestNumber ? 1 : m_number + 1);
+    await();
+    return m_request;
 }
 
 void ModbusMatcher::expect(const QByteArray& sentFrame, int)
 {
     m_request = sentFrame;
-    m_number = wordAt(sentFrame, numberOffset);
+    await();
+}
+
+void ModbusMatcher::await()
+{
+    m_isAnswered = m_request.isEmpty();
+    m_number = wordAt(m_request, numberOffset);
     if (m_answered == m_number) // numbers come again
         m_answered = noNumber;
 }
@@ -37,7 +47,7 @@ bool ModbusMatcher::accept(QByteArray* reply, DropReason* reason)
         return false;
     }
     m_answered = m_number;
-    m_request.clear();
+    m_isAnswered = true;
     putWord(reply, numberOffset, noNumber);
     return true;
 }
@@ -48,7 +58,7 @@ bool ModbusMatcher::fits(const QByteArray& reply, DropReason* reason) const
     const int function = byteAt(reply, functionOffset) & ~exceptionFlag;
     if (number == m_answered && number != noNumber)
         *reason = DropReason::Doubled;
-    else if (number != m_number || m_request.isEmpty())
+    else if (number != m_number || m_isAnswered)
         *reason = DropReason::Late;
     else if (byteAt(reply, unitOffset) != byteAt(m_request, unitOffset))
         *reason = DropReason::WrongUnit;

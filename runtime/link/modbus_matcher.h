@@ -33,9 +33,11 @@ public:
     bool isMixed(const QByteArray& reply, bool isFollowed) const override;
 
 private:
+    void await();
     bool fits(const QByteArray& reply, DropReason* reason) const;
 
-    QByteArray m_request; // empty once it was answered
+    QByteArray m_request;
+    bool m_isAnswered = true;
     int m_number = 0;
     int m_answered = 0;
     OwedReplies m_owed;

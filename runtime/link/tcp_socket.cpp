@@ -22,6 +22,8 @@ namespace
 
 using asio::ip::tcp;
 
+using Error = std::optional<std::error_code>; // an error code without an error is a call, too
+
 const int nobody = -1; // no descriptor
 const int msOfSecond = 1000;
 
@@ -161,7 +163,8 @@ struct TcpSocket::Connection {
     Connection& operator=(const Connection&) = delete;
 
     /// Waits for room, which is there unless the other side does not read.
-    std::error_code send(const QByteArray& bytes, int timeoutMs)
+    /// \return nothing when all of \a bytes are on their way
+    Error send(const QByteArray& bytes, int timeoutMs)
     {
         sendLimit.set(timeoutMs);
         ssize_t sent = 0;
@@ -169,12 +172,12 @@ struct TcpSocket::Connection {
             sent = ::send(socket, bytes.constData(), static_cast<std::size_t>(bytes.size()), MSG_NOSIGNAL);
         while (sent < 0 && errno == EINTR);
         if (sent == bytes.size())
-            return std::error_code();
+            return std::nullopt;
         return sent >= 0 || isTimeOut(errno) ? std::error_code(asio::error::timed_out) : lastError();
     }
 
     /// \return bytes received; 0 when there are none yet, or when \a error is set
-    std::size_t receive(char* bytes, std::size_t most, int timeoutMs, std::error_code* error)
+    std::size_t receive(char* bytes, std::size_t most, int timeoutMs, Error* error)
     {
         if (timeoutMs > 0)
             receiveLimit.set(timeoutMs);
@@ -182,7 +185,7 @@ struct TcpSocket::Connection {
         if (came > 0)
             return static_cast<std::size_t>(came);
         if (came == 0)
-            *error = asio::error::eof;
+            *error = std::error_code(asio::error::eof);
         else if (!isTimeOut(errno) && errno != EINTR)
             *error = lastError();
         return 0;
@@ -263,8 +266,8 @@ bool TcpSocket::send(const QByteArray& bytes, int timeoutMs)
 {
     if (!m_connection)
         return false;
-    const std::error_code error = m_connection->send(bytes, timeoutMs);
-    return !error || failWith(error);
+    const Error error = m_connection->send(bytes, timeoutMs);
+    return !error || failWith(*error);
 }
 
 QByteArray TcpSocket::receive(int timeoutMs)
@@ -283,10 +286,10 @@ QByteArray TcpSocket::receiveWithin(int timeoutMs)
     if (!m_connection)
         return QByteArray();
     std::array<char, mostBytesAtOnce> bytes;
-    std::error_code error;
+    Error error;
     const std::size_t came = m_connection->receive(bytes.data(), bytes.size(), timeoutMs, &error);
     if (error)
-        failWith(error);
+        failWith(*error);
     return QByteArray(bytes.data(), static_cast<int>(came));
 }
 

@@ -29,6 +29,20 @@ TEST(ModbusMatcher, NumbersEachFrameAndLeavesTheRestAsItIs)
     EXPECT_EQ(matcher.prepare(readRegister), fromHex("0002 0000 0006 01 03 0005 0001"));
 }
 
+TEST(ModbusMatcher, LeavesAFrameAloneThatIsStillHeld)
+{
+    ModbusMatcher matcher;
+    const QByteArray first = matcher.prepare(readRegister);
+    matcher.prepare(fromHex("0000 0000 0006 01 01 0000 0008"));
+    EXPECT_EQ(first, fromHex("0001 0000 0006 01 03 0005 0001"));
+}
+
+TEST(ModbusMatcher, MatchesNothingBeforeTheFirstRequest)
+{
+    ModbusMatcher matcher;
+    EXPECT_NE(dropped(matcher, fromHex("0000 0000 0005 00 00 02 1234")), QString());
+}
+
 TEST(ModbusMatcher, NeverUsesNumberZero)
 {
     ModbusMatcher matcher;
