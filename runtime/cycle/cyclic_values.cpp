@@ -92,6 +92,11 @@ void CyclicValues::Part::set(const Failure& why)
     failure = Failure(why);
 }
 
+std::optional<Clock::time_point> CyclicValues::Part::readAt() const
+{
+    return block != nullptr ? std::max(read, block->read) : read;
+}
+
 std::vector<Variable> CyclicValues::variables() const
 {
     std::vector<Variable> variables;
@@ -202,21 +207,44 @@ int CyclicValues::elementsOf(const std::vector<Part*>& parts, int begin)
     return elements;
 }
 
-const CyclicValues::Block& CyclicValues::blockOf(const RW_VAR& request)
+/// The driver's list goes round, so that a block is nearly always followed by the one that followed it before.
+CyclicValues::Block& CyclicValues::blockOf(const RW_VAR& request)
 {
     const BlockKey key = std::make_tuple(request.address, request.count, request.area, request.station);
-    const auto known = m_blocks.find(key);
-    if (known != m_blocks.end())
-        return known->second;
-    Block& block = m_blocks[key];
-    block.parts = partsIn(request);
-    block.unused = elementsRead(request.area, request.count) - elementsOf(block.parts, request.address);
-    return block;
+    KnownBlock* block = m_latest != nullptr ? m_latest->second.next : nullptr;
+    if (block == nullptr || block->first != key)
+        block = knownBlock(request, key);
+    if (m_latest != nullptr)
+        m_latest->second.next = block;
+    m_latest = block;
+    return block->second;
 }
 
+CyclicValues::KnownBlock* CyclicValues::knownBlock(const RW_VAR& request, const BlockKey& key)
+{
+    const auto inserted = m_blocks.insert({key, Block()});
+    KnownBlock* const known = &*inserted.first;
+    if (!inserted.second)
+        return known;
+    Block& block = known->second;
+    block.parts = partsIn(request);
+    block.unused = elementsRead(request.area, request.count) - elementsOf(block.parts, request.address);
+    for (Part* part : block.parts) {
+        if (part->block != nullptr)
+            block.sharesParts = part->block->sharesParts = true;
+        part->block = &block;
+    }
+    return known;
+}
+
+/// As nearly always all parts were good before, and nobody watches: then the block notes the time for all of them.
 int CyclicValues::answered(const RW_VAR& request, Clock::time_point repliedAt)
 {
-    const Block& block = blockOf(request);
+    Block& block = blockOf(request);
+    block.read = repliedAt;
+    if (block.setbacks == m_setbacks && !m_watched && !block.sharesParts)
+        return block.unused;
+    block.setbacks = m_setbacks;
     for (Part* part : block.parts) {
         part->read = repliedAt;
         part->doubtful = false;
@@ -230,6 +258,7 @@ int CyclicValues::answered(const RW_VAR& request, Clock::time_point repliedAt)
 int CyclicValues::givenUp(const RW_VAR& request, const Failure& why)
 {
     const Block& block = blockOf(request);
+    ++m_setbacks;
     for (Part* part : block.parts) {
         part->set(why);
         touchAt(part->variable);
@@ -239,6 +268,7 @@ int CyclicValues::givenUp(const RW_VAR& request, const Failure& why)
 
 void CyclicValues::lost(int station, const Failure& why)
 {
+    ++m_setbacks;
     for (Part& part : m_parts) {
         if (part.piece.asked.station != station)
             continue;
@@ -249,6 +279,7 @@ void CyclicValues::lost(int station, const Failure& why)
 
 void CyclicValues::doubt(const Variable& elements)
 {
+    ++m_setbacks;
     for (Part& part : m_parts)
         part.doubtful = part.doubtful || overlaps(part.piece.shown, elements);
 }
@@ -310,11 +341,12 @@ void CyclicValues::freeze(const DriverCalls& calls)
 
 ValueState CyclicValues::stateOf(const Part& part) const
 {
-    if (!part.read)
+    const std::optional<Clock::time_point> read = part.readAt();
+    if (!read)
         return ValueState::NeverRead;
     if (hasFailed(part.failure))
         return ValueState::Failed;
-    if (msSince(*part.read) > m_settings.staleAfterMs)
+    if (msSince(*read) > m_settings.staleAfterMs)
         return ValueState::Stale;
     return part.doubtful ? ValueState::Unconfirmed : ValueState::Fresh;
 }
@@ -333,8 +365,8 @@ void CyclicValues::judge(const Entry& entry, CyclicValue* value) const
     value->state = stateOf(entry);
     for (const std::size_t index : entry.parts) {
         const Part& part = m_parts[index];
-        if (part.read)
-            value->ageMs = std::max(value->ageMs, msSince(*part.read));
+        if (const std::optional<Clock::time_point> read = part.readAt())
+            value->ageMs = std::max(value->ageMs, msSince(*read));
         if (hasFailed(part.failure))
             value->failure = part.failure;
     }

@@ -95,14 +95,17 @@ public:
     int wholeBits(const Variable& asked) const;
 
 private:
+    struct Block;
     struct Part {
         ReadPiece piece;
         std::size_t variable = 0;              // which one it belongs to
         std::optional<Clock::time_point> read; // when the last good reply came
         bool doubtful = false;                 // a write to it failed since
         Failure failure;                       // of the last attempt
+        Block* block = nullptr;                // notes for it, too, when it was read
 
         void set(const Failure& why);
+        std::optional<Clock::time_point> readAt() const;
     };
     struct Entry {
         Variable variable;
@@ -112,18 +115,25 @@ private:
         bool touched = false;
     };
 
-    struct Block {
-        std::vector<Part*> parts; // what it reads whole, by their first elements
-        int unused = 0;           // elements that it reads for none of them
-    };
     using BlockKey = std::tuple<int, int, int, int>; // first element, number of elements, area and station
+    struct Block;
+    using KnownBlock = std::pair<const BlockKey, Block>;
+    struct Block {
+        std::vector<Part*> parts;              // what it reads whole, by their first elements
+        int unused = 0;                        // elements that it reads for none of them
+        bool sharesParts = false;              // with another block, which notes when they were read
+        std::optional<Clock::time_point> read; // when the last good reply came
+        unsigned long setbacks = 0;            // m_setbacks when all of its parts were good
+        KnownBlock* next = nullptr;            // that followed it the last time
+    };
 
     std::vector<Variable> variables() const;
     RefreshPlan plan() const;
     void makeParts(const RefreshPlan& plan);
     std::vector<Part*> partsIn(const RW_VAR& request);
     static int elementsOf(const std::vector<Part*>& parts, int begin);
-    const Block& blockOf(const RW_VAR& request);
+    Block& blockOf(const RW_VAR& request);
+    KnownBlock* knownBlock(const RW_VAR& request, const BlockKey& key);
     ValueState stateOf(const Part& part) const;
     void judge(const Entry& entry, CyclicValue* value) const;
     ValueState stateOf(const Entry& entry) const;
@@ -137,6 +147,8 @@ private:
     std::vector<int> m_touched;
     std::vector<Part> m_parts;          // by station, area and first element of what is asked
     std::map<BlockKey, Block> m_blocks; // as the driver made them, each looked up once
+    KnownBlock* m_latest = nullptr;     // of m_blocks: what blockOf() gave last
+    unsigned long m_setbacks = 1;       // how often parts failed or became doubtful
 };
 
 } // namespace plc

@@ -81,10 +81,8 @@ void OnceReads::queue(int key, const Request& request)
         settle(m_ledger.queued({key, asked}, listSize()), Failure());
 }
 
-void OnceReads::polled()
+void OnceReads::settlePolled()
 {
-    if (m_ledger.size() == 0) // as nearly always, and then nothing can have ended
-        return;
     settle(m_ledger.polled(listSize()), Failure());
 }
 

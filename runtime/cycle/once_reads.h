@@ -36,11 +36,19 @@ public:
     /// \param done told of the outcome; may be empty
     Pending<ReadOutcome> add(const Variable& variable, const ReadDone& done = ReadDone());
 
+    /// \return true when requests wait for room in the driver
+    bool hasBacklog() const { return !m_backlog.empty(); }
+
     /// Hands the driver a few requests at a time. Reads of a station in \a stationsOff fail instead.
     /// What is for a station in \a stationsHeld waits, and whatever came behind it.
     void feed(const std::set<int>& stationsOff, const std::set<int>& stationsHeld);
 
-    void polled(); ///< after ComCommunication()
+    /// After ComCommunication().
+    void polled()
+    {
+        if (!m_ledger.isEmpty()) // as it nearly always is, and then nothing can have ended
+            settlePolled();
+    }
 
     /// The driver's callback for a request: 1 answered, 2 given up. Only notes it down.
     void note(int key, int status);
@@ -86,6 +94,7 @@ private:
         ReadPiece piece;
     };
 
+    void settlePolled();
     int listSize() const;
     RW_VAR record(int key, const Variable& asked, int elements) const;
     void queue(int key, const Request& request);

@@ -36,6 +36,7 @@ public:
 
     explicit RequestLedger(bool multiStation) : m_multiStation(multiStation) {}
 
+    bool isEmpty() const { return m_entries.empty(); }
     int size() const { return static_cast<int>(m_entries.size()); }
 
     /// \return true when the list has a request of \a station

@@ -154,8 +154,8 @@ private:
     bool isWaited() const { return m_writes.waiting() + m_reads.waiting() > 0; }
     void waitForWork(int milliseconds);
     void waitUnlessStopped(int milliseconds);
-    void exchange(Turn turn);
-    int judge(const Turn& turn, const LinkExchange& exchange, LaterCalls::Calls* calls);
+    void exchange(Turn& turn);
+    int judge(const Turn& turn, const LinkExchange& exchange, int exception, LaterCalls::Calls* calls);
     void answered(const Turn& turn, Clock::time_point repliedAt);
     void givenUp(const Turn& turn, const Failure& why);
     void lost(int station, const Failure& why);
@@ -171,7 +171,7 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_workCame;
     bool m_hasWork = false;
-    bool m_passIsOver = false;  // and the next one has not begun
+    bool m_passIsOver = false;  // and the next one has not begun; the communication thread's own
     bool m_passWasIdle = false; // nothing went out in it
     Clock::time_point m_passBegan = Clock::now();
     Clock::time_point m_passDue = Clock::now(); // the next one may begin then
@@ -389,7 +389,7 @@ void Runtime::Private::communicate()
         waitForPass();
         Turn turn = takeTurn();
         if (turn.frameIsDue && !CyclicValues::isPacing(turn.request)) {
-            exchange(std::move(turn));
+            exchange(turn);
             continue;
         }
         if (turn.frameIsDue)
@@ -431,13 +431,17 @@ void Runtime::Private::collectChanges()
 
 void Runtime::Private::feed()
 {
-    m_writes.feed(m_stations.off(), m_stations.held());
-    m_reads.feed(m_stations.off(), m_stations.held());
+    if (m_writes.hasBacklog())
+        m_writes.feed(m_stations.off(), m_stations.held());
+    if (m_reads.hasBacklog())
+        m_reads.feed(m_stations.off(), m_stations.held());
 }
 
 /// Serves a station again when the driver has thrown away what was there before it was switched off.
 void Runtime::Private::endHolding()
 {
+    if (m_stations.held().empty()) // as nearly always
+        return;
     const std::set<int> held = m_stations.held();
     for (const int station : held) {
         if (!m_writes.driverHas(station) && !m_reads.driverHas(station))
@@ -480,7 +484,7 @@ void Runtime::Private::waitForPass()
 {
     const int longestMs = 3600000; // of a wait that somebody ends
     wentRound();
-    while (!mayGoOn(m_valueObserver ? idleMs : longestMs)) {
+    while (m_passIsOver && !mayGoOn(m_valueObserver ? idleMs : longestMs)) {
         tell();
         wentRound();
     }
@@ -490,8 +494,6 @@ void Runtime::Private::waitForPass()
 bool Runtime::Private::mayGoOn(int milliseconds)
 {
     std::unique_lock<std::mutex> lock(m_mutex);
-    if (!m_passIsOver)
-        return true;
     const auto hasCome = [this] { return m_hasWork || m_stopping; };
     if (m_passWasIdle && isWaited()) // for what the driver did not hand out
         m_workCame.wait_for(lock, std::chrono::milliseconds(retryPollMs), hasCome);
@@ -522,14 +524,16 @@ void Runtime::Private::waitUnlessStopped(int milliseconds)
     m_workCame.wait_for(lock, std::chrono::milliseconds(milliseconds), [this] { return m_stopping.load(); });
 }
 
-void Runtime::Private::exchange(Turn turn)
+/// \param turn taken apart by it
+void Runtime::Private::exchange(Turn& turn)
 {
     LinkExchange exchange = m_link.exchange(turn.frame, turn.replyExpected, turn.replySize);
     if (m_stopping)
         return;
     LaterCalls::Calls calls;
-    const int result = judge(turn, exchange, &calls);
-    const int pauseMs = m_pause.after(exceptionIn(exchange));
+    const int exception = exceptionIn(exchange);
+    const int result = judge(turn, exchange, exception, &calls);
+    const int pauseMs = m_pause.after(exception);
     const int durationMs = static_cast<int>(exchange.durationMs);
     if (m_observer)
         m_observer({durationMs, std::move(turn.frame), std::move(exchange), std::move(turn.request),
@@ -538,15 +542,17 @@ void Runtime::Private::exchange(Turn turn)
     waitUnlessStopped(pauseMs);
 }
 
+/// \param exception that \a exchange brought
 /// \param calls what it brought, to those who want to be told
-int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange, LaterCalls::Calls* calls)
+int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange, int exception,
+                            LaterCalls::Calls* calls)
 {
     QByteArray reply = exchange.reply;
     // With nothing to judge the driver would take a broadcast that never went out for done.
     if (faultIn(exchange) != FailureKind::None || (!turn.replyExpected && !exchange.sent))
         reply = replyOfWrongLength();
     std::lock_guard<std::mutex> lock(m_mutex);
-    if (exceptionIn(exchange) == Acknowledge)
+    if (exception == Acknowledge)
         m_driver->tryNoMore();
     const int code = m_calls.DataCom(&reply, reply.size())->result;
     if (code != PLC_RETRYING)

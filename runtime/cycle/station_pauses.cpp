@@ -20,9 +20,10 @@ void StationPauses::tried(int number, TryEnd end)
     if (end != TryEnd::Answered)
         return;
     ++station.answers;
-    forget(number);
+    station.beginAnew();
     station.lost = false;
-    station.failure = Failure();
+    if (hasFailed(station.failure))
+        station.failure = Failure();
 }
 
 bool StationPauses::givenUp(int number, const Failure& why, qint64 now)
@@ -63,11 +64,15 @@ bool StationPauses::end(int number)
 void StationPauses::forget(int number)
 {
     const auto station = m_stations.find(number);
-    if (station == m_stations.end())
-        return;
-    station->second.pausing = false;
-    station->second.unanswered = 0;
-    station->second.nextPauseMs = 0;
+    if (station != m_stations.end())
+        station->second.beginAnew();
+}
+
+void StationPauses::Station::beginAnew()
+{
+    pausing = false;
+    unanswered = 0;
+    nextPauseMs = 0;
 }
 
 bool StationPauses::isPausing(int number) const

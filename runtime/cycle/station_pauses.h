@@ -68,6 +68,8 @@ private:
         long answers = 0;
         long failures = 0;
         Failure failure; // when lost
+
+        void beginAnew(); // as forget() has it
     };
 
     StationReport reportOf(int number, const Station& station, qint64 now) const;

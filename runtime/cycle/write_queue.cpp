@@ -68,10 +68,8 @@ bool WriteQueue::queue(int key, const Request& request)
     return true;
 }
 
-void WriteQueue::polled()
+void WriteQueue::settlePolled()
 {
-    if (m_ledger.size() == 0) // as nearly always, and then nothing can have ended
-        return;
     settle(m_ledger.polled(listSize()), Failure());
 }
 

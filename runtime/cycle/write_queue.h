@@ -37,11 +37,19 @@ public:
     Pending<WriteOutcome> add(const Variable& variable, const std::vector<quint32>& values,
                               const WriteDone& done = WriteDone());
 
+    /// \return true when requests wait for room in the driver
+    bool hasBacklog() const { return !m_backlog.empty(); }
+
     /// Hands the driver what it has room for. Writes to a station in \a stationsOff fail instead.
     /// What is for a station in \a stationsHeld waits, and whatever came behind it.
     void feed(const std::set<int>& stationsOff, const std::set<int>& stationsHeld);
 
-    void polled(); ///< after ComCommunication()
+    /// After ComCommunication().
+    void polled()
+    {
+        if (!m_ledger.isEmpty()) // as it nearly always is, and then nothing can have ended
+            settlePolled();
+    }
 
     /// After DataCom() took a reply to a write as good.
     void answered();
@@ -83,6 +91,7 @@ private:
         std::vector<quint32> values;
     };
 
+    void settlePolled();
     int listSize() const;
     bool queue(int key, const Request& request);
     void settle(const RequestLedger::Ended& ended, const Failure& given);
