@@ -11,8 +11,11 @@ import collections
 import json
 import math
 import pathlib
+import re
+import shutil
 import subprocess
 import sys
+import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
@@ -166,6 +169,58 @@ def parts_rows(build):
         yield Row(f"refreshes per second, replies take 5 ms, {parts}, to one", shared, one, float(ratio), ">= 3.8")
 
 
+class Controller:
+    """A simulated controller in a process of its own, as long as the block lasts; gives its port."""
+
+    def __init__(self, program):
+        self.program = program
+
+    def __enter__(self):
+        self.process = subprocess.Popen([str(self.program), "--quiet", "--port", "0"], stdout=subprocess.PIPE, text=True)
+        return self.process.stdout.readline().strip().rpartition(":")[2]
+
+    def __exit__(self, *_):
+        self.process.terminate()
+        self.process.communicate()
+
+
+def counted(command, how):
+    """Returns what a program prints, and the instructions that it ran outside the system; None where nobody counts."""
+    with tempfile.NamedTemporaryFile(mode="r", suffix=".counts") as counts:
+        if how == "perf":
+            text = run(["perf", "stat", "-x", ",", "-e", "instructions:u", "-o", counts.name, *command])
+            found = re.search(r"^(\d+),", counts.read(), re.MULTILINE)
+        else:
+            text = run(["valgrind", "--quiet", "--tool=callgrind", f"--callgrind-out-file={counts.name}", *command])
+            found = re.search(r"^(?:summary|totals): (\d+)", counts.read(), re.MULTILINE)
+    return text, int(found[1]) if found else None
+
+
+def counter():
+    """Returns who counts instructions here: the processor, asked by perf, where it is allowed; else callgrind."""
+    if shutil.which("perf") and counted(["true"], "perf")[1] is not None:
+        return "perf"
+    return "callgrind" if shutil.which("valgrind") else None
+
+
+def instruction_notes(build):
+    how = counter()
+    if how is None:
+        return ["instructions per request: not counted, for there is neither perf with counters nor valgrind"]
+    say(f"instruction_bench (counted by {how})")
+    few, many = 20, 120
+    costs = {}
+    with Controller(build / "plcsim") as port:
+        for part in ("panel", "driver", "link"):
+            command = [build / "bench" / "instruction_bench", part]
+            _, before = counted([*command, few, port], how)
+            text, after = counted([*command, many, port], how)
+            costs[part] = (after - before) / (many - few) / int(text)
+    rest = costs["panel"] - costs["driver"] - costs["link"]
+    return [f"instructions per request outside the system, by {how}: {costs['panel']:.0f}, of these the driver "
+            f"{costs['driver']:.0f}, the link {costs['link']:.0f}, the panel's bookkeeping {rest:.0f}"]
+
+
 def is_met(row):
     operator, value = row.goal.split()
     ratio, value = row.ratio, float(value)
@@ -197,6 +252,7 @@ def main():
     loopback, notes = whole_way(options.build, 3 * options.rounds)  # with fewer, luck decides the last hundredth
     loopback += server_rows(options.build, options.rounds)
     loopback += parts_rows(options.build)
+    notes += instruction_notes(options.build)
     print_table(rows + loopback)
     print("\nOver loopback, examples/thousand.csv:")
     print("\n".join("  " + note for note in notes))
