@@ -24,6 +24,7 @@ inline qint64 wholeUnits(qint64 time, quint32 unit)
     return isShort ? static_cast<quint32>(time) / unit : time / unit;
 }
 
+/// \return whole microseconds
 inline qint64 microsecondsIn(std::chrono::nanoseconds time)
 {
     return wholeUnits(time.count(), 1000);
