@@ -102,19 +102,19 @@ def rate(build, form, seconds):
     try:
         gateway = plant.gateway("g", form, 0)
         time.sleep(2)
-        before, used, begin = published(plant), processor_seconds(gateway.pid), time.monotonic()
+        before, used, begin = asked(plant)["published"], processor_seconds(gateway.pid), time.monotonic()
         time.sleep(seconds)
-        after, used_after, end = published(plant), processor_seconds(gateway.pid), time.monotonic()
+        after, used_after, end = asked(plant)["published"], processor_seconds(gateway.pid), time.monotonic()
         values = after - before
         return values / (end - begin), (used_after - used) / values * 1e6
     finally:
         plant.end()
 
 
-def published(plant):
+def asked(plant):
     text = subprocess.run([str(plant.build / "plcgateway"), "--status", str(plant.folder / "g") + "/", "--json"],
                           capture_output=True, check=True).stdout
-    return json.loads(text)["published"]
+    return json.loads(text)
 
 
 def reference(build, messages):
@@ -163,6 +163,19 @@ def latency(build, poll_ms, rounds):
         plant.end()
 
 
+def spool(build, seconds):
+    """Values that wait, and bytes on disk for each, without a broker."""
+    plant = Plant(build, 1)
+    try:
+        plant.broker_port = free_port()
+        plant.gateway("g", "json", 100)
+        time.sleep(seconds)
+        status = asked(plant)
+        return status["waiting"], status["spoolBytes"] / status["waiting"]
+    finally:
+        plant.end()
+
+
 def memory(build, instances):
     """Megabytes of one gateway alone, and of all together."""
     plant = Plant(build, 1000)
@@ -199,6 +212,8 @@ def main():
     for poll_ms in (100, 10):
         median, greatest = latency(options.build, poll_ms, 300)
         print(f"| change to subscriber, --poll {poll_ms} | median {median:.1f} ms | 99th percentile {greatest:.1f} ms | |")
+    waiting, each = spool(options.build, options.seconds)
+    print(f"| spool, {waiting} values without a broker | {each:.1f} bytes each on disk | | |")
     alone, together = memory(options.build, options.instances)
     print(f"| memory (PSS) of one, 1,000 variables | {alone:.1f} MB | | |")
     print(f"| memory (PSS) of {options.instances} | {together:.0f} MB | {together / options.instances:.1f} MB each | |")

@@ -62,6 +62,7 @@ if(PLC_BUILD_TOOLS)
     examples/thousand.csv examples/make-list examples/make-thousand)
 endif()
 if(PLC_BUILD_TOOLS AND PLC_BUILD_GATEWAY)
+  plc_install_documents(gateway plcgateway "" docs/gateway.md docs/gateway.svg)
   plc_install_examples(gateway plcgateway gateway)
 endif()
 

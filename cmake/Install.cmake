@@ -82,6 +82,8 @@ endif()
 
 if(PLC_BUILD_TOOLS AND PLC_BUILD_GATEWAY)
   install(TARGETS plcgateway RUNTIME COMPONENT gateway)
+  install(FILES gateway/completion/plcgateway.bash RENAME plcgateway
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT gateway)
   install(FILES docs/man/plcgateway.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT gateway)
   # A 64-bit systemd lets its services make no system calls of 32-bit programs unless they say so.
   set(PLC_GATEWAY_PROGRAM "${CMAKE_INSTALL_FULL_BINDIR}/plcgateway")

@@ -71,6 +71,7 @@ void JsonPublisher::subscribed(int token, bool granted)
 void JsonPublisher::disconnected()
 {
     m_broker = nullptr;
+    passAcknowledged();
     m_underWay.clear();
     m_backlog->rewind();
     for (const auto& result : m_resultsUnderWay)
@@ -86,11 +87,16 @@ void JsonPublisher::acknowledged(int token)
     if (found == m_underWay.end())
         return;
     found->isAcknowledged = true;
-    quint64 done = 0;
     for (; !m_underWay.empty() && m_underWay.front().isAcknowledged; m_underWay.pop_front())
-        done = m_underWay.front().sequence;
-    if (done != 0)
-        m_backlog->acknowledge(done);
+        m_done = m_underWay.front().sequence;
+}
+
+/// Of many acknowledgements at once the last one says all.
+void JsonPublisher::passAcknowledged()
+{
+    if (m_done != 0)
+        m_backlog->acknowledge(m_done);
+    m_done = 0;
 }
 
 void JsonPublisher::work(const GatewayFigures& figures)
@@ -101,6 +107,7 @@ void JsonPublisher::work(const GatewayFigures& figures)
         m_results.pop_front();
     if (!m_broker)
         return;
+    passAcknowledged();
     publishState(figures);
     publishResults();
     publishSamples();

@@ -44,6 +44,7 @@ private:
 
     void publishState(const GatewayFigures& figures);
     void publishSamples();
+    void passAcknowledged();
     void publishResults();
     BrokerMessage resultOf(const WriteReport& report) const;
 
@@ -55,6 +56,7 @@ private:
 
     Broker* m_broker = nullptr; // null: there is no connection
     std::deque<UnderWay> m_underWay;
+    quint64 m_done = 0; // sequence number of the last one that the broker has, to be passed on; 0: none
     std::deque<WriteReport> m_results;                      // to be told
     std::unordered_map<int, WriteReport> m_resultsUnderWay; // by token
     bool m_isStateDue = false;
