@@ -16,7 +16,7 @@ namespace
 {
 
 const int variables = 1000;
-const int mostUnderWay = 1000; // as the gateway
+const int mostUnderWay = 200; // as the gateway
 
 struct Progress {
     bool isConnected = false;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "gateway/broker/mosquitto_broker.h"
 
+#include "gateway/journal/journal.h"
+
 #include <QFile>
 
 #include <atomic>
@@ -25,6 +27,7 @@ namespace
 const int verifyPeer = 1;             // SSL_VERIFY_PEER
 const int mostUnacknowledged = 65535; // whoever publishes has a limit of its own
 const int mostPacketsAtOnce = 100;
+const int firstFailure = 0x80; // of the broker's codes
 
 /// libmosquitto's own state is one per process.
 void initializeOnce()
@@ -100,6 +103,7 @@ private:
 
     static Connection* of(void* object) { return static_cast<Connection*>(object); }
     void onConnect(int code);
+    void onPublish(int token, int code);
     void onMessage(const mosquitto_message* message);
     void onSubscribe(int token, int count, const int* granted);
 
@@ -111,6 +115,7 @@ private:
     State m_state = State::Connecting;
     bool m_isUp = false; // the broker took the connection, and the events know
     bool m_isLeaving = false;
+    bool m_isRefusalTold = false;
     QString m_error;
     QString m_tlsError;
 
@@ -129,10 +134,9 @@ void MosquittoBroker::Connection::setCallbacks()
     mosquitto_message_callback_set(
         m_mosquitto,
         [](mosquitto*, void* object, const mosquitto_message* message) { of(object)->onMessage(message); });
-    mosquitto_publish_callback_set(m_mosquitto, [](mosquitto*, void* object, int token) {
-        if (of(object)->m_events)
-            of(object)->m_events->acknowledged(token);
-    });
+    mosquitto_publish_v5_callback_set(m_mosquitto,
+                                      [](mosquitto*, void* object, int token, int code,
+                                         const mosquitto_property*) { of(object)->onPublish(token, code); });
     mosquitto_subscribe_callback_set(m_mosquitto,
                                      [](mosquitto*, void* object, int token, int count, const int* granted) {
                                          of(object)->onSubscribe(token, count, granted);
@@ -252,6 +256,17 @@ void MosquittoBroker::Connection::onConnect(int code)
         m_events->connected(m_broker);
 }
 
+/// What the broker refuses it would refuse again: it is told, and done with.
+void MosquittoBroker::Connection::onPublish(int token, int code)
+{
+    if (code >= firstFailure && !m_isRefusalTold)
+        tell(Weight::Error, QStringLiteral("the broker refuses messages of this client: %1; they are lost")
+                                .arg(QString::fromUtf8(mosquitto_reason_string(code))));
+    m_isRefusalTold = m_isRefusalTold || code >= firstFailure;
+    if (m_events)
+        m_events->acknowledged(token);
+}
+
 void MosquittoBroker::Connection::onMessage(const mosquitto_message* message)
 {
     BrokerMessage received;
@@ -265,7 +280,6 @@ void MosquittoBroker::Connection::onMessage(const mosquitto_message* message)
 
 void MosquittoBroker::Connection::onSubscribe(int token, int count, const int* granted)
 {
-    const int firstFailure = 0x80;
     bool isGranted = true;
     for (int filter = 0; filter < count; ++filter)
         isGranted = isGranted && granted[filter] < firstFailure;

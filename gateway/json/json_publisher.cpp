@@ -16,7 +16,8 @@ namespace plc
 namespace
 {
 
-const std::size_t mostUnderWay = 1000; // so many messages wait for their acknowledgement at most
+// So many messages wait for their acknowledgement at most; with each one the library goes through all of them.
+const std::size_t mostUnderWay = 200;
 const std::size_t mostResults = 10000; // that wait for a connection; then the oldest go
 
 QByteArray compact(const QJsonObject& object)

@@ -26,7 +26,7 @@ namespace
 
 const int lookPeriodMs = 100;
 const int figuresPeriodMs = 50; // gathering them costs more than publishing a value
-const int goodbyeMs = 2000; // for the broker to take it
+const int goodbyeMs = 2000;     // for the broker to take it
 const int farewellStepMs = 20;
 
 QStringList namesOf(const std::vector<ListedVariable>& variables)
@@ -279,6 +279,8 @@ void Service::leave()
 
 void runGateway(const GatewayOptions& options)
 {
+    if (!options.broker.password.isEmpty() && options.broker.caFile.isEmpty())
+        tell(Weight::Warning, QStringLiteral("the password goes to the broker unencrypted; --ca encrypts"));
     Service(options).run();
 }
 

@@ -149,12 +149,26 @@ TEST_F(SecuredBroker, TakesUserAndPassword)
         writeLogin("anna\nsecret\n");
         GatewayRun gateway(to(other, login() + mqtt));
         EXPECT_TRUE(gateway.says("connected to the broker")) << version;
+        EXPECT_TRUE(gateway.says("the password goes to the broker unencrypted"));
         EXPECT_EQ(gateway.endBy(SIGTERM), 0);
         writeLogin("anna\nwrong\n");
         GatewayRun wrong(to(other, login() + mqtt));
         EXPECT_TRUE(wrong.says("the broker refuses the connection")) << version;
         EXPECT_EQ(wrong.messages().find("secret"), std::string::npos);
     }
+}
+
+TEST_F(SecuredBroker, IsToldOfWhenItRefusesMessages)
+{
+    QFile access(path("access"));
+    ASSERT_TRUE(access.open(QIODevice::WriteOnly));
+    access.write("topic readwrite other/#\n");
+    access.close();
+    BrokerRun other("listener PORT 127.0.0.1\nallow_anonymous true\nacl_file " +
+                    access.fileName().toLocal8Bit() + '\n');
+    other.start();
+    GatewayRun gateway(to(other, {QStringLiteral("--mqtt"), QStringLiteral("5")}));
+    EXPECT_TRUE(gateway.says("the broker refuses messages of this client: Not authorized"));
 }
 
 TEST_F(SecuredBroker, OfWrongOptionsNoneIsAsked)

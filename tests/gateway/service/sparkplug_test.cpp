@@ -306,6 +306,25 @@ TEST_F(SparkplugGateway, TellsTheDeathOfADeviceAndItsReturn)
     EXPECT_EQ(ofType(packets, "DBIRTH").back().metric("count")["Quality"], "192");
 }
 
+TEST_F(SparkplugGateway, HasADeviceForEachStation)
+{
+    useList("name,area,address,type,station\none,9,100,uint16,1\ntwo,9,100,uint16,2\n");
+    SubscriberRun subscriber(broker, QStringLiteral("spBv1.0/#"));
+    GatewayRun gateway(sparkplug({QStringLiteral("--multi-station"), QStringLiteral("--timeout"),
+                                  QStringLiteral("50"), QStringLiteral("--retries"), QStringLiteral("0")}));
+    ASSERT_TRUE(subscriber.hears(topic("spBv1.0/g/DBIRTH/n/station1")));
+    ASSERT_TRUE(subscriber.hears(topic("spBv1.0/g/DBIRTH/n/station2")));
+    controller.setSilent(2, true);
+    ASSERT_TRUE(subscriber.hears(topic("spBv1.0/g/DDEATH/n/station2")));
+    setRegister(100, 7);
+    ASSERT_TRUE(sends("1", "int_value", "7")); // the other one goes on
+    EXPECT_EQ(ofType(sent(), "DDATA").back().device, "station1");
+    controller.setSilent(2, false);
+    ASSERT_TRUE(test::eventually([&] { return ofType(sent(), "DBIRTH").size() >= 3; }));
+    EXPECT_EQ(ofType(sent(), "DBIRTH").back().metric("two")["alias"], "2");
+    expectSequence(sent());
+}
+
 TEST_F(SparkplugGateway, HasNullWhereThereIsNoValue)
 {
     useList("name,area,address,type\ncount,9,100,uint16\nbcd,9,300,bcd16\n");
