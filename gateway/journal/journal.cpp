@@ -4,6 +4,7 @@
 #include "runtime/model/printable.h"
 
 #include <QByteArray>
+#include <QStringList>
 
 #include <unistd.h>
 
