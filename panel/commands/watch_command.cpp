@@ -151,8 +151,9 @@ Options onlyPart(const Options& all)
 {
     if (all.part.parts == 1)
         return all;
-    std::vector<Variable> variables;
     const std::vector<WatchRow> rows = emptyRows(all.variables, all.listed);
+    std::vector<Variable> variables;
+    variables.reserve(rows.size());
     for (const WatchRow& row : rows)
         variables.push_back(row.variable);
     Options options = all;

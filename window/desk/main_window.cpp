@@ -26,6 +26,7 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <QSettings>
+#include <QSlider>
 #include <QStatusBar>
 #include <QThreadPool>
 

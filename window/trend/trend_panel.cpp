@@ -5,6 +5,7 @@
 #include "window/trend/trend_lane.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QComboBox>
 #include <QDateTime>
 #include <QDragEnterEvent>
