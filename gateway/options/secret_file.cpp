@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "gateway/options/secret_file.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <cerrno>
 #include <cstring>
@@ -18,14 +20,22 @@ namespace
 
 const int longestLoginBytes = 64 * 1024; // as long as MQTT allows
 
-QString refusalOf(int descriptor)
+/// What systemd hands over lies in a folder that only the service's user gets at. It may give that user the files by
+/// an access list, which shows as a right of their group.
+bool isHandedOver(const QString& path)
+{
+    const QString folder = QFile::decodeName(qgetenv("CREDENTIALS_DIRECTORY"));
+    return !folder.isEmpty() && QFileInfo(path).absolutePath() == QDir(folder).absolutePath();
+}
+
+QString refusalOf(int descriptor, mode_t forbidden)
 {
     struct stat status = {};
     if (fstat(descriptor, &status) != 0)
         return QString::fromLocal8Bit(std::strerror(errno));
     if (!S_ISREG(status.st_mode))
         return QStringLiteral("is no file");
-    if ((status.st_mode & (S_IRWXG | S_IRWXO)) != 0)
+    if ((status.st_mode & forbidden) != 0)
         return QStringLiteral("others than its owner can get at it (mode %1); chmod 600 puts that right")
             .arg(status.st_mode & 0777, 4, 8, QLatin1Char('0'));
     return QString();
@@ -38,7 +48,8 @@ QString secretFileRefusal(const QString& path)
     const int descriptor = open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0)
         return QStringLiteral("cannot be read: %1").arg(QString::fromLocal8Bit(std::strerror(errno)));
-    const QString words = refusalOf(descriptor);
+    const mode_t ofOthers = S_IRWXG | S_IRWXO;
+    const QString words = refusalOf(descriptor, isHandedOver(path) ? ofOthers & ~mode_t(S_IRGRP) : ofOthers);
     close(descriptor);
     return words;
 }

@@ -10,7 +10,8 @@ namespace plc
 {
 
 /// \return why the file is not to be used: it cannot be read, or others than its owner can read it; an empty
-///         text when nothing is against it
+///         text when nothing is against it. In the folder of CREDENTIALS_DIRECTORY, which systemd makes, the group may
+///         read it.
 QString secretFileRefusal(const QString& path);
 
 struct Login {
