@@ -27,6 +27,7 @@ namespace
 const int verifyPeer = 1;             // SSL_VERIFY_PEER
 const int mostUnacknowledged = 65535; // whoever publishes has a limit of its own
 const int mostPacketsAtOnce = 100;
+const int longestPayload = 64 * 1024;
 const int firstFailure = 0x80; // of the broker's codes
 
 /// libmosquitto's own state is one per process.
@@ -269,6 +270,10 @@ void MosquittoBroker::Connection::onPublish(int token, int code)
 
 void MosquittoBroker::Connection::onMessage(const mosquitto_message* message)
 {
+    if (message->payloadlen > longestPayload)
+        return tell(Weight::Warning, QStringLiteral("a message of %1 bytes is not looked at; %2 are allowed")
+                                         .arg(message->payloadlen)
+                                         .arg(longestPayload));
     BrokerMessage received;
     received.topic = message->topic;
     received.payload = QByteArray(static_cast<const char*>(message->payload), message->payloadlen);

@@ -70,6 +70,8 @@ void Plant::stop()
 
 void Plant::observe(std::size_t variable, const CyclicValue& value)
 {
+    if (value.failure.kind == FailureKind::Stopped)
+        return; // by us: it says nothing of the controller
     std::lock_guard<std::mutex> lock(m_mutex);
     Batch batch;
     if (isUnanswered(value.failure.kind))
@@ -96,7 +98,7 @@ void Plant::hold(int station, Batch* batch)
 void Plant::offer(std::size_t variable, const CyclicValue& value, Batch* batch)
 {
     // It may hold what is about to be written: there is nothing to tell before the controller was read again.
-    if (value.state == ValueState::Unconfirmed)
+    if (value.state == ValueState::Unconfirmed && m_goodAfter[variable] == neverHeld)
         return;
     Sample sample = sampleOf(static_cast<quint32>(variable), m_options.variables[variable], value);
     qint64& goodAfter = m_goodAfter[variable];

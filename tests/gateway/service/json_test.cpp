@@ -146,6 +146,15 @@ TEST_F(JsonGateway, TakesNoRetainedRequest)
     EXPECT_EQ(controller.memory().holdingRegister(1, 200), 0);
 }
 
+TEST_F(JsonGateway, LooksAtNoLongMessage)
+{
+    SubscriberRun subscriber(broker, QStringLiteral("p/#"));
+    GatewayRun gateway(json({QStringLiteral("--allow-writes")}));
+    ASSERT_TRUE(subscriber.hears(holds("p/set point", "\"value\":0")));
+    publish(broker, "p/set point/set", QByteArray(70000, '1'));
+    EXPECT_TRUE(gateway.says("a message of 70000 bytes is not looked at"));
+}
+
 TEST_F(JsonGateway, SaysGoodbye)
 {
     SubscriberRun subscriber(broker, QStringLiteral("p/#"));
