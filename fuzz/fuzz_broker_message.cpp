@@ -41,6 +41,7 @@ public:
     }
     int stationOf(std::size_t) const override { return 1; }
     bool isUp(int) override { return true; }
+    bool isSettled() override { return true; }
 };
 
 class PatientBroker : public plc::Broker

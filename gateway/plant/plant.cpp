@@ -40,7 +40,8 @@ qint64 steadyMs()
 Plant::Plant(const GatewayOptions& options, SampleSink sink)
     : m_options(options), m_sink(std::move(sink)),
       m_filter(deadbandsOf(options.variables), qint64(options.republishSeconds) * 1000),
-      m_goodAfter(options.variables.size(), neverHeld), m_runtime(options.controller)
+      m_goodAfter(options.variables.size(), neverHeld), m_untold(options.variables.size()),
+      m_runtime(options.controller)
 {
     for (const ListedVariable& listed : m_options.variables) {
         m_runtime.addCyclic(listed.elements);
@@ -116,8 +117,11 @@ void Plant::offer(std::size_t variable, const CyclicValue& value, Batch* batch)
     const auto index = static_cast<quint32>(variable);
     if (sample.quality == SampleQuality::Stale && m_filter.wasPublished(index))
         sample.value = m_filter.last(index).value;
-    if (m_filter.isNews(&sample, steadyMs()))
-        batch->push_back(sample);
+    const bool isFirst = !m_filter.wasPublished(index);
+    if (!m_filter.isNews(&sample, steadyMs()))
+        return;
+    batch->push_back(sample);
+    m_untold -= isFirst ? 1 : 0;
 }
 
 void Plant::look()
@@ -154,6 +158,12 @@ bool Plant::isUp(int station)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     return m_up.count(station) != 0;
+}
+
+bool Plant::isSettled()
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_untold == 0;
 }
 
 void Plant::write(std::size_t variable, const std::vector<quint32>& elements, const WriteDone& done)

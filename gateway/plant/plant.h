@@ -48,6 +48,7 @@ public:
     Sample current(std::size_t variable) override;
     int stationOf(std::size_t variable) const override { return m_stations[variable]; }
     bool isUp(int station) override;
+    bool isSettled() override;
 
     /// Fills in what is the controller's.
     void addFigures(GatewayFigures* figures) const;
@@ -69,6 +70,7 @@ private:
     std::vector<qint64>
         m_goodAfter;        // by variable: what was read before is not good any more (ms since 1970 UTC)
     std::set<int> m_up;     // stations that answered last
+    std::size_t m_untold;   // variables that nothing was told of yet
     std::size_t m_held = 0; // variables that were read last before that
 
     std::atomic<qint64> m_lastReplyAt{-1};

@@ -52,6 +52,9 @@ public:
 
     /// \return true while the station answers, be it with refusals
     virtual bool isUp(int station) = 0;
+
+    /// \return true when each variable was read once, or it was found that it cannot be
+    virtual bool isSettled() = 0;
 };
 
 class Publisher : public BrokerEvents

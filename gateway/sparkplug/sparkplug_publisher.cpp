@@ -23,6 +23,7 @@ namespace
 const int sequences = 256;
 const std::size_t mostAtOnce = 1000;      // samples, so that other work comes between
 const quint64 mostWithoutReceipt = 20000; // samples
+const qint64 settlingMs = 10000;          // for a controller that is very slow
 const qint64 rebirthPauseMs = 1000;       // requests in between are one
 
 qint64 now()
@@ -78,6 +79,7 @@ void SparkplugPublisher::connected(Broker* broker)
 {
     m_broker = broker;
     m_stage = Stage::Waiting;
+    m_connectedAt = Clock::now();
     m_isSubscribed = false;
     m_isHostOnline = m_options.primaryHost.isEmpty();
     m_isRebirthDue = false;
@@ -130,7 +132,9 @@ void SparkplugPublisher::acknowledged(int token)
 void SparkplugPublisher::work(const GatewayFigures& figures)
 {
     m_writes->takeEnded(); // the journal has told them; a command has no answer but the data that follows
-    if (m_stage == Stage::Waiting && m_isSubscribed && m_isHostOnline)
+    // Births with values are worth a moment.
+    const bool isReady = m_values->isSettled() || msSince(m_connectedAt) > settlingMs;
+    if (m_stage == Stage::Waiting && m_isSubscribed && m_isHostOnline && isReady)
         bear(figures);
     if (m_stage != Stage::Born)
         return;

@@ -102,6 +102,7 @@ private:
 
     Broker* m_broker = nullptr;
     Stage m_stage = Stage::Idle;
+    Clock::time_point m_connectedAt;
     bool m_isSubscribed = false;
     int m_subscription = -1;
     int m_seq = 0;
