@@ -55,7 +55,7 @@ struct Drawn {
     std::optional<long long> element;
 };
 
-QString TextOf(int area, int element)
+QString addressText(int area, int element)
 {
     if (area <= 1)
         return QString::number(element, 8);
@@ -66,22 +66,22 @@ QString TextOf(int area, int element)
     return QString::number(area == 14 ? 200 + element : element);
 }
 
-const std::vector<int> SOME_STATIONS = {1, 0, 2, 254, 255};
+const std::vector<int> someStations = {1, 0, 2, 254, 255};
 
-rc::Gen<std::vector<Asked>> Lists(const Recipe& recipe, const std::vector<int>& areas)
+rc::Gen<std::vector<Asked>> lists(const Recipe& recipe, const std::vector<int>& areas)
 {
     return rc::gen::container<std::vector<Asked>>(rc::gen::build<Asked>(
         rc::gen::set(&Asked::area, rc::gen::elementOf(areas)),
         rc::gen::set(&Asked::element, rc::gen::inRange(0, recipe.span)),
         rc::gen::set(&Asked::count, rc::gen::inRange(recipe.smallestCount, recipe.largestCount + 1)),
-        rc::gen::set(&Asked::station, rc::gen::elementOf(SOME_STATIONS)),
+        rc::gen::set(&Asked::station, rc::gen::elementOf(someStations)),
         rc::gen::set(&Asked::wrong, rc::gen::weightedElement<bool>({{15, false}, {1, true}}))));
 }
 
-Drawn DrawnOf(const Asked& asked, std::size_t serial)
+Drawn drawnOf(const Asked& asked, std::size_t serial)
 {
     Drawn drawn;
-    drawn.host = Cyclic(asked.area, asked.wrong ? QString("wrong") : TextOf(asked.area, asked.element),
+    drawn.host = Cyclic(asked.area, asked.wrong ? QString("wrong") : addressText(asked.area, asked.element),
                         asked.count, asked.station, QString("v%1").arg(serial));
     if (asked.area > 14)
         drawn.element = 0;
@@ -115,7 +115,7 @@ std::ostream& operator<<(std::ostream& out, const Piece& piece)
                << "'}";
 }
 
-bool IsBits(int area)
+bool isBits(int area)
 {
     return area <= 7;
 }
@@ -153,12 +153,12 @@ public:
         return static_cast<int>(std::find(order.begin(), order.end(), piece.area) - order.begin());
     }
 
-    long long mergeLimit(int area) const { return IsBits(area) ? 8LL * m_words : m_words; }
+    long long mergeLimit(int area) const { return isBits(area) ? 8LL * m_words : m_words; }
 
 private:
     long long splitLimit(int area) const
     {
-        const bool byBits = m_multi ? IsBits(area) : (area <= 6 || area == 8);
+        const bool byBits = m_multi ? isBits(area) : (area <= 6 || area == 8);
         return byBits ? 8LL * m_words : m_words;
     }
 
@@ -252,7 +252,7 @@ private:
     long long m_words;
 };
 
-std::vector<Piece> Found()
+std::vector<Piece> piecesFound()
 {
     std::vector<Piece> found;
     for (const RW_VAR& var : PLC_driver.readList)
@@ -271,7 +271,7 @@ struct Element {
     }
 };
 
-std::set<Element> ElementsOf(const std::vector<Piece>& pieces)
+std::set<Element> elementsOf(const std::vector<Piece>& pieces)
 {
     std::set<Element> elements;
     for (const Piece& piece : pieces)
@@ -281,7 +281,7 @@ std::set<Element> ElementsOf(const std::vector<Piece>& pieces)
 }
 
 // Keys under which more than one area and station meet; their variables may be read from the wrong one.
-std::set<int> SharedKeys(const Rule& rule, const std::vector<Piece>& pieces)
+std::set<int> sharedKeys(const Rule& rule, const std::vector<Piece>& pieces)
 {
     std::map<int, std::set<std::pair<int, int>>> owners;
     for (const Piece& piece : pieces)
@@ -293,19 +293,19 @@ std::set<int> SharedKeys(const Rule& rule, const std::vector<Piece>& pieces)
     return shared;
 }
 
-const std::vector<int> ALL_AREAS = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14};
-const std::vector<int> BLOCK_LIMITS = {1, 2, 7, 10, 125};
-const int CASES = 300;
+const std::vector<int> allAreas = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14};
+const std::vector<int> blockLimits = {1, 2, 7, 10, 125};
+const int casesDrawn = 300;
 
-std::vector<int> ManyAreas()
+std::vector<int> manyAreas()
 {
-    std::vector<int> areas = ALL_AREAS;
+    std::vector<int> areas = allAreas;
     areas.insert(areas.end(), {15, 16, 200, 255});
     return areas;
 }
 
 // Dense, middling and sparse lists, short and long variables, for every mode and limit.
-Recipe AnyRecipe(const std::vector<int>& limits)
+Recipe anyRecipe(const std::vector<int>& limits)
 {
     return {*rc::gen::element(0, 1), *rc::gen::elementOf(limits), *rc::gen::element(20, 200, 5000),
             *rc::gen::element(3, 40, 300), 0};
@@ -322,8 +322,8 @@ protected:
         info.maxBlockCount = recipe.maxBlockCount;
         drawn.clear();
         list.clear();
-        for (const Asked& asked : *Lists(recipe, areas)) {
-            drawn.push_back(DrawnOf(asked, drawn.size()));
+        for (const Asked& asked : *lists(recipe, areas)) {
+            drawn.push_back(drawnOf(asked, drawn.size()));
             list.append(drawn.back().host);
         }
         result = ReCreatReadVarList(&list);
@@ -343,8 +343,8 @@ protected:
     void readsAreThoseOfTheRule(int cases, const std::vector<int>& limits, const std::vector<int>& areas)
     {
         test::holds(cases, [&] {
-            const Rule rule = rebuild(AnyRecipe(limits), areas);
-            RC_ASSERT(rule.readsOf(drawn) == Found());
+            const Rule rule = rebuild(anyRecipe(limits), areas);
+            RC_ASSERT(rule.readsOf(drawn) == piecesFound());
         });
     }
 
@@ -356,14 +356,14 @@ protected:
             recipe.multiStation = *rc::gen::element(0, 1);
             recipe.maxBlockCount = *rc::gen::elementOf(limits);
             const Rule rule = rebuild(recipe, areas);
-            RC_ASSERT(rule.readsOf(drawn) == Found());
+            RC_ASSERT(rule.readsOf(drawn) == piecesFound());
         });
     }
 
     // What holds after any rebuild, whatever the rule says in detail.
     void always(const std::vector<int>& limits, const std::function<void(const Rule& rule)>& check)
     {
-        test::holds(CASES / 2, [&] { check(rebuild(AnyRecipe(limits), ManyAreas())); });
+        test::holds(casesDrawn / 2, [&] { check(rebuild(anyRecipe(limits), manyAreas())); });
     }
 
     QList<HOST_VAR> list;
@@ -375,34 +375,34 @@ protected:
 
 TEST_F(Rebuild, ReadsOfAllAreasAreThoseOfTheRule)
 {
-    readsAreThoseOfTheRule(4 * CASES, BLOCK_LIMITS, ManyAreas());
+    readsAreThoseOfTheRule(4 * casesDrawn, blockLimits, manyAreas());
 }
 
 // Few areas, so that variables meet more often.
 TEST_F(Rebuild, ReadsOfCrowdedAreasAreThoseOfTheRule)
 {
     for (const std::vector<int>& areas : {std::vector<int>{8, 9}, {6, 7}, {10, 13}, {14, 15}})
-        readsAreThoseOfTheRule(CASES, BLOCK_LIMITS, areas);
+        readsAreThoseOfTheRule(casesDrawn, blockLimits, areas);
 }
 
 TEST_F(Rebuild, ReadsWithoutALimitAreThoseOfTheRule)
 {
-    readsAreThoseOfTheRule(CASES, {0, -1, -125, INT_MIN, INT_MAX}, ManyAreas());
+    readsAreThoseOfTheRule(casesDrawn, {0, -1, -125, INT_MIN, INT_MAX}, manyAreas());
 }
 
 TEST_F(Rebuild, ReadsOfCountsBelow0AreThoseOfTheRule)
 {
-    readsOfCountsAreThoseOfTheRule(CASES, {0, 1, 10, 125}, {0, 0, 60, 20, -20}, {2, 7, 8, 9, 14});
+    readsOfCountsAreThoseOfTheRule(casesDrawn, {0, 1, 10, 125}, {0, 0, 60, 20, -20}, {2, 7, 8, 9, 14});
 }
 
 TEST_F(Rebuild, ReadsOfCountsAboveTheMaximumAreThoseOfTheRule)
 {
-    readsOfCountsAreThoseOfTheRule(8, {125}, {0, 0, 65535, 2000000, 0}, ManyAreas());
+    readsOfCountsAreThoseOfTheRule(8, {125}, {0, 0, 65535, 2000000, 0}, manyAreas());
 }
 
 TEST_F(Rebuild, TheResultIsTheNumberOfReadsInMultiStationModeOnly)
 {
-    always(BLOCK_LIMITS, [this](const Rule&) {
+    always(blockLimits, [this](const Rule&) {
         RC_ASSERT(result == (info.multiStation ? PLC_driver.readList.size() : 0));
     });
 }
@@ -411,10 +411,10 @@ TEST_F(Rebuild, EveryRequestedElementIsRead)
 {
     always({0, 1, 7, 125}, [this](const Rule& rule) {
         const std::vector<Piece> asked = askedFor(rule);
-        const std::set<int> shared = SharedKeys(rule, asked);
-        const std::set<Element> read = ElementsOf(Found());
+        const std::set<int> shared = sharedKeys(rule, asked);
+        const std::set<Element> read = elementsOf(piecesFound());
         for (const Piece& piece : asked)
-            for (const Element& element : ElementsOf({piece}))
+            for (const Element& element : elementsOf({piece}))
                 RC_ASSERT(shared.count(rule.keyOf(piece)) || read.count(element));
     });
 }
@@ -422,9 +422,9 @@ TEST_F(Rebuild, EveryRequestedElementIsRead)
 // A longer read is one that nothing was merged into: somebody's own piece.
 TEST_F(Rebuild, MakesNoGrownBlockLongerThanTheLimit)
 {
-    always(BLOCK_LIMITS, [this](const Rule& rule) {
+    always(blockLimits, [this](const Rule& rule) {
         const std::vector<Piece> asked = askedFor(rule);
-        for (const Piece& block : Found())
+        for (const Piece& block : piecesFound())
             if (block.count > rule.mergeLimit(block.area))
                 RC_ASSERT(std::find(asked.begin(), asked.end(), block) != asked.end());
     });
@@ -432,11 +432,11 @@ TEST_F(Rebuild, MakesNoGrownBlockLongerThanTheLimit)
 
 TEST_F(Rebuild, BeginsEveryReadAtAPieceWhoseNamesItKeeps)
 {
-    always(BLOCK_LIMITS, [this](const Rule& rule) {
+    always(blockLimits, [this](const Rule& rule) {
         std::set<std::tuple<int, int, long long, QString, QString>> begins;
         for (const Piece& piece : askedFor(rule))
             begins.insert({piece.area, piece.station, piece.address, piece.name, piece.name2});
-        for (const Piece& block : Found())
+        for (const Piece& block : piecesFound())
             RC_ASSERT(begins.count({block.area, block.station, block.address, block.name, block.name2}) ==
                       1u);
     });
@@ -444,11 +444,11 @@ TEST_F(Rebuild, BeginsEveryReadAtAPieceWhoseNamesItKeeps)
 
 TEST_F(Rebuild, EndsEveryReadWhereAPieceOfItsKeyEnds)
 {
-    always(BLOCK_LIMITS, [this](const Rule& rule) {
+    always(blockLimits, [this](const Rule& rule) {
         std::set<std::pair<int, long long>> ends;
         for (const Piece& piece : askedFor(rule))
             ends.insert({rule.keyOf(piece), piece.end()});
-        for (const Piece& block : Found())
+        for (const Piece& block : piecesFound())
             RC_ASSERT(ends.count({rule.keyOf(block), block.end()}) == 1u);
     });
 }
@@ -456,8 +456,8 @@ TEST_F(Rebuild, EndsEveryReadWhereAPieceOfItsKeyEnds)
 TEST_F(Rebuild, OfTheSameListGivesTheSameReadsAgain)
 {
     always({10}, [this](const Rule&) {
-        const std::vector<Piece> first = Found();
+        const std::vector<Piece> first = piecesFound();
         ReCreatReadVarList(&list);
-        RC_ASSERT(first == Found());
+        RC_ASSERT(first == piecesFound());
     });
 }

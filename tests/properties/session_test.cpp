@@ -47,7 +47,7 @@ std::ostream& operator<<(std::ostream& out, const Step& step)
 }
 
 // The steps by their numbers.
-enum Kind { POLL_AND_REPLY = 2, READ = 3, WRITE_ONE = 4, READ_ONCE = 5, SET = 8, GET = 9 };
+enum Kind { PollAndReply = 2, Read = 3, WriteOne = 4, ReadOnce = 5, Set = 8, Get = 9 };
 
 rc::Gen<Step> stepOf(Kind kind, const rc::Gen<Bytes>& arguments)
 {
@@ -126,13 +126,13 @@ rc::Gen<Step> anyStep()
     const auto anything =
         rc::gen::build<Step>(rc::gen::set(&Step::kind, rc::gen::inRange(0, fuzz::stepCount)),
                              rc::gen::set(&Step::arguments, bytesUpTo(24)));
-    return rc::gen::weightedOneOf<Step>({{8, stepOf(POLL_AND_REPLY, goodReplies())},
-                                         {2, stepOf(POLL_AND_REPLY, bytesUpTo(12))},
-                                         {2, stepOf(READ, requests())},
-                                         {4, stepOf(WRITE_ONE, queuedRequests())},
-                                         {2, stepOf(READ_ONCE, queuedRequests())},
-                                         {3, stepOf(SET, requests())},
-                                         {3, stepOf(GET, requests())},
+    return rc::gen::weightedOneOf<Step>({{8, stepOf(PollAndReply, goodReplies())},
+                                         {2, stepOf(PollAndReply, bytesUpTo(12))},
+                                         {2, stepOf(Read, requests())},
+                                         {4, stepOf(WriteOne, queuedRequests())},
+                                         {2, stepOf(ReadOnce, queuedRequests())},
+                                         {3, stepOf(Set, requests())},
+                                         {3, stepOf(Get, requests())},
                                          {4, anything}});
 }
 

@@ -21,19 +21,19 @@ using plc::WordOrder;
 
 using Elements = std::vector<quint32>;
 
-const std::map<WordOrder, std::string> LETTERS = {{WordOrder::Usual, "CDAB"},
-                                                  {WordOrder::Abcd, "ABCD"},
-                                                  {WordOrder::Cdab, "CDAB"},
-                                                  {WordOrder::Badc, "BADC"},
-                                                  {WordOrder::Dcba, "DCBA"}};
+const std::map<WordOrder, std::string> lettersOf = {{WordOrder::Usual, "CDAB"},
+                                                    {WordOrder::Abcd, "ABCD"},
+                                                    {WordOrder::Cdab, "CDAB"},
+                                                    {WordOrder::Badc, "BADC"},
+                                                    {WordOrder::Dcba, "DCBA"}};
 
-const std::vector<WordOrder> ORDERS = {WordOrder::Usual, WordOrder::Abcd, WordOrder::Cdab, WordOrder::Badc,
+const std::vector<WordOrder> orders = {WordOrder::Usual, WordOrder::Abcd, WordOrder::Cdab, WordOrder::Badc,
                                        WordOrder::Dcba};
 
 // The bytes of a value over the wire, the most significant one given as the first.
 std::string onTheWire(const std::string& value, WordOrder order)
 {
-    const std::string& letters = LETTERS.at(order);
+    const std::string& letters = lettersOf.at(order);
     const bool lowWordFirst = letters == "CDAB" || letters == "DCBA";
     const bool lowByteFirst = letters == "BADC" || letters == "DCBA";
     std::string wire;
@@ -103,7 +103,7 @@ void isShownAndWritten(ValueType type, const rc::Gen<Number>& numbers, std::stri
 {
     test::holds(100, [&] {
         const int area = *rc::gen::element(9, 10, 13, 14);
-        const WordOrder order = *rc::gen::elementOf(ORDERS);
+        const WordOrder order = *rc::gen::elementOf(orders);
         const auto values =
             *rc::gen::nonEmpty(rc::gen::resize(6, rc::gen::container<std::vector<Number>>(numbers)));
         const ListedVariable variable = variableOf(type, area, static_cast<int>(values.size()), order);
@@ -133,7 +133,7 @@ void isReadBack(ValueType type)
 {
     test::holds(300, [&] {
         const int area = *rc::gen::element(9, 14);
-        const WordOrder order = *rc::gen::elementOf(ORDERS);
+        const WordOrder order = *rc::gen::elementOf(orders);
         const Number value = *anyFloat<Number>();
         const ListedVariable variable = variableOf(type, area, 1, order);
         const Elements elements = elementsOf(onTheWire(bytesOf(value), order), area);
@@ -155,7 +155,7 @@ void isBinaryCodedDecimal(ValueType type, int digits)
     test::holds(100, [&] {
         const int area = *rc::gen::element(9, 14);
         RC_PRE(plc::elementsOfType(type, area, 1) > 0);
-        const WordOrder order = sizeof(Number) == 2 ? WordOrder::Usual : *rc::gen::elementOf(ORDERS);
+        const WordOrder order = sizeof(Number) == 2 ? WordOrder::Usual : *rc::gen::elementOf(orders);
         const auto drawn =
             *rc::gen::container<std::vector<int>>(static_cast<std::size_t>(digits), rc::gen::inRange(0, 10));
         Number coded = 0;
@@ -235,14 +235,14 @@ TEST(Values, OfTextAreTheirCharactersInEveryOrder)
 {
     test::holds(200, [] {
         const int area = *rc::gen::element(9, 14);
-        const WordOrder order = *rc::gen::elementOf(ORDERS);
+        const WordOrder order = *rc::gen::elementOf(orders);
         const int unit = area == 14 ? 4 : 2;
         std::string text = *rc::gen::nonEmpty(
             rc::gen::resize(12, rc::gen::container<std::string>(rc::gen::inRange('a', 'z'))));
         const std::string shown = text;
         text.resize((text.size() + static_cast<std::size_t>(unit) - 1) / unit * unit, '\0');
         std::string wire;
-        const std::string letters = order == WordOrder::Usual ? "BADC" : LETTERS.at(order);
+        const std::string letters = order == WordOrder::Usual ? "BADC" : lettersOf.at(order);
         for (std::size_t at = 0; at < text.size(); at += 4) {
             if (text.size() - at >= 4)
                 for (const char letter : letters)
