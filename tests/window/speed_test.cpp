@@ -19,6 +19,8 @@
 
 #include <malloc.h>
 
+// Of the address sanitizer, where there is one.
+// NOLINTNEXTLINE(readability-identifier-naming)
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes() __attribute__((weak));
 
 namespace

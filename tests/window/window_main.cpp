@@ -9,8 +9,8 @@
 #include <memory>
 
 // Of the address sanitizer, where there is one.
-extern "C" void __lsan_disable() __attribute__((weak));
-extern "C" void __lsan_enable() __attribute__((weak));
+extern "C" void __lsan_disable() __attribute__((weak)); // NOLINT(readability-identifier-naming)
+extern "C" void __lsan_enable() __attribute__((weak));  // NOLINT(readability-identifier-naming)
 
 namespace
 {
