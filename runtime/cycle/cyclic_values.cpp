@@ -213,20 +213,25 @@ CyclicValues::Block& CyclicValues::blockOf(const RW_VAR& request)
     const BlockKey key = std::make_tuple(request.address, request.count, request.area, request.station);
     KnownBlock* block = m_latest != nullptr ? m_latest->second.next : nullptr;
     if (block == nullptr || block->first != key)
-        block = knownBlock(request, key);
+        block = &knownBlock(request, key);
     if (m_latest != nullptr)
         m_latest->second.next = block;
     m_latest = block;
     return block->second;
 }
 
-CyclicValues::KnownBlock* CyclicValues::knownBlock(const RW_VAR& request, const BlockKey& key)
+CyclicValues::KnownBlock& CyclicValues::knownBlock(const RW_VAR& request, const BlockKey& key)
 {
-    const auto inserted = m_blocks.insert({key, Block()});
-    KnownBlock* const known = &*inserted.first;
-    if (!inserted.second)
-        return known;
-    Block& block = known->second;
+    auto known = m_blocks.find(key);
+    if (known == m_blocks.end()) {
+        known = m_blocks.insert({key, Block()}).first;
+        fill(known->second, request);
+    }
+    return *known;
+}
+
+void CyclicValues::fill(Block& block, const RW_VAR& request)
+{
     block.parts = partsIn(request);
     block.unused = elementsRead(request.area, request.count) - elementsOf(block.parts, request.address);
     for (Part* part : block.parts) {
@@ -234,7 +239,6 @@ CyclicValues::KnownBlock* CyclicValues::knownBlock(const RW_VAR& request, const 
             block.sharesParts = part->block->sharesParts = true;
         part->block = &block;
     }
-    return known;
 }
 
 /// As nearly always all parts were good before, and nobody watches: then the block notes the time for all of them.

@@ -116,7 +116,6 @@ private:
     };
 
     using BlockKey = std::tuple<int, int, int, int>; // first element, number of elements, area and station
-    struct Block;
     using KnownBlock = std::pair<const BlockKey, Block>;
     struct Block {
         std::vector<Part*> parts;              // what it reads whole, by their first elements
@@ -133,7 +132,8 @@ private:
     std::vector<Part*> partsIn(const RW_VAR& request);
     static int elementsOf(const std::vector<Part*>& parts, int begin);
     Block& blockOf(const RW_VAR& request);
-    KnownBlock* knownBlock(const RW_VAR& request, const BlockKey& key);
+    KnownBlock& knownBlock(const RW_VAR& request, const BlockKey& key);
+    void fill(Block& block, const RW_VAR& request);
     ValueState stateOf(const Part& part) const;
     void judge(const Entry& entry, CyclicValue* value) const;
     ValueState stateOf(const Entry& entry) const;
