@@ -162,7 +162,9 @@ TEST_F(LargeWrite, OfOnePieceWaitsForNobody)
     QString text("100");
     QByteArray data(4, '\1');
 
+    const auto begun = std::chrono::steady_clock::now();
     EXPECT_EQ(1, SetRegisterData(&name, 9, &text, 1, &data, 2, 1, 0));
+    EXPECT_GT(std::chrono::milliseconds(900), std::chrono::steady_clock::now() - begun) << "it waited in vain";
 }
 
 TEST_F(LargeWrite, EveryCallOfTheCommunicationThreadEndsItsTurn)
