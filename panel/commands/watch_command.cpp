@@ -96,8 +96,10 @@ public:
     {
         if (waitForFirstPass(m_options, m_session, patienceMs) == FirstPass::Ended)
             return;
+        WatchReport report = reportOf(m_options, m_session->runtime());
         do {
-            m_display->show(reportOf(m_options, m_session->runtime()));
+            lookAgain(m_options, m_session->runtime(), &report);
+            m_display->show(report);
         } while (!outputFailed() && !readerIsGone() &&
                  goOn(WatchSignals::wait(m_options.intervalMs, m_keyboard.descriptor())));
     }

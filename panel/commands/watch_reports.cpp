@@ -29,12 +29,20 @@ WatchReport reportOfLink(const Options& options, const Runtime& runtime)
 
 WatchReport reportOf(const Options& options, const Runtime& runtime)
 {
-    WatchReport report = reportOfLink(options, runtime);
+    WatchReport report;
     report.view.rows = emptyRows(options.variables, options.listed);
-    int index = 0;
-    for (WatchRow& row : report.view.rows)
-        row.value = runtime.value(index++);
+    lookAgain(options, runtime, &report);
     return report;
+}
+
+void lookAgain(const Options& options, const Runtime& runtime, WatchReport* report)
+{
+    std::vector<WatchRow> rows = std::move(report->view.rows);
+    *report = reportOfLink(options, runtime);
+    report->view.rows = std::move(rows);
+    int index = 0;
+    for (WatchRow& row : report->view.rows)
+        row.value = runtime.value(index++);
 }
 
 } // namespace plc

@@ -20,6 +20,9 @@ WatchReport reportOfLink(const Options& options, const Runtime& runtime);
 /// \return the same with all rows
 WatchReport reportOf(const Options& options, const Runtime& runtime);
 
+/// The same once more: only what may have changed is made anew.
+void lookAgain(const Options& options, const Runtime& runtime, WatchReport* report);
+
 } // namespace plc
 
 #endif

@@ -81,11 +81,29 @@ int writeAll(int descriptor, const QByteArray& bytes)
 }
 
 /// In one piece, so that a screen shows no half table.
-int printTo(int descriptor, const QString& text)
+int printTo(int descriptor, const QByteArray& bytes)
 {
     static std::mutex mutexes[STDERR_FILENO + 1]; // of two texts the one that cannot be written holds up none
     std::lock_guard<std::mutex> lock(mutexes[descriptor]);
-    return writeAll(descriptor, text.toLocal8Bit());
+    return writeAll(descriptor, bytes);
+}
+
+void printOut(const QByteArray& bytes)
+{
+    static std::atomic<bool> outFailed{false};
+    if (outFailed)
+        return;
+    const int error = printTo(STDOUT_FILENO, bytes);
+    if (error == 0 || outFailed.exchange(true))
+        return;
+    failed = true;
+    complain(QStringLiteral("cannot write the output: %1").arg(QString::fromLocal8Bit(std::strerror(error))));
+}
+
+bool isLocaleUtf8()
+{
+    static const bool isUtf8 = QTextCodec::codecForLocale()->name() == "UTF-8";
+    return isUtf8;
 }
 
 } // namespace
@@ -108,21 +126,22 @@ void preferUtf8()
 
 void print(const QString& text)
 {
-    static std::atomic<bool> outFailed{false};
-    if (outFailed)
-        return;
-    const int error = printTo(STDOUT_FILENO, text);
-    if (error == 0 || outFailed.exchange(true))
-        return;
-    failed = true;
-    complain(QStringLiteral("cannot write the output: %1").arg(QString::fromLocal8Bit(std::strerror(error))));
+    printOut(text.toLocal8Bit());
+}
+
+void printBytes(const QByteArray& utf8)
+{
+    if (isLocaleUtf8())
+        printOut(utf8);
+    else
+        print(QString::fromUtf8(utf8));
 }
 
 void printError(const QString& text)
 {
     if (heldErrors.keep(text))
         return;
-    const int error = printTo(STDERR_FILENO, text);
+    const int error = printTo(STDERR_FILENO, text.toLocal8Bit());
     if (error != 0 && error != EBADF)
         failed = true;
 }

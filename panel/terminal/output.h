@@ -4,6 +4,7 @@
 #ifndef PANEL_TERMINAL_OUTPUT_H
 #define PANEL_TERMINAL_OUTPUT_H
 
+#include <QByteArray>
 #include <QString>
 
 namespace plc
@@ -20,6 +21,9 @@ void preferUtf8();
 /// Prints \a text as it is, at once. Any thread; texts of different threads do not mix. When that fails, a
 /// message says why, nothing more is printed, and outputFailed() tells it.
 void print(const QString& text);
+
+/// The same of text in UTF-8 that is ready. A terminal that wants another encoding gets it.
+void printBytes(const QByteArray& utf8);
 
 /// The same on standard error, about which no message can be printed.
 void printError(const QString& text);

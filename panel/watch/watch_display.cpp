@@ -4,6 +4,7 @@
 #include "panel/terminal/output.h"
 #include "panel/terminal/screen.h"
 #include "panel/terminal/terminal.h"
+#include "panel/watch/json_rows.h"
 #include "panel/watch/watch_json.h"
 #include "panel/watch/watch_statistics.h"
 
@@ -64,18 +65,27 @@ private:
 class JsonLines : public Display
 {
 public:
+    JsonLines() { m_lines.reserve(2 * mostHeldBytes); }
+
     void show(const WatchReport& report) override
     {
         const WatchView& view = report.view;
+        if (!m_rows)
+            m_rows.emplace(view.station);
         m_last.resize(view.rows.size());
+        const QDateTime time = QDateTime::currentDateTimeUtc();
         for (std::size_t index = 0; index < view.rows.size(); ++index) {
-            std::unique_ptr<CyclicValue>& last = m_last[index];
-            const WatchRow& row = view.rows[index];
-            if (last && sameNews(*last, row.value))
+            const CyclicValue& value = view.rows[index].value;
+            Shown& last = m_last[index];
+            if (last.isShown && sameNews(last.value, value))
                 continue;
-            print(watchJson(row, view.station, QDateTime::currentDateTimeUtc()) + QLatin1Char('\n'));
-            last = std::make_unique<CyclicValue>(row.value);
+            m_rows->append(index, view.rows[index], time, &m_lines);
+            last.value = value;
+            last.isShown = true;
+            if (m_lines.size() > mostHeldBytes)
+                printHeld();
         }
+        printHeld();
     }
 
     void end(const WatchReport& report) override
@@ -86,7 +96,23 @@ public:
     }
 
 private:
-    std::vector<std::unique_ptr<CyclicValue>> m_last;
+    static const int mostHeldBytes = 1 << 18; // to be written at once
+
+    struct Shown {
+        CyclicValue value;
+        bool isShown = false;
+    };
+
+    void printHeld()
+    {
+        if (!m_lines.isEmpty())
+            printBytes(m_lines);
+        m_lines.resize(0); // its memory stays
+    }
+
+    std::optional<JsonRows> m_rows;
+    std::vector<Shown> m_last;
+    QByteArray m_lines;
 };
 
 } // namespace

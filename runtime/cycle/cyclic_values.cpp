@@ -25,6 +25,9 @@ const int judgedOnly = 1; // RW_VAR::accessFlag: the reply's data is not filed
 // empties a further one.
 const int spoiledBits = 2;
 
+// Elements of neighbours, and what lies between them, that are taken out of the driver at once.
+const int mostTakenTogether = 250;
+
 using PartKey = std::tuple<int, int, int>;
 
 PartKey keyOf(const Variable& asked)
@@ -318,20 +321,39 @@ void CyclicValues::touchStation(int station)
     }
 }
 
+/// \return the age from which on a value is stale: ages are told in whole milliseconds
+Clock::duration CyclicValues::staleAfter() const
+{
+    return std::chrono::milliseconds(m_settings.staleAfterMs) + std::chrono::milliseconds(1);
+}
+
+/// What was read last becomes stale last: where all have been looked at, there is nothing to find before the oldest
+/// of them can be stale.
 void CyclicValues::touchAged()
 {
+    const Clock::time_point now = Clock::now();
+    if (now < m_agesFrom)
+        return;
+    Clock::time_point oldest = now;
+    for (const Part& part : m_parts) {
+        const std::optional<Clock::time_point> read = part.readAt();
+        if (read && now - *read < staleAfter())
+            oldest = std::min(oldest, *read);
+    }
+    m_agesFrom = oldest + staleAfter();
     for (std::size_t index = 0; index < m_variables.size(); ++index) {
-        if (stateOf(m_variables[index]) != m_variables[index].taken)
+        if (stateOf(m_variables[index], now) != m_variables[index].taken)
             touchAt(index);
     }
 }
 
 std::vector<int> CyclicValues::takeTouched()
 {
+    const Clock::time_point now = Clock::now();
     for (const int index : m_touched) {
         Entry& entry = m_variables[static_cast<std::size_t>(index)];
         entry.touched = false;
-        entry.taken = stateOf(entry);
+        entry.taken = stateOf(entry, now);
     }
     return std::exchange(m_touched, std::vector<int>());
 }
@@ -343,54 +365,104 @@ void CyclicValues::freeze(const DriverCalls& calls)
     m_frozen = true;
 }
 
-ValueState CyclicValues::stateOf(const Part& part) const
+ValueState CyclicValues::stateOf(const Part& part, Clock::time_point now) const
 {
     const std::optional<Clock::time_point> read = part.readAt();
     if (!read)
         return ValueState::NeverRead;
     if (hasFailed(part.failure))
         return ValueState::Failed;
-    if (msSince(*read) > m_settings.staleAfterMs)
+    if (now - *read >= staleAfter())
         return ValueState::Stale;
     return part.doubtful ? ValueState::Unconfirmed : ValueState::Fresh;
 }
 
 /// A variable is as good as the worst of its parts.
-ValueState CyclicValues::stateOf(const Entry& entry) const
+ValueState CyclicValues::stateOf(const Entry& entry, Clock::time_point now) const
 {
     ValueState state = entry.parts.empty() ? ValueState::NeverRead : ValueState::Fresh;
     for (const std::size_t index : entry.parts)
-        state = std::min(state, stateOf(m_parts[index]));
+        state = std::min(state, stateOf(m_parts[index], now));
     return state;
 }
 
-void CyclicValues::judge(const Entry& entry, CyclicValue* value) const
+void CyclicValues::judge(const Entry& entry, Clock::time_point now, qint64 epochMs, CyclicValue* value) const
 {
-    value->state = stateOf(entry);
+    value->state = stateOf(entry, now);
+    std::optional<Clock::time_point> oldest;
     for (const std::size_t index : entry.parts) {
         const Part& part = m_parts[index];
-        if (const std::optional<Clock::time_point> read = part.readAt())
-            value->ageMs = std::max(value->ageMs, msSince(*read));
+        const std::optional<Clock::time_point> read = part.readAt();
+        if (read && (!oldest || *read < *oldest))
+            oldest = read;
         if (hasFailed(part.failure))
             value->failure = part.failure;
     }
-    if (value->state == ValueState::NeverRead)
-        value->ageMs = -1;
-    else
-        value->readAtMs = QDateTime::currentMSecsSinceEpoch() - value->ageMs;
+    if (value->state == ValueState::NeverRead || !oldest)
+        return;
+    value->ageMs = std::chrono::duration_cast<std::chrono::milliseconds>(now - *oldest).count();
+    value->readAtMs = epochMs - value->ageMs;
 }
 
 CyclicValue CyclicValues::value(int index, const DriverCalls& calls) const
 {
-    const Entry& entry = m_variables[static_cast<std::size_t>(index)];
-    const Variable& shown = entry.variable;
-    CyclicValue value;
-    judge(entry, &value);
-    if (value.state == ValueState::NeverRead) // what the driver holds may come from an earlier use of it
-        value.values.assign(static_cast<std::size_t>(shown.count), 0);
-    else
-        value.values = m_frozen ? entry.frozen : valuesInDriver(calls, shown);
-    return value;
+    return values({index}, calls).front();
+}
+
+/// \return the end of the neighbours from \a first on that one call to the driver brings
+std::size_t CyclicValues::runFrom(const std::vector<int>& indexes, std::size_t first) const
+{
+    const Variable& begin = variable(indexes[first]);
+    std::size_t end = first + 1;
+    int element = endOf(begin);
+    for (; end < indexes.size(); ++end) {
+        const Variable& next = variable(indexes[end]);
+        const bool isNeighbour =
+            next.station == begin.station && next.area == begin.area && next.element >= element;
+        if (!isNeighbour || endOf(next) - begin.element > mostTakenTogether)
+            break;
+        element = endOf(next);
+    }
+    return end;
+}
+
+std::vector<CyclicValue> CyclicValues::values(const std::vector<int>& indexes, const DriverCalls& calls) const
+{
+    const Clock::time_point now = Clock::now();
+    const qint64 epochMs = QDateTime::currentMSecsSinceEpoch();
+    std::vector<CyclicValue> values(indexes.size());
+    for (std::size_t place = 0; place < indexes.size(); ++place)
+        judge(m_variables[static_cast<std::size_t>(indexes[place])], now, epochMs, &values[place]);
+    for (std::size_t first = 0; first < indexes.size();) {
+        const std::size_t end = runFrom(indexes, first);
+        takeOut(indexes, first, end, calls, &values);
+        first = end;
+    }
+    return values;
+}
+
+/// \param first, end neighbours
+void CyclicValues::takeOut(const std::vector<int>& indexes, std::size_t first, std::size_t end,
+                           const DriverCalls& calls, std::vector<CyclicValue>* values) const
+{
+    Variable run = variable(indexes[first]);
+    run.count = endOf(variable(indexes[end - 1])) - run.element;
+    std::vector<quint32> held; // looked up when the first wants it: before the start there is no driver
+    for (std::size_t place = first; place < end; ++place) {
+        const Entry& entry = m_variables[static_cast<std::size_t>(indexes[place])];
+        CyclicValue& value = (*values)[place];
+        if (value.state ==
+            ValueState::NeverRead) { // what the driver holds may come from an earlier use of it
+            value.values.assign(static_cast<std::size_t>(entry.variable.count), 0);
+        } else if (m_frozen) {
+            value.values = entry.frozen;
+        } else {
+            if (held.empty())
+                held = valuesInDriver(calls, run);
+            const auto begin = held.begin() + (entry.variable.element - run.element);
+            value.values.assign(begin, begin + entry.variable.count);
+        }
+    }
 }
 
 bool CyclicValues::shows(const Variable& bit) const

@@ -71,6 +71,9 @@ public:
     /// \return values and state, but StationOff and writes on their way, which only the caller knows
     CyclicValue value(int index, const DriverCalls& calls) const;
 
+    /// \return the same of several variables: neighbours are taken out of the driver together
+    std::vector<CyclicValue> values(const std::vector<int>& indexes, const DriverCalls& calls) const;
+
     /// Keeps the values as they are now: value() needs no driver any more.
     void freeze(const DriverCalls& calls);
 
@@ -134,9 +137,13 @@ private:
     Block& blockOf(const RW_VAR& request);
     KnownBlock& knownBlock(const RW_VAR& request, const BlockKey& key);
     void fill(Block& block, const RW_VAR& request);
-    ValueState stateOf(const Part& part) const;
-    void judge(const Entry& entry, CyclicValue* value) const;
-    ValueState stateOf(const Entry& entry) const;
+    Clock::duration staleAfter() const;
+    ValueState stateOf(const Part& part, Clock::time_point now) const;
+    void judge(const Entry& entry, Clock::time_point now, qint64 epochMs, CyclicValue* value) const;
+    void takeOut(const std::vector<int>& indexes, std::size_t first, std::size_t end, const DriverCalls& calls,
+                 std::vector<CyclicValue>* values) const;
+    std::size_t runFrom(const std::vector<int>& indexes, std::size_t first) const;
+    ValueState stateOf(const Entry& entry, Clock::time_point now) const;
     void touchAt(std::size_t index);
     bool shows(const Variable& bit) const;
 
@@ -145,6 +152,7 @@ private:
     bool m_frozen = false;
     bool m_watched = false;
     std::vector<int> m_touched;
+    Clock::time_point m_agesFrom;       // before that nothing can become stale that is not
     std::vector<Part> m_parts;          // by station, area and first element of what is asked
     std::map<BlockKey, Block> m_blocks; // as the driver made them, each looked up once
     KnownBlock* m_latest = nullptr;     // of m_blocks: what blockOf() gave last

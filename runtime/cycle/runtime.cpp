@@ -139,6 +139,7 @@ public:
 private:
     bool isRunning() const { return m_started && !m_stopped; }
     CyclicValue shown(int index);
+    void lower(int index, CyclicValue* value);
     void workHasCome();
     void writeEnded(const Variable& elements, bool doubtful);
     void endHolding();
@@ -326,13 +327,19 @@ CyclicValue Runtime::Private::value(int index)
 
 CyclicValue Runtime::Private::shown(int index)
 {
-    const Variable& variable = m_cyclic.variable(index);
     CyclicValue value = m_cyclic.value(index, m_calls);
-    if (m_writes.isWriting(variable))
-        value.state = std::min(value.state, ValueState::Unconfirmed);
-    if (m_stations.off().count(variable.station) != 0)
-        value.state = std::min(value.state, ValueState::StationOff);
+    lower(index, &value);
     return value;
+}
+
+/// What is on its way, or switched off, is no better than that.
+void Runtime::Private::lower(int index, CyclicValue* value)
+{
+    const Variable& variable = m_cyclic.variable(index);
+    if (m_writes.isWriting(variable))
+        value->state = std::min(value->state, ValueState::Unconfirmed);
+    if (m_stations.off().count(variable.station) != 0)
+        value->state = std::min(value->state, ValueState::StationOff);
 }
 
 void Runtime::Private::setStation(int station, bool on)
@@ -422,11 +429,20 @@ void Runtime::Private::collectChanges()
         m_cyclic.touchAged();
         m_agedAt = now;
     }
-    for (const int index : m_cyclic.takeTouched()) {
-        const CyclicValue value = shown(index);
-        if (m_changes.isNews(index, value))
-            m_later.add([this, index, value] { m_valueObserver(index, value); });
+    std::vector<std::pair<int, CyclicValue>> changes;
+    const std::vector<int> touched = m_cyclic.takeTouched();
+    std::vector<CyclicValue> values = m_cyclic.values(touched, m_calls);
+    for (std::size_t place = 0; place < touched.size(); ++place) {
+        CyclicValue& value = values[place];
+        lower(touched[place], &value);
+        if (m_changes.isNews(touched[place], value))
+            changes.emplace_back(touched[place], std::move(value));
     }
+    if (!changes.empty())
+        m_later.add([this, told = std::move(changes)] {
+            for (const auto& change : told)
+                m_valueObserver(change.first, change.second);
+        });
 }
 
 void Runtime::Private::feed()

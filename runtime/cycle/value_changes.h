@@ -6,7 +6,6 @@
 
 #include "runtime/model/cyclic_value.h"
 
-#include <map>
 #include <vector>
 
 namespace plc
@@ -26,7 +25,7 @@ private:
         Failure failure;
     };
 
-    std::map<int, Told> m_told;
+    std::vector<Told> m_told; // by index
 };
 
 } // namespace plc
