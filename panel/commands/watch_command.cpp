@@ -151,8 +151,6 @@ ExitStatus showLive(const Options& options, Session* session, Display* display)
 /// \return \a all with the variables of its part alone
 Options onlyPart(const Options& all)
 {
-    if (all.part.parts == 1)
-        return all;
     const std::vector<WatchRow> rows = emptyRows(all.variables, all.listed);
     std::vector<Variable> variables;
     variables.reserve(rows.size());
@@ -174,12 +172,8 @@ Options onlyPart(const Options& all)
     return options;
 }
 
-} // namespace
-
-ExitStatus runWatch(const Options& all)
+ExitStatus watchAll(const Options& options)
 {
-    WatchSignals::block();
-    const Options options = onlyPart(all);
     const DisplayWishes wishes = {options.format, options.once, options.trace};
     if (wantsScreen(wishes))
         return runWatchScreen(options);
@@ -192,6 +186,14 @@ ExitStatus runWatch(const Options& all)
     const std::unique_ptr<Display> display = displayFor(wishes);
     return options.once ? showOnce(options, &session, display.get())
                         : showLive(options, &session, display.get());
+}
+
+} // namespace
+
+ExitStatus runWatch(const Options& options)
+{
+    WatchSignals::block();
+    return options.part.parts == 1 ? watchAll(options) : watchAll(onlyPart(options));
 }
 
 } // namespace plc

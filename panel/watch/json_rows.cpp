@@ -10,6 +10,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <utility>
 
 namespace plc
 {
@@ -59,10 +60,16 @@ bool takePlainNumber(const WatchRow& row, qint64* number)
 
 } // namespace
 
-const JsonRows::Fixed& JsonRows::fixedOf(std::size_t index, const WatchRow& row)
+/// What is printed once is not worth being kept.
+bool JsonRows::isSecondLine(std::size_t index)
 {
     if (m_fixed.size() <= index)
         m_fixed.resize(index + 1);
+    return std::exchange(m_fixed[index].isKnown, true);
+}
+
+const JsonRows::Fixed& JsonRows::fixedOf(std::size_t index, const WatchRow& row)
+{
     Fixed& fixed = m_fixed[index];
     if (!fixed.begin.isEmpty())
         return fixed;
@@ -83,7 +90,7 @@ void JsonRows::append(std::size_t index, const WatchRow& row, const QDateTime& t
     const bool isUsual = row.value.ageMs >= 0 && !hasFailed(row.value.failure);
     const bool isListed = row.listed.has_value();
     qint64 number = 0;
-    if (!isUsual || (isListed && !takePlainNumber(row, &number))) {
+    if (!isSecondLine(index) || !isUsual || (isListed && !takePlainNumber(row, &number))) {
         lines->append(watchJson(row, m_station, time).toUtf8()).append('\n');
         return;
     }

@@ -14,8 +14,8 @@
 namespace plc
 {
 
-/// Makes the lines of watchJson(), character by character the same. What stays of a row is made once; numbers are
-/// written as they are. What is rare is left to watchJson().
+/// Makes the lines of watchJson(), character by character the same. What stays of a row is kept from its second line on;
+/// numbers are written as they are. What is rare is left to watchJson().
 class JsonRows
 {
 public:
@@ -27,10 +27,12 @@ public:
 
 private:
     struct Fixed {
+        bool isKnown = false;
         QByteArray begin; ///< up to "state":"
         QByteArray type;  ///< the member, with its comma; empty where there is none
     };
 
+    bool isSecondLine(std::size_t index);
     const Fixed& fixedOf(std::size_t index, const WatchRow& row);
 
     const int m_station;
