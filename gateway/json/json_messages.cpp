@@ -71,7 +71,8 @@ QString typedText(const QJsonValue& value)
     if (!value.isArray())
         return QString();
     QStringList texts;
-    for (const QJsonValue& one : value.toArray()) {
+    const QJsonArray values = value.toArray();
+    for (const QJsonValue one : values) {
         const QString text = one.isArray() ? QString() : typedText(one);
         if (text.isEmpty())
             return QString();

@@ -25,6 +25,7 @@ bool isUnanswered(FailureKind kind)
 std::vector<double> deadbandsOf(const std::vector<ListedVariable>& variables)
 {
     std::vector<double> deadbands;
+    deadbands.reserve(variables.size());
     for (const ListedVariable& variable : variables)
         deadbands.push_back(variable.deadband);
     return deadbands;
