@@ -13,10 +13,10 @@
 namespace plc
 {
 
-/// One at a time. It has the terminal to itself: keys are not echoed, nothing that was there before is lost where
-/// the terminal has a second screen. The terminal is put back as it was at the end of this object's life, by
-/// leave(), and when an exception ends the program. Signals have to be blocked before, see WatchSignals. Messages
-/// for standard error wait until then, where they would go through the screen.
+/// One at a time. It has the terminal to itself: keys are not echoed, nothing that was there before is lost
+/// where the terminal has a second screen. The terminal is put back as it was at the end of this object's life,
+/// by leave(), and when an exception ends the program. Signals have to be blocked before, see WatchSignals.
+/// Messages for standard error wait until then, where they would go through the screen.
 class Screen
 {
 public:

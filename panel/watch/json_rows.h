@@ -14,8 +14,8 @@
 namespace plc
 {
 
-/// Makes the lines of watchJson(), character by character the same. What stays of a row is kept from its second line on;
-/// numbers are written as they are. What is rare is left to watchJson().
+/// Makes the lines of watchJson(), character by character the same. What stays of a row is kept from its second
+/// line on; numbers are written as they are. What is rare is left to watchJson().
 class JsonRows
 {
 public:

@@ -7,7 +7,7 @@
 namespace plc
 {
 
-/// Places are counted from 0 on, in the order in which the rows stand. The selected place is in sight after each
+/// Places are counted from 0 on, in the order in which the rows stand. The selected one is in sight after each
 /// step.
 class RowWindow
 {

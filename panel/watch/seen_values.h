@@ -31,8 +31,8 @@ struct SeenCounts {
     int outside = 0; ///< fresh, but outside the limits of the list
 };
 
-/// \return the place of a value among troubles: failed, never read, station off, stale, unconfirmed, outside its
-///         limits, none
+/// \return the place of a value among troubles: failed, never read, station off, stale, unconfirmed, outside
+///         its limits, none
 int troubleOf(const CyclicValue& value, bool isOutside);
 
 /// Any thread. It is told of every change, not only of those that are there when somebody looks.
