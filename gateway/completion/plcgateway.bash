@@ -32,7 +32,7 @@ _plcgateway() {
   --mqtt) mapfile -t COMPREPLY < <(compgen -W "3.1.1 5" -- "$current") && return ;;
   --controller | --broker) mapfile -t COMPREPLY < <(compgen -A hostname -- "$current") && return ;;
   esac
-  [[ " "${valued//$'\n'/ }" " == *" $before "* ]] && return
+  [[ " ${valued//$'\n'/ } " == *" $before "* ]] && return
   mapfile -t COMPREPLY < <(compgen -W "$switches $valued" -- "$current")
 }
 
