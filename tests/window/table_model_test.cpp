@@ -109,7 +109,7 @@ TEST_F(TableModelTest, AConfirmedWriteSaysSoForAWhile)
     plc::WriteOutcome outcome;
     outcome.confirmed = true;
     ends(Speed, 1, outcome);
-    EXPECT_EQ("20.0 m/min written and confirmed", mark(Speed));
+    EXPECT_EQ("20.0 m/min confirmed", mark(Speed));
     source.now += TableModel::confirmedShownMs;
     model.apply({});
     EXPECT_EQ("", mark(Speed));

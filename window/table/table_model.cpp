@@ -76,7 +76,7 @@ void TableModel::applyWrite(const WriteNews& news)
     const WriteOutcome& outcome = news.outcome;
     if (outcome.confirmed) {
         row.mark = WriteMark::Confirmed;
-        row.markText = tr("%1 written and confirmed").arg(row.markText);
+        row.markText = tr("%1 confirmed").arg(row.markText);
     } else if (outcome.broadcast) {
         row.mark = WriteMark::Confirmed;
         row.markText = tr("%1 sent to all, which nobody confirms").arg(row.markText);

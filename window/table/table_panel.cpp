@@ -117,7 +117,7 @@ void TablePanel::makeView()
     header->setStretchLastSection(false);
     header->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     const int letter = m_view->fontMetrics().averageCharWidth();
-    const int letters[TableModel::Columns] = {28, 38, 16, 10, 34, 16};
+    const int letters[TableModel::Columns] = {28, 44, 16, 10, 34, 16};
     for (int column = 0; column < TableModel::Columns; ++column)
         header->resizeSection(column, letters[column] * letter);
     header->setSectionResizeMode(TableModel::State, QHeaderView::Stretch);
