@@ -211,7 +211,7 @@ protected:
         settings.driverPath = QString::fromUtf8(builtDriver());
         settings.port = controller.port();
         settings.pollMs = 1;
-        settings.timeoutMs = 20;
+        settings.timeoutMs = 100;
         settings.retryLimit = 0;
         path = folder.filePath(QStringLiteral("report.jsonl"));
         plc::Runtime runtime(settings);
@@ -249,15 +249,19 @@ TEST_F(CaptureTest, ShowsAnyTimeOfIt)
     const auto capture = load();
     ASSERT_EQ("", capture->error.toStdString());
     std::vector<quint32> levels;
-    for (const auto& change : capture->changes[0]) {
-        if (change.news.answered)
-            levels.push_back(change.news.values.front());
+    qint64 tenAtMs = 0;
+    for (const auto& change : capture->changes[0]) { // a busy machine may have failed in between
+        if (!change.news.answered || (!levels.empty() && levels.back() == change.news.values.front()))
+            continue;
+        levels.push_back(change.news.values.front());
+        if (levels.back() == 10)
+            tenAtMs = change.atMs;
     }
     EXPECT_EQ((std::vector<quint32>{0, 10, 20, 30}), levels);
     plc::CapturePlayer player(capture);
     player.seek(capture->lastMs);
     EXPECT_EQ(plc::ValueState::Failed, player.take().values.at(0).state);
-    player.seek(capture->changes[0][1].atMs);
+    player.seek(tenAtMs);
     EXPECT_EQ(std::vector<quint32>{10}, player.take().values.at(0).values);
     EXPECT_TRUE(player.take().values.empty()) << "time stood still";
 }

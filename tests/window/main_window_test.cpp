@@ -25,6 +25,7 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSettings>
 #include <QTableView>
 #include <QTemporaryDir>
 #include <QTreeWidget>
@@ -36,7 +37,12 @@ namespace
 using plc::TableModel;
 using test::until;
 
-class MainWindowTest : public testing::Test
+/// What an earlier window kept is gone before one is made.
+struct FreshSettings {
+    FreshSettings() { QSettings().clear(); }
+};
+
+class MainWindowTest : public testing::Test, private FreshSettings
 {
 protected:
     MainWindowTest()
