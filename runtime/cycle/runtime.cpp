@@ -94,18 +94,16 @@ bool isLinkDown(const Failure& why)
 /// What the communication thread has to do next.
 struct Turn {
     bool frameIsDue = false;
-    QByteArray frame;
-    bool replyExpected = true;
-    int replySize = 0; // what the driver expects
-    RW_VAR request = {};
+    int replySize = 0;          // what the driver expects
+    ExchangeRecord record = {}; // of the frame's exchange, as far as it has got
 };
 
-/// \return what a controller takes that acknowledges the frame of \a turn, for people
-QString takenBy(const Turn& turn)
+/// \return what a controller takes that acknowledges the frame of \a record, for people
+QString takenBy(const ExchangeRecord& record)
 {
-    if (turn.request.hostKey != writeKey)
+    if (record.request.hostKey != writeKey)
         return QStringLiteral("the read");
-    return byteAt(turn.frame, functionOffset) == ReadRegisters
+    return byteAt(record.frame, functionOffset) == ReadRegisters
                ? QStringLiteral("only the read of the bit's word, without which nothing is written,")
                : QStringLiteral("the write");
 }
@@ -156,13 +154,13 @@ private:
     void waitForWork(int milliseconds);
     void waitUnlessStopped(int milliseconds);
     void exchange(Turn& turn);
-    int judge(const Turn& turn, const LinkExchange& exchange, int exception, LaterCalls::Calls* calls);
-    void answered(const Turn& turn, Clock::time_point repliedAt);
-    void givenUp(const Turn& turn, const Failure& why);
+    int judge(const ExchangeRecord& record, int exception, LaterCalls::Calls* calls);
+    void answered(const ExchangeRecord& record);
+    void givenUp(const ExchangeRecord& record, const Failure& why);
     void lost(int station, const Failure& why);
     void failWaiting(int station, const Failure& why);
     Failure unsentFailure(int code) const;
-    Failure whyGivenUp(const Turn& turn, int code, const LinkExchange& exchange) const;
+    Failure whyGivenUp(const ExchangeRecord& record, int code) const;
 
     const Settings m_settings;
     ExchangeObserver m_observer;
@@ -395,7 +393,7 @@ void Runtime::Private::communicate()
     while (!m_stopping) {
         waitForPass();
         Turn turn = takeTurn();
-        if (turn.frameIsDue && !CyclicValues::isPacing(turn.request)) {
+        if (turn.frameIsDue && !CyclicValues::isPacing(turn.record.request)) {
             exchange(turn);
             continue;
         }
@@ -414,7 +412,8 @@ void Runtime::Private::tell()
     LaterCalls::Calls calls;
     {
         std::lock_guard<std::mutex> lock(m_mutex);
-        collectChanges();
+        if (m_valueObserver)
+            collectChanges();
         calls = m_later.take();
     }
     LaterCalls::make(calls);
@@ -422,8 +421,6 @@ void Runtime::Private::tell()
 
 void Runtime::Private::collectChanges()
 {
-    if (!m_valueObserver)
-        return;
     const Clock::time_point now = Clock::now();
     if (now - m_agedAt >= ageingPeriod) {
         m_cyclic.touchAged();
@@ -456,8 +453,6 @@ void Runtime::Private::feed()
 /// Serves a station again when the driver has thrown away what was there before it was switched off.
 void Runtime::Private::endHolding()
 {
-    if (m_stations.held().empty()) // as nearly always
-        return;
     const std::set<int> held = m_stations.held();
     for (const int station : held) {
         if (!m_writes.driverHas(station) && !m_reads.driverHas(station))
@@ -470,14 +465,16 @@ Turn Runtime::Private::takeTurn()
     std::lock_guard<std::mutex> lock(m_mutex);
     m_hasWork = false;
     m_stations.endPauses();
-    endHolding();
+    if (!m_stations.held().empty())
+        endHolding();
     feed();
     const Protocol* protocol = m_calls.ComCommunication();
     m_writes.polled();
     m_reads.polled();
     if (protocol == nullptr)
         return Turn();
-    return {true, protocol->frame, protocol->replyLength != 0, protocol->replyLength, protocol->var};
+    const bool replyExpected = protocol->replyLength != 0;
+    return {true, protocol->replyLength, {0, protocol->frame, {}, protocol->var, replyExpected, 0}};
 }
 
 void Runtime::Private::endPass()
@@ -534,38 +531,37 @@ void Runtime::Private::waitForWork(int milliseconds)
 
 void Runtime::Private::waitUnlessStopped(int milliseconds)
 {
-    if (milliseconds == 0)
-        return;
     std::unique_lock<std::mutex> lock(m_mutex);
     m_workCame.wait_for(lock, std::chrono::milliseconds(milliseconds), [this] { return m_stopping.load(); });
 }
 
-/// \param turn taken apart by it
 void Runtime::Private::exchange(Turn& turn)
 {
-    LinkExchange exchange = m_link.exchange(turn.frame, turn.replyExpected, turn.replySize);
+    ExchangeRecord& record = turn.record;
+    m_link.exchange(record.frame, record.replyExpected, turn.replySize, &record.exchange);
     if (m_stopping)
         return;
     LaterCalls::Calls calls;
-    const int exception = exceptionIn(exchange);
-    const int result = judge(turn, exchange, exception, &calls);
+    const int exception = exceptionIn(record.exchange);
+    record.result = judge(record, exception, &calls);
     const int pauseMs = m_pause.after(exception);
-    const int durationMs = static_cast<int>(exchange.durationMs);
+    record.durationMs = static_cast<int>(record.exchange.durationMs);
     if (m_observer)
-        m_observer({durationMs, std::move(turn.frame), std::move(exchange), std::move(turn.request),
-                    turn.replyExpected, result});
+        m_observer(record);
     LaterCalls::make(calls);
-    waitUnlessStopped(pauseMs);
+    if (pauseMs > 0)
+        waitUnlessStopped(pauseMs);
 }
 
-/// \param exception that \a exchange brought
+/// \param exception that the exchange of \a record brought
 /// \param calls what it brought, to those who want to be told
-int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange, int exception,
-                            LaterCalls::Calls* calls)
+/// \return the driver's code
+int Runtime::Private::judge(const ExchangeRecord& record, int exception, LaterCalls::Calls* calls)
 {
+    const LinkExchange& exchange = record.exchange;
     QByteArray reply = exchange.reply;
     // With nothing to judge the driver would take a broadcast that never went out for done.
-    if (faultIn(exchange) != FailureKind::None || (!turn.replyExpected && !exchange.sent))
+    if (faultIn(exchange) != FailureKind::None || (!record.replyExpected && !exchange.sent))
         reply = replyOfWrongLength();
     std::lock_guard<std::mutex> lock(m_mutex);
     if (exception == Acknowledge)
@@ -573,39 +569,42 @@ int Runtime::Private::judge(const Turn& turn, const LinkExchange& exchange, int 
     const int code = m_calls.DataCom(&reply, reply.size())->result;
     if (code != PLC_RETRYING)
         m_driver->renewTries();
-    m_counter.exchanged(turn.request, exchange.replyMicroseconds, code);
-    if (turn.replyExpected)
-        m_stations.tried(turn.request.station, endOf(exchange, code));
+    m_counter.exchanged(record.request, exchange.replyMicroseconds, code);
+    if (record.replyExpected)
+        m_stations.tried(record.request.station, endOf(exchange, code));
     if (isSuccess(code))
-        answered(turn, exchange.repliedAt);
+        answered(record);
     else if (code != PLC_RETRYING)
-        givenUp(turn, whyGivenUp(turn, code, exchange));
-    collectChanges();
+        givenUp(record, whyGivenUp(record, code));
+    if (m_valueObserver)
+        collectChanges();
     *calls = m_later.take();
     return code;
 }
 
-void Runtime::Private::answered(const Turn& turn, Clock::time_point repliedAt)
+void Runtime::Private::answered(const ExchangeRecord& record)
 {
-    if (turn.request.hostKey == writeKey)
+    const RW_VAR& request = record.request;
+    if (request.hostKey == writeKey)
         m_writes.answered();
-    else if (turn.request.hostKey == onceReadKey)
+    else if (request.hostKey == onceReadKey)
         m_reads.answered();
-    else if (turn.request.hostKey == cyclicKey)
-        m_counter.blockEnded(turn.request, m_cyclic.answered(turn.request, repliedAt));
+    else if (request.hostKey == cyclicKey)
+        m_counter.blockEnded(request, m_cyclic.answered(request, record.exchange.repliedAt));
 }
 
-void Runtime::Private::givenUp(const Turn& turn, const Failure& why)
+void Runtime::Private::givenUp(const ExchangeRecord& record, const Failure& why)
 {
-    const int key = turn.request.hostKey;
+    const RW_VAR& request = record.request;
+    const int key = request.hostKey;
     if (key == cyclicKey)
-        m_counter.blockEnded(turn.request, m_cyclic.givenUp(turn.request, why));
-    m_writes.givenUp(key == writeKey, turn.request.station, why);
-    m_reads.givenUp(key == onceReadKey, turn.request.station, why);
-    if (turn.replyExpected && m_stations.givenUp(turn.request.station, why))
-        lost(turn.request.station, why);
+        m_counter.blockEnded(request, m_cyclic.givenUp(request, why));
+    m_writes.givenUp(key == writeKey, request.station, why);
+    m_reads.givenUp(key == onceReadKey, request.station, why);
+    if (record.replyExpected && m_stations.givenUp(request.station, why))
+        lost(request.station, why);
     else if (isLinkDown(why))
-        failWaiting(turn.request.station, why);
+        failWaiting(request.station, why);
 }
 
 /// Nothing may wait for a station that pauses: the driver would throw it away without having tried.
@@ -623,15 +622,16 @@ void Runtime::Private::failWaiting(int station, const Failure& why)
     m_reads.lost(station, why);
 }
 
-Failure Runtime::Private::whyGivenUp(const Turn& turn, int code, const LinkExchange& exchange) const
+Failure Runtime::Private::whyGivenUp(const ExchangeRecord& record, int code) const
 {
+    const LinkExchange& exchange = record.exchange;
     if (!exchange.sent)
         return unsentFailure(code);
     if (exchange.reply.isEmpty())
         return silenceFailure(code, exchange, m_settings.timeoutMs);
     Failure failure = replyFailure(code, faultIn(exchange), exchange.reply, m_settings.timeoutMs);
     if (failure.kind == FailureKind::Acknowledged)
-        failure.detail = takenBy(turn);
+        failure.detail = takenBy(record);
     return failure;
 }
 

@@ -34,7 +34,7 @@ bool StationPauses::givenUp(int number, const Failure& why, qint64 now)
     station.failure = station.lost ? why : Failure();
     if (station.lastTry != TryEnd::NoAnswer || station.unanswered < m_triesOfRequest || m_firstPauseMs == 0)
         return false;
-    station.pausing = true;
+    station.pausing = m_hasPaused = true;
     station.until = now + std::max(station.nextPauseMs, m_firstPauseMs);
     station.nextPauseMs = std::min(2 * std::max(station.nextPauseMs, m_firstPauseMs), longestStationPauseMs);
     return true;
@@ -83,7 +83,8 @@ bool StationPauses::isPausing(int number) const
 
 bool StationPauses::anyPausing() const
 {
-    return std::any_of(m_stations.begin(), m_stations.end(),
+    return m_hasPaused && // it is asked with each request
+           std::any_of(m_stations.begin(), m_stations.end(),
                        [](const auto& station) { return station.second.pausing; });
 }
 

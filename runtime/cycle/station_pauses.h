@@ -77,6 +77,7 @@ private:
     const int m_firstPauseMs;
     const int m_triesOfRequest;
     std::map<int, Station> m_stations;
+    bool m_hasPaused = false; // any of them, since the start
 };
 
 } // namespace plc

@@ -28,7 +28,7 @@ Link::Link(const QString& host, int port, int timeoutMs, FrameFormat format)
 
 Link::Link(std::unique_ptr<Transport> transport, int timeoutMs, FrameFormat format, TimeSource& time)
     : m_timeoutMs(timeoutMs), m_format(format), m_time(time), m_connection(std::move(transport), time),
-      m_matcher(replyMatcherFor(format))
+      m_matcher(replyMatcherFor(format)), m_knowsLateReplies(m_matcher->knowsLateReplies())
 {
 }
 
@@ -42,38 +42,42 @@ void Link::setTap(const std::shared_ptr<LinkTap>& tap)
 
 LinkExchange Link::exchange(const QByteArray& frame, bool replyExpected, int replySize)
 {
-    LinkExchange exchange = tryToExchange(frame, replyExpected, replySize);
-    if (!exchange.sent && m_tap && !m_connection.isStopping()) {
+    LinkExchange made;
+    exchange(frame, replyExpected, replySize, &made);
+    return made;
+}
+
+void Link::exchange(const QByteArray& frame, bool replyExpected, int replySize, LinkExchange* exchange)
+{
+    tryToExchange(frame, replyExpected, replySize, exchange);
+    if (!exchange->sent && m_tap && !m_connection.isStopping()) {
         const LinkEnd target = m_connection.target();
         m_tap->notSent(frame, noConnectionWords(target.address, target.port, state().lastError));
     }
-    return exchange;
 }
 
-LinkExchange Link::tryToExchange(const QByteArray& frame, bool replyExpected, int replySize)
+void Link::tryToExchange(const QByteArray& frame, bool replyExpected, int replySize, LinkExchange* exchange)
 {
-    LinkExchange exchange;
-    exchange.format = m_format;
+    exchange->format = m_format;
     Clock::time_point begin = m_time.now();
     if (!isStillConnected(begin)) {
         const bool connectedAgain = connectAgain(begin);
-        exchange.durationMs = m_time.msSince(begin);
+        exchange->durationMs = m_time.msSince(begin);
         if (!connectedAgain)
-            return exchange;
+            return;
         begin = m_time.now(); // the round trip begins here
     }
     QByteArray outgoing = m_matcher->prepare(frame, replySize);
     if (!m_connection.send(outgoing, m_timeoutMs))
-        return exchange;
-    exchange.sent = true;
-    exchange.sentFrame = std::move(outgoing);
+        return;
+    exchange->sent = true;
+    exchange->sentFrame = std::move(outgoing);
     if (replyExpected)
-        receive(begin, &exchange);
-    if (exchange.reply.isEmpty())
-        exchange.durationMs += m_time.msSince(begin);
+        receive(begin, exchange);
+    if (exchange->reply.isEmpty())
+        exchange->durationMs += m_time.msSince(begin);
     else
-        noteReply(begin, &exchange);
-    return exchange;
+        noteReply(begin, exchange);
 }
 
 void Link::noteReply(Clock::time_point begin, LinkExchange* exchange)
@@ -90,8 +94,7 @@ bool Link::isInFlow(Clock::time_point now) const
 {
     const int trustedAnswers = 8;
     const std::chrono::microseconds shortTime(100);
-    return m_matcher->knowsLateReplies() && m_connection.answers() > trustedAnswers &&
-           now - m_repliedAt < shortTime;
+    return m_knowsLateReplies && m_connection.answers() > trustedAnswers && now - m_repliedAt < shortTime;
 }
 
 /// Notices that the other side has closed meanwhile, so that this costs no request a try. Bytes that came are seen by
@@ -103,10 +106,11 @@ bool Link::isStillConnected(Clock::time_point now)
     if (isInFlow(now))
         return true;
     const int waitMs = m_closing.waitMs(m_connection.answers());
-    m_assembler.append(waitMs > 0 ? m_connection.receive(waitMs) : m_connection.look());
+    m_connection.receive(waitMs, &m_received);
+    m_assembler.append(m_received);
     if (!m_connection.isOpen())
         m_closing.closed(m_connection.answers());
-    if (m_connection.isOpen() && !m_matcher->knowsLateReplies() && m_assembler.partial())
+    if (m_connection.isOpen() && !m_knowsLateReplies && m_assembler.partial())
         m_connection.dropUntrusted(QStringLiteral("the controller sent something that was not asked for"));
     return m_connection.isOpen();
 }
@@ -125,7 +129,8 @@ bool Link::connectAgain(Clock::time_point begin)
 /// Waits for the matching reply until the time-out from \a begin on is over, and judges the connection.
 void Link::receive(Clock::time_point begin, LinkExchange* exchange)
 {
-    waitForReply(begin, exchange);
+    if (waitForReply(begin, exchange))
+        return;
     const bool answered = !exchange->reply.isEmpty();
     if (!answered && !m_connection.isOpen())
         return;
@@ -134,20 +139,37 @@ void Link::receive(Clock::time_point begin, LinkExchange* exchange)
     judgeStream({answered, m_assembler.partial(), !exchange->dropped.empty()});
 }
 
-void Link::waitForReply(Clock::time_point begin, LinkExchange* exchange)
+/// \return true when the reply came so that there is nothing to judge
+bool Link::waitForReply(Clock::time_point begin, LinkExchange* exchange)
 {
     for (qint64 left = m_timeoutMs; left > 0 && !m_connection.isStopping();
          left = m_timeoutMs - m_time.msSince(begin)) {
-        m_assembler.append(m_connection.receive(static_cast<int>(std::min<qint64>(left, sliceMs))));
-        takeReplies(exchange);
-        if (!exchange->reply.isEmpty())
-            return m_connection.answered();
-        if (!m_connection.isOpen())
-            return noteClosed(exchange);
+        m_connection.receive(static_cast<int>(std::min<qint64>(left, sliceMs)), &m_received);
+        const bool answeredAtOnce = isAnsweredAtOnce(exchange);
+        if (!answeredAtOnce)
+            takeReplies(exchange);
+        if (!exchange->reply.isEmpty()) {
+            m_connection.answered();
+            return answeredAtOnce;
+        }
+        if (!m_connection.isOpen()) {
+            noteClosed(exchange);
+            return false;
+        }
         exchange->outOfStep = m_assembler.outOfStep();
         if (exchange->outOfStep)
-            return;
+            return false;
     }
+    return false;
+}
+
+/// As nearly always: the reply came whole, and nothing else.
+bool Link::isAnsweredAtOnce(LinkExchange* exchange)
+{
+    if (!m_assembler.wouldBeWhole(m_received) || !m_matcher->acceptAlone(&m_received))
+        return false;
+    exchange->reply = m_received;
+    return true;
 }
 
 void Link::noteClosed(LinkExchange* exchange)
@@ -173,13 +195,14 @@ void Link::judgeStream(const StreamEnd& end)
     else if (!distrust.isEmpty())
         m_connection.dropUntrusted(distrust);
     // It lasted its time-out, which is pause enough; the station has failed, not the connection.
-    if (!m_matcher->knowsLateReplies() && !end.answered && !m_assembler.outOfStep())
+    if (!m_knowsLateReplies && !end.answered && !m_assembler.outOfStep())
         m_connection.restartPauses();
 }
 
 /// Takes whole replies out of what has arrived and looks for the matching one.
 void Link::takeReplies(LinkExchange* exchange)
 {
+    m_assembler.append(m_received);
     for (QByteArray reply = m_assembler.next(); !reply.isEmpty(); reply = m_assembler.next()) {
         DropReason reason = DropReason::Late;
         if (m_matcher->accept(&reply, &reason))

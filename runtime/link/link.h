@@ -50,6 +50,9 @@ public:
     /// \param replySize bytes of the reply; with remote frames one of another size does not fit
     LinkExchange exchange(const QByteArray& frame, bool replyExpected, int replySize = 0);
 
+    /// The same. \param exchange as it is made; receives what the exchange brought
+    void exchange(const QByteArray& frame, bool replyExpected, int replySize, LinkExchange* exchange);
+
     /// Closes the connection; to be called last on the thread that made the exchanges.
     void close() { m_connection.close(); }
 
@@ -60,16 +63,17 @@ public:
     LinkState state() const { return m_connection.state(); }
 
 private:
-    LinkExchange tryToExchange(const QByteArray& frame, bool replyExpected, int replySize);
+    void tryToExchange(const QByteArray& frame, bool replyExpected, int replySize, LinkExchange* exchange);
     bool isStillConnected(Clock::time_point now);
     bool isInFlow(Clock::time_point now) const;
     bool connectAgain(Clock::time_point begin);
     void noteReply(Clock::time_point begin, LinkExchange* exchange);
     void receive(Clock::time_point begin, LinkExchange* exchange);
-    void waitForReply(Clock::time_point begin, LinkExchange* exchange);
+    bool waitForReply(Clock::time_point begin, LinkExchange* exchange);
     void noteClosed(LinkExchange* exchange);
     void noteSilence(const QByteArray& sentFrame);
     void judgeStream(const StreamEnd& end);
+    bool isAnsweredAtOnce(LinkExchange* exchange);
     void takeReplies(LinkExchange* exchange);
     void noteDropped(LinkExchange* exchange, const QByteArray& reply, DropReason reason);
 
@@ -80,7 +84,9 @@ private:
     LinkConnection m_connection;
     ReplyAssembler m_assembler;
     const std::unique_ptr<ReplyMatcher> m_matcher;
+    const bool m_knowsLateReplies; // the matcher
     ClosingHabit m_closing;
+    QByteArray m_received;         // at last; its room is used again
     Clock::time_point m_repliedAt; // the last time
 };
 

@@ -92,24 +92,11 @@ bool LinkConnection::send(const QByteArray& frame, int timeoutMs)
     return sent;
 }
 
-QByteArray LinkConnection::receive(int timeoutMs)
+void LinkConnection::receive(int timeoutMs, QByteArray* bytes)
 {
-    QByteArray bytes = m_transport->receive(timeoutMs);
-    tap(bytes);
-    return bytes;
-}
-
-QByteArray LinkConnection::look()
-{
-    QByteArray bytes = m_transport->look();
-    tap(bytes);
-    return bytes;
-}
-
-void LinkConnection::tap(const QByteArray& bytes)
-{
-    if (m_tap && !bytes.isEmpty())
-        m_tap->received(bytes);
+    m_transport->receive(timeoutMs, bytes);
+    if (m_tap && !bytes->isEmpty())
+        m_tap->received(*bytes);
 }
 
 void LinkConnection::drop(const QString& why)

@@ -41,8 +41,7 @@ public:
     bool send(const QByteArray& frame, int timeoutMs);
 
     /// As of the transport. The connection may be closed then, and drop() is to say why.
-    QByteArray receive(int timeoutMs);
-    QByteArray look();
+    void receive(int timeoutMs, QByteArray* bytes);
 
     void drop(const QString& why);
 
@@ -79,7 +78,6 @@ private:
     bool tryToConnect();
     bool pauseUntilNextAttempt(Clock::time_point begin, int timeoutMs);
     void noteConnected();
-    void tap(const QByteArray& bytes);
 
     const std::unique_ptr<Transport> m_transport;
     TimeSource& m_time;

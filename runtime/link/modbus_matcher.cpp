@@ -17,7 +17,8 @@ const int noNumber = 0;
 QByteArray ModbusMatcher::prepare(const QByteArray& frame, int)
 {
     // The last request's bytes are used again where nobody holds them any more.
-    m_request.resize(frame.size());
+    if (m_request.size() != frame.size())
+        m_request.resize(frame.size());
     std::copy(frame.begin(), frame.end(), m_request.data());
     // A device that does not echo the number answers with 0, which must not look like a match.
     if (frame.size() >= headerToLength)
@@ -50,6 +51,12 @@ bool ModbusMatcher::accept(QByteArray* reply, DropReason* reason)
     m_isAnswered = true;
     putWord(reply, numberOffset, noNumber);
     return true;
+}
+
+bool ModbusMatcher::acceptAlone(QByteArray* reply)
+{
+    DropReason reason = DropReason::Late;
+    return !m_owed.areThere() && accept(reply, &reason);
 }
 
 bool ModbusMatcher::fits(const QByteArray& reply, DropReason* reason) const

@@ -27,6 +27,8 @@ public:
     /// A reply that matches has its number put back to 0.
     bool accept(QByteArray* reply, DropReason* reason) override;
 
+    bool acceptAlone(QByteArray* reply) override;
+
     bool knowsLateReplies() const override { return true; }
     void connectedAnew() override { m_owed.reset(); }
     void gaveUp(const QByteArray& sentFrame) override { m_owed.add(sentFrame); }

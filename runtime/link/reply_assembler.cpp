@@ -6,6 +6,25 @@
 namespace plc
 {
 
+namespace
+{
+
+/// \return false for a header that no reply can have
+bool isPossible(const QByteArray& bytes, int length)
+{
+    return wordAt(bytes, protocolOffset) == 0 && length >= shortestLength && length <= longestLength;
+}
+
+} // namespace
+
+bool ReplyAssembler::wouldBeWhole(const QByteArray& bytes) const
+{
+    if (bytes.size() < headerToLength + shortestLength || m_outOfStep || partial())
+        return false;
+    const int length = wordAt(bytes, lengthOffset);
+    return isPossible(bytes, length) && bytes.size() == headerToLength + length;
+}
+
 void ReplyAssembler::append(const QByteArray& bytes)
 {
     if (!m_outOfStep)
@@ -17,7 +36,7 @@ QByteArray ReplyAssembler::next()
     if (m_outOfStep || m_buffer.size() < headerToLength)
         return QByteArray();
     const int length = wordAt(m_buffer, lengthOffset);
-    if (wordAt(m_buffer, protocolOffset) != 0 || length < shortestLength || length > longestLength) {
+    if (!isPossible(m_buffer, length)) {
         m_outOfStep = true;
         return QByteArray();
     }

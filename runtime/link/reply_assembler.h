@@ -17,6 +17,9 @@ class ReplyAssembler
 public:
     void append(const QByteArray& bytes);
 
+    /// \return true when \a bytes, which have come and are not appended, are one reply and nothing else, with none waiting
+    bool wouldBeWhole(const QByteArray& bytes) const;
+
     /// \return the next whole reply, header included; empty when there is none (yet)
     QByteArray next();
 

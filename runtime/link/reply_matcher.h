@@ -40,6 +40,11 @@ public:
     /// \return true once for each request at most
     virtual bool accept(QByteArray* reply, DropReason* reason) = 0;
 
+    /// The usual case at less cost: \a reply is all that came.
+    /// \return true when accept() and isMixed() would have nothing against it and nothing has to be judged behind it;
+    ///         then as after accept(). Else nothing has changed, and they are to be asked.
+    virtual bool acceptAlone(QByteArray*) { return false; }
+
     /// False: a late reply may pass for the answer to a later request. So none may ever come on a connection that
     /// a request goes out on.
     virtual bool knowsLateReplies() const = 0;

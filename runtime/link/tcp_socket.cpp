@@ -7,12 +7,14 @@
 
 #include <netinet/tcp.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <cstring>
 
 namespace plc
 {
@@ -123,6 +125,21 @@ bool isTimeOut(int error)
     return error == EAGAIN || error == EWOULDBLOCK;
 }
 
+// The C library's send() and recv() are places where a thread can be cancelled, which takes four atomic operations for
+// an exchange, and with 32 bits they go through a call of the system that serves all sockets. Nobody cancels here.
+
+ssize_t sendNow(int descriptor, const void* bytes, std::size_t size)
+{
+    const long sent = syscall(SYS_sendto, descriptor, bytes, size, MSG_NOSIGNAL, nullptr, 0);
+    return sent < 0 && errno == ENOSYS ? ::send(descriptor, bytes, size, MSG_NOSIGNAL) : sent;
+}
+
+ssize_t receiveNow(int descriptor, void* bytes, std::size_t most, int flags)
+{
+    const long came = syscall(SYS_recvfrom, descriptor, bytes, most, flags, nullptr, nullptr);
+    return came < 0 && errno == ENOSYS ? ::recv(descriptor, bytes, most, flags) : came;
+}
+
 } // namespace
 
 /// How long a call of the system waits at most; the system is told when that changes.
@@ -169,7 +186,7 @@ struct TcpSocket::Connection {
         sendLimit.set(timeoutMs);
         ssize_t sent = 0;
         do
-            sent = ::send(socket, bytes.constData(), static_cast<std::size_t>(bytes.size()), MSG_NOSIGNAL);
+            sent = sendNow(socket, bytes.constData(), static_cast<std::size_t>(bytes.size()));
         while (sent < 0 && errno == EINTR);
         if (sent == bytes.size())
             return std::nullopt;
@@ -181,7 +198,7 @@ struct TcpSocket::Connection {
     {
         if (timeoutMs > 0)
             receiveLimit.set(timeoutMs);
-        const ssize_t came = ::recv(socket, bytes, most, timeoutMs > 0 ? 0 : MSG_DONTWAIT);
+        const ssize_t came = receiveNow(socket, bytes, most, timeoutMs > 0 ? 0 : MSG_DONTWAIT);
         if (came > 0)
             return static_cast<std::size_t>(came);
         if (came == 0)
@@ -270,27 +287,18 @@ bool TcpSocket::send(const QByteArray& bytes, int timeoutMs)
     return !error || failWith(*error);
 }
 
-QByteArray TcpSocket::receive(int timeoutMs)
+void TcpSocket::receive(int timeoutMs, QByteArray* bytes)
 {
-    return receiveWithin(timeoutMs);
-}
-
-QByteArray TcpSocket::look()
-{
-    return receiveWithin(0);
-}
-
-/// \param timeoutMs 0: does not wait
-QByteArray TcpSocket::receiveWithin(int timeoutMs)
-{
-    if (!m_connection)
-        return QByteArray();
-    std::array<char, mostBytesAtOnce> bytes;
+    std::array<char, mostBytesAtOnce> room; // so that bytes that somebody keeps take no more than they need
     Error error;
-    const std::size_t came = m_connection->receive(bytes.data(), bytes.size(), timeoutMs, &error);
+    std::size_t came = 0;
+    if (m_connection)
+        came = m_connection->receive(room.data(), room.size(), timeoutMs, &error);
+    bytes->resize(static_cast<int>(came));
+    if (came > 0)
+        std::memcpy(bytes->data(), room.data(), came);
     if (error)
         failWith(*error);
-    return QByteArray(bytes.data(), static_cast<int>(came));
 }
 
 } // namespace plc

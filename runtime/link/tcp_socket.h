@@ -39,8 +39,7 @@ public:
     bool send(const QByteArray& bytes, int timeoutMs) override;
 
     /// Closes also when what was sent is not acknowledged.
-    QByteArray receive(int timeoutMs) override;
-    QByteArray look() override;
+    void receive(int timeoutMs, QByteArray* bytes) override;
 
     LinkEnd target() const override { return {m_host, m_port}; }
     LinkEnd ownEnd() const override;
@@ -53,7 +52,6 @@ private:
 
     int connectWithin(int timeoutMs, std::error_code* error);
     bool failWith(const std::error_code& error);
-    QByteArray receiveWithin(int timeoutMs);
 
     const QString m_host;
     const int m_port;

@@ -32,13 +32,10 @@ public:
     /// \return true when all of \a bytes are on their way; else it is closed, see errorString()
     virtual bool send(const QByteArray& bytes, int timeoutMs) = 0;
 
-    /// Closes when the other side has, or when it is found to be gone.
-    /// \param timeoutMs from 1 on
-    /// \return what has arrived; when nothing has, waits for \a timeoutMs at most
-    virtual QByteArray receive(int timeoutMs) = 0;
-
-    /// The same without a wait: a look whether bytes have come or the other side has closed.
-    virtual QByteArray look() = 0;
+    /// Waits for \a timeoutMs at most when nothing has arrived; not at all for 0, which is a look whether bytes have
+    /// come or the other side has closed. Closes when it has, or when it is found to be gone.
+    /// \param bytes receives what has arrived, in the room that it has where nobody else holds that
+    virtual void receive(int timeoutMs, QByteArray* bytes) = 0;
 
     /// What it connects to, as it was told.
     virtual LinkEnd target() const = 0;

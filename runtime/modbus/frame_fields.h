@@ -26,8 +26,9 @@ inline int wordAt(const QByteArray& bytes, int offset)
 /// Writes \a value big-endian at \a offset, which must be inside \a bytes with the byte behind it.
 inline void putWord(QByteArray* bytes, int offset, int value)
 {
-    (*bytes)[offset] = static_cast<char>((value >> 8) & 0xFF);
-    (*bytes)[offset + 1] = static_cast<char>(value & 0xFF);
+    char* const place = bytes->data() + offset;
+    place[0] = static_cast<char>((value >> 8) & 0xFF);
+    place[1] = static_cast<char>(value & 0xFF);
 }
 
 /// \return true for a refusal, however long it is: some gateways leave bytes of an older reply behind it

@@ -3,6 +3,8 @@
 
 #include <QThread>
 
+#include <ctime>
+
 namespace plc
 {
 
@@ -12,7 +14,12 @@ namespace
 class SystemTime : public TimeSource
 {
 public:
-    Clock::time_point now() const override { return Clock::now(); }
+    Clock::time_point now() const override
+    {
+        timespec time = {};
+        clock_gettime(CLOCK_MONOTONIC, &time); // as Clock, whose way there with 32 bits is twice as long
+        return Clock::time_point(std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec));
+    }
 
     void sleep(int milliseconds) override { QThread::msleep(static_cast<unsigned long>(milliseconds)); }
 };

@@ -105,7 +105,22 @@ public:
         return true;
     }
 
-    QByteArray receive(int timeoutMs) override
+    void receive(int timeoutMs, QByteArray* bytes) override { *bytes = comeWithin(timeoutMs); }
+
+    plc::LinkEnd target() const override { return {QStringLiteral("script"), 1}; }
+    plc::LinkEnd ownEnd() const override { return {QStringLiteral("here"), 2}; }
+    plc::LinkEnd otherEnd() const override { return {QStringLiteral("there"), 3}; }
+    QString errorString() const override { return m_error; }
+
+private:
+    struct Coming {
+        plc::Clock::time_point at;
+        QByteArray bytes;
+        bool closes;
+        std::function<void()> act;
+    };
+
+    QByteArray comeWithin(int timeoutMs)
     {
         const plc::Clock::time_point end = m_time.now() + std::chrono::milliseconds(timeoutMs);
         while (m_isOpen && !m_coming.empty() && m_coming.front().at <= end) {
@@ -123,21 +138,6 @@ public:
             sleepUntil(end);
         return QByteArray();
     }
-
-    QByteArray look() override { return receive(0); }
-
-    plc::LinkEnd target() const override { return {QStringLiteral("script"), 1}; }
-    plc::LinkEnd ownEnd() const override { return {QStringLiteral("here"), 2}; }
-    plc::LinkEnd otherEnd() const override { return {QStringLiteral("there"), 3}; }
-    QString errorString() const override { return m_error; }
-
-private:
-    struct Coming {
-        plc::Clock::time_point at;
-        QByteArray bytes;
-        bool closes;
-        std::function<void()> act;
-    };
 
     void schedule(const Script& script)
     {

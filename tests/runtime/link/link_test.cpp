@@ -198,6 +198,55 @@ TEST_F(LinkTest, PutsTogetherAReplyThatComesInPieces)
     EXPECT_EQ(exchange.durationMs, 40);
 }
 
+TEST_F(LinkTest, AReplyThatIsKeptIsNotTheRoomOfTheNext)
+{
+    const LinkExchange kept = askWhile(Script().send("0001 0000 0005 01 03 02 9999"));
+    EXPECT_EQ(askWhile(Script().send(secondReply)).reply, register5Is1234);
+    EXPECT_EQ(kept.reply, QByteArray::fromHex("0000000000050103029999"));
+}
+
+TEST_F(LinkTest, TakesARefusalForAnAnswer)
+{
+    EXPECT_EQ(askWhile(Script().send("0001 0000 0003 01 83 02")).reply,
+              QByteArray::fromHex("000000000003018302"));
+}
+
+TEST_F(LinkTest, TakesTheReplyThatComesAloneBehindOneThatWasDropped)
+{
+    const LinkExchange exchange =
+        askWhile(Script().send("0001 0000 0005 02 03 02 9999").after(5).send(firstReply));
+    EXPECT_EQ(exchange.reply, register5Is1234);
+    EXPECT_EQ(exchange.dropped.size(), 1u);
+    EXPECT_TRUE(link.state().connected);
+}
+
+TEST_F(LinkTest, DropsASecondReplyThatComesAlone)
+{
+    askWhile(Script().send(firstReply).after(1).send(firstReply));
+    EXPECT_EQ(askWhile(Script().after(5).send(secondReply)).reply, register5Is1234);
+    EXPECT_EQ(link.state().dropped.doubled, 1);
+}
+
+TEST_F(LinkTest, ABeginningLeftFromBeforeIsPartOfWhatComesNext)
+{
+    askWhile(Script().send("0001 0000 0005 01 03 02 1234 FFFF 0000 0005 01"));
+    const LinkExchange exchange = askWhile(Script().send("03 02 9999 0002 0000 0005 01 03 02 1234"));
+    EXPECT_EQ(exchange.reply, register5Is1234);
+    EXPECT_EQ(link.state().dropped.late, 1);
+}
+
+TEST_F(LinkTest, AReplyWithBytesBehindItIsTakenAndTheBytesWait)
+{
+    EXPECT_EQ(askWhile(Script().send("0001 0000 0005 01 03 02 1234 00")).reply, register5Is1234);
+    EXPECT_EQ(askWhile(Script().send("02 0000 0005 01 03 02 1234")).reply, register5Is1234);
+}
+
+TEST_F(LinkTest, AReplyThatNeedNotBeJudgedCountsAsAnAnswerOfItsConnection)
+{
+    askWhile(Script().send(firstReply));
+    EXPECT_TRUE(askWhile(Script().close()).answeredBefore);
+}
+
 TEST_F(LinkTest, DropsRepliesThatDoNotMatchAndTakesTheOneThatDoes)
 {
     const LinkExchange exchange = askWhile(Script().send("FFFF 0000 0005 01 03 02 9999"
@@ -274,6 +323,14 @@ TEST_F(LinkOwedAReply, DoesNotTakeALateReplyThatJustFillsUpOneThatWasCut)
                                            readSixRegisters);
     EXPECT_TRUE(exchange.reply.isEmpty()) << exchange.reply.toHex().constData();
     EXPECT_EQ(link.state().untrusted, 1);
+}
+
+TEST_F(LinkOwedAReply, DropsTheLateReplyThatComesAloneAndTakesTheAnswer)
+{
+    const LinkExchange exchange =
+        askWhile(Script().send("0001 0000 0005 01 03 02 9999").after(5).send(secondReply));
+    EXPECT_EQ(exchange.reply, register5Is1234);
+    EXPECT_EQ(link.state().dropped.late, 1);
 }
 
 TEST_F(LinkOwedAReply, TakesAReplyThatComesWithTheLateOne)

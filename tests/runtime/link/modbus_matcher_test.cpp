@@ -22,6 +22,45 @@ QString dropped(ModbusMatcher& matcher, QByteArray reply)
     return matcher.accept(&reply, &reason) ? QString() : plc::dropReasonWords(reason);
 }
 
+/// A reply to the first request that came alone.
+bool isAcceptedAlone(ModbusMatcher& matcher, QByteArray reply = fromHex("0001 0000 0005 01 03 02 1234"))
+{
+    return matcher.acceptAlone(&reply);
+}
+
+TEST(ModbusMatcher, AReplyThatCameAloneIsAcceptedOnceWithNumberZero)
+{
+    ModbusMatcher matcher;
+    matcher.prepare(readRegister);
+    QByteArray reply = fromHex("0001 0000 0005 01 03 02 1234");
+    EXPECT_TRUE(matcher.acceptAlone(&reply));
+    EXPECT_EQ(reply, fromHex("0000 0000 0005 01 03 02 1234"));
+    EXPECT_FALSE(isAcceptedAlone(matcher));
+}
+
+TEST(ModbusMatcher, AnotherReplyThatCameAloneIsLeftAsItIs)
+{
+    for (const char* const hex :
+         {"0002 0000 0005 01 03 02 1234", "0001 0000 0005 02 03 02 1234", "0001 0000 0005 01 04 02 1234"}) {
+        ModbusMatcher matcher;
+        matcher.prepare(readRegister);
+        QByteArray reply = fromHex(hex);
+        EXPECT_FALSE(matcher.acceptAlone(&reply));
+        EXPECT_EQ(reply, fromHex(hex));
+        EXPECT_TRUE(isAcceptedAlone(matcher)) << "it is still waited for";
+    }
+}
+
+TEST(ModbusMatcher, WhileAReplyIsOwedNoneIsAcceptedAsAlone)
+{
+    ModbusMatcher matcher;
+    matcher.gaveUp(fromHex("0009 0000 0006 01 03 0005 0001"));
+    matcher.prepare(readRegister);
+    EXPECT_FALSE(isAcceptedAlone(matcher)) << "it may have been put together of two";
+    matcher.connectedAnew();
+    EXPECT_TRUE(isAcceptedAlone(matcher));
+}
+
 TEST(ModbusMatcher, NumbersEachFrameAndLeavesTheRestAsItIs)
 {
     ModbusMatcher matcher;

@@ -26,6 +26,42 @@ TEST(ReplyAssembler, GivesAWholeReply)
     EXPECT_FALSE(assembler.partial());
 }
 
+TEST(ReplyAssembler, TellsOneWholeReplyFromEverythingElse)
+{
+    const QByteArray whole = fromHex(registerReply);
+    const ReplyAssembler assembler;
+    EXPECT_TRUE(assembler.wouldBeWhole(whole));
+    EXPECT_FALSE(assembler.wouldBeWhole(QByteArray()));
+    for (int size = 0; size < whole.size(); ++size)
+        EXPECT_FALSE(assembler.wouldBeWhole(whole.left(size))) << size << " bytes of it";
+    EXPECT_FALSE(assembler.wouldBeWhole(whole + '\0'));
+    EXPECT_FALSE(assembler.wouldBeWhole(whole + fromHex(writeReply)));
+}
+
+TEST(ReplyAssembler, AHeaderThatNoReplyCanHaveIsOfNoWholeReply)
+{
+    const ReplyAssembler assembler;
+    EXPECT_FALSE(assembler.wouldBeWhole(fromHex("0001 0001 0005 01 03 02 1234"))) << "another protocol";
+    EXPECT_FALSE(assembler.wouldBeWhole(fromHex("0001 0000 0001 01")));
+    EXPECT_TRUE(assembler.wouldBeWhole(fromHex("0001 0000 0002 01 03")));
+    EXPECT_TRUE(assembler.wouldBeWhole(fromHex("0001 0000 00FE") + QByteArray(254, '\1')));
+    EXPECT_FALSE(assembler.wouldBeWhole(fromHex("0001 0000 00FF") + QByteArray(255, '\1')));
+}
+
+TEST(ReplyAssembler, NoReplyIsWholeBehindABeginningThatWaits)
+{
+    ReplyAssembler assembler;
+    assembler.append(fromHex("00"));
+    EXPECT_FALSE(assembler.wouldBeWhole(fromHex(registerReply)));
+}
+
+TEST(ReplyAssembler, NoReplyIsWholeInAStreamThatIsOutOfStep)
+{
+    ReplyAssembler assembler;
+    assembler.distrust();
+    EXPECT_FALSE(assembler.wouldBeWhole(fromHex(registerReply)));
+}
+
 TEST(ReplyAssembler, PutsTwoRepliesTogetherWhereverTheStreamIsCut)
 {
     const QByteArray stream = fromHex(registerReply) + fromHex(writeReply);

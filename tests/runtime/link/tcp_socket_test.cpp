@@ -32,6 +32,13 @@ protected:
         controller.acceptAndReceive(1);
     }
 
+    QByteArray receiveWithin(int timeoutMs)
+    {
+        QByteArray bytes;
+        socket.receive(timeoutMs, &bytes);
+        return bytes;
+    }
+
     /// \return what comes, which may take more than one wait
     QByteArray receiveSomething()
     {
@@ -39,7 +46,7 @@ protected:
         clock.start();
         QByteArray bytes;
         while (bytes.isEmpty() && socket.isOpen() && clock.elapsed() < patienceMs)
-            bytes = socket.receive(patienceMs);
+            bytes = receiveWithin(patienceMs);
         return bytes;
     }
 
@@ -137,10 +144,30 @@ TEST_F(TcpSocketTest, ReceivesWhatCame)
     EXPECT_TRUE(socket.isOpen());
 }
 
+TEST_F(TcpSocketTest, WhatSomebodyHoldsOfTheLastBytesStaysAsItIs)
+{
+    connectBoth();
+    QByteArray bytes = "old";
+    const QByteArray held = bytes;
+    controller.send("01 02 03");
+    while (bytes == held || bytes.isEmpty())
+        socket.receive(patienceMs, &bytes);
+    EXPECT_EQ(bytes, QByteArray::fromHex("010203"));
+    EXPECT_EQ(held, QByteArray("old"));
+}
+
+TEST_F(TcpSocketTest, WhereNothingCameTheLastBytesAreGone)
+{
+    connectBoth();
+    QByteArray bytes = "old";
+    socket.receive(shortMs, &bytes);
+    EXPECT_TRUE(bytes.isEmpty());
+}
+
 TEST_F(TcpSocketTest, WithoutAWaitOnlyWhatIsThereCounts)
 {
     connectBoth();
-    EXPECT_TRUE(socket.look().isEmpty());
+    EXPECT_TRUE(receiveWithin(0).isEmpty());
     EXPECT_TRUE(socket.isOpen());
 }
 
@@ -149,7 +176,7 @@ TEST_F(TcpSocketTest, ASilentOtherSideClosesNothing)
     connectBoth();
     QElapsedTimer clock;
     clock.start();
-    EXPECT_TRUE(socket.receive(shortMs).isEmpty());
+    EXPECT_TRUE(receiveWithin(shortMs).isEmpty());
     EXPECT_LT(clock.elapsed(), patienceMs);
     EXPECT_TRUE(socket.isOpen());
 }
@@ -159,7 +186,7 @@ TEST_F(TcpSocketTest, AShortWaitLastsItsTime)
     connectBoth();
     QElapsedTimer clock;
     clock.start();
-    EXPECT_TRUE(socket.receive(10).isEmpty());
+    EXPECT_TRUE(receiveWithin(10).isEmpty());
     EXPECT_GE(clock.elapsed(), 10);
 }
 
@@ -170,7 +197,7 @@ TEST_F(TcpSocketTest, AShortWaitBehindALongOneIsShort)
     receiveSomething(); // would wait for long
     QElapsedTimer clock;
     clock.start();
-    EXPECT_TRUE(socket.receive(shortMs).isEmpty());
+    EXPECT_TRUE(receiveWithin(shortMs).isEmpty());
     EXPECT_LT(clock.elapsed(), patienceMs);
 }
 
@@ -189,7 +216,7 @@ TEST_F(TcpSocketTest, ALookFindsThatTheOtherSideHasClosed)
     QElapsedTimer clock;
     clock.start();
     while (socket.isOpen() && clock.elapsed() < patienceMs)
-        EXPECT_TRUE(socket.look().isEmpty());
+        EXPECT_TRUE(receiveWithin(0).isEmpty());
     EXPECT_FALSE(socket.isOpen());
 }
 
