@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Lets the thread sanitizer see QMutex. QtCore is not built with it, so without this every datum that a
 // QMutex guards looks like a race. The definitions here take the place of QtCore's in the test programs, do
-// what those do, and tell the sanitizer; it then also finds locks that are taken in two orders.
+// what those do, and tell the sanitizer; it then also finds locks that are taken in two orders. The same holds for
+// assigning texts and bytes: the sanitizer has to see the count that says who frees what several share.
+#include <QByteArray>
 #include <QMutex>
+#include <QString>
 
 #include <dlfcn.h>
 #include <sanitizer/tsan_interface.h>
@@ -41,6 +44,24 @@ void QMutex::unlock() noexcept
     __tsan_mutex_pre_unlock(this, 0);
     real(this);
     __tsan_mutex_post_unlock(this, 0);
+}
+
+QString& QString::operator=(const QString& other) noexcept
+{
+    other.d->ref.ref();
+    if (!d->ref.deref())
+        Data::deallocate(d);
+    d = other.d;
+    return *this;
+}
+
+QByteArray& QByteArray::operator=(const QByteArray& other) noexcept
+{
+    other.d->ref.ref();
+    if (!d->ref.deref())
+        Data::deallocate(d);
+    d = other.d;
+    return *this;
 }
 
 // Remote replies are filed without imageMutex, on purpose: what they store races with whoever reads or writes
