@@ -19,6 +19,8 @@ public:
 
     void add(std::function<void()> call) { m_calls.push_back(std::move(call)); }
 
+    bool areThere() const { return !m_calls.empty(); }
+
     Calls take() { return std::exchange(m_calls, Calls()); }
 
     /// With no lock held.

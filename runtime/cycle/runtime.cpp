@@ -63,9 +63,9 @@ Pending<Outcome> refused(const Failure& failure, const std::function<void(const 
 }
 
 /// A gateway answers in place of a station that it cannot reach.
-TryEnd endOf(const LinkExchange& exchange, int code)
+TryEnd endOf(const LinkExchange& exchange, bool isGood)
 {
-    if (isSuccess(code))
+    if (isGood)
         return TryEnd::Answered;
     if (!exchange.sent)
         return TryEnd::NotSent;
@@ -569,16 +569,18 @@ int Runtime::Private::judge(const ExchangeRecord& record, int exception, LaterCa
     const int code = m_calls.DataCom(&reply, reply.size())->result;
     if (code != PLC_RETRYING)
         m_driver->renewTries();
+    const bool isGood = isSuccess(code);
     m_counter.exchanged(record.request, exchange.replyMicroseconds, code);
     if (record.replyExpected)
-        m_stations.tried(record.request.station, endOf(exchange, code));
-    if (isSuccess(code))
+        m_stations.tried(record.request.station, endOf(exchange, isGood));
+    if (isGood)
         answered(record);
     else if (code != PLC_RETRYING)
         givenUp(record, whyGivenUp(record, code));
     if (m_valueObserver)
         collectChanges();
-    *calls = m_later.take();
+    if (m_later.areThere())
+        *calls = m_later.take();
     return code;
 }
 

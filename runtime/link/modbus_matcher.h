@@ -16,7 +16,7 @@ namespace plc
 ///
 /// So a reply that comes late is known and does no harm; one that was cut and filled up with the bytes of a
 /// late one is known too, see OwedReplies.
-class ModbusMatcher : public ReplyMatcher
+class ModbusMatcher final : public ReplyMatcher
 {
 public:
     /// \return \a frame with the next number, never 0, in its header
