@@ -58,6 +58,7 @@ protected:
 
     ValueState state(int index) const { return values.value(index, calls).state; }
     qint64 age(int index) const { return values.value(index, calls).ageMs; }
+    qint64 readAt(int index) const { return values.value(index, calls).readAtMs; }
 
     CyclicValues values;
     DriverCalls calls;
@@ -77,6 +78,17 @@ TEST_F(CyclicValuesTest, OfABlockAreAsOldAsItsLastReply)
     EXPECT_LT(age(0), 30000);
     EXPECT_LT(age(1), 30000);
     EXPECT_GE(age(1), 10000);
+}
+
+TEST_F(CyclicValuesTest, HaveNeitherAgeNorTimeBeforeTheFirstAnswer)
+{
+    values.add(words(0, 1));
+    values.expect();
+    EXPECT_EQ(age(0), -1);
+    EXPECT_EQ(readAt(0), -1);
+    values.answered(block(0, 1), now);
+    EXPECT_GE(age(0), 0);
+    EXPECT_GT(readAt(0), 0);
 }
 
 TEST_F(CyclicValuesTest, BecomeStaleWhenABlockIsNotAnsweredAnyMore)

@@ -50,4 +50,12 @@ TEST(RequestEnd, OfOneToAStationThatIsOffNamesTheStation)
     EXPECT_EQ(stationOff(7).station, 7);
 }
 
+TEST(RequestEnd, OfOneThatWasNotTriedHasNoCodeAndNothingSeen)
+{
+    EXPECT_EQ(stationOff(7).code, 0);
+    EXPECT_EQ(stationOff(7).exception, 0);
+    EXPECT_EQ(stationOff(7).seen, -1);
+    EXPECT_EQ(failureOf(RequestEnd::Discarded, Failure()).station, -1);
+}
+
 } // namespace

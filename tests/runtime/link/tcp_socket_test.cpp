@@ -190,6 +190,17 @@ TEST_F(TcpSocketTest, AShortWaitLastsItsTime)
     EXPECT_GE(clock.elapsed(), 10);
 }
 
+TEST_F(TcpSocketTest, TheShortestWaitBehindALongOneIsShort)
+{
+    connectBoth();
+    controller.send("01");
+    receiveSomething(); // would wait for long
+    QElapsedTimer clock;
+    clock.start();
+    EXPECT_TRUE(receiveWithin(1).isEmpty());
+    EXPECT_LT(clock.elapsed(), patienceMs);
+}
+
 TEST_F(TcpSocketTest, AShortWaitBehindALongOneIsShort)
 {
     connectBoth();

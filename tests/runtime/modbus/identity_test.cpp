@@ -116,6 +116,26 @@ TEST(Identity, OfACutReplyIsWhatIsWhole)
     EXPECT_THAT(shortest.identity().fields, IsEmpty());
 }
 
+TEST(Identity, HasAnEmptyObjectAtTheEndOfTheReply)
+{
+    AnsweringStation station({"0000 0000 000C 01 2B 0E 01 01 00 00 02 00 02 4142 01 00"});
+    EXPECT_THAT(station.identity().fields,
+                ElementsAre(Pair(QStringLiteral("VendorName"), QStringLiteral("AB")),
+                            Pair(QStringLiteral("ProductCode"), QString())));
+}
+
+TEST(Identity, HasNoMoreObjectsThanTheReplyAnnounces)
+{
+    AnsweringStation station({"0000 0000 000E 01 2B 0E 01 01 00 00 01 00 02 4142 01 02 4344"});
+    EXPECT_EQ(textOf(station.identity()), "AB (function 43)");
+}
+
+TEST(Identity, GivesAnObjectWithoutANameItsNumber)
+{
+    AnsweringStation station({"0000 0000 000B 01 2B 0E 01 01 00 00 01 03 01 41"});
+    EXPECT_THAT(station.identity().fields, ElementsAre(Pair(QStringLiteral("Object3"), QStringLiteral("A"))));
+}
+
 TEST(Identity, HasNothingThatATerminalActsOn)
 {
     AnsweringStation station({"0000 0000 000F 01 2B 0E 01 01 00 00 01 00 05 1B5B326A41"});

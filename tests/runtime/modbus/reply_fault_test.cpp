@@ -58,6 +58,18 @@ TEST(ReplyFault, IsAnotherByteCount)
     EXPECT_EQ(fault(readNineCoils, "0000 0000 0005 01 01 01 FF01"), FailureKind::OtherByteCount);
 }
 
+TEST(ReplyFault, CountsAByteForEachEightCoilsThatWereBegun)
+{
+    EXPECT_EQ(fault("0007 0000 0006 01 01 0005 0001", "0000 0000 0004 01 01 00 01"),
+              FailureKind::OtherByteCount);
+    EXPECT_EQ(fault("0007 0000 0006 01 01 0005 0007", "0000 0000 0004 01 01 00 01"),
+              FailureKind::OtherByteCount);
+    EXPECT_EQ(fault("0007 0000 0006 01 01 0005 0008", "0000 0000 0004 01 01 00 01"),
+              FailureKind::OtherByteCount);
+    EXPECT_EQ(fault("0007 0000 0006 01 01 0005 0010", "0000 0000 0005 01 01 01 FF01"),
+              FailureKind::OtherByteCount);
+}
+
 TEST(ReplyFault, IsLeftToTheDriverWhereTheLengthShowsIt)
 {
     EXPECT_EQ(fault(readTwoRegisters, ""), FailureKind::None);

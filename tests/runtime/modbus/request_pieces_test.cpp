@@ -232,6 +232,10 @@ TEST(CyclicRefusal, KeepsValuesOfSeveralDoubleWordsOffRemoteFrames)
 TEST(CyclicRefusal, IsThatOfReadsToo)
 {
     EXPECT_THAT(cyclicRefusal(variable(15, 0, 1), oneStation).toStdString(), HasSubstr("15 is no area"));
+    Settings remote = oneStation;
+    remote.remoteMode = true;
+    EXPECT_THAT(cyclicRefusal(valuesOf(2, variable(14, 0, 3)), remote).toStdString(),
+                HasSubstr("no whole number of values"));
 }
 
 } // namespace

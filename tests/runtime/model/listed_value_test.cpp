@@ -77,6 +77,7 @@ TEST(ListedValue, IsScaledWithoutTheNoiseOfDoubles)
 TEST(ListedValue, HasTheDigitsOfTheList)
 {
     EXPECT_EQ(listedText(listed("int16", "scale,digits", "0.1,2"), {215}), QStringLiteral("21.50"));
+    EXPECT_EQ(listedText(listed("int16", "scale,digits", "0.1,0"), {216}), QStringLiteral("22"));
     EXPECT_EQ(listedText(listed("float32", "digits", "1"), {0x0000, 0x41AC}), QStringLiteral("21.5"));
     EXPECT_EQ(listedText(listed("int64", "digits", "1"), {1, 0, 0, 0x0020}),
               QStringLiteral("9007199254740993.0"));
@@ -115,6 +116,13 @@ TEST(ListedValue, LiesOutsideItsLimitsWhenItIsNoNumber)
     EXPECT_FALSE(isOutside(listed("bcd16"), {0xFFFF}));
 }
 
+TEST(ListedValue, OfTextLiesNowhereOutside)
+{
+    ListedVariable name = several(2, listed("text"));
+    name.max = 5; // which no list gives to a text, but a program may
+    EXPECT_FALSE(isOutside(name, {0x4142}));
+}
+
 TEST(ListedValue, HasItsLimitsInWords)
 {
     EXPECT_EQ(limitsText(listed("int16", "min,max,unit", "0,90.5,C")), QStringLiteral("0 to 90.5 C"));
@@ -130,6 +138,12 @@ TEST(ListedValueWritten, IsRoundedToWhatTheControllerCanHold)
     EXPECT_EQ(written(oven, "21.54"), Elements({715}));
     EXPECT_EQ(written(oven, "21.56 C"), Elements({716}));
     EXPECT_EQ(written(oven, "-3000"), Elements({0x10000 - 29500}));
+}
+
+TEST(ListedValueWritten, MayBeTheLeastAndTheGreatestThatFit)
+{
+    EXPECT_EQ(written(listed("int16", "scale", "0.1"), "3276.7"), Elements({0x7FFF}));
+    EXPECT_EQ(written(listed("int16", "scale", "0.1"), "-3276.8"), Elements({0x8000}));
 }
 
 TEST(ListedValueWritten, IsRefusedWhenItDoesNotFit)

@@ -55,6 +55,29 @@ TEST(ValueType, IsRefusedByAreasThatCannotHoldIt)
     EXPECT_EQ(elementsOfType(ValueType::Text, 7, 1), 0);
 }
 
+TEST(ValueType, LiesInBitsWordsOrDoubleWords)
+{
+    struct Row {
+        ValueType type;
+        int inBits, inBitsOfWords, inWords,
+            inDoubleWords; // elements of three values; 0: such areas have none
+    };
+    const Row rows[] = {
+        {ValueType::Bit, 3, 3, 0, 0},     {ValueType::Int16, 0, 0, 3, 0},    {ValueType::Uint16, 0, 0, 3, 0},
+        {ValueType::Int32, 0, 0, 6, 3},   {ValueType::Uint32, 0, 0, 6, 3},   {ValueType::Float32, 0, 0, 6, 3},
+        {ValueType::Hex, 0, 0, 3, 3},     {ValueType::Text, 0, 0, 2, 1},     {ValueType::Int64, 0, 0, 12, 6},
+        {ValueType::Uint64, 0, 0, 12, 6}, {ValueType::Float64, 0, 0, 12, 6}, {ValueType::Bcd16, 0, 0, 3, 0},
+        {ValueType::Bcd32, 0, 0, 6, 3},
+    };
+    for (const Row& row : rows) {
+        const std::string word = valueTypeWord(row.type).toStdString();
+        EXPECT_EQ(elementsOfType(row.type, 1, 3), row.inBits) << word;
+        EXPECT_EQ(elementsOfType(row.type, 8, 3), row.inBitsOfWords) << word;
+        EXPECT_EQ(elementsOfType(row.type, 9, 3), row.inWords) << word;
+        EXPECT_EQ(elementsOfType(row.type, 14, 3), row.inDoubleWords) << word;
+    }
+}
+
 TEST(ValueText, ShowsSignedAndUnsignedWords)
 {
     EXPECT_EQ(valueText(ValueType::Int16, 9, {0xFFFE, 5}), QStringLiteral("-2 5"));

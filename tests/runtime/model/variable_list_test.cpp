@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QTemporaryFile>
+
 namespace plc
 {
 
@@ -165,6 +167,7 @@ TEST(VariableList, SaysWhatIsExpectedOfEachFieldThatMayBeLeftOut)
               "line 2: the unit has 22 characters; 20 are allowed");
     EXPECT_EQ(error("min,max", "int16", "2,1"),
               "line 2: min is above max, so that no value would lie between them");
+    EXPECT_EQ(error("min,max", "int16", "2,2"), "") << "one value is left";
     EXPECT_EQ(error("deadband", "int16", "-1"), "line 2: \"-1\" is no deadband; 0 or more is expected");
     EXPECT_EQ(error("deadband", "hex", "1"),
               "line 2: type hex has no deadband, only numbers have; leave the field empty");
@@ -336,6 +339,25 @@ TEST(VariableList, SaysWhichFileCannotBeRead)
     const VariableList list = readVariableList(QStringLiteral("/no/such/file.csv"));
     ASSERT_EQ(list.errors.size(), 1);
     EXPECT_TRUE(list.errors[0].startsWith(QStringLiteral("cannot read it: ")));
+}
+
+TEST(VariableList, SaysWhatKeptAnOpenFileFromBeingRead)
+{
+    const VariableList list =
+        readVariableList(QStringLiteral("/proc/self/mem")); // opens, and its start has nothing
+    ASSERT_EQ(list.errors.size(), 1);
+    EXPECT_TRUE(list.errors[0].startsWith(QStringLiteral("cannot read it: ")))
+        << list.errors[0].toStdString();
+}
+
+TEST(VariableList, IsReadUpToItsLongestAndNoFurther)
+{
+    QTemporaryFile file;
+    ASSERT_TRUE(file.open() && file.resize(longestListBytes));
+    EXPECT_TRUE(readVariableList(file.fileName()).errors.value(0).startsWith(QStringLiteral("line 1: ")));
+    ASSERT_TRUE(file.resize(longestListBytes + 1));
+    EXPECT_EQ(readVariableList(file.fileName()).errors,
+              QStringList(QStringLiteral("it is longer than 16 MiB; a list of variables is expected")));
 }
 
 TEST(VariableList, RefusesControlCharactersWithTheirLine)

@@ -121,6 +121,17 @@ TEST(VariableText, IsWhatParseVariableTakes)
     }
 }
 
+TEST(VariableText, HasACountThatIsNoneToo)
+{
+    Variable none;
+    none.area = 9;
+    none.element = 100;
+    none.count = 0; // as a program may ask, and a refusal repeats
+    EXPECT_EQ(variableText(none), QStringLiteral("9:100x0"));
+    none.element = 0;
+    EXPECT_EQ(variableText(none), QStringLiteral("9:00x0"));
+}
+
 TEST(ParseValues, TakesDecimalNegativeAndHexadecimal)
 {
     EXPECT_THAT(values(9, "0,65535,-1,-32768,0xfFfF"), ElementsAre(0u, 65535u, 65535u, 32768u, 65535u));
