@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "gateway/json/json_messages.h"
 
+#include "gateway/plant/sample_of.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -50,6 +52,15 @@ struct ValueWriter {
     QByteArray operator()(double value) const { return std::isfinite(value) ? digits(value) : "null"; }
     QByteArray operator()(const QString& value) const { return quoted(value); }
 };
+
+/// Of several values the sample holds the array as JSON already; a text of its own has to be quoted.
+QByteArray valueOf(const Sample& sample, const ListedVariable& variable)
+{
+    const QString* text = std::get_if<QString>(&sample.value);
+    if (text && isArray(variable))
+        return text->toUtf8();
+    return std::visit(ValueWriter(), sample.value);
+}
 
 /// Whole numbers without an exponent, which is for numbers with a fraction alone.
 QString typedNumber(double number)
@@ -104,7 +115,7 @@ QString qualityWord(SampleQuality quality)
 
 QByteArray jsonOfSample(const Sample& sample, const ListedVariable& variable, bool mayBeDouble)
 {
-    QByteArray text = "{\"value\":" + std::visit(ValueWriter(), sample.value);
+    QByteArray text = "{\"value\":" + valueOf(sample, variable);
     text += ",\"at\":" + (sample.at < 0 ? QByteArray("null") : digits(sample.at));
     text += ",\"quality\":\"" + qualityWord(sample.quality).toLatin1() + '"';
     if (!variable.unit.isEmpty())

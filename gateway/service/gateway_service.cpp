@@ -189,7 +189,7 @@ void Service::openSpool()
     const QDir directory(m_options.stateDirectory);
     if (!directory.mkpath(QStringLiteral(".")))
         throw std::runtime_error("--state " + m_options.stateDirectory.toStdString() +
-                                 ": the folder cannot be made");
+                                 ": the folder cannot be made; a path that this user may write is expected");
     SpoolLimits limits;
     limits.bytes = qint64(m_options.spoolMegabytes) << 20;
     limits.ageMs = qint64(m_options.spoolHours) * 3600 * 1000;
@@ -202,6 +202,10 @@ void Service::openSpool()
 void Service::run()
 {
     openSpool();
+    if (m_options.allowWrites && !m_writes.isOpen())
+        tell(Weight::Warning,
+             QStringLiteral("allow-writes has no effect: no variable of %1 has rw in the column access")
+                 .arg(m_options.listFile));
     m_plant.start();
     const QString words = m_report.open();
     if (!words.isEmpty())

@@ -36,6 +36,19 @@ TEST(JsonMessages, HaveNullWhereThereIsNoValue)
     EXPECT_EQ(text.toStdString(), "{\"value\":null,\"at\":null,\"quality\":\"bad\"}");
 }
 
+TEST(JsonMessages, HaveAnArrayWhereTheVariableHasSeveralValues)
+{
+    plc::ListedVariable several;
+    several.type = plc::ValueType::Uint16;
+    several.count = 3;
+    const Sample sample{0, 7, QStringLiteral("[330,500,750]"), SampleQuality::Good};
+    EXPECT_EQ(plc::jsonOfSample(sample, several, false).toStdString(),
+              "{\"value\":[330,500,750],\"at\":7,\"quality\":\"good\"}");
+    several.type = plc::ValueType::Text;
+    EXPECT_EQ(plc::jsonOfSample(sample, several, false).toStdString(),
+              "{\"value\":\"[330,500,750]\",\"at\":7,\"quality\":\"good\"}");
+}
+
 TEST(JsonMessages, HaveTextsOfNumbersThatReadersWouldRound)
 {
     EXPECT_EQ(json(qint64(9007199254740993)),
