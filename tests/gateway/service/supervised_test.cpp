@@ -58,6 +58,13 @@ TEST_F(SupervisedGateway, IsSaidNotToRunWhenItDoesNot)
     EXPECT_EQ(1, m_exitStatus);
 }
 
+TEST_F(SupervisedGateway, SaysThatItsListLetsNothingBeWritten)
+{
+    useList("name,area,address,type\ncount,9,100,uint16\n");
+    GatewayRun gateway(json({QStringLiteral("--allow-writes")}));
+    EXPECT_TRUE(gateway.says("allow-writes has no effect: no variable of"));
+}
+
 TEST_F(SupervisedGateway, TellsSystemdThatItIsReadyAndLives)
 {
     const QByteArray path = folder.filePath(QStringLiteral("notify")).toUtf8();
