@@ -3,6 +3,7 @@
 
 #include "runtime/model/counted.h"
 #include "runtime/model/printable.h"
+#include "runtime/model/shown_number.h"
 
 #include <QJsonArray>
 
@@ -20,6 +21,7 @@ namespace
 // Scaling makes errors in the last digits, which nobody wants to see: 3 x 0.1 is 0.3.
 const int digitsOfScaled = 15;
 const int digitsOfScaledFloat = 7;
+const double nearLimit = 1e-6; // part of it; wider than what those digits round
 
 /// \return the bytes of whole values as the driver's own order has them, or the way back
 QByteArray inOrder(const ListedVariable& variable, const QByteArray& bytes)
@@ -116,6 +118,22 @@ QString limitText(double limit)
 bool isInside(const ListedVariable& variable, double number)
 {
     return (!variable.min || number >= *variable.min) && (!variable.max || number <= *variable.max);
+}
+
+/// So near to a limit only the digits that are shown tell on which side a number is: scaling and the type's own
+/// digits make errors in the last ones. Elsewhere the number alone does, without the cost of a text.
+bool isNear(double number, const std::optional<double>& limit)
+{
+    return limit && std::abs(number - *limit) < std::abs(*limit) * nearLimit;
+}
+
+bool isTextOutside(const ListedVariable& variable, const std::vector<quint32>& elements)
+{
+    for (const QString& text : scaledTexts(variable, elements)) {
+        if (!isInside(variable, numberOf(text)))
+            return true;
+    }
+    return false;
 }
 
 // The way back.
@@ -375,8 +393,13 @@ bool isOutside(const ListedVariable& variable, const std::vector<quint32>& eleme
 {
     if (!isNumber(variable.type) || !hasLimits(variable))
         return false;
-    for (const QString& text : scaledTexts(variable, elements)) {
-        if (!isInside(variable, numberOf(text)))
+    const int size = elementsOfValue(variable);
+    const int values = size > 0 ? static_cast<int>(elements.size()) / size : 0;
+    for (int value = 0; value < values; ++value) {
+        const double number = shownNumber(variable, elements, value);
+        if (isNear(number, variable.min) || isNear(number, variable.max))
+            return isTextOutside(variable, elements);
+        if (!isInside(variable, number))
             return true;
     }
     return false;

@@ -96,6 +96,11 @@ double numberOf(ValueType type, quint64 bits)
 
 } // namespace
 
+int numbersOf(const ListedVariable& variable)
+{
+    return variable.type == ValueType::Text ? 0 : variable.count;
+}
+
 int elementsOfValue(const ListedVariable& variable)
 {
     return elementsOfType(variable.type, variable.elements.area, 1);

@@ -2,7 +2,6 @@
 #include "runtime/cycle/exchange_record.h"
 #include "runtime/model/listed_value.h"
 #include "simulator/simulated_controller.h"
-#include "window/session/listed_number.h"
 #include "window/session/live_session.h"
 #include "window/session/mailbox.h"
 
@@ -28,40 +27,6 @@ CyclicValue valueIn(ValueState state, quint32 value)
     result.values = {value};
     result.readAtMs = 1000;
     return result;
-}
-
-TEST(ListedNumber, IsTheNumberThatIsShown)
-{
-    const auto variables = test::listed("a,9,1,,int16,0.1,,,,,\n"
-                                        "b,9,2,2,uint32,,,,,,\n"
-                                        "c,9,6,,float32,,,,,,\n"
-                                        "d,9,8,,bcd16,,,,,,\n"
-                                        "e,14,200,,float64,,,,,,\n"
-                                        "f,9,20,,int64,,,,,,\n"
-                                        "g,0,0,,bit,,,,,,\n");
-    EXPECT_DOUBLE_EQ(-15.0, listedNumber(variables[0], {0xFF6A}));
-    EXPECT_DOUBLE_EQ(4000000001.0, listedNumber(variables[1], {1, 0, 0x2801, 0xEE6B}, 1));
-    EXPECT_DOUBLE_EQ(21.5, listedNumber(variables[2], {0x0000, 0x41AC}));
-    EXPECT_DOUBLE_EQ(1234, listedNumber(variables[3], {0x1234}));
-    EXPECT_TRUE(std::isnan(listedNumber(variables[3], {0x12FA})));
-    EXPECT_DOUBLE_EQ(0.5, listedNumber(variables[4], {0, 0x3FE00000}));
-    EXPECT_DOUBLE_EQ(-2, listedNumber(variables[5], {0xFFFE, 0xFFFF, 0xFFFF, 0xFFFF}));
-    EXPECT_DOUBLE_EQ(1, listedNumber(variables[6], {1}));
-    EXPECT_TRUE(std::isnan(listedNumber(variables[0], {})));
-}
-
-TEST(ListedNumber, HeedsTheOrderOfWords)
-{
-    auto variable = test::listed("flow,9,110,,float32,,,,,,\n").front();
-    variable.order = plc::WordOrder::Abcd;
-    EXPECT_DOUBLE_EQ(1234.5, listedNumber(variable, {0x449A, 0x5000}));
-}
-
-TEST(ListedNumber, KnowsLimitsAsTheListDoes)
-{
-    const auto variable = test::listed("a,9,1,,int16,0.1,,1,-30,30,\n").front();
-    for (const quint32 word : {0u, 300u, 301u, 0xFED4u, 0xFED3u})
-        EXPECT_EQ(plc::isOutside(variable, {word}), plc::isOutsideLimits(variable, {word})) << word;
 }
 
 TEST(Mailbox, KeepsTheLastAnswerBesideALaterState)

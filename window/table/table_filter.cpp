@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "window/table/table_filter.h"
 
-#include "window/session/listed_number.h"
+#include "runtime/model/shown_number.h"
 #include "window/table/table_model.h"
 
 #include <cmath>
@@ -92,7 +92,7 @@ bool TableFilter::lessThan(const QModelIndex& left, const QModelIndex& right) co
 
 double TableFilter::number(int row) const
 {
-    const double number = listedNumber(m_model->variable(row), m_model->values(row));
+    const double number = shownNumber(m_model->variable(row), m_model->values(row));
     return std::isfinite(number) ? number : -HUGE_VAL;
 }
 

@@ -3,7 +3,7 @@
 
 #include "runtime/modbus/failure_words.h"
 #include "runtime/model/listed_value.h"
-#include "window/session/listed_number.h"
+#include "runtime/model/shown_number.h"
 
 #include <QMimeData>
 
@@ -61,7 +61,7 @@ void TableModel::applyValue(const ValueNews& news)
     row.readAtMs = news.readAtMs;
     if (news.answered) {
         row.values = news.values;
-        row.outside = isOutsideLimits(variable(news.index), row.values);
+        row.outside = isOutside(variable(news.index), row.values);
     }
     m_troubleMoved = m_troubleMoved || before != look(news.index);
     touch(news.index);
@@ -166,7 +166,7 @@ int TableModel::columnCount(const QModelIndex& parent) const
 QVariant TableModel::fraction(int row) const
 {
     const ListedVariable& listed = variable(row);
-    const double number = listedNumber(listed, at(row).values);
+    const double number = shownNumber(listed, at(row).values);
     if (!listed.min || !listed.max || *listed.max <= *listed.min || !std::isfinite(number))
         return QVariant();
     return std::clamp((number - *listed.min) / (*listed.max - *listed.min), 0.0, 1.0);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "window/trend/trend_store.h"
 
-#include "window/session/listed_number.h"
+#include "runtime/model/shown_number.h"
 
 #include <limits>
 #include <tuple>
@@ -49,8 +49,8 @@ void TrendStore::apply(const Snapshot& news)
         auto found = m_series.lower_bound({sample.index, 0});
         for (; found != m_series.end() && found->first.variable == sample.index; ++found) {
             const double number = sample.values.empty() ? noFreshValue
-                                                        : listedNumber(variable(found->first), sample.values,
-                                                                       found->first.index);
+                                                        : shownNumber(variable(found->first), sample.values,
+                                                                      found->first.index);
             found->second.add(sample.atMs, number);
         }
     }

@@ -109,6 +109,27 @@ TEST(ListedValue, LiesOutsideByTheNumberThatIsShown)
     EXPECT_TRUE(isOutside(several(2, listed("int16", "max", "5")), {5, 6}));
 }
 
+TEST(ListedValue, IsInsideAtALimitThatScalingMissesByADigit)
+{
+    const auto scaled = listed("int16", "scale,min,max", "0.1,-30,30");
+    EXPECT_FALSE(isOutside(scaled, {0}));
+    EXPECT_FALSE(isOutside(scaled, {300}));
+    EXPECT_TRUE(isOutside(scaled, {301}));
+    EXPECT_FALSE(isOutside(scaled, {0xFED4}));
+    EXPECT_TRUE(isOutside(scaled, {0xFED3}));
+}
+
+TEST(ListedValue, LiesOutsideItsLimitsByTheNextFloat)
+{
+    EXPECT_TRUE(isOutside(listed("float32", "max", "0.1"), {0xCCCE, 0x3DCC}));
+    EXPECT_FALSE(isOutside(listed("float32", "min", "0.1"), {0xCCCE, 0x3DCC}));
+}
+
+TEST(ListedValue, LiesNowhereWithoutElements)
+{
+    EXPECT_FALSE(isOutside(listed("int16", "min", "5"), {}));
+}
+
 TEST(ListedValue, LiesOutsideItsLimitsWhenItIsNoNumber)
 {
     EXPECT_TRUE(isOutside(listed("bcd16", "max", "9999"), {0xFFFF}));

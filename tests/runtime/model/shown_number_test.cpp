@@ -36,6 +36,7 @@ TEST(ShownNumber, IsReadByType)
     EXPECT_EQ(number(ValueType::Bcd16, {0x1234}), 1234);
     EXPECT_EQ(number(ValueType::Bcd32, {0x5678, 0x1234}), 12345678);
     EXPECT_EQ(number(ValueType::Hex, {0x10}), 16);
+    EXPECT_EQ(number(ValueType::Float64, {0, 0x3FE00000}, WordOrder::Usual, 14), 0.5);
     EXPECT_EQ(number(ValueType::Bit, {1}, WordOrder::Usual, 0), 1);
     EXPECT_EQ(number(ValueType::Int32, {0xFFFFFFFD}, WordOrder::Usual, 14), -3);
 }
@@ -61,6 +62,8 @@ TEST(ShownNumber, OfSeveralValuesIsTheOneThatIsAskedFor)
 {
     ListedVariable variable;
     variable.type = ValueType::Uint32;
+    variable.count = 3;
+    EXPECT_EQ(numbersOf(variable), 3);
     EXPECT_EQ(elementsOfValue(variable), 2);
     EXPECT_EQ(shownNumber(variable, {1, 0, 2, 0, 3, 0}, 2), 3);
     EXPECT_TRUE(std::isnan(shownNumber(variable, {1, 0, 2, 0, 3, 0}, 3)));
@@ -68,6 +71,9 @@ TEST(ShownNumber, OfSeveralValuesIsTheOneThatIsAskedFor)
 
 TEST(ShownNumber, IsNoneOfTextAndOfWhatIsNoBcd)
 {
+    ListedVariable text;
+    text.type = ValueType::Text;
+    EXPECT_EQ(numbersOf(text), 0);
     EXPECT_TRUE(std::isnan(number(ValueType::Text, {0x4241})));
     EXPECT_TRUE(std::isnan(number(ValueType::Bcd16, {0x12A4})));
 }
