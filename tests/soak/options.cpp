@@ -2,6 +2,7 @@
 #include "soak/options.h"
 
 #include <QCommandLineParser>
+#include <QCoreApplication>
 
 #include <stdexcept>
 
@@ -94,6 +95,16 @@ Options optionsOf(const QCommandLineParser& parser)
     return options;
 }
 
+/// Qt takes the program's name from an application. Before the pairs are processes of their own there is none.
+QString helpOf(const QCommandLineParser& parser)
+{
+    int argc = 1;
+    char name[] = "plcsoak";
+    char* argv[] = {name, nullptr};
+    const QCoreApplication application(argc, argv);
+    return parser.helpText();
+}
+
 } // namespace
 
 CommandLine parseCommandLine(const QStringList& arguments)
@@ -103,7 +114,7 @@ CommandLine parseCommandLine(const QStringList& arguments)
     if (!parser.parse(arguments))
         return {CommandLine::Refuse, {}, parser.errorText()};
     if (parser.isSet(QStringLiteral("help")))
-        return {CommandLine::ShowText, {}, parser.helpText()};
+        return {CommandLine::ShowText, {}, helpOf(parser)};
     try {
         return {CommandLine::Run, optionsOf(parser), {}};
     } catch (const std::invalid_argument& error) {
