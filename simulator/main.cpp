@@ -119,7 +119,8 @@ bool dump(const Options& options, const ControllerMemory& memory)
 
 void printSummary(const SimulatedController& controller)
 {
-    std::cerr << "plcsim: " << controller.requests() << " requests";
+    const unsigned long requests = controller.requests();
+    std::cerr << "plcsim: " << requests << (requests == 1 ? " request" : " requests");
     if (const unsigned long count = controller.badFrames())
         std::cerr << ", bad frames " << count;
     for (const FaultKind& kind : faultList())

@@ -2,6 +2,7 @@
 #include "gateway/service/service_report.h"
 
 #include "runtime/model/clock.h"
+#include "runtime/model/counted.h"
 
 #include <QDateTime>
 #include <QJsonObject>
@@ -75,9 +76,9 @@ bool ServiceReport::isDue() const
 void ServiceReport::tell(const GatewayFigures& figures)
 {
     m_toldMs = steadyNow();
-    m_manager.status(QStringLiteral("controller %1; broker %2; %3 values wait")
+    m_manager.status(QStringLiteral("controller %1; broker %2; %3")
                          .arg(controllerState(figures), brokerState(figures))
-                         .arg(figures.waiting));
+                         .arg(counted(static_cast<qint64>(figures.waiting), "value waits", "values wait")));
     QJsonObject status;
     for (const FigureRow& row : figureRows())
         status.insert(QLatin1String(row.key), row.value(figures));

@@ -3,6 +3,7 @@
 
 #include "gateway/spool/sample_code.h"
 #include "gateway/spool/spool_store.h"
+#include "runtime/model/counted.h"
 
 #include <QDateTime>
 
@@ -645,17 +646,18 @@ void Spool::Private::tellDropped(Lock* lock)
     if (!m_closing && Clock::now() < m_tellDue)
         return;
     const Reason reasons[] = {
-        {&m_droppedForRoom, "the spool is full: the oldest %1 values were dropped"},
-        {&m_droppedForAge, "%1 values waited too long in the spool and were dropped"},
-        {&m_droppedForMemory, "the disk does not keep up and memory is full: %1 values were dropped"},
-        {&m_droppedDamaged, "a part of the spool is damaged: %1 values were dropped"},
+        {&m_droppedForRoom, "the spool is full: %1 dropped, the oldest"},
+        {&m_droppedForAge, "%1 dropped after waiting too long in the spool"},
+        {&m_droppedForMemory, "the disk does not keep up and memory is full: %1 dropped"},
+        {&m_droppedDamaged, "a part of the spool is damaged: %1 dropped"},
     };
     for (const Reason& reason : reasons) {
         const quint64 count = std::exchange(*reason.count, 0);
         if (count == 0)
             continue;
         m_tellDue = Clock::now() + tellPeriod;
-        tell(lock, QString::fromLatin1(reason.words).arg(count));
+        tell(lock, QString::fromLatin1(reason.words)
+                       .arg(counted(static_cast<qint64>(count), "value was", "values were")));
     }
 }
 

@@ -2,6 +2,7 @@
 #include "gateway/spool/spool_store.h"
 
 #include "gateway/spool/sample_code.h"
+#include "runtime/model/counted.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -283,10 +284,8 @@ void SpoolStore::forgetNames(const QStringList& gone)
         run(&query);
     }
     if (m_marks.dropped != before)
-        m_tell(QStringLiteral(
-                   "%1 values that waited in the spool are dropped: their variables (%2%3) are not in "
-                   "the list any more")
-                   .arg(m_marks.dropped - before)
+        m_tell(QStringLiteral("%1 dropped from the spool: the variables (%2%3) are not in the list any more")
+                   .arg(counted(static_cast<qint64>(m_marks.dropped - before), "value was", "values were"))
                    .arg(gone.first(), gone.size() > 1 ? QStringLiteral(", ...") : QString()));
 }
 

@@ -3,6 +3,7 @@
 
 #include "panel/watch/row_texts.h"
 #include "runtime/model/area_table.h"
+#include "runtime/model/counted.h"
 #include "runtime/model/listed_value.h"
 
 namespace plc
@@ -30,8 +31,8 @@ std::optional<std::vector<quint32>> parsed(const WatchRow& row, const QString& t
     const auto values = parseValues(row.variable.area, text, error);
     if (!values || static_cast<int>(values->size()) == row.variable.count)
         return values;
-    *error = QStringLiteral("%1 values are given; it has %2, with commas between them")
-                 .arg(values->size())
+    *error = QStringLiteral("%1 given; it has %2, with commas between them")
+                 .arg(counted(static_cast<qint64>(values->size()), "value is", "values are"))
                  .arg(row.variable.count);
     return std::nullopt;
 }

@@ -313,7 +313,7 @@ TEST(Plcsim, InjectsFaultsAndCountsThemAtTheEnd)
     LoopbackClient client(plcsim.port());
     EXPECT_EQ(client.exchange(write2000), "00 01 00 00 00 06 02 06 20 00 12 34");
     EXPECT_EQ(plcsim.endBy(SIGINT), 0);
-    EXPECT_EQ(plcsim.restOfErrors, "plcsim: 1 requests, wrong-unit 1\n");
+    EXPECT_EQ(plcsim.restOfErrors, "plcsim: 1 request, wrong-unit 1\n");
 }
 
 TEST(Plcsim, DelaysLateRepliesAsLongAsItIsTold)
@@ -371,7 +371,7 @@ TEST(Plcsim, DelaysRepliesByAFault)
     EXPECT_EQ(client.exchange(write2000), write2000);
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(60));
     EXPECT_EQ(plcsim.endBy(SIGINT), 0);
-    EXPECT_EQ(plcsim.restOfErrors, "plcsim: 1 requests, delay 1\n");
+    EXPECT_EQ(plcsim.restOfErrors, "plcsim: 1 request, delay 1\n");
 }
 
 TEST(Plcsim, LoadsValuesThatMove)
@@ -427,7 +427,7 @@ TEST(Plcsim, AnswersRemoteFramesAndCountsBadOnes)
     client.send("16 00 00 00 01 00 09 00 00 00 64 00 01 00 00 00 00 00 00 00 00 00");
     std::this_thread::sleep_for(std::chrono::milliseconds(600)); // three times the silence behind a bad frame
     EXPECT_EQ(plcsim.endBy(SIGINT), 0);
-    EXPECT_THAT(plcsim.restOfErrors, HasSubstr("1 requests, bad frames 1"));
+    EXPECT_THAT(plcsim.restOfErrors, HasSubstr("1 request, bad frames 1"));
 }
 
 TEST(Plcsim, ExplainsEveryOption)

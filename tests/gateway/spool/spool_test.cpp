@@ -105,7 +105,7 @@ TEST_F(SpoolQueue, ValuesOfNamesThatAreGoneAreDroppedCountedAndTold)
     ASSERT_EQ(QString(), reopen());
     EXPECT_EQ(2U + 1U, spool->figures().depth);
     EXPECT_EQ(1U, spool->figures().dropped);
-    EXPECT_THAT(everythingTold().toStdString(), HasSubstr("1 values that waited in the spool are dropped"));
+    EXPECT_THAT(everythingTold().toStdString(), HasSubstr("1 value was dropped from the spool"));
     EXPECT_THAT(everythingTold().toStdString(), HasSubstr("(speed)"));
     EXPECT_THAT(valuesOf(spool->take(9)), ElementsAre(10, 11, 30));
     ASSERT_EQ(QString(), reopen());

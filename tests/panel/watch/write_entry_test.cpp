@@ -87,7 +87,7 @@ TEST(WriteEntry, WantsAsManyValuesAsTheVariableHas)
     row.value.values = {0, 0};
     WriteEntry entry(row, ValueFormat::Decimal, {});
     type(&entry, "5\n");
-    EXPECT_THAT(entry.headline().toStdString(), HasSubstr("1 values are given; it has 2"));
+    EXPECT_THAT(entry.headline().toStdString(), HasSubstr("1 value is given; it has 2"));
     EXPECT_EQ(type(&entry, ",6\ny"), WriteEntry::Agreed);
     EXPECT_THAT(entry.values(), ElementsAre(5, 6));
 }
