@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include "runtime/cycle/exchange_record.h"
-#include "runtime/model/listed_value.h"
 #include "simulator/simulated_controller.h"
 #include "window/session/live_session.h"
 #include "window/session/mailbox.h"
@@ -9,8 +8,6 @@
 #include "support/controller_values.h"
 #include "window/fake_source.h"
 #include "window/until.h"
-
-#include <cmath>
 
 namespace
 {
