@@ -172,7 +172,7 @@ TEST_F(SpoolQueue, WhenItIsFullTheOldestIsDroppedCountedAndTold)
     EXPECT_GT(figures.bytes, limits.bytes / 2);
     EXPECT_GT(figures.dropped, 0U);
     EXPECT_EQ(quint64(batch * batches), figures.depth + figures.dropped);
-    EXPECT_THAT(everythingTold().toStdString(), HasSubstr("the spool is full: the oldest"));
+    EXPECT_THAT(everythingTold().toStdString(), HasSubstr("dropped, the oldest"));
     EXPECT_EQ(1, told.size()) << "not with each commit";
     EXPECT_EQ(qint64(figures.dropped), valuesOf(spool->take(1)).at(0)) << "the oldest that is left";
     EXPECT_EQ(figures.depth, spool->take(batch * batches).size());
