@@ -386,6 +386,8 @@ void SparkplugPublisher::takeDeviceCommand(Device* device, const BrokerMessage& 
     }
     for (const sparkplug::Metric& metric : payload->metrics()) {
         report.variable = variableOf(*device, metric);
+        report.topic = message.topic;
+        report.value.clear();
         report.reason = QStringLiteral("the device has no such metric");
         if (report.variable) {
             const ListedVariable& variable = m_options.variables[*report.variable];

@@ -17,6 +17,7 @@ namespace
 {
 
 const int mostUnderWay = 1000; // a broker's clients may ask faster than any controller answers
+const int longestTopic = 200;  // of which the journal shows more than of a value: it tells who asked
 
 void judge(const WriteOutcome& outcome, WriteReport* report)
 {
@@ -34,8 +35,11 @@ void judge(const WriteOutcome& outcome, WriteReport* report)
 
 void log(const WriteReport& report)
 {
-    QString text = QStringLiteral("write %1 = %2: %3")
-                       .arg(QString::fromUtf8(report.topic), excerpt(report.value), writeEndWord(report.end));
+    // Of a request that could not be read there is no value.
+    const QString value = report.value.isEmpty() ? QString() : QStringLiteral(" = ") + excerpt(report.value);
+    QString text =
+        QStringLiteral("write %1%2: %3")
+            .arg(excerpt(QString::fromUtf8(report.topic), longestTopic), value, writeEndWord(report.end));
     if (!report.reason.isEmpty())
         text += QStringLiteral(": ") + report.reason;
     tell(report.end == WriteEnd::Confirmed ? Weight::Notice : Weight::Warning, text);

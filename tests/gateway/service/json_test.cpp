@@ -118,7 +118,7 @@ TEST_F(JsonGateway, WritesWhatTheListAllowsAndTellsHowItEnded)
     ASSERT_TRUE(subscriber.hears(holds("p/set point/result", "outside its limits")));
     ASSERT_TRUE(subscriber.hears(holds("p/count/result", "does not say rw")));
     ASSERT_TRUE(subscriber.hears(holds("p/set point/result", "no JSON")));
-    EXPECT_TRUE(gateway.says("write p/nothing/set = : not sent"));
+    EXPECT_TRUE(gateway.says("write p/nothing/set: not sent"));
     EXPECT_EQ(controller.memory().holdingRegister(1, 200), 42);
     EXPECT_EQ(controller.memory().holdingRegister(1, 100), 0);
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "gateway/writes/write_gate.h"
 
+#include "gateway/journal/journal.h"
+
 #include <gmock/gmock.h>
 
 namespace
@@ -93,6 +95,35 @@ TEST_F(WriteGate, HoldsTheLimitsOfTheList)
     EXPECT_THAT(write("101").reason.toStdString(), HasSubstr("outside its limits"));
     EXPECT_THAT(write("much").reason.toStdString(), HasSubstr("much"));
     EXPECT_THAT(written, testing::IsEmpty());
+}
+
+/// \return what the journal says of a refused request
+std::string toldOfRefused(const QByteArray& topic, const char* value)
+{
+    QString told;
+    plc::listenToJournal([&told](plc::Weight, const QString& message) { told = message; });
+    const std::vector<plc::ListedVariable> none;
+    plc::WriteGate gate(none, true, {}, [] {});
+    plc::WriteReport request;
+    request.topic = topic;
+    request.value = QString::fromUtf8(value);
+    request.reason = QStringLiteral("no JSON");
+    gate.refuse(request);
+    plc::listenToJournal({});
+    return told.toStdString();
+}
+
+TEST(WriteJournal, NamesTheTopicOfARequestThatCouldNotBeRead)
+{
+    EXPECT_EQ(toldOfRefused("p/speed/set", ""), "write p/speed/set: not sent: no JSON");
+    EXPECT_EQ(toldOfRefused("p/speed/set", "7"), "write p/speed/set = 7: not sent: no JSON");
+}
+
+TEST(WriteJournal, ShowsATopicOnOneLineAndCut)
+{
+    EXPECT_EQ(toldOfRefused("p/a\nb\x1b/set", ""), "write p/a.b./set: not sent: no JSON");
+    EXPECT_EQ(toldOfRefused(QByteArray(60000, 'a'), ""),
+              "write " + std::string(200, 'a') + "...: not sent: no JSON");
 }
 
 } // namespace
