@@ -9,7 +9,10 @@
 #include "runtime/modbus/request_pieces.h"
 #include "runtime/model/printable.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
 
 #include <stdexcept>
 
@@ -23,6 +26,7 @@ const int defaultControllerPort = 502;
 const int plainBrokerPort = 1883;
 const int encryptedBrokerPort = 8883;
 const int lastPort = 65535;
+const qint64 mostCertificateBytes = 16 << 20; // all authorities of a system take a tenth of it
 
 [[noreturn]] void refuse(const QString& message)
 {
@@ -106,6 +110,20 @@ void setController(const GivenOptions& options, Settings* settings)
     settings->driverPath = given(options, "driver");
 }
 
+/// \return why the file cannot be one of certificates as the TLS library reads them; empty when it can
+QString certificateRefusal(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return QStringLiteral("cannot be read");
+    static const QRegularExpression begin(QStringLiteral("^-----BEGIN (X509 |TRUSTED )?CERTIFICATE-----"),
+                                          QRegularExpression::MultilineOption);
+    if (!begin.match(QString::fromLatin1(file.read(mostCertificateBytes))).hasMatch())
+        return QStringLiteral(
+            "holds no PEM certificate; give a file with a line -----BEGIN CERTIFICATE-----");
+    return QString();
+}
+
 void setTls(const GivenOptions& options, BrokerSettings* broker)
 {
     broker->caFile = given(options, "ca");
@@ -117,8 +135,9 @@ void setTls(const GivenOptions& options, BrokerSettings* broker)
         refuse(QStringLiteral("--cert takes --ca: whose certificate of the broker is to be trusted?"));
     for (const char* option : {"ca", "cert"}) {
         const QString path = given(options, option);
-        if (!path.isEmpty() && !QFile(path).open(QIODevice::ReadOnly))
-            refuse(QStringLiteral("--%1 %2: cannot be read").arg(QLatin1String(option), excerpt(path)));
+        const QString words = path.isEmpty() ? QString() : certificateRefusal(path);
+        if (!words.isEmpty())
+            refuse(QStringLiteral("--%1 %2: %3").arg(QLatin1String(option), excerpt(path), words));
     }
     const QString words = broker->keyFile.isEmpty() ? QString() : secretFileRefusal(broker->keyFile);
     if (!words.isEmpty())
@@ -226,6 +245,24 @@ void setFormat(const GivenOptions& options, GatewayOptions* result)
     }
 }
 
+/// Makes nothing: a check leaves no folder behind.
+/// \return why no state can lie in the folder; empty when nothing is against it
+QString stateRefusal(const QString& path)
+{
+    QFileInfo nearest(QDir::cleanPath(QFileInfo(path).absoluteFilePath()));
+    const bool exists = nearest.exists();
+    while (!nearest.exists() && !nearest.isRoot())
+        nearest.setFile(nearest.path());
+    const QString shown = excerpt(nearest.filePath());
+    if (!nearest.isDir())
+        return QStringLiteral("%1 is a file; give a folder").arg(shown);
+    if (!exists && !nearest.isWritable())
+        return QStringLiteral(
+                   "cannot be made: this user may not write in %1; make the folder, or give another")
+            .arg(shown);
+    return QString();
+}
+
 void setState(const GivenOptions& options, GatewayOptions* result)
 {
     result->stateDirectory = given(options, "state");
@@ -233,6 +270,9 @@ void setState(const GivenOptions& options, GatewayOptions* result)
         result->stateDirectory = QString::fromLocal8Bit(qgetenv("STATE_DIRECTORY"));
     if (result->stateDirectory.isEmpty())
         needed(options, "state");
+    const QString words = stateRefusal(result->stateDirectory);
+    if (!words.isEmpty())
+        refuse(QStringLiteral("--state %1: %2").arg(excerpt(result->stateDirectory), words));
 }
 
 /// A list with one wrong line is not used at all.
