@@ -61,6 +61,13 @@ int main(int argc, char* argv[])
         const QCoreApplication application(argc, argv);
         return say(stdout, plc::parseStartLine(QCoreApplication::arguments()).text);
     }
+    QStringList arguments;
+    for (int index = 0; index < argc; ++index)
+        arguments << QString::fromLocal8Bit(argv[index]);
+    if (!plc::hasDisplay(arguments))
+        return say(stderr,
+                   QStringLiteral("plcwindow: there is no display; start it in a desktop, or set DISPLAY "
+                                  "or WAYLAND_DISPLAY to one\n"));
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     const plc::TimedApplication application(argc, argv);

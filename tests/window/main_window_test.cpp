@@ -353,7 +353,49 @@ TEST(StartLine, RefusesWhatIsNotForAWindow)
         plc::parseStartLine({QStringLiteral("plcwindow"), QStringLiteral("9:100"), QStringLiteral("--json"),
                              QStringLiteral("--controller"), QStringLiteral("127.0.0.1")});
     EXPECT_EQ(plc::StartLine::Refuse, line.wish);
-    EXPECT_EQ("--json is for plcpanel watch, not for the window", line.text.toStdString());
+    EXPECT_EQ("plcwindow: --json is for plcpanel watch, not for the window\n"
+              "plcwindow --help explains what it takes.",
+              line.text.toStdString());
+}
+
+TEST(StartLine, NamesItselfWhereTheLineIsWrong)
+{
+    const plc::StartLine line =
+        plc::parseStartLine({QStringLiteral("plcwindow"), QStringLiteral("--nonsense")});
+    EXPECT_EQ(plc::StartLine::Refuse, line.wish);
+    EXPECT_TRUE(line.text.startsWith(QStringLiteral("plcwindow: "))) << line.text.toStdString();
+    EXPECT_TRUE(line.text.contains(QStringLiteral("nonsense"))) << line.text.toStdString();
+    EXPECT_TRUE(line.text.endsWith(QStringLiteral("\nplcwindow --help explains what it takes.")));
+    EXPECT_FALSE(line.text.contains(QStringLiteral("plcpanel"))) << line.text.toStdString();
+}
+
+TEST(StartLine, TellsHowACaptureIsOpened)
+{
+    const plc::StartLine line =
+        plc::parseStartLine({QStringLiteral("plcwindow"), QStringLiteral("/tmp/a.pcapng")});
+    EXPECT_EQ(plc::StartLine::Refuse, line.wish);
+    EXPECT_TRUE(line.text.startsWith(QStringLiteral("plcwindow: /tmp/a.pcapng looks like a capture")));
+    EXPECT_TRUE(line.text.contains(QStringLiteral("File, Open capture"))) << line.text.toStdString();
+}
+
+TEST(StartLine, KnowsThatThereIsNoDisplay)
+{
+    const char* const names[] = {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"};
+    std::vector<std::pair<const char*, QByteArray>> before;
+    for (const char* name : names) {
+        if (qEnvironmentVariableIsSet(name))
+            before.emplace_back(name, qgetenv(name));
+        qunsetenv(name);
+    }
+    EXPECT_FALSE(plc::hasDisplay({QStringLiteral("plcwindow")}));
+    EXPECT_TRUE(plc::hasDisplay({QStringLiteral("plcwindow"), QStringLiteral("-platform")}));
+    for (const char* name : names) {
+        qputenv(name, "some");
+        EXPECT_TRUE(plc::hasDisplay({QStringLiteral("plcwindow")})) << name;
+        qunsetenv(name);
+    }
+    for (const auto& each : before)
+        qputenv(each.first, each.second);
 }
 
 } // namespace

@@ -2,6 +2,9 @@
 #include "window/desk/start_line.h"
 
 #include "panel/commands/command_line.h"
+#include "runtime/model/printable.h"
+
+#include <QRegularExpression>
 
 namespace plc
 {
@@ -31,9 +34,40 @@ const char* const help =
     "\n"
     "Exit status:\n"
     "  0  it was closed\n"
-    "  2  nothing was tried: the command line is wrong, or the driver cannot be loaded\n";
+    "  2  nothing was tried: the command line is wrong, or the driver cannot be loaded,\n"
+    "     or there is no display\n";
+
+/// \return what is to be shown of a command line that is refused because of \a message
+StartLine refusal(const QString& message)
+{
+    return {StartLine::Refuse,
+            QStringLiteral("plcwindow: %1\nplcwindow --help explains what it takes.").arg(message),
+            {}};
+}
+
+/// \return the first argument that is the name of a capture and no option's value; empty when there is none
+QString captureAmong(const QStringList& arguments)
+{
+    static const QRegularExpression capture(QStringLiteral("\\.(jsonl|pcap|pcapng)$"));
+    for (int index = 1; index < arguments.size(); ++index) {
+        const bool isFree = !arguments[index].startsWith(QLatin1String("--")) &&
+                            !arguments[index - 1].startsWith(QLatin1String("--"));
+        if (isFree && capture.match(arguments[index]).hasMatch())
+            return arguments[index];
+    }
+    return QString();
+}
 
 } // namespace
+
+bool hasDisplay(const QStringList& arguments)
+{
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+        if (!qEnvironmentVariableIsEmpty(name))
+            return true;
+    }
+    return arguments.contains(QStringLiteral("-platform"));
+}
 
 StartLine parseStartLine(const QStringList& arguments)
 {
@@ -46,15 +80,22 @@ StartLine parseStartLine(const QStringList& arguments)
     for (const char* option : notHere) {
         const QString name = QStringLiteral("--") + QLatin1String(option);
         if (arguments.contains(name))
-            return {StartLine::Refuse,
-                    QStringLiteral("%1 is for plcpanel watch, not for the window").arg(name),
-                    {}};
+            return refusal(QStringLiteral("%1 is for plcpanel watch, not for the window").arg(name));
     }
+    const QString capture = captureAmong(arguments);
+    if (!capture.isEmpty())
+        return refusal(
+            QStringLiteral("%1 looks like a capture; start plcwindow without it, and open it by File, "
+                           "Open capture")
+                .arg(excerpt(capture)));
     QStringList words = {QStringLiteral("plcpanel"), QStringLiteral("watch")};
     words += arguments.mid(1);
     const CommandLine line = parseCommandLine(words);
+    // Its last line names the help of another program.
+    if (line.wish == CommandLine::Refuse)
+        return refusal(line.text.section(QLatin1Char('\n'), 0, -2));
     if (line.wish != CommandLine::Run)
-        return {line.wish == CommandLine::Refuse ? StartLine::Refuse : StartLine::ShowText, line.text, {}};
+        return {StartLine::ShowText, line.text, {}};
     Watched watched;
     watched.settings = line.options.settings;
     watched.captureTo = line.options.captureTo;

@@ -23,6 +23,9 @@ struct StartLine {
 /// \param arguments the program's name first. Needs a QCoreApplication.
 StartLine parseStartLine(const QStringList& arguments);
 
+/// \return true when the environment or the arguments name a display; without one Qt ends the program
+bool hasDisplay(const QStringList& arguments);
+
 } // namespace plc
 
 #endif
