@@ -240,7 +240,8 @@ const ColumnRow columnRows[] = {
     {"digits", false, takeDigits, "behind the decimal point, 0 to 15; empty: as many as the number has"},
     {"min", false, takeMin, "what is shown below it is marked, and nothing below it is written"},
     {"max", false, takeMax, "the same above it"},
-    {"access", false, takeAccess, "r: never written; rw or empty: written where the area allows it"},
+    {"access", false, takeAccess,
+     "r: never written; rw or empty: written where the area allows it; plcgateway writes rw only"},
     {"deadband", false, takeDeadband, "plcgateway: a change by no more is not told; empty: 0"},
     {"comment", false, takeComment, "for people"},
 };

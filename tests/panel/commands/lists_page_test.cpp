@@ -48,6 +48,12 @@ TEST(ListsPage, NamesEveryColumnAndNoOther)
               plc::listColumns().join(QLatin1Char(' ')).toStdString());
 }
 
+TEST(ListsPage, SaysAsTheGuideDoesThatTheGatewayWritesRwOnly)
+{
+    EXPECT_TRUE(section("The file").contains(QStringLiteral("`plcgateway` writes `rw` only")));
+    EXPECT_TRUE(plc::listGuide().contains(QStringLiteral("plcgateway writes rw only")));
+}
+
 TEST(ListsPage, NamesEveryType)
 {
     const QString text = section("Types");
