@@ -3,6 +3,8 @@
 #include "window/desk/main_window.h"
 #include "window/desk/timed_application.h"
 #include "window/frames/frame_panel.h"
+#include "window/table/state_look.h"
+#include "window/table/table_model.h"
 #include "window/table/table_panel.h"
 #include "window/trend/trend_panel.h"
 
