@@ -28,7 +28,7 @@ namespace plc
 namespace
 {
 
-const int lookMs = 100;
+const int lookEveryMs = 100;
 
 // Samples that were logged and are not printed yet; a reader that does not read costs the log nothing.
 const std::size_t mostUnprinted = 100000;
@@ -155,7 +155,7 @@ public:
         runtime.setValueObserver(
             [this](int index, const CyclicValue& value) { m_recorder.take(index, value); });
         runtime.start();
-        while (goOn(WatchSignals::wait(lookMs)))
+        while (goOn(WatchSignals::wait(lookEveryMs)))
             look();
         m_recorder.end();
         runtime.stop();
