@@ -3,6 +3,7 @@
 
 #include "support/application.h"
 #include "support/built_files.h"
+#include "support/loopback.h"
 #include "support/waiting.h"
 
 #include <gtest/gtest.h>
@@ -34,15 +35,6 @@ QString mosquitto()
                : found;
 }
 
-sockaddr_in loopback(int port)
-{
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<std::uint16_t>(port));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return address;
-}
-
 bool listens(int port)
 {
     const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -63,7 +55,7 @@ bool hasMosquitto()
 int freePort()
 {
     const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address = loopback(0);
+    sockaddr_in address = loopback();
     socklen_t size = sizeof address;
     EXPECT_EQ(0, bind(descriptor, reinterpret_cast<sockaddr*>(&address), size));
     EXPECT_EQ(0, getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size));

@@ -7,8 +7,8 @@
 
 #include "simulator/simulated_controller.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
+#include "support/loopback.h"
+
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -28,11 +28,8 @@ class Link
 public:
     explicit Link(int port) : m_socket(socket(AF_INET, SOCK_STREAM, 0))
     {
-        sockaddr_in address = sockaddr_in();
-        address.sin_family = AF_INET;
-        address.sin_port = htons(static_cast<uint16_t>(port));
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        m_connected = connect(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+        const sockaddr_in address = test::loopback(port);
+        m_connected = connect(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
     }
     ~Link() { close(m_socket); }
     Link(const Link&) = delete;

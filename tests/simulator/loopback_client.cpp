@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "simulator/loopback_client.h"
 
-#include <netinet/in.h>
+#include "support/loopback.h"
+
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
@@ -37,10 +38,7 @@ std::string toHex(const Bytes& bytes)
 
 LoopbackClient::LoopbackClient(int port) : m_socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
 {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<std::uint16_t>(port));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    const sockaddr_in address = test::loopback(port);
     if (connect(m_socket.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
         throw std::runtime_error("cannot connect to the simulated controller");
 }

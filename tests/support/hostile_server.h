@@ -4,6 +4,8 @@
 #ifndef TESTS_SUPPORT_HOSTILE_SERVER_H
 #define TESTS_SUPPORT_HOSTILE_SERVER_H
 
+#include "support/loopback.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -46,8 +48,6 @@ public:
     /// \param script none: each connection is closed as soon as it is made
     explicit HostileServer(Script script) : m_script(std::move(script))
     {
-        m_address.sin_family = AF_INET;
-        m_address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         socklen_t size = sizeof m_address;
         if (bind(m_listener, genericAddress(), size) != 0 || listen(m_listener, 8) != 0 ||
             getsockname(m_listener, genericAddress(), &size) != 0)
@@ -138,7 +138,7 @@ private:
     sockaddr* genericAddress() { return reinterpret_cast<sockaddr*>(&m_address); }
 
     const Script m_script;
-    sockaddr_in m_address = {};
+    sockaddr_in m_address = loopback();
     const int m_listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     mutable std::mutex m_mutex;
     std::vector<SeenRequest> m_seen;

@@ -4,6 +4,8 @@
 #ifndef TESTS_PANEL_SCRIPTED_CONTROLLER_H
 #define TESTS_PANEL_SCRIPTED_CONTROLLER_H
 
+#include "support/loopback.h"
+
 #include <gtest/gtest.h>
 
 #include <QByteArray>
@@ -21,8 +23,6 @@ class ScriptedController
 public:
     ScriptedController()
     {
-        m_address.sin_family = AF_INET;
-        m_address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         socklen_t size = sizeof m_address;
         if (bind(m_listener, genericAddress(), size) != 0 || listen(m_listener, 8) != 0 ||
             getsockname(m_listener, genericAddress(), &size) != 0)
@@ -85,7 +85,7 @@ private:
 
     sockaddr* genericAddress() { return reinterpret_cast<sockaddr*>(&m_address); }
 
-    sockaddr_in m_address = {};
+    sockaddr_in m_address = test::loopback();
     const int m_listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     int m_connection = -1;
 };

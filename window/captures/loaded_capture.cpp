@@ -186,6 +186,11 @@ void play(const HeldEntries& held, const std::atomic<bool>& stop, LoadedCapture*
 
 } // namespace
 
+QStringList captureEndings()
+{
+    return {QStringLiteral("jsonl"), QStringLiteral("pcap"), QStringLiteral("pcapng")};
+}
+
 LoadedCapture loadCapture(const QString& path, const Watched& wanted, const std::atomic<bool>& stop)
 {
     LoadedCapture loaded;

@@ -11,6 +11,9 @@
 namespace plc
 {
 
+/// \return how the names of captures end, without the dot
+QStringList captureEndings();
+
 struct LoadedCapture {
     /// What a variable was from a time on.
     struct Change {

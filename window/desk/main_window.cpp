@@ -258,8 +258,9 @@ void MainWindow::ask()
 
 void MainWindow::chooseCapture()
 {
-    const QString path = QFileDialog::getOpenFileName(
-        this, tr("Open a capture"), QString(), tr("Captures (*.jsonl *.pcap *.pcapng);;All files (*)"));
+    const QString captures = QStringLiteral("*.") + captureEndings().join(QStringLiteral(" *."));
+    const QString path = QFileDialog::getOpenFileName(this, tr("Open a capture"), QString(),
+                                                      tr("Captures (%1);;All files (*)").arg(captures));
     if (!path.isEmpty())
         openCapture(path);
 }

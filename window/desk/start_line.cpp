@@ -3,8 +3,9 @@
 
 #include "panel/commands/command_line.h"
 #include "runtime/model/printable.h"
+#include "window/captures/loaded_capture.h"
 
-#include <QRegularExpression>
+#include <QFileInfo>
 
 namespace plc
 {
@@ -48,11 +49,13 @@ StartLine refusal(const QString& message)
 /// \return the first argument that is the name of a capture and no option's value; empty when there is none
 QString captureAmong(const QStringList& arguments)
 {
-    static const QRegularExpression capture(QStringLiteral("\\.(jsonl|pcap|pcapng)$"));
+    const auto isCapture = [](const QString& argument) {
+        return captureEndings().contains(QFileInfo(argument).suffix());
+    };
     for (int index = 1; index < arguments.size(); ++index) {
         const bool isFree = !arguments[index].startsWith(QLatin1String("--")) &&
                             !arguments[index - 1].startsWith(QLatin1String("--"));
-        if (isFree && capture.match(arguments[index]).hasMatch())
+        if (isFree && isCapture(arguments[index]))
             return arguments[index];
     }
     return QString();

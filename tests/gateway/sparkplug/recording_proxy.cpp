@@ -2,6 +2,7 @@
 #include "gateway/sparkplug/recording_proxy.h"
 
 #include "gateway/plant_run.h"
+#include "support/loopback.h"
 
 #include <gtest/gtest.h>
 
@@ -17,15 +18,6 @@ namespace
 {
 
 const int lookMs = 10;
-
-sockaddr_in loopback(int port)
-{
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<std::uint16_t>(port));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return address;
-}
 
 int connected(int port)
 {
@@ -65,7 +57,7 @@ bool pass(int from, int to, QByteArray* copy)
 RecordingProxy::RecordingProxy(int brokerPort) : m_brokerPort(brokerPort)
 {
     m_listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address = loopback(0);
+    sockaddr_in address = loopback();
     socklen_t size = sizeof address;
     EXPECT_EQ(0, bind(m_listener, reinterpret_cast<sockaddr*>(&address), size));
     EXPECT_EQ(0, getsockname(m_listener, reinterpret_cast<sockaddr*>(&address), &size));
