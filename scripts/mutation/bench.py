@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 """Compiles a source with a defect, exchanges it in the shared libraries that the tests load, and runs the tests."""
 import json
+import math
 import os
 import re
 import resource
@@ -11,14 +12,22 @@ import time
 from pathlib import Path
 
 CAUGHT, SURVIVED, REFUSED = "caught", "survived", "not compiled"
-MEMORY = 3 << 30  # a defect must not take the machine's
+MEMORY = 1 << 30  # a defect must not take the machine's
 LONG, SHARDS = 5, 8  # seconds that a program takes, and processes that it is then spread over
 PATIENCE = 10  # seconds, besides five times what the tests take
+WORK = 2  # seconds of a processor, besides three times what the tests take: a loop without end is known sooner
+FAST_LINKER = ["-fuse-ld=gold"] if shutil.which("ld.gold") else []
 
 
-def _limit():
+def _limit(processor=resource.RLIM_INFINITY):
     resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+    resource.setrlimit(resource.RLIMIT_CPU, (processor, processor))
+
+
+def _children_worked():
+    used = resource.getrusage(resource.RUSAGE_CHILDREN)
+    return used.ru_utime + used.ru_stime
 
 
 class Build:
@@ -56,11 +65,13 @@ class Tests:
     def __init__(self, folder, programs, long_tests, by_suite):
         self.folder, self.long_tests, self.by_suite = Path(folder).resolve(), long_tests, by_suite
         self.programs = {}  # name -> seconds
+        self.work = {}  # name -> seconds of a processor that it may take
         for program in programs:
-            started = time.monotonic()
+            started, worked = time.monotonic(), _children_worked()
             if not self.run(program, "*", None, 1200):
                 raise RuntimeError(f"{program} fails without any defect: run it and mend that first")
             self.programs[program] = time.monotonic() - started
+            self.work[program] = math.ceil(WORK + 3 * (_children_worked() - worked))
 
     def run(self, program, suites, libraries, limit, path=None):
         """\return whether all of these tests pass, but the long ones that do not say anything of this file"""
@@ -68,7 +79,8 @@ class Tests:
         command = [self.folder / program, "--gtest_brief=1", "--gtest_fail_fast", f"--gtest_filter={suites}-{left_out}"]
         # What takes long mostly waits: it does so in several processes at a time.
         shards = SHARDS if suites == "*" and self.programs.get(program, 0) > LONG else 1
-        running = [self._start(command, libraries, shard, shards) for shard in range(shards)]
+        work = self.work.get(program, resource.RLIM_INFINITY)
+        running = [self._start(command, libraries, work, shard, shards) for shard in range(shards)]
         end = time.monotonic() + limit
         passed = True
         for process in running:
@@ -84,11 +96,11 @@ class Tests:
                 process.wait()
         return passed
 
-    def _start(self, command, libraries, shard, shards):
+    def _start(self, command, libraries, work, shard, shards):
         shard_words = {"GTEST_TOTAL_SHARDS": str(shards), "GTEST_SHARD_INDEX": str(shard)}
         environment = dict(os.environ, LD_LIBRARY_PATH=str(libraries or ""), **shard_words)
         return subprocess.Popen(
-            command, env=environment, cwd=self.folder, preexec_fn=_limit, start_new_session=True,
+            command, env=environment, cwd=self.folder, preexec_fn=lambda: _limit(work), start_new_session=True,
             stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
         )  # fmt: skip
 
@@ -168,6 +180,6 @@ class Worker:
                 output = words.index("-o") + 1
                 soname = next((word.rsplit(",", 1)[1] for word in words if word.startswith("-Wl,-soname,")), library)
                 words[output] = str(self.libraries / soname)
-                if not self._run(words):
+                if not self._run([*words, *FAST_LINKER]):
                     return False
         return True
