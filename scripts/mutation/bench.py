@@ -13,7 +13,8 @@ from pathlib import Path
 
 CAUGHT, SURVIVED, REFUSED = "caught", "survived", "not compiled"
 MEMORY = 1 << 30  # a defect must not take the machine's
-LONG, SHARDS = 5, 8  # seconds that a program takes, and processes that it is then spread over
+LONG, SHARDS = 5, 8  # seconds that a program takes, and processes that it is then spread over at least
+SHARE = 2  # seconds that each process has of it
 PATIENCE = 10  # seconds, besides five times what the tests take
 WORK = 2  # seconds of a processor, besides three times what the tests take: a loop without end is known sooner
 FAST_LINKER = ["-fuse-ld=gold"] if shutil.which("ld.gold") else []
@@ -78,7 +79,8 @@ class Tests:
         left_out = ":".join(tests for tests, files in self.long_tests.items() if path not in files)
         command = [self.folder / program, "--gtest_brief=1", "--gtest_fail_fast", f"--gtest_filter={suites}-{left_out}"]
         # What takes long mostly waits: it does so in several processes at a time.
-        shards = SHARDS if suites == "*" and self.programs.get(program, 0) > LONG else 1
+        seconds = self.programs.get(program, 0)
+        shards = max(SHARDS, int(seconds / SHARE)) if suites == "*" and seconds > LONG else 1
         work = self.work.get(program, resource.RLIM_INFINITY)
         running = [self._start(command, libraries, work, shard, shards) for shard in range(shards)]
         end = time.monotonic() + limit

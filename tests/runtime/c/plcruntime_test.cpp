@@ -177,6 +177,14 @@ TEST_F(PlcRuntime, RefusesOptionsThatAreNone)
     EXPECT_THAT(plcruntime_last_error(), HasSubstr("1..65535"));
 }
 
+TEST_F(PlcRuntime, WantsAPlaceForWhatItHandsOut)
+{
+    EXPECT_EQ(plcruntime_open(nullptr, nullptr), PLCRUNTIME_INVALID);
+    EXPECT_THAT(plcruntime_last_error(), HasSubstr("no place for the runtime"));
+    EXPECT_EQ(plcruntime_get(handle, 0, nullptr), PLCRUNTIME_INVALID);
+    EXPECT_THAT(plcruntime_last_error(), HasSubstr("no place for the value"));
+}
+
 TEST_F(PlcRuntime, RefusesCallsAtTheWrongTimeAndClosingOutOfACallback)
 {
     Told told;
@@ -201,6 +209,47 @@ TEST_F(PlcRuntime, OneThatCannotStartSaysWhy)
     open({{"driver", "/nowhere/libplcdriver.so"}});
     EXPECT_EQ(plcruntime_start(handle), PLCRUNTIME_CANNOT_START);
     EXPECT_THAT(plcruntime_last_error(), HasSubstr("cannot be loaded"));
+}
+
+/// The numbers of what was read, one more than there are values.
+struct Numbers {
+    std::atomic<bool> came{false};
+    std::vector<int64_t> whole;
+    std::vector<double> real;
+};
+
+void noteNumbers(void* context, const plcruntime_result* result)
+{
+    Numbers& numbers = *static_cast<Numbers*>(context);
+    const plcruntime_value* value = plcruntime_result_value(result);
+    for (std::size_t index = 0; value != nullptr && index <= plcruntime_value_count(value); ++index) {
+        numbers.whole.push_back(plcruntime_value_int64(value, index));
+        numbers.real.push_back(plcruntime_value_double(value, index));
+    }
+    numbers.came = true;
+}
+
+TEST_F(PlcRuntime, NumbersBehindTheLastAndThoseThatDoNotFitAnIntegerAreZero)
+{
+    start();
+    const uint32_t half[] = {0, 0, 0, 0x8000, 0xFFFF, 0xFFFF, 0xFFFF, 0x7FFF};
+    Told written;
+    ASSERT_EQ(endOf(plcruntime_write(handle, "9:40x8", half, 8, note, &written), written), 0);
+    Numbers numbers;
+    ASSERT_EQ(plcruntime_read(handle, "9:40x2", "uint64", noteNumbers, &numbers), PLCRUNTIME_OK);
+    ASSERT_TRUE(eventually([&] { return numbers.came.load(); }));
+    EXPECT_THAT(numbers.whole, ElementsAre(0, INT64_MAX, 0));
+    EXPECT_THAT(numbers.real, ElementsAre(9223372036854775808.0, 9223372036854775807.0, 0));
+}
+
+TEST_F(PlcRuntime, AFractionIsCutOffAnInteger)
+{
+    start();
+    EXPECT_EQ(writeNumber("9:40", "float32", -21.75), PLCRUNTIME_NO_FAILURE);
+    Numbers numbers;
+    ASSERT_EQ(plcruntime_read(handle, "9:40", "float32", noteNumbers, &numbers), PLCRUNTIME_OK);
+    ASSERT_TRUE(eventually([&] { return numbers.came.load(); }));
+    EXPECT_THAT(numbers.whole, ElementsAre(-21, 0));
 }
 
 struct Seen {

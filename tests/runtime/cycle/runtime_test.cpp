@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QElapsedTimer>
 #include <QThread>
 
 #include <atomic>
@@ -478,6 +479,45 @@ TEST_F(RuntimeTest, ConfirmedValueThatTheDriverDidNotTakeOverIsNotShownAsFreshBe
     ASSERT_EQ(shown.size(), 1u);
     EXPECT_TRUE(shown[0].state != ValueState::Fresh || shown[0].values == std::vector<quint32>{77})
         << shown[0].values.at(0);
+}
+
+TEST_F(RuntimeTest, SwitchingAnotherStationOffRefreshesNothingAndOnDoesAtOnce)
+{
+    settings.pollMs = 3600000;
+    settings.multiStation = true;
+    makeRuntime();
+    const int index = runtime->addCyclic(variable(9, 0));
+    runtime->start();
+    ASSERT_TRUE(becomes(index, ValueState::Fresh));
+    const unsigned long requests = controller->requests();
+    runtime->setStation(7, false);
+    ASSERT_TRUE(read(variable(9, 1)).done); // by then a refresh would have begun
+    EXPECT_EQ(controller->requests(), requests + 1);
+    runtime->setStation(7, true);
+    EXPECT_TRUE(eventually([&] { return controller->requests() == requests + 2; }));
+}
+
+TEST_F(RuntimeTest, RefreshesThatMayFollowAtOnceDo)
+{
+    makeRuntime();
+    const int index = runtime->addCyclic(variable(9, 0));
+    runtime->start();
+    ASSERT_TRUE(becomes(index, ValueState::Fresh));
+    const unsigned long requests = controller->requests();
+    QElapsedTimer clock;
+    clock.start();
+    ASSERT_TRUE(eventually([&] { return controller->requests() >= requests + 40; }));
+    EXPECT_LT(clock.elapsed(), 40 * 50) << "the sleep of a thread that has nothing to do";
+}
+
+TEST_F(RuntimeTest, ThreadSleepsWhenThereIsNothingToDo)
+{
+    startRuntime();
+    ASSERT_TRUE(write(variable(9, 5), {1}).confirmed);
+    QThread::msleep(5);
+    const quint32 before = runtime->rounds();
+    QThread::msleep(60);
+    EXPECT_LT(runtime->rounds() - before, 10u);
 }
 
 TEST_F(RuntimeTest, EveryExchangeIsShownToTheObserver)

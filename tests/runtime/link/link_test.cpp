@@ -183,6 +183,16 @@ TEST_F(LinkTest, ControllersKnownToCloseAfterEachReplyAreGivenTimeForIt)
     EXPECT_EQ(time.elapsedMs(), 5);
 }
 
+TEST_F(LinkTest, ControllersThatKeepTheirConnectionAreGivenNoTimeToCloseIt)
+{
+    askWhile(Script().send(firstReply));
+    time.sleep(5);
+    askWhile(Script().send(secondReply));
+    time.sleep(5);
+    askWhile(Script().send("0003 0000 0005 01 03 02 1234"));
+    EXPECT_EQ(time.elapsedMs(), 10);
+}
+
 TEST_F(LinkTest, StopEndsAnExchangeWithinASlice)
 {
     const LinkExchange exchange = askWhile(Script().after(10).act([this] { link.stop(); }));

@@ -61,6 +61,14 @@ TEST(ModbusMatcher, WhileAReplyIsOwedNoneIsAcceptedAsAlone)
     EXPECT_TRUE(isAcceptedAlone(matcher));
 }
 
+TEST(ModbusMatcher, ASecondReplyToARequestThatWentOutWithoutANumberIsDropped)
+{
+    ModbusMatcher matcher;
+    matcher.expect(readRegister, 0);
+    EXPECT_EQ(dropped(matcher, fromHex("0000 0000 0005 01 03 02 1234")), QString());
+    EXPECT_EQ(dropped(matcher, fromHex("0000 0000 0005 01 03 02 1234")), dropReasonWords(DropReason::Late));
+}
+
 TEST(ModbusMatcher, NumbersEachFrameAndLeavesTheRestAsItIs)
 {
     ModbusMatcher matcher;

@@ -6,9 +6,12 @@
 
 #include <QElapsedTimer>
 
+#include <cerrno>
+#include <chrono>
 #include <future>
 #include <list>
 #include <memory>
+#include <thread>
 
 namespace
 {
@@ -212,12 +215,25 @@ TEST_F(TcpSocketTest, AShortWaitBehindALongOneIsShort)
     EXPECT_LT(clock.elapsed(), patienceMs);
 }
 
+TEST_F(TcpSocketTest, AWaitOfASecondBehindAShortOneIsLonger)
+{
+    connectBoth();
+    EXPECT_TRUE(receiveWithin(1).isEmpty());
+    const auto answer = std::async(std::launch::async, [this] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(shortMs));
+        controller.send("01");
+    });
+    EXPECT_EQ(receiveWithin(1000), QByteArray::fromHex("01"));
+}
+
 TEST_F(TcpSocketTest, ClosesWhenTheOtherSideHas)
 {
     connectBoth();
     controller.close();
+    errno = 0;
     EXPECT_TRUE(receiveSomething().isEmpty());
     EXPECT_FALSE(socket.isOpen());
+    EXPECT_EQ(socket.errorString(), QStringLiteral("the other side has closed the connection"));
 }
 
 TEST_F(TcpSocketTest, ALookFindsThatTheOtherSideHasClosed)
