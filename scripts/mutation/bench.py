@@ -8,13 +8,15 @@ import resource
 import shlex
 import shutil
 import subprocess
+import tempfile
 import time
 from pathlib import Path
 
 CAUGHT, SURVIVED, REFUSED = "caught", "survived", "not compiled"
 MEMORY = 1 << 30  # a defect must not take the machine's
-LONG, SHARDS = 5, 8  # seconds that a program takes, and processes that it is then spread over at least
-SHARE = 2  # seconds that each process has of it
+LONG, SHARDS = 5, 8  # seconds that a program takes, and processes that it is then spread over
+QUICK = 0.1  # seconds of a test that is asked before those that take longer
+SHARE = 2  # seconds of the latter that a process has
 PATIENCE = 10  # seconds, besides five times what the tests take
 WORK = 2  # seconds of a processor, besides three times what the tests take: a loop without end is known sooner
 FAST_LINKER = ["-fuse-ld=gold"] if shutil.which("ld.gold") else []
@@ -66,43 +68,48 @@ class Tests:
     def __init__(self, folder, programs, long_tests, by_suite):
         self.folder, self.long_tests, self.by_suite = Path(folder).resolve(), long_tests, by_suite
         self.programs = {}  # name -> seconds
+        self.slow = {}  # name -> filter of the tests that take long, and their seconds
         self.work = {}  # name -> seconds of a processor that it may take
         for program in programs:
-            started, worked = time.monotonic(), _children_worked()
-            if not self.run(program, "*", None, 1200):
-                raise RuntimeError(f"{program} fails without any defect: run it and mend that first")
-            self.programs[program] = time.monotonic() - started
-            self.work[program] = math.ceil(WORK + 3 * (_children_worked() - worked))
+            self._learn(program)
 
-    def run(self, program, suites, libraries, limit, path=None):
+    def _learn(self, program):
+        started, worked = time.monotonic(), _children_worked()
+        with tempfile.TemporaryDirectory(prefix="mutants-") as folder:
+            if not self.run(program, "*", None, 1200, shards=SHARDS, output=folder):
+                raise RuntimeError(f"{program} fails without any defect: run it and mend that first")
+            times = _times(folder)
+        slow = {name: seconds for name, seconds in times.items() if seconds > QUICK}
+        self.programs[program] = sum(times.values()) or time.monotonic() - started
+        self.slow[program] = (":".join(slow), sum(slow.values()))
+        self.work[program] = math.ceil(WORK + 3 * (_children_worked() - worked))
+
+    def run(self, program, suites, libraries, limit, path=None, left_out="", shards=1, output=None):
         """\return whether all of these tests pass, but the long ones that do not say anything of this file"""
-        left_out = ":".join(tests for tests, files in self.long_tests.items() if path not in files)
+        left_out = ":".join([left_out, *(tests for tests, files in self.long_tests.items() if path not in files)])
         command = [self.folder / program, "--gtest_brief=1", "--gtest_fail_fast", f"--gtest_filter={suites}-{left_out}"]
-        # What takes long mostly waits: it does so in several processes at a time.
-        seconds = self.programs.get(program, 0)
-        shards = max(SHARDS, int(seconds / SHARE)) if suites == "*" and seconds > LONG else 1
-        work = self.work.get(program, resource.RLIM_INFINITY)
-        running = [self._start(command, libraries, work, shard, shards) for shard in range(shards)]
+        running = {self._start(command, libraries, self.work.get(program), shard, shards, output) for shard in range(shards)}
         end = time.monotonic() + limit
         passed = True
+        while running and passed:
+            over = {process for process in running if process.poll() is not None}
+            passed = all(process.returncode == 0 for process in over) and time.monotonic() < end
+            running -= over
+            if not over:
+                time.sleep(0.01)
         for process in running:
-            try:
-                passed = passed and process.wait(max(0, end - time.monotonic())) == 0
-            except subprocess.TimeoutExpired:
-                passed = False
-            if not passed:
-                break
-        for process in running:
-            if process.poll() is None:
-                os.killpg(process.pid, 9)  # its own session: the program and what it started
-                process.wait()
+            os.killpg(process.pid, 9)  # its own session: the program and what it started
+            process.wait()
         return passed
 
-    def _start(self, command, libraries, work, shard, shards):
-        shard_words = {"GTEST_TOTAL_SHARDS": str(shards), "GTEST_SHARD_INDEX": str(shard)}
-        environment = dict(os.environ, LD_LIBRARY_PATH=str(libraries or ""), **shard_words)
+    def _start(self, command, libraries, work, shard, shards, output):
+        environment = dict(os.environ, LD_LIBRARY_PATH=str(libraries or ""))
+        environment.update(GTEST_TOTAL_SHARDS=str(shards), GTEST_SHARD_INDEX=str(shard))
+        if output:
+            environment.update(GTEST_OUTPUT=f"json:{output}/{shard}.json")
+        limit = resource.RLIM_INFINITY if work is None else work
         return subprocess.Popen(
-            command, env=environment, cwd=self.folder, preexec_fn=lambda: _limit(work), start_new_session=True,
+            command, env=environment, cwd=self.folder, preexec_fn=lambda: _limit(limit), start_new_session=True,
             stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
         )  # fmt: skip
 
@@ -110,14 +117,37 @@ class Tests:
         """Whether a test fails; those named after the file, then those of its folder, are asked first."""
         mirrored = self.by_suite.get(Path(path).stem, {})
         for program, suites in mirrored.items():
-            if program in self.programs and not self.run(program, suites, libraries, self._limit(program), path):
+            if program in self.programs and not self._passes_quick(program, suites, libraries, path):
                 return True
         own = Path(path).parts[0]
         programs = sorted(self.programs, key=lambda name: (own not in name, self.programs[name]))
-        return any(not self.run(program, "*", libraries, self._limit(program), path) for program in programs)
+        return any(
+            not self._passes_quick(program, "*", libraries, path) or not self._passes_slow(program, libraries, path)
+            for program in programs
+        )
+
+    def _passes_quick(self, program, suites, libraries, path):
+        slow, seconds = self.slow[program]
+        shards = SHARDS if suites == "*" and self.programs[program] - seconds > LONG else 1
+        return self.run(program, suites, libraries, self._limit(program), path, slow, shards)
+
+    def _passes_slow(self, program, libraries, path):
+        """What takes long mostly waits: it does so in several processes at a time."""
+        slow, seconds = self.slow[program]
+        return not slow or self.run(program, slow, libraries, self._limit(program), path, "", math.ceil(seconds / SHARE))
 
     def _limit(self, program):
         return PATIENCE + 5 * self.programs[program]
+
+
+def _times(folder):
+    """Test -> seconds that it took, of what the processes have written."""
+    result = {}
+    for file in Path(folder).glob("*.json"):
+        for suite in json.loads(file.read_text())["testsuites"]:
+            for test in suite["testsuite"]:
+                result[f"{suite['name']}.{test['name']}"] = float(test["time"].rstrip("s"))
+    return result
 
 
 def suites_by_file(source):
