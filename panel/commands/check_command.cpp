@@ -42,9 +42,9 @@ CheckedList checkedList(const Options& options)
                           .arg(listed.name, variableText(listed.elements), QString::number(listed.line));
     }
     const RefreshPlan plan = refreshPlan(list.variables, options.settings);
-    for (std::size_t variable = 0; variable < plan.parts.size(); ++variable) {
-        for (const ReadPiece& piece : plan.parts[variable])
-            list.parts.push_back({variable, piece.asked});
+    for (std::size_t variable = 0; variable < plan.parts.variables(); ++variable) {
+        for (const PlannedPart* part = plan.parts.begin(variable); part != plan.parts.end(variable); ++part)
+            list.parts.push_back({variable, askedBy(*part, list.variables[variable])});
     }
     sortForBlocks(&list.parts);
     return list;

@@ -28,12 +28,7 @@ const int spoiledBits = 2;
 // Elements of neighbours, and what lies between them, that are taken out of the driver at once.
 const int mostTakenTogether = 250;
 
-using PartKey = std::tuple<int, int, int>;
-
-PartKey keyOf(const Variable& asked)
-{
-    return std::make_tuple(asked.station, asked.area, asked.element);
-}
+using PartKey = std::tuple<int, int, int>; // station, area and first element
 
 /// \return the element behind the last one that a block reads
 int endOfBlock(const RW_VAR& request)
@@ -76,10 +71,21 @@ RW_VAR pacingRecord()
 
 } // namespace
 
+// Ages are told in whole milliseconds.
+CyclicValues::CyclicValues(const Settings& settings)
+    : m_settings(settings),
+      m_staleAfter(std::chrono::milliseconds(settings.staleAfterMs) + std::chrono::milliseconds(1))
+{
+}
+
 int CyclicValues::add(const Variable& variable)
 {
-    Entry entry;
-    entry.variable = variable;
+    Entry entry = {};
+    entry.element = variable.element;
+    entry.count = variable.count;
+    entry.valueElements = static_cast<quint16>(variable.valueElements);
+    entry.area = static_cast<quint8>(variable.area);
+    entry.station = static_cast<quint8>(variable.station);
     m_variables.push_back(entry);
     return static_cast<int>(m_variables.size()) - 1;
 }
@@ -89,22 +95,24 @@ bool CyclicValues::contains(int index) const
     return index >= 0 && index < static_cast<int>(m_variables.size());
 }
 
-void CyclicValues::Part::set(const Failure& why)
-{
-    // Other threads hold copies. The thread sanitizer sees how a moved one goes away, but not into QtCore.
-    failure = Failure(why);
-}
-
 std::optional<Clock::time_point> CyclicValues::Part::readAt() const
 {
-    return block != nullptr ? std::max(read, block->read) : read;
+    return block != nullptr ? block->read : std::nullopt;
+}
+
+CyclicValues::PartsRange CyclicValues::partsOf(std::size_t variable) const
+{
+    const bool isLast = variable + 1 == m_variables.size();
+    const std::size_t end = isLast ? m_partsOf.size() : m_variables[variable + 1].firstPart;
+    return {m_partsOf.data() + m_variables[variable].firstPart, m_partsOf.data() + end};
 }
 
 std::vector<Variable> CyclicValues::variables() const
 {
     std::vector<Variable> variables;
+    variables.reserve(m_variables.size());
     for (const Entry& entry : m_variables)
-        variables.push_back(entry.variable);
+        variables.push_back(entry.variable());
     return variables;
 }
 
@@ -112,7 +120,7 @@ std::set<int> CyclicValues::stations() const
 {
     std::set<int> stations;
     for (const Entry& entry : m_variables)
-        stations.insert(entry.variable.station);
+        stations.insert(entry.station);
     return stations;
 }
 
@@ -122,21 +130,38 @@ QString CyclicValues::blockRefusal() const
 }
 
 /// What a block reads lies side by side: it is gone through with every reply.
-void CyclicValues::makeParts(const RefreshPlan& plan)
+void CyclicValues::makeParts(const PlannedParts& planned)
 {
     for (std::size_t index = 0; index < m_variables.size(); ++index) {
-        for (const ReadPiece& piece : plan.parts[index]) {
-            Part part;
-            part.piece = piece;
-            part.variable = index;
+        const Variable variable = m_variables[index].variable();
+        for (const PlannedPart* piece = planned.begin(index); piece != planned.end(index); ++piece) {
+            const Variable asked = askedBy(*piece, variable);
+            Part part = {};
+            part.variable = static_cast<quint32>(index);
+            part.element = asked.element;
+            part.count = asked.count;
+            part.area = static_cast<quint8>(asked.area);
+            part.station = static_cast<quint8>(asked.station);
             m_parts.push_back(part);
         }
     }
-    std::stable_sort(m_parts.begin(), m_parts.end(), [](const Part& a, const Part& b) {
-        return keyOf(a.piece.asked) < keyOf(b.piece.asked);
+    std::sort(m_parts.begin(), m_parts.end(), [](const Part& a, const Part& b) {
+        return std::tie(a.station, a.area, a.element, a.variable, a.count) <
+               std::tie(b.station, b.area, b.element, b.variable, b.count);
     });
-    for (std::size_t index = 0; index < m_parts.size(); ++index)
-        m_variables[m_parts[index].variable].parts.push_back(index);
+    findParts();
+}
+
+void CyclicValues::findParts()
+{
+    m_partsOf.resize(m_parts.size());
+    for (const Part& part : m_parts)
+        ++m_variables[part.variable].firstPart; // how many it has
+    quint32 end = 0;
+    for (Entry& entry : m_variables)
+        entry.firstPart = end += entry.firstPart;
+    for (std::size_t index = m_parts.size(); index-- > 0;)
+        m_partsOf[--m_variables[m_parts[index].variable].firstPart] = static_cast<quint32>(index);
 }
 
 RefreshPlan CyclicValues::plan() const
@@ -146,16 +171,18 @@ RefreshPlan CyclicValues::plan() const
 
 void CyclicValues::expect()
 {
-    makeParts(plan());
+    makeParts(plan().parts);
 }
 
 void CyclicValues::queue(const DriverCalls& calls)
 {
     if (m_variables.empty())
         return;
-    const RefreshPlan refresh = plan();
-    makeParts(refresh);
+    RefreshPlan refresh = plan();
+    makeParts(refresh.parts);
+    refresh.parts = PlannedParts(); // gives its memory back before the driver needs some
     QList<HOST_VAR> list;
+    list.reserve(static_cast<int>(refresh.runs.size()));
     for (const Variable& run : refresh.runs)
         list.append(hostVariable(run));
     calls.ReCreatReadVarList(&list);
@@ -183,15 +210,15 @@ std::vector<CyclicValues::Part*> CyclicValues::partsIn(const RW_VAR& request)
     const int end = endOfBlock(request);
     const PartKey first = std::make_tuple(request.station, request.area, request.address);
     const PartKey behind = std::make_tuple(request.station, request.area, end);
-    auto part = std::partition_point(m_parts.begin(), m_parts.end(), [&first](const Part& candidate) {
-        return keyOf(candidate.piece.asked) < first;
-    });
+    const auto keyOf = [](const Part& part) { return PartKey(part.station, part.area, part.element); };
+    auto part = std::partition_point(m_parts.begin(), m_parts.end(),
+                                     [&](const Part& candidate) { return keyOf(candidate) < first; });
     std::vector<Part*> parts;
-    for (; part != m_parts.end() && keyOf(part->piece.asked) < behind; ++part) {
-        const Variable& asked = part->piece.asked;
-        if (asked.element + asked.count <= end)
+    for (; part != m_parts.end() && keyOf(*part) < behind; ++part) {
+        if (part->element + part->count <= end)
             parts.push_back(&*part);
     }
+    parts.shrink_to_fit();
     return parts;
 }
 
@@ -202,9 +229,8 @@ int CyclicValues::elementsOf(const std::vector<Part*>& parts, int begin)
     int elements = 0;
     int countedUpTo = begin;
     for (const Part* part : parts) {
-        const Variable& asked = part->piece.asked;
-        const int end = asked.element + asked.count;
-        elements += std::max(0, end - std::max(countedUpTo, asked.element));
+        const int end = part->element + part->count;
+        elements += std::max(0, end - std::max(countedUpTo, part->element));
         countedUpTo = std::max(countedUpTo, end);
     }
     return elements;
@@ -240,7 +266,8 @@ void CyclicValues::fill(Block& block, const RW_VAR& request)
     for (Part* part : block.parts) {
         if (part->block != nullptr)
             block.sharesParts = part->block->sharesParts = true;
-        part->block = &block;
+        else
+            part->block = &block;
     }
 }
 
@@ -253,10 +280,9 @@ int CyclicValues::answered(const RW_VAR& request, Clock::time_point repliedAt)
         return block.unused;
     block.setbacks = m_setbacks;
     for (Part* part : block.parts) {
-        part->read = repliedAt;
+        part->block = &block;
         part->doubtful = false;
-        if (hasFailed(part->failure))
-            part->set(Failure());
+        part->failure.reset();
         touchAt(part->variable);
     }
     return block.unused;
@@ -265,9 +291,12 @@ int CyclicValues::answered(const RW_VAR& request, Clock::time_point repliedAt)
 int CyclicValues::givenUp(const RW_VAR& request, const Failure& why)
 {
     const Block& block = blockOf(request);
+    // Other threads hold copies of a failure's members. The thread sanitizer sees how a copied one goes away, but not
+    // into QtCore, where one that was moved does.
+    const Reason reason = std::make_shared<const Failure>(why);
     ++m_setbacks;
     for (Part* part : block.parts) {
-        part->set(why);
+        part->failure = reason;
         touchAt(part->variable);
     }
     return block.unused;
@@ -275,11 +304,12 @@ int CyclicValues::givenUp(const RW_VAR& request, const Failure& why)
 
 void CyclicValues::lost(int station, const Failure& why)
 {
+    const Reason reason = std::make_shared<const Failure>(why);
     ++m_setbacks;
     for (Part& part : m_parts) {
-        if (part.piece.asked.station != station)
+        if (part.station != station)
             continue;
-        part.set(why);
+        part.failure = reason;
         touchAt(part.variable);
     }
 }
@@ -287,8 +317,10 @@ void CyclicValues::lost(int station, const Failure& why)
 void CyclicValues::doubt(const Variable& elements)
 {
     ++m_setbacks;
-    for (Part& part : m_parts)
-        part.doubtful = part.doubtful || overlaps(part.piece.shown, elements);
+    for (Part& part : m_parts) {
+        const Variable variable = m_variables[part.variable].variable();
+        part.doubtful = part.doubtful || overlaps(pieceOf(variable, part.asked()).shown, elements);
+    }
 }
 
 void CyclicValues::watch()
@@ -308,7 +340,7 @@ void CyclicValues::touchAt(std::size_t index)
 void CyclicValues::touch(const Variable& elements)
 {
     for (std::size_t index = 0; m_watched && index < m_variables.size(); ++index) {
-        if (overlaps(m_variables[index].variable, elements))
+        if (overlaps(m_variables[index].variable(), elements))
             touchAt(index);
     }
 }
@@ -316,15 +348,9 @@ void CyclicValues::touch(const Variable& elements)
 void CyclicValues::touchStation(int station)
 {
     for (std::size_t index = 0; index < m_variables.size(); ++index) {
-        if (m_variables[index].variable.station == station)
+        if (m_variables[index].station == station)
             touchAt(index);
     }
-}
-
-/// \return the age from which on a value is stale: ages are told in whole milliseconds
-Clock::duration CyclicValues::staleAfter() const
-{
-    return std::chrono::milliseconds(m_settings.staleAfterMs) + std::chrono::milliseconds(1);
 }
 
 /// What was read last becomes stale last: where all have been looked at, there is nothing to find before the oldest
@@ -337,31 +363,44 @@ void CyclicValues::touchAged()
     Clock::time_point oldest = now;
     for (const Part& part : m_parts) {
         const std::optional<Clock::time_point> read = part.readAt();
-        if (read && now - *read < staleAfter())
+        if (read && now - *read < m_staleAfter)
             oldest = std::min(oldest, *read);
     }
-    m_agesFrom = oldest + staleAfter();
+    m_agesFrom = oldest + m_staleAfter;
     for (std::size_t index = 0; index < m_variables.size(); ++index) {
-        if (stateOf(m_variables[index], now) != m_variables[index].taken)
+        if (stateOf(index, now) != m_variables[index].taken)
             touchAt(index);
     }
 }
 
-std::vector<int> CyclicValues::takeTouched()
+void CyclicValues::takeTouched(std::size_t most, const DriverCalls& calls, TakenValues* taken)
 {
-    const Clock::time_point now = Clock::now();
-    for (const int index : m_touched) {
-        Entry& entry = m_variables[static_cast<std::size_t>(index)];
-        entry.touched = false;
-        entry.taken = stateOf(entry, now);
+    const std::size_t count = std::min(most, m_touched.size() - m_touchedTaken);
+    const auto first = m_touched.begin() + static_cast<std::ptrdiff_t>(m_touchedTaken);
+    taken->indexes.assign(first, first + static_cast<std::ptrdiff_t>(count));
+    m_touchedTaken += count;
+    if (!hasTouched()) {
+        m_touched.clear();
+        m_touchedTaken = 0;
     }
-    return std::exchange(m_touched, std::vector<int>());
+    if (taken->values.size() < count)
+        taken->values.resize(count);
+    takeOut({taken->indexes.data(), 0, count}, calls, taken->values.data());
+    for (std::size_t place = 0; place < count; ++place) {
+        Entry& entry = m_variables[static_cast<std::size_t>(taken->indexes[place])];
+        entry.touched = false;
+        entry.taken = taken->values[place].state;
+    }
 }
 
 void CyclicValues::freeze(const DriverCalls& calls)
 {
-    for (Entry& entry : m_variables)
-        entry.frozen = valuesInDriver(calls, entry.variable);
+    m_frozenAt.reserve(m_variables.size());
+    for (const Entry& entry : m_variables) {
+        m_frozenAt.push_back(static_cast<quint32>(m_frozenValues.size()));
+        const std::vector<quint32> values = valuesInDriver(calls, entry.variable());
+        m_frozenValues.insert(m_frozenValues.end(), values.begin(), values.end());
+    }
     m_frozen = true;
 }
 
@@ -370,105 +409,127 @@ ValueState CyclicValues::stateOf(const Part& part, Clock::time_point now) const
     const std::optional<Clock::time_point> read = part.readAt();
     if (!read)
         return ValueState::NeverRead;
-    if (hasFailed(part.failure))
+    if (part.failure)
         return ValueState::Failed;
-    if (now - *read >= staleAfter())
+    if (now - *read >= m_staleAfter)
         return ValueState::Stale;
     return part.doubtful ? ValueState::Unconfirmed : ValueState::Fresh;
 }
 
 /// A variable is as good as the worst of its parts.
-ValueState CyclicValues::stateOf(const Entry& entry, Clock::time_point now) const
+ValueState CyclicValues::stateOf(std::size_t variable, Clock::time_point now) const
 {
-    ValueState state = entry.parts.empty() ? ValueState::NeverRead : ValueState::Fresh;
-    for (const std::size_t index : entry.parts)
+    const PartsRange parts = partsOf(variable);
+    ValueState state = parts.first == parts.behind ? ValueState::NeverRead : ValueState::Fresh;
+    for (const quint32 index : parts)
         state = std::min(state, stateOf(m_parts[index], now));
     return state;
 }
 
-void CyclicValues::judge(const Entry& entry, Clock::time_point now, qint64 epochMs, CyclicValue* value) const
+void CyclicValues::judge(std::size_t variable, Moment* moment, CyclicValue* value) const
 {
-    value->state = stateOf(entry, now);
+    const PartsRange parts = partsOf(variable);
+    value->state = parts.first == parts.behind ? ValueState::NeverRead : ValueState::Fresh;
+    value->ageMs = value->readAtMs = -1;
+    const Failure* failure = nullptr;
     std::optional<Clock::time_point> oldest;
-    for (const std::size_t index : entry.parts) {
+    for (const quint32 index : parts) {
         const Part& part = m_parts[index];
         const std::optional<Clock::time_point> read = part.readAt();
         if (read && (!oldest || *read < *oldest))
             oldest = read;
-        if (hasFailed(part.failure))
-            value->failure = part.failure;
+        if (part.failure)
+            failure = part.failure.get();
+        value->state = std::min(value->state, stateOf(part, moment->now));
     }
+    if (failure != nullptr)
+        value->failure = *failure;
+    else if (hasFailed(value->failure))
+        value->failure = Failure();
     if (value->state == ValueState::NeverRead || !oldest)
         return;
-    value->ageMs = std::chrono::duration_cast<std::chrono::milliseconds>(now - *oldest).count();
-    value->readAtMs = epochMs - value->ageMs;
+    if (moment->read != *oldest) {
+        moment->read = *oldest;
+        moment->ageMs = std::chrono::duration_cast<std::chrono::milliseconds>(moment->now - *oldest).count();
+    }
+    value->ageMs = moment->ageMs;
+    value->readAtMs = moment->epochMs - value->ageMs;
 }
 
 CyclicValue CyclicValues::value(int index, const DriverCalls& calls) const
 {
-    return values({index}, calls).front();
+    CyclicValue value;
+    takeOut({nullptr, index, 1}, calls, &value);
+    return value;
+}
+
+void CyclicValues::values(int first, const DriverCalls& calls, std::vector<CyclicValue>* values) const
+{
+    takeOut({nullptr, first, values->size()}, calls, values->data());
 }
 
 /// \return the end of the neighbours from \a first on that one call to the driver brings
-std::size_t CyclicValues::runFrom(const std::vector<int>& indexes, std::size_t first) const
+std::size_t CyclicValues::runFrom(const Wanted& wanted, std::size_t first) const
 {
-    const Variable& begin = variable(indexes[first]);
+    const Entry& begin = entryOf(wanted.at(first));
     std::size_t end = first + 1;
-    int element = endOf(begin);
-    for (; end < indexes.size(); ++end) {
-        const Variable& next = variable(indexes[end]);
+    int element = begin.element + begin.count;
+    for (; end < wanted.size; ++end) {
+        const Entry& next = entryOf(wanted.at(end));
         const bool isNeighbour =
             next.station == begin.station && next.area == begin.area && next.element >= element;
-        if (!isNeighbour || endOf(next) - begin.element > mostTakenTogether)
+        if (!isNeighbour || next.element + next.count - begin.element > mostTakenTogether)
             break;
-        element = endOf(next);
+        element = next.element + next.count;
     }
     return end;
 }
 
-std::vector<CyclicValue> CyclicValues::values(const std::vector<int>& indexes, const DriverCalls& calls) const
+void CyclicValues::takeOut(const Wanted& wanted, const DriverCalls& calls, CyclicValue* values) const
 {
     const Clock::time_point now = Clock::now();
-    const qint64 epochMs = QDateTime::currentMSecsSinceEpoch();
-    std::vector<CyclicValue> values(indexes.size());
-    for (std::size_t place = 0; place < indexes.size(); ++place)
-        judge(m_variables[static_cast<std::size_t>(indexes[place])], now, epochMs, &values[place]);
-    for (std::size_t first = 0; first < indexes.size();) {
-        const std::size_t end = runFrom(indexes, first);
-        takeOut(indexes, first, end, calls, &values);
+    Moment moment = {now, QDateTime::currentMSecsSinceEpoch(), now, 0};
+    for (std::size_t place = 0; place < wanted.size; ++place)
+        judge(static_cast<std::size_t>(wanted.at(place)), &moment, &values[place]);
+    for (std::size_t first = 0; first < wanted.size;) {
+        const std::size_t end = runFrom(wanted, first);
+        takeOutRun(wanted, first, end, calls, values);
         first = end;
     }
-    return values;
 }
 
 /// \param first, end neighbours
-void CyclicValues::takeOut(const std::vector<int>& indexes, std::size_t first, std::size_t end,
-                           const DriverCalls& calls, std::vector<CyclicValue>* values) const
+void CyclicValues::takeOutRun(const Wanted& wanted, std::size_t first, std::size_t end,
+                              const DriverCalls& calls, CyclicValue* values) const
 {
-    Variable run = variable(indexes[first]);
-    run.count = endOf(variable(indexes[end - 1])) - run.element;
+    Variable run = variable(wanted.at(first));
+    run.count = endOf(variable(wanted.at(end - 1))) - run.element;
     std::vector<quint32> held; // looked up when the first wants it: before the start there is no driver
     for (std::size_t place = first; place < end; ++place) {
-        const Entry& entry = m_variables[static_cast<std::size_t>(indexes[place])];
-        CyclicValue& value = (*values)[place];
+        const int index = wanted.at(place);
+        const Entry& entry = entryOf(index);
+        CyclicValue& value = values[place];
         if (value.state ==
             ValueState::NeverRead) { // what the driver holds may come from an earlier use of it
-            value.values.assign(static_cast<std::size_t>(entry.variable.count), 0);
-        } else if (m_frozen) {
-            value.values = entry.frozen;
+            value.values.assign(static_cast<std::size_t>(entry.count), 0);
+            continue;
+        }
+        const quint32* begin = nullptr;
+        if (m_frozen) {
+            begin = m_frozenValues.data() + m_frozenAt[static_cast<std::size_t>(index)];
         } else {
             if (held.empty())
                 held = valuesInDriver(calls, run);
-            const auto begin = held.begin() + (entry.variable.element - run.element);
-            value.values.assign(begin, begin + entry.variable.count);
+            begin = held.data() + (entry.element - run.element);
         }
+        value.values.assign(begin, begin + entry.count);
     }
 }
 
 bool CyclicValues::shows(const Variable& bit) const
 {
     return std::any_of(m_variables.begin(), m_variables.end(),
-                       [&bit](const Entry& entry) { return overlaps(entry.variable, bit); });
+                       [&bit](const Entry& entry) { return overlaps(entry.variable(), bit); });
 }
 
 int CyclicValues::wholeBits(const Variable& asked) const

@@ -11,6 +11,7 @@
 #include "runtime/model/settings.h"
 
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <tuple>
@@ -19,20 +20,25 @@
 namespace plc
 {
 
+/// Values of variables by their indexes. Where it is used again its memory is, too.
+struct TakenValues {
+    std::vector<int> indexes;
+    std::vector<CyclicValue> values; ///< at least as many
+};
+
+/// A list may have a million variables: what is kept of each is small, and failures are shared.
+///
 /// Every function but add() expects the lock that keeps all calls to the driver apart (see Runtime).
 class CyclicValues
 {
 public:
-    explicit CyclicValues(const Settings& settings) : m_settings(settings) {}
+    explicit CyclicValues(const Settings& settings);
 
     /// Before queue(). \param variable station filled in, and nothing against it (readRefusal())
     int add(const Variable& variable);
 
     bool contains(int index) const;
-    const Variable& variable(int index) const
-    {
-        return m_variables[static_cast<std::size_t>(index)].variable;
-    }
+    Variable variable(int index) const { return entryOf(index).variable(); }
 
     /// \return the stations of the variables
     std::set<int> stations() const;
@@ -71,8 +77,9 @@ public:
     /// \return values and state, but StationOff and writes on their way, which only the caller knows
     CyclicValue value(int index, const DriverCalls& calls) const;
 
-    /// \return the same of several variables: neighbours are taken out of the driver together
-    std::vector<CyclicValue> values(const std::vector<int>& indexes, const DriverCalls& calls) const;
+    /// The same of the variables from \a first on, as many as there is room for in \a values: neighbours are taken out
+    /// of the driver together.
+    void values(int first, const DriverCalls& calls, std::vector<CyclicValue>* values) const;
 
     /// Keeps the values as they are now: value() needs no driver any more.
     void freeze(const DriverCalls& calls);
@@ -89,8 +96,12 @@ public:
     /// With watch(): notes the variables that have become stale since they were taken last.
     void touchAged();
 
-    /// \return the variables that may show something else than when they were taken last, each once
-    std::vector<int> takeTouched();
+    /// Takes up to \a most of the variables that may show something else than when they were taken last, each once,
+    /// with their values.
+    void takeTouched(std::size_t most, const DriverCalls& calls, TakenValues* taken);
+
+    /// \return true when there are more of them
+    bool hasTouched() const { return m_touchedTaken < m_touched.size(); }
 
     /// A reply to a read of bits is padded to whole bytes, and the driver files padding behind the bits.
     /// \return how many elements to read from \a asked's first on so that no variable of this list shows
@@ -99,23 +110,63 @@ public:
 
 private:
     struct Block;
-    struct Part {
-        ReadPiece piece;
-        std::size_t variable = 0;              // which one it belongs to
-        std::optional<Clock::time_point> read; // when the last good reply came
-        bool doubtful = false;                 // a write to it failed since
-        Failure failure;                       // of the last attempt
-        Block* block = nullptr;                // notes for it, too, when it was read
+    using Reason = std::shared_ptr<const Failure>;
 
-        void set(const Failure& why);
+    /// What one request reads for a variable.
+    struct Part {
+        quint32 variable; // which one it belongs to
+        int element;      // the first one
+        int count;
+        quint8 area; // of what is asked for
+        quint8 station;
+        bool doubtful = false;  // a write to it failed since it was read
+        Reason failure;         // of the last attempt; null: it has not failed
+        Block* block = nullptr; // that read it last, or is to read it
+
+        Variable asked() const { return {area, element, count, station}; }
         std::optional<Clock::time_point> readAt() const;
     };
+
+    /// A Variable with its station, in less room.
     struct Entry {
-        Variable variable;
-        std::vector<std::size_t> parts;           // by their first elements
-        std::vector<quint32> frozen;              // see freeze()
+        int element;
+        int count;
+        quint16 valueElements;
+        quint8 area;
+        quint8 station;
+        quint32 firstPart = 0; // place in m_partsOf; its parts end where those of the next begin
         ValueState taken = ValueState::NeverRead; // when it was taken last, as judge() has it
         bool touched = false;
+
+        Variable variable() const { return {area, element, count, station, valueElements}; }
+    };
+
+    /// Places in m_partsOf.
+    struct PartsRange {
+        const quint32* first;
+        const quint32* behind;
+        const quint32* begin() const { return first; }
+        const quint32* end() const { return behind; }
+    };
+
+    /// Variables by a list of indexes, or side by side.
+    struct Wanted {
+        const int* indexes; // null: side by side
+        int first;
+        std::size_t size;
+
+        int at(std::size_t place) const
+        {
+            return indexes != nullptr ? indexes[place] : first + static_cast<int>(place);
+        }
+    };
+
+    /// When it is, and the age of what was read last: neighbours were read at the same time.
+    struct Moment {
+        Clock::time_point now;
+        qint64 epochMs;
+        Clock::time_point read;
+        qint64 ageMs;
     };
 
     using BlockKey = std::tuple<int, int, int, int>; // first element, number of elements, area and station
@@ -129,29 +180,38 @@ private:
         KnownBlock* next = nullptr;            // that followed it the last time
     };
 
+    const Entry& entryOf(int index) const { return m_variables[static_cast<std::size_t>(index)]; }
+    PartsRange partsOf(std::size_t variable) const;
     std::vector<Variable> variables() const;
     RefreshPlan plan() const;
-    void makeParts(const RefreshPlan& plan);
+    void makeParts(const PlannedParts& planned);
+    void findParts();
     std::vector<Part*> partsIn(const RW_VAR& request);
     static int elementsOf(const std::vector<Part*>& parts, int begin);
     Block& blockOf(const RW_VAR& request);
     KnownBlock& knownBlock(const RW_VAR& request, const BlockKey& key);
     void fill(Block& block, const RW_VAR& request);
-    Clock::duration staleAfter() const;
     ValueState stateOf(const Part& part, Clock::time_point now) const;
-    void judge(const Entry& entry, Clock::time_point now, qint64 epochMs, CyclicValue* value) const;
-    void takeOut(const std::vector<int>& indexes, std::size_t first, std::size_t end, const DriverCalls& calls,
-                 std::vector<CyclicValue>* values) const;
-    std::size_t runFrom(const std::vector<int>& indexes, std::size_t first) const;
-    ValueState stateOf(const Entry& entry, Clock::time_point now) const;
+    ValueState stateOf(std::size_t variable, Clock::time_point now) const;
+    void judge(std::size_t variable, Moment* moment, CyclicValue* value) const;
+    void takeOut(const Wanted& wanted, const DriverCalls& calls, CyclicValue* values) const;
+    void takeOutRun(const Wanted& wanted, std::size_t first, std::size_t end, const DriverCalls& calls,
+                    CyclicValue* values) const;
+    std::size_t runFrom(const Wanted& wanted, std::size_t first) const;
     void touchAt(std::size_t index);
     bool shows(const Variable& bit) const;
 
     const Settings m_settings;
+    const Clock::duration m_staleAfter; // the age from which on a value is stale
     std::vector<Entry> m_variables;
+    std::vector<quint32>
+        m_partsOf; // places in m_parts, by variable; of each variable by their first elements
     bool m_frozen = false;
+    std::vector<quint32> m_frozenValues; // see freeze(): of one variable behind the other
+    std::vector<quint32> m_frozenAt;     // where those of each begin
     bool m_watched = false;
     std::vector<int> m_touched;
+    std::size_t m_touchedTaken = 0;     // of m_touched, how many were taken
     Clock::time_point m_agesFrom;       // before that nothing can become stale that is not
     std::vector<Part> m_parts;          // by station, area and first element of what is asked
     std::map<BlockKey, Block> m_blocks; // as the driver made them, each looked up once

@@ -101,7 +101,7 @@ std::vector<std::size_t> variablesOfPart(const ListPart& part, const std::vector
     const std::vector<PlacedBlock> blocks = placedBlocks(asked, settings);
     std::vector<std::size_t> chosen;
     for (std::size_t index = 0; index < asked.size(); ++index) {
-        const std::size_t place = placeOf(blocks, plan.parts[index].front().asked);
+        const std::size_t place = placeOf(blocks, askedBy(*plan.parts.begin(index), asked[index]));
         if (place % static_cast<std::size_t>(part.parts) == static_cast<std::size_t>(part.number - 1))
             chosen.push_back(index);
     }

@@ -8,6 +8,8 @@
 #include <iterator>
 #include <map>
 #include <set>
+#include <tuple>
+#include <utility>
 
 namespace plc
 {
@@ -110,60 +112,74 @@ std::map<Group, Runs> runsOfBits(const std::vector<Variable>& variables, int max
 }
 
 /// \param runs sorted, apart from each other
-std::vector<ReadPiece> partsInside(const Runs& runs, const Variable& variable)
+/// \param variable of the same area
+std::vector<PlannedPart> partsInside(const Runs& runs, const Variable& variable)
 {
-    std::vector<ReadPiece> parts;
+    std::vector<PlannedPart> parts;
     auto run = std::partition_point(runs.begin(), runs.end(), [&variable](const Variable& candidate) {
         return endOf(candidate) <= variable.element;
     });
     for (; run != runs.end() && run->element < endOf(variable); ++run) {
-        Variable part = variable;
-        part.element = std::max(variable.element, run->element);
-        part.count = std::min(endOf(variable), endOf(*run)) - part.element;
-        parts.push_back({part, part});
+        const int element = std::max(variable.element, run->element);
+        parts.push_back({element, std::min(endOf(variable), endOf(*run)) - element});
     }
     return parts;
 }
 
-/// Variables of one group of words that overlap, by their place in the list of all.
+using Order = std::vector<quint32>; // places in the list of all variables
+
+bool isSameGroup(const Variable& a, const Variable& b)
+{
+    return a.station == b.station && a.area == b.area;
+}
+
+/// \return the variables of words by station, area and what is read of them
+Order orderOfWords(const std::vector<Variable>& variables)
+{
+    Order order;
+    order.reserve(variables.size());
+    for (std::size_t index = 0; index < variables.size(); ++index) {
+        if (!isBits(variables[index]))
+            order.push_back(static_cast<quint32>(index));
+    }
+    std::sort(order.begin(), order.end(), [&variables](quint32 a, quint32 b) {
+        const Variable left = wordsOf(variables[a]);
+        const Variable right = wordsOf(variables[b]);
+        return std::tie(left.station, left.area, left.element, left.count, a) <
+               std::tie(right.station, right.area, right.element, right.count, b);
+    });
+    return order;
+}
+
+/// Variables of one group of words that overlap: their part of the order.
 struct Overlapping {
-    std::vector<std::size_t> members;
+    Order::const_iterator first;
+    Order::const_iterator behind;
     int begin = 0;
     int end = 0;
 };
 
-/// \param asked of all variables, as they are read
-std::vector<Overlapping> overlapping(const Runs& asked)
+/// \return those that begin at \a first in the order that ends at \a last
+Overlapping overlappingFrom(Order::const_iterator first, Order::const_iterator last,
+                            const std::vector<Variable>& variables)
 {
-    std::map<Group, std::vector<std::size_t>> groups;
-    for (std::size_t index = 0; index < asked.size(); ++index) {
-        if (!isBits(asked[index]))
-            groups[{asked[index].station, asked[index].area}].push_back(index);
+    const Variable group = wordsOf(variables[*first]);
+    Overlapping cluster = {first, first + 1, group.element, endOf(group)};
+    for (; cluster.behind != last; ++cluster.behind) {
+        const Variable next = wordsOf(variables[*cluster.behind]);
+        if (!isSameGroup(next, group) || next.element >= cluster.end)
+            break;
+        cluster.end = std::max(cluster.end, endOf(next));
     }
-    std::vector<Overlapping> clusters;
-    for (auto& group : groups) {
-        std::vector<std::size_t>& members = group.second;
-        std::stable_sort(members.begin(), members.end(), [&asked](std::size_t a, std::size_t b) {
-            return asked[a].element < asked[b].element;
-        });
-        bool isFirst = true;
-        for (const std::size_t member : members) {
-            if (isFirst || asked[member].element >= clusters.back().end)
-                clusters.push_back({{}, asked[member].element, 0});
-            clusters.back().members.push_back(member);
-            clusters.back().end = std::max(clusters.back().end, endOf(asked[member]));
-            isFirst = false;
-        }
-    }
-    return clusters;
+    return cluster;
 }
 
 /// \return for each place between the elements of \a cluster, its begin being 0, whether it lies inside a value
-std::vector<bool> insideValues(const Overlapping& cluster, const Runs& asked)
+std::vector<bool> insideValues(const Overlapping& cluster, const std::vector<Variable>& variables)
 {
     std::vector<bool> inside(static_cast<std::size_t>(cluster.end - cluster.begin) + 1, false);
-    for (const std::size_t member : cluster.members) {
-        const Variable& variable = asked[member];
+    for (auto member = cluster.first; member != cluster.behind; ++member) {
+        const Variable variable = wordsOf(variables[*member]);
         for (int element = 0; element < variable.count; ++element) {
             if (element % variable.valueElements != 0)
                 inside[static_cast<std::size_t>(variable.element + element - cluster.begin)] = true;
@@ -173,10 +189,10 @@ std::vector<bool> insideValues(const Overlapping& cluster, const Runs& asked)
 }
 
 /// \return \a cluster in runs that end between values; none when there is no such place
-Runs runsBetweenValues(const Overlapping& cluster, const Runs& asked, int maxBlockCount)
+Runs runsBetweenValues(const Overlapping& cluster, const std::vector<Variable>& variables, int maxBlockCount)
 {
-    const std::vector<bool> inside = insideValues(cluster, asked);
-    Variable run = asked[cluster.members.front()];
+    const std::vector<bool> inside = insideValues(cluster, variables);
+    Variable run = wordsOf(variables[*cluster.first]);
     run.valueElements = 1;
     const int most = mostElementsRead(run.area, maxBlockCount);
     Runs runs;
@@ -191,79 +207,119 @@ Runs runsBetweenValues(const Overlapping& cluster, const Runs& asked, int maxBlo
     return runs;
 }
 
-bool hasWideValues(const Overlapping& cluster, const Runs& asked)
+bool hasWideValues(const Overlapping& cluster, const std::vector<Variable>& variables)
 {
-    return std::any_of(cluster.members.begin(), cluster.members.end(),
-                       [&asked](std::size_t member) { return asked[member].valueElements > 1; });
+    return std::any_of(cluster.first, cluster.behind,
+                       [&variables](quint32 member) { return wordsOf(variables[member]).valueElements > 1; });
 }
 
-/// Runs that overlapping variables are read by together.
-struct SharedRuns {
-    std::vector<Runs> runs;
-    std::vector<std::size_t> ofVariable; ///< index into runs; of an empty one where a variable has its own
+/// How the words of all variables are read.
+struct WordRuns {
+    std::vector<Runs> shared;        // by variables that overlap; the first: none
+    std::vector<quint32> ofVariable; // place in shared; 0 where a variable has runs of its own
+    std::vector<bool> isRepeated;    // another variable asks for the very same, and has been there before
 };
 
-SharedRuns sharedRuns(const std::vector<Variable>& variables, int maxBlockCount)
+/// The driver would leave out what it is handed twice, after it had made a record of each.
+void markRepeated(const Order& order, const std::vector<Variable>& variables, std::vector<bool>* isRepeated)
 {
-    Runs asked;
-    std::transform(variables.begin(), variables.end(), std::back_inserter(asked), wordsOf);
-    SharedRuns shared;
-    shared.runs.emplace_back(); // of those that have their own
-    shared.ofVariable.resize(variables.size(), 0);
-    for (const Overlapping& cluster : overlapping(asked)) {
-        if (cluster.members.size() < 2 || !hasWideValues(cluster, asked))
-            continue;
-        for (const std::size_t member : cluster.members)
-            shared.ofVariable[member] = shared.runs.size();
-        shared.runs.push_back(runsBetweenValues(cluster, asked, maxBlockCount));
+    for (std::size_t place = 1; place < order.size(); ++place) {
+        const Variable before = wordsOf(variables[order[place - 1]]);
+        const Variable own = wordsOf(variables[order[place]]);
+        (*isRepeated)[order[place]] = isSameGroup(own, before) && own.element == before.element &&
+                                      own.count == before.count && own.valueElements == before.valueElements;
     }
-    return shared;
 }
 
-/// \return the parts of a variable of words, each read by one run \param runs none: it has its own
-std::vector<ReadPiece> partsOfWords(const Variable& variable, const Runs& runs, int maxBlockCount)
+WordRuns wordRuns(const std::vector<Variable>& variables, int maxBlockCount)
 {
-    if (runs.empty())
-        return readPieces(variable, maxBlockCount);
-    std::vector<ReadPiece> parts;
-    for (const ReadPiece& part : partsInside(runs, wordsOf(variable)))
-        parts.push_back(pieceOf(variable, part.asked));
+    WordRuns words;
+    words.shared.emplace_back();
+    words.ofVariable.resize(variables.size(), 0);
+    words.isRepeated.resize(variables.size(), false);
+    const Order order = orderOfWords(variables);
+    markRepeated(order, variables, &words.isRepeated);
+    for (auto first = order.begin(); first != order.end();) {
+        const Overlapping cluster = overlappingFrom(first, order.end(), variables);
+        first = cluster.behind;
+        if (cluster.behind - cluster.first < 2 || !hasWideValues(cluster, variables))
+            continue;
+        for (auto member = cluster.first; member != cluster.behind; ++member)
+            words.ofVariable[*member] = static_cast<quint32>(words.shared.size());
+        words.shared.push_back(runsBetweenValues(cluster, variables, maxBlockCount));
+    }
+    return words;
+}
+
+std::vector<PlannedPart> ownParts(const Variable& variable, int maxBlockCount)
+{
+    std::vector<PlannedPart> parts;
+    for (const ReadPiece& piece : readPieces(variable, maxBlockCount))
+        parts.push_back({piece.asked.element, piece.asked.count});
     return parts;
 }
 
-std::vector<ReadPiece> singleElements(const Variable& variable)
+std::vector<PlannedPart> singleElements(const Variable& variable)
 {
-    std::vector<ReadPiece> pieces;
-    Variable single = variable;
-    single.count = 1;
-    for (; single.element < endOf(variable); ++single.element)
-        pieces.push_back({single, single});
-    return pieces;
+    std::vector<PlannedPart> parts;
+    for (int element = variable.element; element < endOf(variable); ++element)
+        parts.push_back({element, 1});
+    return parts;
+}
+
+/// Adds the parts of a variable of words, and the runs that it has for itself.
+void addWords(const Variable& variable, const Runs& shared, bool isRepeated, int maxBlockCount,
+              RefreshPlan* plan)
+{
+    const bool hasOwnRuns = shared.empty();
+    const std::vector<PlannedPart> parts =
+        hasOwnRuns ? ownParts(variable, maxBlockCount) : partsInside(shared, wordsOf(variable));
+    plan->parts.add(parts);
+    for (const PlannedPart& part : parts) {
+        if (hasOwnRuns && !isRepeated)
+            plan->runs.push_back(askedBy(part, variable));
+    }
 }
 
 } // namespace
 
+void PlannedParts::reserve(std::size_t variables)
+{
+    m_parts.reserve(variables);
+    m_ends.reserve(variables);
+}
+
+void PlannedParts::add(const std::vector<PlannedPart>& parts)
+{
+    m_parts.insert(m_parts.end(), parts.begin(), parts.end());
+    m_ends.push_back(static_cast<quint32>(m_parts.size()));
+}
+
+Variable askedBy(const PlannedPart& part, const Variable& variable)
+{
+    Variable asked = wordsOf(variable);
+    asked.element = part.element;
+    asked.count = part.count;
+    return asked;
+}
+
 RefreshPlan refreshPlan(const std::vector<Variable>& variables, int maxBlockCount)
 {
     const std::map<Group, Runs> bits = runsOfBits(variables, maxBlockCount);
-    const SharedRuns shared = sharedRuns(variables, maxBlockCount);
+    const WordRuns words = wordRuns(variables, maxBlockCount);
     RefreshPlan plan;
-    for (const Runs& runs : shared.runs)
+    plan.parts.reserve(variables.size());
+    for (const Runs& runs : words.shared)
         plan.runs.insert(plan.runs.end(), runs.begin(), runs.end());
     for (const auto& group : bits)
         plan.runs.insert(plan.runs.end(), group.second.begin(), group.second.end());
     for (std::size_t index = 0; index < variables.size(); ++index) {
         const Variable& variable = variables[index];
-        if (isBits(variable)) {
-            plan.parts.push_back(partsInside(bits.at({variable.station, variable.area}), variable));
-            continue;
-        }
-        const Runs& runs = shared.runs[shared.ofVariable[index]];
-        plan.parts.push_back(partsOfWords(variable, runs, maxBlockCount));
-        if (!runs.empty())
-            continue;
-        for (const ReadPiece& piece : plan.parts.back())
-            plan.runs.push_back(piece.asked);
+        if (isBits(variable))
+            plan.parts.add(partsInside(bits.at({variable.station, variable.area}), variable));
+        else
+            addWords(variable, words.shared[words.ofVariable[index]], words.isRepeated[index], maxBlockCount,
+                     &plan);
     }
     return plan;
 }
@@ -272,14 +328,19 @@ RefreshPlan remoteRefreshPlan(const std::vector<Variable>& variables, int maxBlo
 {
     RefreshPlan plan = refreshPlan(variables, maxBlockCount);
     plan.runs.erase(std::remove_if(plan.runs.begin(), plan.runs.end(), isDoubleWords), plan.runs.end());
+    const PlannedParts inBlocks = std::exchange(plan.parts, PlannedParts());
     std::set<std::pair<int, int>> known; // station and element
     for (std::size_t index = 0; index < variables.size(); ++index) {
-        if (!isDoubleWords(variables[index]))
+        const Variable& variable = variables[index];
+        if (!isDoubleWords(variable)) {
+            plan.parts.add({inBlocks.begin(index), inBlocks.end(index)});
             continue;
-        plan.parts[index] = singleElements(variables[index]);
-        for (const ReadPiece& piece : plan.parts[index]) {
-            if (known.insert({piece.asked.station, piece.asked.element}).second)
-                plan.doubleWords.push_back(piece.asked);
+        }
+        const std::vector<PlannedPart> parts = singleElements(variable);
+        plan.parts.add(parts);
+        for (const PlannedPart& part : parts) {
+            if (known.insert({variable.station, part.element}).second)
+                plan.doubleWords.push_back(askedBy(part, variable));
         }
     }
     return plan;

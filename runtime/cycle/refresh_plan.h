@@ -6,17 +6,48 @@
 
 #include "runtime/modbus/request_pieces.h"
 
+#include <cstddef>
 #include <vector>
 
 namespace plc
 {
 
+/// Elements that are read for a variable, of the station and area that wordsOf() it has.
+struct PlannedPart {
+    int element;
+    int count;
+};
+
+/// The parts of each variable, by their elements. A list may have a million variables, most of them with one part.
+class PlannedParts
+{
+public:
+    void reserve(std::size_t variables);
+
+    /// The parts of the next variable.
+    void add(const std::vector<PlannedPart>& parts);
+
+    std::size_t variables() const { return m_ends.size(); }
+    const PlannedPart* begin(std::size_t variable) const
+    {
+        return m_parts.data() + (variable == 0 ? 0 : m_ends[variable - 1]);
+    }
+    const PlannedPart* end(std::size_t variable) const { return m_parts.data() + m_ends[variable]; }
+
+private:
+    std::vector<PlannedPart> m_parts;
+    std::vector<quint32> m_ends; // of each variable, in m_parts
+};
+
 /// The driver merges runs into blocks, each no longer than its maximum, and never cuts one of these.
 struct RefreshPlan {
-    std::vector<Variable> runs;                ///< to be handed to the driver
-    std::vector<Variable> doubleWords;         ///< to be queued one by one, past the merging
-    std::vector<std::vector<ReadPiece>> parts; ///< of each variable; each is read whole by one block
+    std::vector<Variable> runs;        ///< to be handed to the driver, none twice but for runs of bits
+    std::vector<Variable> doubleWords; ///< to be queued one by one, past the merging
+    PlannedParts parts;                ///< of each variable; each is read whole by one block
 };
+
+/// \return what \a part reads for \a variable
+Variable askedBy(const PlannedPart& part, const Variable& variable);
 
 /// \param variables stations filled in, and nothing against any (readRefusal())
 ///

@@ -45,6 +45,9 @@ const int retryPollMs = 1;
 // How often values are looked through for those that have become stale.
 const std::chrono::milliseconds ageingPeriod(20);
 
+// So many values are taken out of the driver before others get their turn at it.
+const std::size_t mostTakenAtOnce = 1000;
+
 [[noreturn]] void fail(const QString& words)
 {
     throw std::runtime_error(words.toStdString());
@@ -125,6 +128,7 @@ public:
                                 const WriteDone& done);
     Pending<ReadOutcome> read(const Variable& variable, const ReadDone& done);
     CyclicValue value(int index);
+    void values(int first, std::vector<CyclicValue>* values);
     void setStation(int station, bool on);
     std::vector<StationReport> stations();
     Statistics statistics();
@@ -136,7 +140,6 @@ public:
 
 private:
     bool isRunning() const { return m_started && !m_stopped; }
-    CyclicValue shown(int index);
     void lower(int index, CyclicValue* value);
     void workHasCome();
     void writeEnded(const Variable& elements, bool doubtful);
@@ -144,6 +147,7 @@ private:
     void feed();
     void tell();
     void collectChanges();
+    void tellChanges();
     void communicate();
     Turn takeTurn();
     void endPass();
@@ -185,6 +189,10 @@ private:
     LaterCalls m_later;
     CyclicValues m_cyclic;
     ValueChanges m_changes;
+    // Of the communication thread alone: what collectChanges() found, and which of it is news.
+    TakenValues m_taken;
+    std::vector<std::size_t> m_news;
+    bool m_hasMoreNews = false;
     Clock::time_point m_agedAt;
     WriteQueue m_writes;
     OnceReads m_reads;
@@ -320,23 +328,30 @@ CyclicValue Runtime::Private::value(int index)
     if (!m_cyclic.contains(index))
         fail(QStringLiteral("%1 is no index of a cyclic variable").arg(index));
     std::lock_guard<std::mutex> lock(m_mutex);
-    return shown(index);
-}
-
-CyclicValue Runtime::Private::shown(int index)
-{
     CyclicValue value = m_cyclic.value(index, m_calls);
     lower(index, &value);
     return value;
 }
 
+void Runtime::Private::values(int first, std::vector<CyclicValue>* values)
+{
+    const int end = first + static_cast<int>(values->size());
+    if (values->empty())
+        return;
+    if (!m_cyclic.contains(first) || !m_cyclic.contains(end - 1))
+        fail(QStringLiteral("%1 to %2 are no indexes of cyclic variables").arg(first).arg(end - 1));
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_cyclic.values(first, m_calls, values);
+    for (int index = first; index < end; ++index)
+        lower(index, &(*values)[static_cast<std::size_t>(index - first)]);
+}
+
 /// What is on its way, or switched off, is no better than that.
 void Runtime::Private::lower(int index, CyclicValue* value)
 {
-    const Variable& variable = m_cyclic.variable(index);
-    if (m_writes.isWriting(variable))
+    if (m_writes.waiting() > 0 && m_writes.isWriting(m_cyclic.variable(index)))
         value->state = std::min(value->state, ValueState::Unconfirmed);
-    if (m_stations.off().count(variable.station) != 0)
+    if (!m_stations.off().empty() && m_stations.off().count(m_cyclic.variable(index).station) != 0)
         value->state = std::min(value->state, ValueState::StationOff);
 }
 
@@ -417,8 +432,10 @@ void Runtime::Private::tell()
         calls = m_later.take();
     }
     LaterCalls::make(calls);
+    tellChanges();
 }
 
+/// Finds the next changes. Their memory is used again and again: with each reply there are as many.
 void Runtime::Private::collectChanges()
 {
     const Clock::time_point now = Clock::now();
@@ -426,20 +443,29 @@ void Runtime::Private::collectChanges()
         m_cyclic.touchAged();
         m_agedAt = now;
     }
-    std::vector<std::pair<int, CyclicValue>> changes;
-    const std::vector<int> touched = m_cyclic.takeTouched();
-    std::vector<CyclicValue> values = m_cyclic.values(touched, m_calls);
-    for (std::size_t place = 0; place < touched.size(); ++place) {
-        CyclicValue& value = values[place];
-        lower(touched[place], &value);
-        if (m_changes.isNews(touched[place], value))
-            changes.emplace_back(touched[place], std::move(value));
+    m_cyclic.takeTouched(mostTakenAtOnce, m_calls, &m_taken);
+    for (std::size_t place = 0; place < m_taken.indexes.size(); ++place) {
+        const int index = m_taken.indexes[place];
+        CyclicValue& value = m_taken.values[place];
+        lower(index, &value);
+        if (m_changes.isNews(index, value))
+            m_news.push_back(place);
     }
-    if (!changes.empty())
-        m_later.add([this, told = std::move(changes)] {
-            for (const auto& change : told)
-                m_valueObserver(change.first, change.second);
-        });
+    m_hasMoreNews = m_cyclic.hasTouched();
+}
+
+/// With no lock held. What was found is told before more is taken.
+void Runtime::Private::tellChanges()
+{
+    for (;;) {
+        for (const std::size_t place : m_news)
+            m_valueObserver(m_taken.indexes[place], m_taken.values[place]);
+        m_news.clear();
+        if (!m_hasMoreNews)
+            return;
+        std::lock_guard<std::mutex> lock(m_mutex);
+        collectChanges();
+    }
 }
 
 void Runtime::Private::feed()
@@ -549,6 +575,7 @@ void Runtime::Private::exchange(Turn& turn)
     if (m_observer)
         m_observer(record);
     LaterCalls::make(calls);
+    tellChanges();
     if (pauseMs > 0)
         waitUnlessStopped(pauseMs);
 }
@@ -695,6 +722,11 @@ Pending<ReadOutcome> Runtime::read(const Variable& variable, const ReadDone& don
 CyclicValue Runtime::value(int index) const
 {
     return d->value(index);
+}
+
+void Runtime::values(int first, std::vector<CyclicValue>* values) const
+{
+    d->values(first, values);
 }
 
 void Runtime::setStation(int station, bool on)

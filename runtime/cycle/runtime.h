@@ -43,7 +43,7 @@ using ValueObserver = std::function<void(int index, const CyclicValue& value)>;
 /// whatever waited for it fails with that request. A new write or read is tried at once and so ends the
 /// pause.
 ///
-/// write(), read(), value(), setStation() and the reports may be called from any thread, also at once,
+/// write(), read(), value(), values(), setStation() and the reports may be called from any thread, also at once,
 /// between start() and stop().
 ///
 /// What is to be done when a write or read has ended runs on the communication thread with no lock held. Where the
@@ -93,6 +93,12 @@ public:
     /// \param index as addCyclic() returned it
     /// \throws std::runtime_error for another one
     CyclicValue value(int index) const;
+
+    /// The same of the variables from \a first on, as many as there is room for in \a values, in less time than by
+    /// value(), and least where its memory is used again. Communication waits meanwhile: of a long list take some
+    /// hundred at a time.
+    /// \throws std::runtime_error where there are not so many
+    void values(int first, std::vector<CyclicValue>* values) const;
 
     /// Switches communication with a station (0..255) off or on. Off: its waiting writes and reads fail,
     /// new ones are refused, its cyclic variables keep their old values; a request that is already on its way ends as

@@ -8,13 +8,14 @@
 #include "runtime/model/failure.h"
 
 #include <QString>
+#include <QtGlobal>
 
 #include <vector>
 
 namespace plc
 {
 
-enum class ValueState {
+enum class ValueState : quint8 {
     NeverRead,   ///< the controller has not answered yet; the values mean nothing
     StationOff,  ///< its station is switched off; the values are old
     Failed,      ///< the last attempt to read it failed for good; the values are old

@@ -182,7 +182,65 @@ TEST_F(CyclicValuesTest, ThatAreWatchedAreTouchedByEachReply)
     values.watch();
     for (int n = 0; n < 3; ++n) {
         values.answered(block(0, 1), now);
-        EXPECT_EQ(std::vector<int>{0}, values.takeTouched());
+        TakenValues taken;
+        values.takeTouched(10, calls, &taken);
+        EXPECT_EQ(std::vector<int>{0}, taken.indexes);
+        EXPECT_EQ(taken.values.at(0).state, ValueState::Fresh);
+    }
+}
+
+TEST_F(CyclicValuesTest, AreTakenAFewAtATime)
+{
+    for (int element = 0; element < 5; ++element)
+        values.add(words(element, 1));
+    values.expect();
+    values.watch();
+    values.answered(block(0, 5), now);
+    TakenValues taken;
+    std::vector<std::vector<int>> indexes;
+    while (values.hasTouched()) {
+        values.takeTouched(2, calls, &taken);
+        indexes.push_back(taken.indexes);
+    }
+    EXPECT_EQ(indexes, (std::vector<std::vector<int>>{{0, 1}, {2, 3}, {4}}));
+    values.takeTouched(2, calls, &taken);
+    EXPECT_TRUE(taken.indexes.empty());
+}
+
+TEST_F(CyclicValuesTest, OfSeveralPartsAreAsGoodAsTheWorstOfThem)
+{
+    values.add(words(0, 150)); // 63, 63 and 24 words
+    values.add(words(70, 1));
+    values.expect();
+    values.answered(block(0, 63), now);
+    values.answered(block(126, 24), now);
+    EXPECT_EQ(state(0), ValueState::NeverRead);
+    values.answered(block(63, 63), now - seconds(20));
+    EXPECT_EQ(state(0), ValueState::Fresh);
+    EXPECT_GE(age(0), 20000);
+    values.givenUp(block(126, 24), why);
+    EXPECT_EQ(state(0), ValueState::Failed);
+    EXPECT_EQ(values.value(0, calls).failure, why);
+    EXPECT_EQ(state(1), ValueState::Fresh);
+}
+
+TEST_F(CyclicValuesTest, SideBySideAreThoseOfEachByItself)
+{
+    for (const int element : {7, 3, 100, 4000})
+        values.add(words(element, 2));
+    values.expect();
+    values.answered(block(3, 6), now);
+    values.givenUp(block(100, 2), why);
+    std::vector<CyclicValue> some(3);
+    some[0].failure = why; // of an earlier use
+    values.values(1, calls, &some);
+    for (int place = 0; place < 3; ++place) {
+        const CyclicValue own = values.value(place + 1, calls);
+        const CyclicValue& other = some.at(static_cast<std::size_t>(place));
+        EXPECT_EQ(other.state, own.state);
+        EXPECT_EQ(other.failure, own.failure);
+        EXPECT_EQ(other.values, own.values);
+        EXPECT_EQ(other.ageMs < 0, own.ageMs < 0);
     }
 }
 

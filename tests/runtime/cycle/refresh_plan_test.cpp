@@ -30,11 +30,12 @@ std::vector<std::string> texts(const std::vector<Variable>& runs)
     return texts;
 }
 
-std::vector<std::string> shownTexts(const std::vector<ReadPiece>& parts)
+/// \return what of \a variable its parts in \a plan show
+std::vector<std::string> shownTexts(const RefreshPlan& plan, std::size_t index, const Variable& variable)
 {
     std::vector<Variable> shown;
-    for (const ReadPiece& part : parts)
-        shown.push_back(part.shown);
+    for (const PlannedPart* part = plan.parts.begin(index); part != plan.parts.end(index); ++part)
+        shown.push_back(pieceOf(variable, askedBy(*part, variable)).shown);
     return texts(shown);
 }
 
@@ -65,15 +66,15 @@ TEST(RefreshPlan, EndsNoRunInsideAValueOfAnotherVariable)
 {
     const RefreshPlan plan = refreshPlan({variable(9, 0, 10), values(2, 9, 9, 4)}, 10);
     EXPECT_THAT(texts(plan.runs), ElementsAre("1/9:0+9", "1/9:9+4"));
-    EXPECT_THAT(shownTexts(plan.parts[0]), ElementsAre("1/9:0+9", "1/9:9+1"));
-    EXPECT_THAT(shownTexts(plan.parts[1]), ElementsAre("1/9:9+4"));
+    EXPECT_THAT(shownTexts(plan, 0, variable(9, 0, 10)), ElementsAre("1/9:0+9", "1/9:9+1"));
+    EXPECT_THAT(shownTexts(plan, 1, values(2, 9, 9, 4)), ElementsAre("1/9:9+4"));
 }
 
 TEST(RefreshPlan, KeepsValuesWholeThatBitsOfTheirWordsOverlap)
 {
     const RefreshPlan plan = refreshPlan({variable(8, 0, 32), values(2, 9, 1, 2)}, 2);
     EXPECT_THAT(texts(plan.runs), ElementsAre("1/9:0+1", "1/9:1+2"));
-    EXPECT_THAT(shownTexts(plan.parts[0]), ElementsAre("1/8:0+16", "1/8:16+16"));
+    EXPECT_THAT(shownTexts(plan, 0, variable(8, 0, 32)), ElementsAre("1/8:0+16", "1/8:16+16"));
 }
 
 TEST(RefreshPlan, ReadsValuesByThemselvesThatOverlapEachOtherAllAlong)
@@ -88,8 +89,8 @@ TEST(RemoteRefreshPlan, QueuesEachDoubleWordByItself)
         remoteRefreshPlan({variable(9, 10, 2), variable(14, 5, 3), variable(2, 7, 4)}, 63);
     EXPECT_THAT(texts(plan.runs), ElementsAre("1/2:7+4", "1/9:10+2"));
     EXPECT_THAT(texts(plan.doubleWords), ElementsAre("1/14:5+1", "1/14:6+1", "1/14:7+1"));
-    EXPECT_THAT(shownTexts(plan.parts[1]), ElementsAre("1/14:5+1", "1/14:6+1", "1/14:7+1"));
-    EXPECT_THAT(shownTexts(plan.parts[0]), ElementsAre("1/9:10+2"));
+    EXPECT_THAT(shownTexts(plan, 1, variable(14, 5, 3)), ElementsAre("1/14:5+1", "1/14:6+1", "1/14:7+1"));
+    EXPECT_THAT(shownTexts(plan, 0, variable(9, 10, 2)), ElementsAre("1/9:10+2"));
 }
 
 TEST(RemoteRefreshPlan, QueuesADoubleWordOfSeveralVariablesOnce)
@@ -97,21 +98,31 @@ TEST(RemoteRefreshPlan, QueuesADoubleWordOfSeveralVariablesOnce)
     const RefreshPlan plan =
         remoteRefreshPlan({variable(14, 5, 2), variable(14, 6, 2), variable(14, 6, 1, 2)}, 63);
     EXPECT_THAT(texts(plan.doubleWords), ElementsAre("1/14:5+1", "1/14:6+1", "1/14:7+1", "2/14:6+1"));
-    EXPECT_THAT(shownTexts(plan.parts[1]), ElementsAre("1/14:6+1", "1/14:7+1"));
+    EXPECT_THAT(shownTexts(plan, 1, variable(14, 6, 2)), ElementsAre("1/14:6+1", "1/14:7+1"));
 }
 
 TEST(RefreshPlan, HandsOverWordsAsTheyAre)
 {
     const RefreshPlan plan = refreshPlan({variable(9, 10, 2), variable(9, 0, 1), variable(14, 5, 3)}, 63);
     EXPECT_THAT(texts(plan.runs), ElementsAre("1/9:10+2", "1/9:0+1", "1/14:5+3"));
-    EXPECT_THAT(shownTexts(plan.parts[0]), ElementsAre("1/9:10+2"));
+    EXPECT_THAT(shownTexts(plan, 0, variable(9, 10, 2)), ElementsAre("1/9:10+2"));
+}
+
+TEST(RefreshPlan, AsksOnceForWhatSeveralVariablesShow)
+{
+    const Variable two = variable(9, 10, 2);
+    const RefreshPlan plan =
+        refreshPlan({two, variable(8, 165, 1), two, variable(8, 170, 1), variable(9, 10, 1)}, 63);
+    EXPECT_THAT(texts(plan.runs), ElementsAre("1/9:10+2", "1/9:10+1"));
+    EXPECT_THAT(shownTexts(plan, 2, two), ElementsAre("1/9:10+2"));
+    EXPECT_THAT(shownTexts(plan, 3, variable(8, 170, 1)), ElementsAre("1/8:170+1"));
 }
 
 TEST(RefreshPlan, CutsWhatDoesNotFitIntoABlock)
 {
     const RefreshPlan plan = refreshPlan({variable(9, 0, 25)}, 10);
     EXPECT_THAT(texts(plan.runs), ElementsAre("1/9:0+10", "1/9:10+10", "1/9:20+5"));
-    EXPECT_EQ(plan.parts[0].size(), 3u);
+    EXPECT_EQ(plan.parts.end(0) - plan.parts.begin(0), 3);
 }
 
 TEST(RefreshPlan, LeavesRoomForTheCountOfDoubleWords)
@@ -124,7 +135,7 @@ TEST(RefreshPlan, RefreshesBitsInWordsAsWords)
 {
     const RefreshPlan plan = refreshPlan({variable(8, 30, 5)}, 63);
     EXPECT_THAT(texts(plan.runs), ElementsAre("1/9:1+2"));
-    EXPECT_THAT(shownTexts(plan.parts[0]), ElementsAre("1/8:30+5"));
+    EXPECT_THAT(shownTexts(plan, 0, variable(8, 30, 5)), ElementsAre("1/8:30+5"));
 }
 
 TEST(RefreshPlan, JoinsBitsThatPaddingOfABlockCouldReach)
@@ -132,23 +143,23 @@ TEST(RefreshPlan, JoinsBitsThatPaddingOfABlockCouldReach)
     const RefreshPlan plan =
         refreshPlan({variable(2, 10, 3), variable(2, 5, 5), variable(2, 14, 1), variable(2, 17, 1)}, 63);
     EXPECT_THAT(texts(plan.runs), ElementsAre("1/2:5+10", "1/2:17+1"));
-    EXPECT_THAT(shownTexts(plan.parts[0]), ElementsAre("1/2:10+3"));
-    EXPECT_THAT(shownTexts(plan.parts[3]), ElementsAre("1/2:17+1"));
+    EXPECT_THAT(shownTexts(plan, 0, variable(2, 10, 3)), ElementsAre("1/2:10+3"));
+    EXPECT_THAT(shownTexts(plan, 3, variable(2, 17, 1)), ElementsAre("1/2:17+1"));
 }
 
 TEST(RefreshPlan, CutsLongRunsOfBitsAtWholeBytes)
 {
     const RefreshPlan plan = refreshPlan({variable(2, 3, 20), variable(2, 18, 30)}, 4);
     EXPECT_THAT(texts(plan.runs), ElementsAre("1/2:3+32", "1/2:35+13"));
-    EXPECT_THAT(shownTexts(plan.parts[0]), ElementsAre("1/2:3+20"));
-    EXPECT_THAT(shownTexts(plan.parts[1]), ElementsAre("1/2:18+17", "1/2:35+13"));
+    EXPECT_THAT(shownTexts(plan, 0, variable(2, 3, 20)), ElementsAre("1/2:3+20"));
+    EXPECT_THAT(shownTexts(plan, 1, variable(2, 18, 30)), ElementsAre("1/2:18+17", "1/2:35+13"));
 }
 
 TEST(RefreshPlan, CutsLongRunsOfArea7WhereEveryBlockEndsAtAWholeByte)
 {
     const RefreshPlan plan = refreshPlan({variable(7, 8000, 10), variable(7, 8020, 100)}, 63);
     EXPECT_THAT(texts(plan.runs), ElementsAre("1/7:8000+10", "1/7:8016+56", "1/7:8072+48"));
-    EXPECT_THAT(shownTexts(plan.parts[1]), ElementsAre("1/7:8020+52", "1/7:8072+48"));
+    EXPECT_THAT(shownTexts(plan, 1, variable(7, 8020, 100)), ElementsAre("1/7:8020+52", "1/7:8072+48"));
 }
 
 TEST(RefreshPlan, CutsLongRunsOfArea7IntoPartsOfAByteWhereABlockHasFewerWords)
