@@ -185,6 +185,9 @@ TEST_F(ImageWriteTest, ElementsBeforeTheAreaAreDroppedWithTheirBytes)
     EXPECT_EQ(3, Words(0)[1]);
     Mirror(Write(14, -1, 2, "01 00 00 00 02 00 00 00"));
     EXPECT_EQ(2u, DoubleWords()[0]);
+    Words(0)[0] = 0;
+    Mirror(Write(8, -2, 4, "01 01 00 01"));
+    EXPECT_EQ(0x0002, Words(0)[0]);
 }
 
 TEST_F(ImageWriteTest, DataThatEndsBeforeTheAreaBeginsWritesNothing)
