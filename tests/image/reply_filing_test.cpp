@@ -408,6 +408,14 @@ TEST_F(ReplyFilingTest, BitsOutsideTheAreaAreDropped)
     EXPECT_EQ(0, CountOnes(3));
 }
 
+TEST_F(ReplyFilingTest, WholeBytesOfBitsThatBeginBeforeTheAreaAreShiftedIntoPlace)
+{
+    File(Variable(4, -1, 16), "02 01"); // bits 1 and 8
+    EXPECT_TRUE(Bits(4)[0]);
+    EXPECT_TRUE(Bits(4)[7]);
+    EXPECT_EQ(2, CountOnes(4));
+}
+
 TEST_F(ReplyFilingTest, TheBitPastTheCountIsDroppedToo)
 {
     File(Variable(7, 65533, 2), "FF");
