@@ -88,18 +88,20 @@ if(PLC_BUILD_TOOLS AND PLC_BUILD_GATEWAY)
   # A 64-bit systemd lets its services make no system calls of 32-bit programs unless they say so.
   set(PLC_GATEWAY_PROGRAM "${CMAKE_INSTALL_FULL_BINDIR}/plcgateway")
   set(PLC_GATEWAY_SYSTEM_CALLS native)
-  if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  if(CMAKE_LIBRARY_ARCHITECTURE MATCHES "^arm-")
+    set(PLC_GATEWAY_SYSTEM_CALLS "native arm")
+  elseif(CMAKE_SIZEOF_VOID_P EQUAL 4)
     set(PLC_GATEWAY_SYSTEM_CALLS "native x86")
   endif()
   configure_file(gateway/units/plcgateway@.service.in "${PLC_GENERATED_DIR}/plcgateway@.service" @ONLY)
   install(FILES "${PLC_GENERATED_DIR}/plcgateway@.service" gateway/units/plcgateway.target
     DESTINATION lib/systemd/system COMPONENT gateway)
+endif()
 
-  if(TARGET plcwindow)
-    install(TARGETS plcwindow RUNTIME COMPONENT window)
-    install(FILES docs/man/plcwindow.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT window)
-    install(FILES window/plcwindow.desktop DESTINATION "${CMAKE_INSTALL_DATADIR}/applications" COMPONENT window)
-    install(FILES window/desk/plcwindow.svg
-      DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps" COMPONENT window)
-  endif()
+if(TARGET plcwindow)
+  install(TARGETS plcwindow RUNTIME COMPONENT window)
+  install(FILES docs/man/plcwindow.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT window)
+  install(FILES window/plcwindow.desktop DESTINATION "${CMAKE_INSTALL_DATADIR}/applications" COMPONENT window)
+  install(FILES window/desk/plcwindow.svg
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps" COMPONENT window)
 endif()
