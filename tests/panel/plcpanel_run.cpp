@@ -103,7 +103,8 @@ RunResult Plcpanel::end()
 
 RunResult Plcpanel::endBy(int signal)
 {
-    kill(static_cast<pid_t>(m_process.processId()), signal);
+    if (m_process.processId() > 0) // 0, where it did not start, would mean the test itself
+        kill(static_cast<pid_t>(m_process.processId()), signal);
     return endOf(&m_process, m_out);
 }
 
