@@ -20,7 +20,6 @@ const int remoteReplyByteCountOffset = 8; ///< of the reply to a read: of its da
 const int remoteReplyDataOffset = 9;      ///< of the reply to a read
 const int remoteReplyElementOffset = 8;   ///< of the reply to a write: low 16 bits
 const int remoteReplyCountOffset = 10;    ///< of the reply to a write
-const int remoteWriteReplySize = 12;
 
 } // namespace plc
 

@@ -75,6 +75,14 @@ public:
         m_connection = -1;
     }
 
+    /// Ends the connection as a controller does that is switched off and on.
+    void reset()
+    {
+        const linger atOnce = {1, 0};
+        setsockopt(m_connection, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+        close();
+    }
+
 private:
     /// Only a test that has failed waits so long.
     static void limitWaiting(int socket)

@@ -114,6 +114,23 @@ TEST_F(ControllerAnswers, ABusyControllerIsAskedAgainAfterAPause)
     EXPECT_GE(seen[1].at - seen[0].at, std::chrono::milliseconds(50)) << "a quarter of the time-out";
 }
 
+TEST_F(ControllerAnswers, AReadThatIsNotAnsweredFailsNoOther)
+{
+    settings.multiStation = false;
+    settings.timeoutMs = 100;
+    startWith([](const QByteArray& request, int index) {
+        return Answer{index == 0 ? QByteArray() : test::rightReply(request)};
+    });
+    std::vector<Pending<ReadOutcome>> reads;
+    for (int element = 0; element < 12; ++element)
+        reads.push_back(runtime->read(variable(9, element)));
+    for (const auto& pending : reads)
+        ASSERT_TRUE(pending.wait(patienceMs));
+    EXPECT_EQ(reads[0].get().failure.kind, FailureKind::NoReply);
+    for (std::size_t index = 1; index < reads.size(); ++index)
+        EXPECT_TRUE(reads[index].get().done) << index << ' ' << reasonOf(reads[index].get());
+}
+
 TEST_F(ControllerAnswers, BetweenRequestsIsTheGapOfTheSettings)
 {
     settings.gapMs = 20;

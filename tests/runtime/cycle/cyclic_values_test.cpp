@@ -80,6 +80,20 @@ TEST_F(CyclicValuesTest, OfABlockAreAsOldAsItsLastReply)
     EXPECT_GE(age(1), 10000);
 }
 
+TEST_F(CyclicValuesTest, OfSeveralBlocksAreAsOldAsTheOldestReply)
+{
+    values.add(words(0, 100)); // a block of 63 and one of 37
+    values.expect();
+    values.answered(block(0, 63), now - seconds(30));
+    EXPECT_EQ(ValueState::NeverRead, state(0));
+    values.answered(block(63, 37), now - seconds(10));
+    EXPECT_GE(age(0), 30000);
+    EXPECT_LT(age(0), 40000);
+    values.answered(block(0, 63), now - seconds(1));
+    EXPECT_GE(age(0), 10000);
+    EXPECT_LT(age(0), 20000);
+}
+
 TEST_F(CyclicValuesTest, HaveNeitherAgeNorTimeBeforeTheFirstAnswer)
 {
     values.add(words(0, 1));

@@ -520,6 +520,15 @@ TEST_F(RuntimeTest, ThreadSleepsWhenThereIsNothingToDo)
     EXPECT_LT(runtime->rounds() - before, 10u);
 }
 
+TEST_F(RuntimeTest, CommunicationThreadGoesRoundWithEachRequest)
+{
+    startRuntime();
+    const quint32 before = runtime->rounds();
+    for (int request = 0; request < 3; ++request)
+        ASSERT_TRUE(write(variable(9, 5), {1}).confirmed);
+    EXPECT_GE(runtime->rounds() - before, 2u);
+}
+
 TEST_F(RuntimeTest, EveryExchangeIsShownToTheObserver)
 {
     makeRuntime();

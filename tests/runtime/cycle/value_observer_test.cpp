@@ -7,6 +7,7 @@
 
 #include <QDateTime>
 
+#include <map>
 #include <mutex>
 
 namespace
@@ -106,6 +107,32 @@ TEST_F(ValueObserverTest, IsToldThatAStationWasSwitchedOffAndOn)
     EXPECT_TRUE(isTold(ValueState::StationOff, 0));
     runtime->setStation(1, true);
     EXPECT_TRUE(isTold(ValueState::Fresh, 0));
+}
+
+TEST_F(ValueObserverTest, IsToldTheOwnValueOfEachStation)
+{
+    settings.multiStation = true;
+    putIntoController(*controller, 9, 5, 11, 1);
+    putIntoController(*controller, 9, 6, 12, 1);
+    putIntoController(*controller, 9, 5, 21, 2);
+    putIntoController(*controller, 9, 6, 22, 2);
+    makeRuntime();
+    std::map<int, std::vector<quint32>> shown;
+    for (const int station : {1, 2}) {
+        for (const int element : {5, 6})
+            runtime->addCyclic(variable(9, element, 1, station));
+    }
+    runtime->setValueObserver([&](int index, const CyclicValue& value) {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        shown[index] = value.values;
+    });
+    runtime->start();
+    using Words = std::vector<quint32>;
+    EXPECT_TRUE(eventually([&] {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        return shown == std::map<int, Words>{{0, {11}}, {1, {12}}, {2, {21}}, {3, {22}}};
+    }));
+    runtime.reset();
 }
 
 TEST_F(ValueObserverTest, IsToldOfAWriteThatIsConfirmed)

@@ -236,6 +236,15 @@ TEST_F(TcpSocketTest, ClosesWhenTheOtherSideHas)
     EXPECT_EQ(socket.errorString(), QStringLiteral("the other side has closed the connection"));
 }
 
+TEST_F(TcpSocketTest, SaysThatTheOtherSideHasResetTheConnection)
+{
+    connectBoth();
+    controller.reset();
+    EXPECT_TRUE(receiveSomething().isEmpty());
+    EXPECT_FALSE(socket.isOpen());
+    EXPECT_EQ(socket.errorString(), QStringLiteral("Connection reset by peer"));
+}
+
 TEST_F(TcpSocketTest, ALookFindsThatTheOtherSideHasClosed)
 {
     connectBoth();

@@ -74,6 +74,22 @@ TEST(Identity, GoesOnWhereMoreFollows)
                 ElementsAre("00 00 00 00 00 05 01 2b 0e 01 00", "00 00 00 00 00 05 01 2b 0e 01 01"));
 }
 
+TEST(Identity, IsAllThereWhereNothingFollows)
+{
+    AnsweringStation station({"0000 0000 000E 01 2B 0E 01 01 00 01 01 00 04 41434D45"});
+    EXPECT_EQ(textOf(station.identity()), "ACME (function 43)");
+    EXPECT_EQ(station.requests().size(), 1u);
+}
+
+TEST(Identity, IsAskedForInSoManyRequestsOnly)
+{
+    AnsweringStation station(
+        {"0000 0000 000B 01 2B 0E 01 01 FF 01 01 00 01 41", "0000 0000 000B 01 2B 0E 01 01 FF 02 01 01 01 42",
+         "0000 0000 000B 01 2B 0E 01 01 FF 03 01 02 01 43", "0000 0000 000B 01 2B 0E 01 01 FF 04 01 03 01 44",
+         "0000 0000 000B 01 2B 0E 01 01 FF 05 01 04 01 45"});
+    EXPECT_EQ(textOf(station.identity()), "A, B, C, D (function 43)");
+}
+
 TEST(Identity, DoesNotGoRoundInCircles)
 {
     const char* const again = "0000 0000 000E 01 2B 0E 01 01 FF 00 01 00 04 41434D45";

@@ -70,6 +70,10 @@ TEST(ListedValue, IsScaledWithoutTheNoiseOfDoubles)
     EXPECT_EQ(listedText(listed("int16", "scale,offset", "0.1,0"), {3}), QStringLiteral("0.3"));
     EXPECT_EQ(listedText(listed("int16", "scale,offset", "0.1,-50"), {0xFFFF}), QStringLiteral("-50.1"));
     EXPECT_EQ(listedText(listed("float32", "scale", "10"), {0xCCCD, 0x3DCC}), QStringLiteral("1"));
+    EXPECT_EQ(listedText(listed("float64", "scale", "10"), {0x6666, 0x6666, 0x6666, 0x4022}),
+              QStringLiteral("92"));
+    EXPECT_EQ(listedText(listed("uint64", "scale", "0.1"), {0x24CD, 0x0FEF, 0, 0}),
+              QStringLiteral("26733076.5"));
     EXPECT_EQ(listedText(several(2, listed("bcd16", "scale", "0.5")), {0x0011, 0x00A1}),
               QStringLiteral("5.5 not BCD 0x00a1"));
 }
@@ -181,6 +185,16 @@ TEST(ListedValueWritten, IsRefusedWhenItDoesNotFit)
     EXPECT_EQ(refusal(listed("float32"), "1e39"), "1e39 does not fit; it is too large for its type");
     EXPECT_EQ(refusal(listed("uint64", "scale", "2"), "4e19"),
               "4e+19 does not fit; 0 to 3.68934881474191e+19 does");
+}
+
+TEST(ListedValueWritten, OfAScaledFloatIsTheControllersOwnNumber)
+{
+    const ListedVariable scaled = listed("float32", "scale,offset", "0.5,1");
+    EXPECT_EQ(written(scaled, "11.75"), Elements({0x0000, 0x41AC})) << "21.5";
+    EXPECT_EQ(written(scaled, "1.7e38"), Elements({0xC99E, 0x7F7F})) << "3.4e38";
+    EXPECT_EQ(refusal(scaled, "1.8e38"), "1.8e38 does not fit; it is too large for its type");
+    EXPECT_EQ(refusal(scaled, "-1.8e38"), "-1.8e38 does not fit; it is too large for its type");
+    EXPECT_EQ(written(listed("float64", "scale", "0.5"), "10.75"), Elements({0, 0, 0x8000, 0x4035}));
 }
 
 TEST(ListedValueWritten, IsRefusedWhenItIsNoSuchValue)

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "runtime/model/variable_list.h"
 
+#include "runtime/model/list_columns.h"
+
 #include <gtest/gtest.h>
 
 #include <QTemporaryFile>
@@ -121,6 +123,17 @@ TEST(VariableList, NamesTheColumnsThatThereAreForOneThatItDoesNotKnow)
     EXPECT_TRUE(parseVariableList("name,area,type,address,Area\n")
                     .errors.join(QString())
                     .startsWith(QStringLiteral("line 1: the column area is there twice\n")));
+    EXPECT_TRUE(parseVariableList("name,area,type,address,name\n")
+                    .errors.join(QString())
+                    .startsWith(QStringLiteral("line 1: the column name is there twice\n")));
+}
+
+TEST(VariableListGuide, HasItsColumnsOneBeneathTheOther)
+{
+    const QStringList lines = listGuide().split(QLatin1Char('\n'));
+    EXPECT_EQ(lines.at(0),
+              QStringLiteral("  name    *  what the value is shown under; no other line has it"));
+    EXPECT_EQ(lines.at(3), QStringLiteral("  station    0 to 255; empty: that of --station"));
 }
 
 TEST(VariableList, HasNoTextThatEndsBetweenTwoWordsThatBelongTogether)
