@@ -68,7 +68,7 @@ class Tests:
     def __init__(self, folder, programs, long_tests, by_suite):
         self.folder, self.long_tests, self.by_suite = Path(folder).resolve(), long_tests, by_suite
         self.programs = {}  # name -> seconds
-        self.slow = {}  # name -> filter of the tests that take long, and their seconds
+        self.slow = {}  # name -> filter of the tests that take long, their seconds, and those of the longest
         self.work = {}  # name -> seconds of a processor that it may take
         for program in programs:
             self._learn(program)
@@ -81,7 +81,7 @@ class Tests:
             times = _times(folder)
         slow = {name: seconds for name, seconds in times.items() if seconds > QUICK}
         self.programs[program] = sum(times.values()) or time.monotonic() - started
-        self.slow[program] = (":".join(slow), sum(slow.values()))
+        self.slow[program] = (":".join(slow), sum(slow.values()), max(slow.values(), default=0))
         self.work[program] = math.ceil(WORK + 3 * (_children_worked() - worked))
 
     def run(self, program, suites, libraries, limit, path=None, left_out="", shards=1, output=None):
@@ -127,17 +127,21 @@ class Tests:
         )
 
     def _passes_quick(self, program, suites, libraries, path):
-        slow, seconds = self.slow[program]
-        shards = SHARDS if suites == "*" and self.programs[program] - seconds > LONG else 1
-        return self.run(program, suites, libraries, self._limit(program), path, slow, shards)
+        slow, seconds, _ = self.slow[program]
+        rest = self.programs[program] - seconds
+        shards = SHARDS if suites == "*" and rest > LONG else 1
+        return self.run(program, suites, libraries, _patience(rest), path, slow, shards)
 
     def _passes_slow(self, program, libraries, path):
         """What takes long mostly waits: it does so in several processes at a time."""
-        slow, seconds = self.slow[program]
-        return not slow or self.run(program, slow, libraries, self._limit(program), path, "", math.ceil(seconds / SHARE))
+        slow, seconds, longest = self.slow[program]
+        shards = math.ceil(seconds / SHARE)
+        return not slow or self.run(program, slow, libraries, _patience(SHARE + longest), path, shards=shards)
 
-    def _limit(self, program):
-        return PATIENCE + 5 * self.programs[program]
+
+def _patience(seconds):
+    """\return after how long a defect keeps tests from ending that take so long without it"""
+    return PATIENCE + 5 * seconds
 
 
 def _times(folder):

@@ -114,6 +114,14 @@ TEST_F(ControllerAnswers, ABusyControllerIsAskedAgainAfterAPause)
     EXPECT_GE(seen[1].at - seen[0].at, std::chrono::milliseconds(50)) << "a quarter of the time-out";
 }
 
+TEST_F(ControllerAnswers, AControllerThatClosesEachConnectionIsToldFromOneThatIsNotThere)
+{
+    settings.timeoutMs = 50;
+    startWith(nullptr);
+    for (int request = 0; request < 3; ++request) // some find the connection closed, others find none
+        EXPECT_EQ(read(variable(9, 0)).failure.kind, FailureKind::ClosedAtOnce) << request;
+}
+
 TEST_F(ControllerAnswers, AReadThatIsNotAnsweredFailsNoOther)
 {
     settings.multiStation = false;

@@ -115,6 +115,18 @@ TEST(StationPauses, AnAnswerEndsAPauseThatHasBegun)
     EXPECT_FALSE(pauses.isPausing(3));
 }
 
+TEST(StationPauses, OfOthersGoOnWhenAStationIsForgottenThatWasNeverTried)
+{
+    StationPauses pauses(1000, tries);
+    pauses.forget(4);
+    EXPECT_THAT(pauses.reports(0), IsEmpty());
+    loseRequest(pauses, 3, 0);
+    pauses.forget(4);
+    EXPECT_TRUE(pauses.isPausing(3));
+    EXPECT_TRUE(pauses.anyPausing());
+    EXPECT_EQ(pauses.reports(0).size(), 1u);
+}
+
 TEST(StationPauses, DoNotHitAStationWhoseRequestHadFewerTriesThanItsDue)
 {
     StationPauses pauses(1000, tries);
