@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 // The interface for C, called as a C program does.
 #include "runtime/c/plcruntime.h"
+#include "support/hostile_server.h"
 #include "support/runtime_fixture.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <memory>
 #include <mutex>
 #include <string>
 
@@ -336,12 +338,133 @@ TEST_F(PlcRuntime, StationsAreSwitchedOffAndOn)
     EXPECT_THAT(numbers("9:0@3", nullptr), ElementsAre(0));
 }
 
+/// How a request failed that was answered wrongly.
+struct Failed {
+    std::atomic<int> failure{-1};
+    int exception = -1;
+    int unsent = -1;
+};
+
+void noteFailure(void* context, const plcruntime_result* result)
+{
+    Failed& failed = *static_cast<Failed*>(context);
+    failed.exception = plcruntime_result_exception(result);
+    failed.unsent = plcruntime_result_unsent(result);
+    failed.failure = plcruntime_result_failure(result);
+}
+
+class PlcRuntimeFailures : public testing::Test
+{
+protected:
+    ~PlcRuntimeFailures() override { plcruntime_close(m_handle); }
+
+    void start(const test::HostileServer::Script& script, const char* timeoutMs = "100")
+    {
+        m_server = std::make_unique<test::HostileServer>(script);
+        const std::string port = std::to_string(m_server->port());
+        const plcruntime_option options[] = {{"port", port.c_str()},    {"driver", builtDriver()},
+                                             {"timeout_ms", timeoutMs}, {"retries", "0"},
+                                             {"multi_station", "1"},    {nullptr, nullptr}};
+        ASSERT_EQ(plcruntime_open(options, &m_handle), PLCRUNTIME_OK) << plcruntime_last_error();
+        ASSERT_EQ(plcruntime_start(m_handle), PLCRUNTIME_OK) << plcruntime_last_error();
+    }
+
+    void write(const char* variable, Failed& failed)
+    {
+        ASSERT_EQ(plcruntime_write_number(m_handle, variable, nullptr, 1, noteFailure, &failed),
+                  PLCRUNTIME_OK);
+    }
+
+    static int endOf(const Failed& failed)
+    {
+        EXPECT_TRUE(eventually([&] { return failed.failure != -1; }));
+        return failed.failure;
+    }
+
+    void expect(int failure, int exception, const test::HostileServer::Script& script)
+    {
+        start(script);
+        Failed failed;
+        write("9:0", failed);
+        EXPECT_EQ(endOf(failed), failure);
+        EXPECT_EQ(failed.exception, exception);
+        EXPECT_EQ(failed.unsent, 0);
+        plcruntime_close(m_handle);
+        m_handle = nullptr;
+    }
+
+    std::unique_ptr<test::HostileServer> m_server;
+    plcruntime* m_handle = nullptr;
+};
+
+TEST_F(PlcRuntimeFailures, OfAnswersHaveTheirNumbers)
+{
+    using test::Answer;
+    expect(PLCRUNTIME_EXCEPTION, 2,
+           [](const QByteArray& request, int) { return Answer{test::exceptionReply(request, 2)}; });
+    expect(PLCRUNTIME_ACKNOWLEDGED, 0,
+           [](const QByteArray& request, int) { return Answer{test::exceptionReply(request, 5)}; });
+    expect(PLCRUNTIME_NO_REPLY, 0, [](const QByteArray&, int) { return Answer{QByteArray()}; });
+    expect(PLCRUNTIME_CLOSED, 0, [](const QByteArray&, int) { return Answer{QByteArray(), true}; });
+    expect(PLCRUNTIME_BAD_REPLY, 0, [](const QByteArray& request, int) {
+        return Answer{test::withByte(test::rightReply(request), 11, 7)}; // another value than that written
+    });
+}
+
+TEST_F(PlcRuntimeFailures, OfWhatWaitsHaveTheirNumbers)
+{
+    start([](const QByteArray&, int) { return test::Answer{QByteArray()}; }, "300");
+    Failed inFlight, purged, replaced, discarded;
+    write("9:0@1", inFlight);
+    ASSERT_TRUE(eventually([&] { return m_server->seen().size() == 1; }));
+    write("9:5@3", discarded);
+    write("9:1@1", replaced);
+    write("9:1@1", purged);
+    EXPECT_EQ(plcruntime_switch_station(m_handle, 3, 0), PLCRUNTIME_OK);
+    EXPECT_EQ(endOf(inFlight), PLCRUNTIME_NO_REPLY);
+    EXPECT_EQ(endOf(replaced), PLCRUNTIME_REPLACED);
+    EXPECT_EQ(endOf(purged), PLCRUNTIME_PURGED);
+    EXPECT_EQ(endOf(discarded), PLCRUNTIME_DISCARDED);
+    for (const Failed* unsent : {&replaced, &purged, &discarded})
+        EXPECT_EQ(unsent->unsent, 1);
+    Failed off;
+    write("9:5@3", off);
+    EXPECT_EQ(endOf(off), PLCRUNTIME_STATION_OFF);
+}
+
+TEST_F(PlcRuntimeFailures, WithoutAControllerIsNotConnected)
+{
+    start(nullptr);
+    plcruntime_close(m_handle);
+    m_handle = nullptr;
+    const std::string port = std::to_string(m_server->port());
+    m_server.reset();
+    const plcruntime_option options[] = {{"port", port.c_str()},
+                                         {"driver", builtDriver()},
+                                         {"timeout_ms", "50"},
+                                         {"retries", "0"},
+                                         {nullptr, nullptr}};
+    ASSERT_EQ(plcruntime_open(options, &m_handle), PLCRUNTIME_OK);
+    ASSERT_EQ(plcruntime_start(m_handle), PLCRUNTIME_OK);
+    Failed failed;
+    write("9:0", failed);
+    EXPECT_EQ(endOf(failed), PLCRUNTIME_NOT_CONNECTED);
+    EXPECT_EQ(plcruntime_is_connected(m_handle), 0);
+}
+
 TEST(PlcRuntimeNames, AreThereForEveryNumber)
 {
     for (int number = -1; number < 300; ++number) {
         EXPECT_STRNE(plcruntime_failure_name(number), "") << number;
         EXPECT_STRNE(plcruntime_state_name(number), "") << number;
     }
+    const char* const failures[] = {
+        "none",        "refused",      "not running",   "not tried", "station off", "not taken", "discarded",
+        "replaced",    "purged",       "not connected", "no reply",  "exception",   "bad reply", "stopped",
+        "out of step", "not reported", "acknowledged",  "closed",    "other"};
+    for (int number = 0; number <= 18; ++number)
+        EXPECT_STREQ(plcruntime_failure_name(number), failures[number]);
+    EXPECT_STREQ(plcruntime_failure_name(-1), "other");
     EXPECT_STREQ(plcruntime_failure_name(PLCRUNTIME_CLOSED), "closed");
     EXPECT_STREQ(plcruntime_failure_name(PLCRUNTIME_NOT_REPORTED), "not reported");
     EXPECT_STREQ(plcruntime_state_name(PLCRUNTIME_FRESH), "fresh");

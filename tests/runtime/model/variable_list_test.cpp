@@ -128,6 +128,38 @@ TEST(VariableList, NamesTheColumnsThatThereAreForOneThatItDoesNotKnow)
                     .startsWith(QStringLiteral("line 1: the column name is there twice\n")));
 }
 
+TEST(VariableList, HasNamesUnitsAndDigitsUpToTheirLimits)
+{
+    const auto errors = [](const QByteArray& name, const QByteArray& unit, const char* digits) {
+        return parseVariableList("name,area,address,type,unit,digits\n" + name + ",9,0,int16," + unit + ',' +
+                                 digits + '\n')
+            .errors.join(QLatin1Char('\n'));
+    };
+    EXPECT_EQ(errors(QByteArray(200, 'n'), QByteArray(20, 'u'), "15"), QString());
+    EXPECT_EQ(errors("n", "u", "0"), QString());
+    EXPECT_TRUE(errors(QByteArray(201, 'n'), "u", "0").contains(QStringLiteral("201 characters; 200 are")));
+    EXPECT_TRUE(errors("n", QByteArray(21, 'u'), "0").contains(QStringLiteral("21 characters; 20 are")));
+    EXPECT_TRUE(errors("n", "u", "16").contains(QStringLiteral("0 to 15 is expected")));
+}
+
+TEST(VariableList, HasLinesUpToTheirLimit)
+{
+    const QByteArray begin = "n,9,0,int16,";
+    const auto errors = [&](int size) {
+        return parseVariableList("name,area,address,type,comment\n" + begin +
+                                 QByteArray(size - begin.size(), 'c') + '\n')
+            .errors.join(QLatin1Char('\n'));
+    };
+    EXPECT_EQ(errors(2000), QString());
+    EXPECT_TRUE(errors(2001).contains(QStringLiteral("it has 2001 bytes; 2000 are allowed")));
+}
+
+TEST(VariableList, ShowsAHundredCharactersOfAWrongField)
+{
+    EXPECT_TRUE(errorOf("a,9,0,1,1," + QByteArray(100, 'x')).contains('"' + QString(100, 'x') + '"'));
+    EXPECT_TRUE(errorOf("a,9,0,1,1," + QByteArray(101, 'x')).contains('"' + QString(100, 'x') + "...\""));
+}
+
 TEST(VariableListGuide, HasItsColumnsOneBeneathTheOther)
 {
     const QStringList lines = listGuide().split(QLatin1Char('\n'));
