@@ -139,6 +139,67 @@ TEST_F(ControllerAnswers, AReadThatIsNotAnsweredFailsNoOther)
         EXPECT_TRUE(reads[index].get().done) << index << ' ' << reasonOf(reads[index].get());
 }
 
+/// One station answers, the other does not.
+class OneOfTwoAnswers : public ControllerAnswers
+{
+protected:
+    OneOfTwoAnswers()
+    {
+        settings.timeoutMs = 50;
+        startWith([](const QByteArray& request, int) {
+            return Answer{request.at(6) == dead ? QByteArray() : test::rightReply(request)};
+        });
+    }
+
+    /// \return the elements that the living station was asked for, in their order
+    std::vector<int> asked() const
+    {
+        std::vector<int> elements;
+        for (const test::SeenRequest& request : server->seen()) {
+            if (request.bytes.at(6) == living)
+                elements.push_back(request.bytes.at(9));
+        }
+        return elements;
+    }
+
+    static const int living = 3;
+    static const int dead = 4;
+};
+
+TEST_F(OneOfTwoAnswers, ReadsOfTheOtherGoOutInTheirOrder)
+{
+    runtime->read(variable(9, 0, 1, dead));
+    std::vector<Pending<ReadOutcome>> reads;
+    std::vector<int> elements;
+    for (int element = 0; element < 20; ++element) {
+        reads.push_back(runtime->read(variable(9, element, 1, living)));
+        elements.push_back(element);
+    }
+    for (const auto& pending : reads)
+        ASSERT_TRUE(pending.wait(patienceMs) && pending.get().done);
+    EXPECT_EQ(asked(), elements);
+}
+
+TEST_F(OneOfTwoAnswers, MoreWritesThanTheDriverQueuesGoOutInTheirOrderOrFailWithTheirStation)
+{
+    std::vector<Pending<WriteOutcome>> ofDead;
+    std::vector<Pending<WriteOutcome>> ofLiving;
+    std::vector<int> elements;
+    for (int element = 0; element < 1030; ++element)
+        ofDead.push_back(runtime->write(variable(9, element, 1, dead), {1}));
+    for (int element = 0; element < 20; ++element) {
+        ofLiving.push_back(runtime->write(variable(9, element, 1, living), {1}));
+        elements.push_back(element);
+    }
+    for (const auto& pending : ofDead)
+        ASSERT_TRUE(pending.wait(patienceMs));
+    EXPECT_EQ(ofDead.front().get().failure.kind, FailureKind::NoReply);
+    EXPECT_EQ(ofDead.back().get().failure.kind, FailureKind::Purged);
+    for (const auto& pending : ofLiving)
+        ASSERT_TRUE(pending.wait(patienceMs) && pending.get().confirmed);
+    EXPECT_EQ(asked(), elements);
+}
+
 TEST_F(ControllerAnswers, BetweenRequestsIsTheGapOfTheSettings)
 {
     settings.gapMs = 20;

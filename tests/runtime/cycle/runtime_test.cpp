@@ -103,6 +103,8 @@ TEST_F(RuntimeTest, WhatCannotBeAskedIsRefusedAtOnce)
     EXPECT_TRUE(written.done());
     EXPECT_FALSE(written.get().confirmed);
     EXPECT_THAT(reasonOf(written.get()), HasSubstr("can only be read"));
+    EXPECT_EQ(written.get().requests, 0);
+    EXPECT_EQ(written.get().requestsConfirmed, 0);
     const auto readAgain = runtime->read(variable(9, 65534, 2));
     EXPECT_TRUE(readAgain.done());
     EXPECT_FALSE(readAgain.get().done);

@@ -111,6 +111,8 @@ TEST(ListedValue, LiesOutsideByTheNumberThatIsShown)
     EXPECT_FALSE(isOutside(listed("float32", "max", "0.1"), {0xCCCD, 0x3DCC}));
     EXPECT_TRUE(isOutside(listed("int16", "min", "0"), {0xFFFF}));
     EXPECT_TRUE(isOutside(several(2, listed("int16", "max", "5")), {5, 6}));
+    EXPECT_FALSE(isOutside(several(2, listed("int32", "min,max", "0,10")), {5, 0, 10, 0}));
+    EXPECT_TRUE(isOutside(several(2, listed("int32", "min,max", "0,10")), {5, 0, 11, 0}));
 }
 
 TEST(ListedValue, IsInsideAtALimitThatScalingMissesByADigit)
