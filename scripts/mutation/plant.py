@@ -125,7 +125,8 @@ def _operators(source):
         if i in source.untouched:
             continue
         if word in BINARY and source.spaced(i):
-            yield from source.instead_of(i, BINARY[word])
+            no_order = source.words[i + 1 : i + 2] == ["nullptr"]
+            yield from source.instead_of(i, BINARY[word][: 1 if no_order else None])
         elif word in UNARY and not source.spaced(i):
             yield from source.instead_of(i, UNARY[word])
 

@@ -107,6 +107,14 @@ TEST(Identity, IsAskedForByFunction17WhereTheOtherIsRefused)
     EXPECT_EQ(identity.fields.at(1).second.toStdString(), "B4 FF 4C 4D 42");
 }
 
+TEST(Identity, MayBeOneByteAndIsNoneWithoutAny)
+{
+    AnsweringStation brief({refused43, "0000 0000 0004 07 11 01 41"});
+    EXPECT_EQ(textOf(brief.identity(7)), "A (function 17)");
+    AnsweringStation empty({refused43, "0000 0000 0003 07 11 00"});
+    EXPECT_EQ(empty.identity(7).function, 0);
+}
+
 TEST(Identity, IsNoneWhereNeitherTellsIt)
 {
     AnsweringStation refusing({refused43, "0000 0000 0003 07 91 01"});

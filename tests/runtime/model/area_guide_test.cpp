@@ -23,6 +23,20 @@ TEST(AreaGuide, HasALineForEachAreaBelowItsHeading)
         EXPECT_EQ(lines.at(1 + area).trimmed().section(QLatin1Char(' '), 0, 0), QString::number(area));
 }
 
+TEST(AreaGuide, HasItsColumnsOneBeneathTheOther)
+{
+    const QStringList lines = areaGuide().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    EXPECT_EQ(lines.at(0).toStdString(),
+              "  AREA holds                       ADDRESS  first   last       begins at Modbus");
+    for (const QString& line : lines.mid(1)) {
+        EXPECT_TRUE(line.startsWith(QStringLiteral("  "))) << line.toStdString();
+        for (const int column : {7, 35, 44, 52, 63}) {
+            EXPECT_EQ(line.at(column - 1), QLatin1Char(' ')) << line.toStdString() << column;
+            EXPECT_NE(line.at(column), QLatin1Char(' ')) << line.toStdString() << column;
+        }
+    }
+}
+
 TEST(AreaGuide, NamesTheFirstAndTheLastElementThatHasAModbusAddress)
 {
     const QStringList ends = {

@@ -77,6 +77,10 @@ TEST(ParseVariable, SaysWhatIsWrongAndWhatIsExpected)
     EXPECT_THAT(errorOf("8:10"), HasSubstr("word.bit"));
     EXPECT_THAT(errorOf("8:10.16"), HasSubstr("word.bit"));
     EXPECT_THAT(errorOf("8:1.2.3"), HasSubstr("word.bit"));
+    EXPECT_THAT(errorOf("8:65535.0"), HasSubstr("word.bit"));
+    EXPECT_THAT(errorOf("8:268435456.0"), HasSubstr("word.bit")); // times 16 it leaves 32 bits
+    EXPECT_THAT(errorOf("8:-1.3"), HasSubstr("word.bit"));
+    EXPECT_THAT(errorOf("8:.3"), HasSubstr("word.bit"));
     EXPECT_THAT(errorOf("9:-5"), HasSubstr("a decimal number is expected"));
     EXPECT_THAT(errorOf("9: 5"), HasSubstr("a decimal number is expected"));
     EXPECT_THAT(errorOf("9:65535"), HasSubstr("up to 65534"));
