@@ -91,6 +91,9 @@ public:
         m_coming.clear();
     }
 
+    void stop() override { m_isStopped = true; }
+    bool isStopped() const { return m_isStopped; }
+
     bool isOpen() const override { return m_isOpen; }
 
     bool send(const QByteArray& bytes, int) override
@@ -162,6 +165,7 @@ private:
     std::vector<qint64> m_attempts;
     bool m_isOpen = false;
     bool m_refuses = false;
+    bool m_isStopped = false;
     int m_connectMs = 0;
     QString m_error;
 };

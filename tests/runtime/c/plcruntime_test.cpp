@@ -211,6 +211,8 @@ TEST_F(PlcRuntime, OneThatCannotStartSaysWhy)
     open({{"driver", "/nowhere/libplcdriver.so"}});
     EXPECT_EQ(plcruntime_start(handle), PLCRUNTIME_CANNOT_START);
     EXPECT_THAT(plcruntime_last_error(), HasSubstr("cannot be loaded"));
+    EXPECT_EQ(plcruntime_is_connected(handle), PLCRUNTIME_WRONG_TIME) << "it is not started";
+    EXPECT_EQ(plcruntime_start(handle), PLCRUNTIME_CANNOT_START) << "it may be tried again";
 }
 
 /// The numbers of what was read, one more than there are values.

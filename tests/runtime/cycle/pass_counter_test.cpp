@@ -96,6 +96,26 @@ TEST(PassCounter, LetsTheRateFallWhileAPassIsLate)
     EXPECT_DOUBLE_EQ(counter.perSecond(11000000), 0.1);
 }
 
+TEST(PassCounter, TakesAPassForLateThatLastsMoreThanThreeOfThem)
+{
+    PassCounter counter;
+    for (const qint64 end : {1000000, 2000000, 3000000})
+        counter.endPass(end);
+    EXPECT_DOUBLE_EQ(counter.perSecond(6000000), 1.0);
+    EXPECT_DOUBLE_EQ(counter.perSecond(7000000), 2.0 / 6);
+}
+
+TEST(PassCounter, GoesByTheLastTenPasses)
+{
+    PassCounter counter;
+    counter.endPass(0);
+    for (int pass = 1; pass <= 10; ++pass)
+        counter.endPass(1000000 + pass * 100000);
+    EXPECT_DOUBLE_EQ(counter.perSecond(2000000), 5.0) << "the long one counts";
+    counter.endPass(2100000);
+    EXPECT_DOUBLE_EQ(counter.perSecond(2100000), 10.0) << "it does no longer";
+}
+
 TEST(PassCounter, FollowsARateThatChanges)
 {
     PassCounter counter;

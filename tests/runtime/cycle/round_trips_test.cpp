@@ -40,6 +40,18 @@ TEST(RoundTrips, LieInTheBinOfTheFirstLimitThatIsAboveThem)
     EXPECT_EQ(trips.inBin(10), 2) << "the rest";
 }
 
+TEST(RoundTrips, AreCountedInStepsOfOneTwoAndFive)
+{
+    std::size_t bin = 0;
+    for (const qint64 limitMs : {1, 2, 5, 10, 20, 50, 100, 200, 500, 1000}) {
+        RoundTrips trips;
+        trips.add(limitMs * 1000 - 1);
+        trips.add(limitMs * 1000);
+        EXPECT_EQ(trips.inBin(bin), 1) << limitMs;
+        EXPECT_EQ(trips.inBin(++bin), 1) << limitMs;
+    }
+}
+
 TEST(RoundTrips, OfSeveralAreThoseOfAll)
 {
     RoundTrips some;

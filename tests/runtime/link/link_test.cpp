@@ -200,6 +200,21 @@ TEST_F(LinkTest, StopEndsAnExchangeWithinASlice)
     EXPECT_LE(time.elapsedMs(), 20);
 }
 
+TEST_F(LinkTest, StopEndsWhatTheTransportWaitsFor)
+{
+    EXPECT_FALSE(controller.isStopped());
+    link.stop();
+    EXPECT_TRUE(controller.isStopped());
+}
+
+TEST_F(LinkTest, StopLetsNoConnectionBeAwaited)
+{
+    controller.refuseConnections(true);
+    link.stop();
+    EXPECT_FALSE(ask().sent);
+    EXPECT_EQ(time.elapsedMs(), 0);
+}
+
 TEST_F(LinkTest, PutsTogetherAReplyThatComesInPieces)
 {
     const LinkExchange exchange =
