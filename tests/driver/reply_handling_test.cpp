@@ -84,6 +84,9 @@ TEST_F(ReplyHandling, AFrameIsBuiltInThePlaceOfTheOneThatWasAnswered)
     queueReadOf(1, 6);
     const char* const place = ComCommunication()->frame.constData();
     goodReply();
+    std::vector<QByteArray> others; // in whatever places have become free
+    for (int size = 1; size <= 100; ++size)
+        others.push_back(QByteArray(size, '\0'));
 
     EXPECT_EQ(place, ComCommunication()->frame.constData());
 }
@@ -137,6 +140,7 @@ TEST_F(ReplyHandling, LengthsAreJudgedAgainstTheFrame)
         {"any length is good", -1, 1, 1},
         {"any length is good", -1, 300, 1},
         {"any length, but nothing came", -1, 0, 41},
+        {"a length that no reply has", -2, 13, 71},
         {"no reply is expected and none came", 0, 0, 1},
         {"no reply is expected but one came", 0, 12, 71},
     };
@@ -578,6 +582,15 @@ TEST_F(ReplyHandling, TheResultRecordIdentifiesTheRequestButHoldsNoValue)
     EXPECT_EQ(48, result.storeSelector);
     EXPECT_EQ(52, result.spare13);
     EXPECT_TRUE(result.data.isEmpty());
+}
+
+TEST_F(ReplyHandling, PassRetValueCopiesTheResultToo)
+{
+    RW_VAR source = Variable(9, 100, 1);
+    source.result = 7;
+    RW_VAR target = RW_VAR();
+    passRetValue(source, target);
+    EXPECT_EQ(7, target.result);
 }
 
 TEST_F(ReplyHandling, PassRetValueEmptiesTheTargetsDataAndLeavesTheSource)
