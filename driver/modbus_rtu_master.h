@@ -73,8 +73,8 @@ public:
     Image image PLC_GUARDED_BY(imageMutex); ///< the local copy of the controller's memory
 
     PendingBit pendingBit PLC_GUARDED_BY(communicationTurn); ///< set before each reply is filed
-    /// Bytes of the frame that was answered last, whatever they are; the next frame may be built in their place.
-    QByteArray spareFrame PLC_GUARDED_BY(communicationTurn);
+    /// The record of the frame that was answered last, or none; the next frame is built in its place.
+    QList<Protocol> answeredList PLC_GUARDED_BY(communicationTurn);
     /// Odd while the communication thread is inside; see communication_turn.h.
     TurnCount communicationTurn PLC_UNGUARDED("atomic");
 

@@ -244,9 +244,9 @@ PLCDRIVER_API Protocol* ComCommunication();
 ///
 /// Communication thread; takes the locks of the lists and of the image, one after the other, and may run both
 /// callbacks.
-/// \param reply  the bytes received, a whole frame; the runtime's. Null is judged like an empty array. Where it
-///               holds less than \a length says, what is there is filed; only a reply that lacks the word
-///               into which a bit is to be written counts as one of the wrong length.
+/// \param reply  the bytes received, a whole frame; the runtime's, and left as they are. Null is judged like an
+///               empty array. Where it holds less than \a length says, what is there is filed; only a reply that
+///               lacks the word into which a bit is to be written counts as one of the wrong length.
 /// \param length number of bytes received, 0 when nothing arrived in time or no reply is expected
 /// \return the driver's result record, never null, overwritten by the next call: a PLC_RESULT, and the
 ///         identity of the request last finished, without data. Result 1 when nothing was outstanding.

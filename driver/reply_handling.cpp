@@ -65,13 +65,21 @@ bool CountFailure() PLC_REQUIRES(PLC_driver.listMutex, PLC_driver.communicationT
     return true;
 }
 
+// A record that was the only one is kept for the next frame.
+void RemoveHeadFrame() PLC_REQUIRES(PLC_driver.communicationTurn)
+{
+    if (PLC_driver.protocolList.size() == 1 && PLC_driver.answeredList.isEmpty())
+        PLC_driver.answeredList.swap(PLC_driver.protocolList);
+    else
+        PLC_driver.protocolList.removeFirst();
+}
+
 // \return whether the request is complete; a bit inside a word takes two replies.
 bool CountReply() PLC_REQUIRES(PLC_driver.listMutex, PLC_driver.communicationTurn)
 {
     COMINFO& info = *PLC_driver.comInfo;
-    PLC_driver.lastFailed = 0;
-    PLC_driver.spareFrame.swap(PLC_driver.protocolList.first().frame);
-    PLC_driver.protocolList.removeFirst();
+    PLC_driver.lastFailed.store(0, std::memory_order_release); // no fence: nothing that follows waits for it
+    RemoveHeadFrame();
     info.framesReceived = OneMore(info.framesReceived);
     return info.framesReceived >= info.framesExpected;
 }
@@ -206,7 +214,8 @@ void passRetValue(const RW_VAR& source, RW_VAR& target)
     target.count = source.count;
     target.storeSelector = source.storeSelector;
     target.spare13 = source.spare13;
-    target.data.clear(); // the runtime never gets value bytes through the result record
+    if (!target.data.isEmpty())
+        target.data.clear(); // the runtime never gets value bytes through the result record
 }
 
 int CheckGetData(QByteArray*, int)

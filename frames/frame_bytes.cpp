@@ -24,7 +24,8 @@ QByteArray BeginFrame(QByteArray room, int station, FunctionCode function, int m
 {
     QByteArray frame;
     frame.swap(room);
-    frame.resize(FRAME_VALUE_OFFSET + bytesAfterAddress);
+    if (frame.size() != FRAME_VALUE_OFFSET + bytesAfterAddress) // mostly a frame was like the one before
+        frame.resize(FRAME_VALUE_OFFSET + bytesAfterAddress);
     char* bytes = frame.data();
     Set16(bytes, 0); // requests are never numbered
     Set16(bytes + PROTOCOL_OFFSET, 0);

@@ -25,7 +25,8 @@ inline ReplyShape UnlessBroadcast(int station, ReplyShape shape)
 inline QByteArray TakeSpareFrame() PLC_REQUIRES(PLC_driver.communicationTurn)
 {
     QByteArray spare;
-    spare.swap(PLC_driver.spareFrame);
+    if (!PLC_driver.answeredList.isEmpty())
+        spare.swap(PLC_driver.answeredList.first().frame);
     return spare;
 }
 

@@ -168,6 +168,7 @@ private:
         PLC_driver.onceReadList.clear();
         PLC_driver.spareList.clear();
         PLC_driver.protocolList.clear();
+        PLC_driver.answeredList.clear();
         PLC_driver.extendList.clear();
     }
 

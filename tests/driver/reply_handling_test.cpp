@@ -91,6 +91,55 @@ TEST_F(ReplyHandling, AFrameIsBuiltInThePlaceOfTheOneThatWasAnswered)
     EXPECT_EQ(place, ComCommunication()->frame.constData());
 }
 
+TEST_F(ReplyHandling, ARecordIsFilledInThePlaceOfTheOneThatWasAnswered)
+{
+    queueReadOf(1, 5);
+    queueReadOf(1, 6);
+    const Protocol* const place = ComCommunication();
+    goodReply();
+
+    EXPECT_EQ(place, ComCommunication());
+    EXPECT_EQ(6, place->var.hostKey);
+}
+
+TEST_F(ReplyHandling, WhatTheRuntimeWroteIntoARecordIsNotInTheNext)
+{
+    queueReadOf(1, 5);
+    Protocol* const record = ComCommunication();
+    record->extra0 = record->extra1 = record->extra2 = 7;
+    record->dataOffset = 100;
+    record->var.data = fromHex("AA");
+    goodReply();
+
+    const Protocol* const next = ComCommunication();
+    EXPECT_EQ(0, next->extra0 + next->extra1 + next->extra2);
+    EXPECT_EQ(9, next->dataOffset);
+    EXPECT_TRUE(next->var.data.isEmpty());
+}
+
+TEST_F(ReplyHandling, ARecordThatIsKeptNeverComesBackByItself)
+{
+    queueReadOf(1, 5);
+    cycle();
+    PLC_driver.protocolList.append(Protocol());
+    PLC_driver.protocolList.last().replyLength = 11;
+
+    goodReply();
+    EXPECT_EQ(0, frameCount());
+}
+
+TEST_F(ReplyHandling, TheBytesOfAReplyAreLeftAsTheyAre)
+{
+    queueReadOf(1, 5);
+    poll();
+    QByteArray bytes = fromHex("00 00 00 00 00 05 01 03 02 12 34");
+    const char* const place = bytes.constData();
+    DataCom(&bytes, bytes.size());
+
+    EXPECT_EQ("00 00 00 00 00 05 01 03 02 12 34", toHex(bytes));
+    EXPECT_EQ(place, bytes.constData());
+}
+
 TEST_F(ReplyHandling, AWriteOfABitBeginsWithTheValueZeroWhateverWasSentBefore)
 {
     queueWrite(Write(9, 5, 1, "34 12"));
