@@ -259,8 +259,11 @@ void withLink(int port, const Pass& pass, const std::function<void(const Refresh
     plc::Link link(settings.host, settings.port, settings.timeoutMs);
     load([&link, &pass] {
         for (const QByteArray& frame : pass.frames) {
-            if (link.exchange(frame, true).reply.isEmpty())
+            plc::LinkExchange made;
+            link.exchange(frame, true, 0, &made);
+            if (made.reply.isEmpty())
                 throw std::runtime_error("the link gets no reply");
+            link.takeBack(&made.reply);
         }
     });
     link.close();

@@ -42,7 +42,6 @@ HOST_VAR hostVariable(const Variable& run)
     variable.area = static_cast<unsigned char>(run.area);
     variable.station = static_cast<unsigned char>(run.station);
     variable.address = addressText(run.area, run.element);
-    variable.name = variableText(run);
     variable.count = driverReadCount(run.area, run.count);
     return variable;
 }

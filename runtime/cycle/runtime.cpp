@@ -158,7 +158,7 @@ private:
     void waitForWork(int milliseconds);
     void waitUnlessStopped(int milliseconds);
     void exchange(Turn& turn);
-    int judge(const ExchangeRecord& record, int exception, LaterCalls::Calls* calls);
+    int judge(ExchangeRecord& record, int exception, LaterCalls::Calls* calls);
     void answered(const ExchangeRecord& record);
     void givenUp(const ExchangeRecord& record, const Failure& why);
     void lost(int station, const Failure& why);
@@ -576,6 +576,7 @@ void Runtime::Private::exchange(Turn& turn)
         m_observer(record);
     LaterCalls::make(calls);
     tellChanges();
+    m_link.takeBack(&record.exchange.reply);
     if (pauseMs > 0)
         waitUnlessStopped(pauseMs);
 }
@@ -583,17 +584,20 @@ void Runtime::Private::exchange(Turn& turn)
 /// \param exception that the exchange of \a record brought
 /// \param calls what it brought, to those who want to be told
 /// \return the driver's code
-int Runtime::Private::judge(const ExchangeRecord& record, int exception, LaterCalls::Calls* calls)
+int Runtime::Private::judge(ExchangeRecord& record, int exception, LaterCalls::Calls* calls)
 {
-    const LinkExchange& exchange = record.exchange;
-    QByteArray reply = exchange.reply;
+    LinkExchange& exchange = record.exchange;
+    QByteArray wrongLength;
+    QByteArray* reply = &exchange.reply;
     // With nothing to judge the driver would take a broadcast that never went out for done.
-    if (faultIn(exchange) != FailureKind::None || (!record.replyExpected && !exchange.sent))
-        reply = replyOfWrongLength();
+    if (faultIn(exchange) != FailureKind::None || (!record.replyExpected && !exchange.sent)) {
+        wrongLength = replyOfWrongLength();
+        reply = &wrongLength;
+    }
     std::lock_guard<std::mutex> lock(m_mutex);
     if (exception == Acknowledge)
         m_driver->tryNoMore();
-    const int code = m_calls.DataCom(&reply, reply.size())->result;
+    const int code = m_calls.DataCom(reply, reply->size())->result;
     if (code != PLC_RETRYING)
         m_driver->renewTries();
     const bool isGood = isSuccess(code);

@@ -168,7 +168,7 @@ bool Link::isAnsweredAtOnce(LinkExchange* exchange)
 {
     if (!m_assembler.wouldBeWhole(m_received) || !m_matcher->acceptAlone(&m_received))
         return false;
-    exchange->reply = m_received;
+    exchange->reply.swap(m_received);
     return true;
 }
 

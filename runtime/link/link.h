@@ -53,6 +53,9 @@ public:
     /// The same. \param exchange as it is made; receives what the exchange brought
     void exchange(const QByteArray& frame, bool replyExpected, int replySize, LinkExchange* exchange);
 
+    /// Takes the room of a reply that nobody wants any more, for the next one. On the thread that makes the exchanges.
+    void takeBack(QByteArray* reply) { m_received.swap(*reply); }
+
     /// Closes the connection; to be called last on the thread that made the exchanges.
     void close() { m_connection.close(); }
 
@@ -86,7 +89,7 @@ private:
     const std::unique_ptr<ReplyMatcher> m_matcher;
     const bool m_knowsLateReplies; // the matcher
     ClosingHabit m_closing;
-    QByteArray m_received;         // at last; its room is used again
+    QByteArray m_received;         // at last, or what room there is for it
     Clock::time_point m_repliedAt; // the last time
 };
 

@@ -294,7 +294,8 @@ void TcpSocket::receive(int timeoutMs, QByteArray* bytes)
     std::size_t came = 0;
     if (m_connection)
         came = m_connection->receive(room.data(), room.size(), timeoutMs, &error);
-    bytes->resize(static_cast<int>(came));
+    if (bytes->size() != static_cast<int>(came))
+        bytes->resize(static_cast<int>(came));
     if (came > 0)
         std::memcpy(bytes->data(), room.data(), came);
     if (error)
