@@ -14,6 +14,14 @@
 namespace
 {
 
+// Two registers with the first one in the lower half: a double word, or two words of the image side by side.
+quint32 PairAt(const unsigned char* registers)
+{
+    static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN, "the image has the low byte of a word first");
+    const quint32 pair = qFromBigEndian<quint32>(registers); // the first one in its upper half
+    return pair << 16 | pair >> 16;
+}
+
 // The data part of a reply: what its request announces, as far as the array really holds it.
 struct DataBytes {
     const unsigned char* bytes;
@@ -21,7 +29,7 @@ struct DataBytes {
 
     unsigned int bit(int n) const { return (bytes[n / 8] >> (n % 8)) & 1u; }
     unsigned int word(int i) const { return Get16(bytes + 2 * i); }
-    unsigned int doubleWord(int k) const { return word(2 * k) | word(2 * k + 1) << 16; }
+    unsigned int doubleWord(int k) const { return PairAt(bytes + 4 * k); }
 };
 
 const Protocol& Request() PLC_REQUIRES(PLC_driver.communicationTurn)
@@ -70,13 +78,11 @@ unsigned int MergePendingBit(unsigned int value) PLC_REQUIRES(PLC_driver.communi
 // Two at a time: this loop is what most of the time of a long read goes into.
 void CopyRegisters(unsigned short* words, const unsigned char* registers, int count)
 {
-    static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN, "the image has the low byte of a word first");
     for (; count >= 2; count -= 2) {
-        const quint32 pair = qFromBigEndian<quint32>(registers); // the first one in its upper half
-        const quint32 exchanged = pair << 16 | pair >> 16;
-        std::memcpy(words, &exchanged, sizeof exchanged);
+        const quint32 pair = PairAt(registers);
+        std::memcpy(words, &pair, sizeof pair);
         words += 2;
-        registers += sizeof exchanged;
+        registers += sizeof pair;
     }
     if (count == 1)
         *words = static_cast<unsigned short>(Get16(registers));
