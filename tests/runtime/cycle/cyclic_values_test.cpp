@@ -203,6 +203,23 @@ TEST_F(CyclicValuesTest, ThatAreWatchedAreTouchedByEachReply)
     }
 }
 
+TEST_F(CyclicValuesTest, ThatAreWatchedAreTouchedWithTheirElementsAndTheirStation)
+{
+    for (const int element : {0, 5, 6})
+        values.add(words(element, 1));
+    values.expect();
+    values.watch();
+    TakenValues taken;
+    values.touch(words(5, 2));
+    values.takeTouched(9, calls, &taken);
+    EXPECT_EQ(taken.indexes, (std::vector<int>{1, 2}));
+    values.touchStation(2);
+    EXPECT_FALSE(values.hasTouched());
+    values.touchStation(1);
+    values.takeTouched(9, calls, &taken);
+    EXPECT_EQ(taken.indexes, (std::vector<int>{0, 1, 2}));
+}
+
 TEST_F(CyclicValuesTest, AreTakenAFewAtATime)
 {
     for (int element = 0; element < 5; ++element)

@@ -641,6 +641,21 @@ TEST_F(RuntimeTest, StartSaysWhatIsWrongWithTheSettings)
     EXPECT_THAT(startError(*runtime), HasSubstr("give the path of libplcdriver.so"));
 }
 
+TEST_F(RuntimeTest, ValuesAreThoseOfVariablesThatThereAre)
+{
+    makeRuntime();
+    std::vector<CyclicValue> none;
+    EXPECT_NO_THROW(runtime->values(0, &none));
+    std::vector<CyclicValue> two(2);
+    runtime->addCyclic(variable(9, 0));
+    EXPECT_THROW(runtime->values(0, &two), std::runtime_error);
+    EXPECT_THROW(runtime->values(-1, &two), std::runtime_error);
+    runtime->addCyclic(variable(9, 1));
+    EXPECT_NO_THROW(runtime->values(0, &two));
+    EXPECT_EQ(two[1].state, ValueState::NeverRead);
+    EXPECT_EQ(two[1].values, std::vector<quint32>{0});
+}
+
 TEST_F(RuntimeTest, CyclicVariableThatCannotBeReadIsRefused)
 {
     makeRuntime();

@@ -90,6 +90,16 @@ TEST(ModbusMatcher, MatchesNothingBeforeTheFirstRequest)
     EXPECT_NE(dropped(matcher, fromHex("0000 0000 0005 00 00 02 1234")), QString());
 }
 
+TEST(ModbusMatcher, WritesTheHighByteOfANumberFirst)
+{
+    ModbusMatcher matcher;
+    QByteArray frame;
+    for (int sent = 0; sent < 0x0102; ++sent)
+        frame = matcher.prepare(readRegister);
+    EXPECT_EQ(frame, fromHex("0102 0000 0006 01 03 0005 0001"));
+    EXPECT_EQ(dropped(matcher, fromHex("0102 0000 0005 01 03 02 1234")), QString());
+}
+
 TEST(ModbusMatcher, NeverUsesNumberZero)
 {
     ModbusMatcher matcher;

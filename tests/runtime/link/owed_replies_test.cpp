@@ -44,6 +44,17 @@ TEST(OwedReplies, OfAnotherNumberUnitOrFunctionAreOnlyData)
         owing("0007 0000 0006 01 06").beginInside(fromHex("0008 0000 000B 01 03 08 0007 0000 0005 01 03")));
 }
 
+TEST(OwedReplies, AreTheLastSixtyFour)
+{
+    OwedReplies owed;
+    for (int number = 1; number <= 65; ++number)
+        owed.add(fromHex("00") + QByteArray(1, static_cast<char>(number)) +
+                 fromHex("0000 0006 01 03 0005 0001"));
+    EXPECT_FALSE(owed.beginInside(fromHex("0077 0000 000B 0001 0000 0005 01 03 02 9999")));
+    EXPECT_TRUE(owed.beginInside(fromHex("0077 0000 000B 0002 0000 0005 01 03 02 9999")));
+    EXPECT_TRUE(owed.beginInside(fromHex("0077 0000 000B 0041 0000 0005 01 03 02 9999")));
+}
+
 TEST(OwedReplies, AreNotTheHeaderOfTheReplyItself)
 {
     EXPECT_FALSE(owing(request7).beginInside(fromHex("0007 0000 0005 01 03 02 1234")));

@@ -66,6 +66,17 @@ TEST_F(TcpSocketTest, NoListenerIsRefusedInTheSystemsWords)
     EXPECT_EQ(nobodys.errorString(), QStringLiteral("Connection refused"));
 }
 
+TEST_F(TcpSocketTest, WithoutAConnectionItHasNoEnds)
+{
+    EXPECT_TRUE(socket.ownEnd().address.isEmpty());
+    EXPECT_EQ(socket.ownEnd().port, 0);
+    EXPECT_EQ(socket.otherEnd().port, 0);
+    connectBoth();
+    EXPECT_EQ(socket.ownEnd().address, loopback);
+    EXPECT_GT(socket.ownEnd().port, 0);
+    EXPECT_EQ(socket.otherEnd().port, controller.port());
+}
+
 TEST_F(TcpSocketTest, ANameIsLookedUp)
 {
     TcpSocket named(QStringLiteral("the.controller"), controller.port(), [](const std::string& host) {

@@ -107,6 +107,17 @@ TEST(Identity, IsAskedForByFunction17WhereTheOtherIsRefused)
     EXPECT_EQ(identity.fields.at(1).second.toStdString(), "B4 FF 4C 4D 42");
 }
 
+TEST(Identity, IsNotTakenFromAnAnswerOfAnotherKind)
+{
+    AnsweringStation station({"0000 0000 0017 07 2B 0D 01 01 00 00 03 00 04 41434D45 01 02 5031 02 03 322E30",
+                              "0000 0000 0004 07 11 01 41"});
+    EXPECT_EQ(textOf(station.identity(7)), "A (function 17)");
+    AnsweringStation refusing(
+        {"0000 0000 0017 07 AB 0E 01 01 00 00 03 00 04 41434D45 01 02 5031 02 03 322E30",
+         "0000 0000 0004 07 11 01 41"});
+    EXPECT_EQ(textOf(refusing.identity(7)), "A (function 17)");
+}
+
 TEST(Identity, MayBeOneByteAndIsNoneWithoutAny)
 {
     AnsweringStation brief({refused43, "0000 0000 0004 07 11 01 41"});

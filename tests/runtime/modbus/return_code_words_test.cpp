@@ -35,7 +35,7 @@ TEST(ResultWords, NameEveryCodeOfEachRange)
 
 TEST(ResultWords, SayThatOtherCodesHaveNoMeaning)
 {
-    for (const int code : {-1, 2, 10, 23, 40, 53, 70, 83, 99, 101, 199, 201})
+    for (const int code : {-1, 2, 10, 23, 40, 53, 70, 83, 99, 101, 110, 123, 140, 153, 170, 183, 199, 201})
         EXPECT_EQ(resultWords(code), QLatin1String("a result code that has no meaning")) << code;
 }
 

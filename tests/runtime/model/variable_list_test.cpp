@@ -77,6 +77,20 @@ TEST(VariableList, SaysHowManyElementsMakeAValueThatNoRequestMayCut)
     EXPECT_EQ(list.variables.at(3).elements.valueElements, 1);
 }
 
+TEST(VariableList, MakesNoValueShorterByItsOrder)
+{
+    const VariableList list =
+        parseVariableList("name,area,address,type,order,count\na,9,0,int64,CDAB,1\n"
+                          "b,9,20,int32,DCBA,1\nc,9,30,text,CDAB,8\nd,9,40,text,BADC,8\n"
+                          "e,14,200,text,CDAB,4\n");
+    ASSERT_EQ(list.errors, QStringList());
+    EXPECT_EQ(list.variables.at(0).elements.valueElements, 4);
+    EXPECT_EQ(list.variables.at(1).elements.valueElements, 2);
+    EXPECT_EQ(list.variables.at(2).elements.valueElements, 2);
+    EXPECT_EQ(list.variables.at(3).elements.valueElements, 1);
+    EXPECT_EQ(list.variables.at(4).elements.valueElements, 1);
+}
+
 TEST(VariableList, NeedsNoMoreThanNameAreaAddressAndType)
 {
     const VariableList list = parseVariableList("name,area,address,type\nspeed,9,100,int16\n");
