@@ -150,6 +150,10 @@ TEST_F(PlcRuntime, RefusesWhatCannotBeAndSaysWhy)
     refused(plcruntime_write(handle, "9:0", nullptr, 1, note, &told), "no elements");
     refused(plcruntime_switch_station(handle, 256, 1), "no station");
     refused(plcruntime_queued(handle, 1, 7), "no kind");
+    refused(plcruntime_queued(handle, 1, -1), "no kind");
+    refused(plcruntime_queued(handle, -2, PLCRUNTIME_WRITES), "-2 is no station");
+    refused(plcruntime_queued(handle, 256, PLCRUNTIME_WRITES), "256 is no station");
+    refused(plcruntime_switch_station(handle, 1, 2), "give 0 or 1");
     EXPECT_EQ(told.times(), 0u) << "who is refused at once is not called";
 }
 

@@ -220,6 +220,26 @@ TEST_F(CyclicValuesTest, ThatAreWatchedAreTouchedWithTheirElementsAndTheirStatio
     EXPECT_EQ(taken.indexes, (std::vector<int>{0, 1, 2}));
 }
 
+Variable bits(int element, int count)
+{
+    Variable variable = words(element, count);
+    variable.area = 2;
+    return variable;
+}
+
+TEST_F(CyclicValuesTest, AreNotSpoiledByReadsOfBitsBeforeThem)
+{
+    values.add(bits(5, 1));
+    values.add(words(5, 1));
+    values.expect();
+    EXPECT_EQ(values.wholeBits(words(4, 1)), 1) << "words have no padding";
+    EXPECT_EQ(values.wholeBits(bits(0, 1)), 1) << "far away";
+    EXPECT_EQ(values.wholeBits(bits(0, 3)), 3);
+    EXPECT_EQ(values.wholeBits(bits(0, 4)), 6)
+        << "behind it is a bit that is shown, and the one behind is not";
+    EXPECT_EQ(values.wholeBits(bits(0, 8)), 8);
+}
+
 TEST_F(CyclicValuesTest, AreTakenAFewAtATime)
 {
     for (int element = 0; element < 5; ++element)

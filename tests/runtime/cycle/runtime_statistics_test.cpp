@@ -40,6 +40,52 @@ TEST_F(RuntimeStatistics, TellsWhatAPassReadsForNoVariable)
     EXPECT_EQ(cost.frames, 3);
 }
 
+TEST_F(RuntimeStatistics, AreZeroBeforeTheFirstRequest)
+{
+    makeRuntime();
+    const plc::Statistics none = runtime->statistics();
+    EXPECT_EQ(none.exchanges, 0);
+    EXPECT_EQ(none.good, 0);
+    EXPECT_EQ(none.retried, 0);
+    EXPECT_EQ(none.failed, 0);
+    EXPECT_TRUE(none.failuresByCode.empty());
+    EXPECT_TRUE(none.stations.empty());
+    EXPECT_EQ(none.passes, 0);
+    EXPECT_EQ(none.passesPerSecond, 0.0);
+    EXPECT_EQ(none.lastPass.requests, 0);
+    EXPECT_EQ(none.lastPass.frames, 0);
+    EXPECT_EQ(none.lastPass.registers, 0);
+    EXPECT_EQ(none.lastPass.registersUnused, 0);
+    EXPECT_EQ(none.lastPass.bits, 0);
+    EXPECT_EQ(none.lastPass.bitsUnused, 0);
+    EXPECT_EQ(none.writesConfirmed, 0);
+    EXPECT_EQ(none.writesFailed, 0);
+    EXPECT_EQ(none.readsDone, 0);
+    EXPECT_EQ(none.readsFailed, 0);
+    EXPECT_EQ(none.readsQueuedAgain, 0);
+    EXPECT_EQ(none.writesWaiting, 0);
+    const plc::LinkState link = runtime->linkState();
+    EXPECT_FALSE(link.connected);
+    EXPECT_EQ(link.connects, 0);
+    EXPECT_EQ(link.untrusted, 0);
+    EXPECT_FALSE(link.closedAtOnce);
+    EXPECT_EQ(link.dropped.total(), 0);
+}
+
+TEST_F(RuntimeStatistics, OfAStationWithoutRepliesHaveNoRoundTrips)
+{
+    controller->setSilent(1, true);
+    settings.timeoutMs = 20;
+    settings.retryLimit = 0;
+    startRuntime();
+    ASSERT_FALSE(read(variable(9, 0)).done);
+    const plc::RoundTrips trips = runtime->statistics().stations.at(1).roundTrips;
+    EXPECT_EQ(trips.count(), 0);
+    EXPECT_EQ(trips.shortest(), 0);
+    EXPECT_EQ(trips.longest(), 0);
+    EXPECT_EQ(trips.mean(), 0.0);
+}
+
 TEST_F(RuntimeStatistics, CountsWhatVariablesShareOnce)
 {
     const PassCost cost =

@@ -134,6 +134,19 @@ TEST(ModbusMatcher, DropsTheReplyToAnEarlierRequestAsLate)
     EXPECT_EQ(dropped(matcher, fromHex("0002 0000 0005 01 03 02 1234")), QString());
 }
 
+TEST(ModbusMatcher, DropsAReplyBeforeTheOneThatWasTakenAsLate)
+{
+    ModbusMatcher matcher;
+    matcher.prepare(readRegister);
+    matcher.prepare(readRegister);
+    EXPECT_EQ(dropped(matcher, fromHex("0002 0000 0005 01 03 02 1234")), QString());
+    EXPECT_EQ(dropped(matcher, fromHex("0001 0000 0005 01 03 02 9999")), dropReasonWords(DropReason::Late));
+    matcher.prepare(readRegister);
+    EXPECT_EQ(dropped(matcher, fromHex("0001 0000 0005 01 03 02 9999")), dropReasonWords(DropReason::Late));
+    EXPECT_EQ(dropped(matcher, fromHex("0002 0000 0005 01 03 02 9999")),
+              dropReasonWords(DropReason::Doubled));
+}
+
 TEST(ModbusMatcher, DropsASecondReplyAsDoubled)
 {
     ModbusMatcher matcher;

@@ -77,6 +77,15 @@ TEST_F(TcpSocketTest, WithoutAConnectionItHasNoEnds)
     EXPECT_EQ(socket.otherEnd().port, controller.port());
 }
 
+TEST_F(TcpSocketTest, WithoutAConnectionNothingComesAndNothingGoes)
+{
+    QByteArray bytes = "old";
+    socket.receive(patienceMs, &bytes);
+    EXPECT_TRUE(bytes.isEmpty());
+    EXPECT_FALSE(socket.send("?", patienceMs));
+    EXPECT_FALSE(socket.isOpen());
+}
+
 TEST_F(TcpSocketTest, ANameIsLookedUp)
 {
     TcpSocket named(QStringLiteral("the.controller"), controller.port(), [](const std::string& host) {

@@ -102,6 +102,8 @@ TEST(ReadRefusal, AllowsEveryArea)
 {
     for (int area = 0; area <= 14; ++area)
         EXPECT_THAT(readRefusal(variable(area, 0, 1), oneStation).toStdString(), IsEmpty()) << area;
+    EXPECT_THAT(readRefusal(variable(9, 65534, 1), oneStation).toStdString(), IsEmpty()) << "the last word";
+    EXPECT_THAT(readRefusal(variable(9, 65532, 3), oneStation).toStdString(), IsEmpty());
 }
 
 TEST(ReadRefusal, NamesWhatIsWrong)

@@ -90,6 +90,14 @@ TEST(ParseVariable, SaysWhatIsWrongAndWhatIsExpected)
     EXPECT_THAT(errorOf("9:65530x6"), HasSubstr("at most 5 are there"));
 }
 
+TEST(ParseVariable, TellsHowSeveralElementsFromZeroOnAreWritten)
+{
+    EXPECT_THAT(errorOf("9:0x10"), HasSubstr("\"0x10\" looks like a hexadecimal address"));
+    EXPECT_THAT(errorOf("9:0x10"), HasSubstr("(several elements from 0 on: 9:00x10)"));
+    EXPECT_THAT(errorOf("7:0x10"), HasSubstr("from 8000 on is expected"));
+    EXPECT_EQ(errorOf("7:0x10").find("several elements"), std::string::npos) << "it has no element 0";
+}
+
 TEST(ParseVariable, QuotesPercentSignsAsTheyAre)
 {
     EXPECT_THAT(errorOf("9:%2"), HasSubstr("\"%2\" is no address of area 9"));
