@@ -138,6 +138,22 @@ TEST(ListPart, HasAVariableOfSeveralBlocksWhole)
     EXPECT_EQ(2U, found);
 }
 
+TEST(BlockPlanner, KnowsOnlyWhatItWasAskedForLast)
+{
+    const Settings settings = withDriver();
+    BlockPlanner planner(settings);
+    const Variable asked = withStation(words(5), settings);
+    EXPECT_EQ(planner.blocks({asked}, 63).size(), 1U);
+    EXPECT_THAT(planner.blocks({}, 63), IsEmpty());
+    const std::vector<DriverBlock> blocks = planner.blocks({asked, withStation(words(900, 3), settings)}, 63);
+    ASSERT_EQ(blocks.size(), 2U);
+    EXPECT_EQ(elementsOf(blocks[1]).area, 9);
+    EXPECT_EQ(elementsOf(blocks[1]).element, 900);
+    EXPECT_EQ(elementsOf(blocks[1]).count, 3);
+    EXPECT_EQ(elementsOf(blocks[1]).station, 1);
+    EXPECT_EQ(blocks[1].replyLength, 9 + 6);
+}
+
 TEST(ListPart, RefusesWhatCannotBeRefreshed)
 {
     EXPECT_THROW(variablesOfPart({1, 2}, {words(70000)}, withDriver()), std::runtime_error);
@@ -150,6 +166,8 @@ TEST(ListPart, IsWrittenAsOneNumberOfAnother)
     ASSERT_TRUE(part.has_value());
     EXPECT_EQ(3, part->number);
     EXPECT_EQ(4, part->parts);
+    for (const char* right : {"1/1", "4/4", "100/100"})
+        EXPECT_TRUE(parseListPart(QLatin1String(right), &error)) << right;
     for (const char* wrong :
          {"", "3", "0/4", "5/4", "1/0", "-1/4", "1/4/2", "a/4", "1/b", "1/101", "1.5/4"}) {
         EXPECT_FALSE(parseListPart(QLatin1String(wrong), &error)) << wrong;

@@ -65,6 +65,19 @@ TEST(RequestLedger, TellsOfAReplacedRequestThatIsNotTheHead)
     EXPECT_EQ(text(ledger.answered(2)), "4:done ") << "the newer one has taken its place";
 }
 
+TEST(RequestLedger, WouldOvertakeOnlyWritesBehindTheEqualOne)
+{
+    RequestLedger ledger(false);
+    ledger.queued(word(1, 90), 1);
+    ledger.queued(word(2, 1), 2);
+    ledger.queued(word(3, 50), 3);
+    EXPECT_FALSE(ledger.wouldOvertake(word(4, 1).elements));
+    ledger.queued(word(4, 0, stationA, 2), 4);
+    EXPECT_TRUE(ledger.wouldOvertake(word(5, 1).elements));
+    EXPECT_FALSE(ledger.wouldOvertake(word(5, 0).elements))
+        << "there is no equal one whose place it would take";
+}
+
 TEST(RequestLedger, KnowsThatEqualMeansStationAndCountToo)
 {
     RequestLedger ledger = ledgerOf(2);

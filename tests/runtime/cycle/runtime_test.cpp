@@ -443,6 +443,26 @@ TEST_F(RuntimeTest, ValueOfAFailedWriteIsNotShownAsTheControllersOwn)
     EXPECT_THAT(runtime->value(index).values, ElementsAre(1u));
 }
 
+TEST_F(RuntimeTest, ValueThatIsBeingWrittenIsUnconfirmed)
+{
+    settings.pollMs = 3600000;
+    settings.staleAfterMs = 3600000;
+    settings.timeoutMs = 60000;
+    makeRuntime();
+    const int written = runtime->addCyclic(variable(9, 0));
+    const int another = runtime->addCyclic(variable(9, 1));
+    runtime->start();
+    ASSERT_TRUE(becomes(another, ValueState::Fresh));
+    controller->setSilent(1, true);
+    runtime->write(variable(9, 0), {2});
+    EXPECT_EQ(runtime->value(written).state, ValueState::Unconfirmed);
+    EXPECT_EQ(runtime->value(another).state, ValueState::Fresh);
+    std::vector<CyclicValue> both(2);
+    runtime->values(0, &both);
+    EXPECT_EQ(both[0].state, ValueState::Unconfirmed);
+    EXPECT_EQ(both[1].state, ValueState::Fresh);
+}
+
 TEST_F(RuntimeTest, WrittenValueShowsAtOnceAndDoesNotFlipBack)
 {
     makeRuntime();

@@ -95,6 +95,17 @@ TEST_F(StationSwitch, OneThatIsSwitchedOffAgainStaysOff)
     EXPECT_EQ(inController(*controller, 9, 0, switchedStation), 0u);
 }
 
+TEST_F(StationSwitch, OthersAreRefreshedWithoutTheLastOneThereIs)
+{
+    makeRuntime();
+    runtime->addCyclic(variable(9, 0, 1, switchedStation));
+    runtime->start();
+    for (const int station : {0, 255})
+        runtime->setStation(station, false);
+    const long passes = runtime->statistics().passes;
+    EXPECT_TRUE(eventually([&] { return runtime->statistics().passes > passes + 2; }));
+}
+
 TEST_F(StationSwitch, ReportsTellWhatWaitsByKindAndStation)
 {
     keepTheThreadBusy();

@@ -109,6 +109,17 @@ TEST_F(LinkTest, AttemptsToConnectComeInGrowingPauses)
     EXPECT_THAT(controller.attempts(), ElementsAre(0, 100, 300, 700, 1500, 3100, 6300, 11300, 16300));
 }
 
+TEST_F(LinkTest, AttemptsToConnectComeWhenTheirPauseIsOverAndNoLater)
+{
+    controller.refuseConnections(true);
+    ask();
+    time.sleep(7);
+    ask();
+    time.sleep(6);
+    ask();
+    EXPECT_THAT(controller.attempts(), ElementsAre(0, 100, 300));
+}
+
 TEST_F(LinkTest, APauseCountsFromTheEndOfTheAttempt)
 {
     controller.refuseConnections(true);

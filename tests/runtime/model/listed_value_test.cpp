@@ -232,6 +232,8 @@ TEST(ListedValueWritten, TakesTextWithOrWithoutQuotesAndFillsItWithZeros)
     EXPECT_EQ(written(recipe, "\"ABC\""), Elements({0x4241, 0x43, 0}));
     EXPECT_EQ(refusal(recipe, "LEMONS"), "\"LEMONS\" has 6 characters; there is room for 5");
     EXPECT_EQ(written(recipe, "\xC3\xB6"), Elements({0xF6, 0, 0}));
+    EXPECT_EQ(written(recipe, "\xC3\xBF"), Elements({0xFF, 0, 0})) << "the last of Latin-1";
+    EXPECT_NE(refusal(recipe, "\xC4\x80").find("not Latin-1"), std::string::npos);
     EXPECT_NE(refusal(recipe, "\xE2\x82\xAC").find("not Latin-1"), std::string::npos);
 }
 
