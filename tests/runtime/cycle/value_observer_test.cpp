@@ -109,19 +109,23 @@ TEST_F(ValueObserverTest, IsToldThatAStationWasSwitchedOffAndOn)
     EXPECT_TRUE(isTold(ValueState::Fresh, 0));
 }
 
-TEST_F(ValueObserverTest, IsToldTheOwnValueOfEachStation)
+TEST_F(ValueObserverTest, IsToldTheOwnValueOfEachStationAndArea)
 {
     settings.multiStation = true;
     putIntoController(*controller, 9, 5, 11, 1);
     putIntoController(*controller, 9, 6, 12, 1);
     putIntoController(*controller, 9, 5, 21, 2);
     putIntoController(*controller, 9, 6, 22, 2);
+    putIntoController(*controller, 10, 7, 37, 2);
+    putIntoController(*controller, 10, 3, 33, 2);
     makeRuntime();
     std::map<int, std::vector<quint32>> shown;
     for (const int station : {1, 2}) {
         for (const int element : {5, 6})
             runtime->addCyclic(variable(9, element, 1, station));
     }
+    for (const int element : {7, 3})
+        runtime->addCyclic(variable(10, element, 1, 2));
     runtime->setValueObserver([&](int index, const CyclicValue& value) {
         std::lock_guard<std::mutex> lock(m_mutex);
         shown[index] = value.values;
@@ -130,7 +134,8 @@ TEST_F(ValueObserverTest, IsToldTheOwnValueOfEachStation)
     using Words = std::vector<quint32>;
     EXPECT_TRUE(eventually([&] {
         std::lock_guard<std::mutex> lock(m_mutex);
-        return shown == std::map<int, Words>{{0, {11}}, {1, {12}}, {2, {21}}, {3, {22}}};
+        return shown ==
+               std::map<int, Words>{{0, {11}}, {1, {12}}, {2, {21}}, {3, {22}}, {4, {37}}, {5, {33}}};
     }));
     runtime.reset();
 }

@@ -230,6 +230,9 @@ TEST(ListedValueWritten, TakesTextWithOrWithoutQuotesAndFillsItWithZeros)
     const ListedVariable recipe = several(5, listed("text"));
     EXPECT_EQ(written(recipe, "AB,C"), Elements({0x4241, 0x432C, 0}));
     EXPECT_EQ(written(recipe, "\"ABC\""), Elements({0x4241, 0x43, 0}));
+    EXPECT_EQ(written(recipe, "\""), Elements({0x22, 0, 0}));
+    EXPECT_EQ(written(recipe, "\"\""), Elements({0, 0, 0}));
+    EXPECT_EQ(written(recipe, "\"A"), Elements({0x4122, 0, 0}));
     EXPECT_EQ(refusal(recipe, "LEMONS"), "\"LEMONS\" has 6 characters; there is room for 5");
     EXPECT_EQ(written(recipe, "\xC3\xB6"), Elements({0xF6, 0, 0}));
     EXPECT_EQ(written(recipe, "\xC3\xBF"), Elements({0xFF, 0, 0})) << "the last of Latin-1";

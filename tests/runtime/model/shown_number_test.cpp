@@ -28,6 +28,7 @@ TEST(ShownNumber, IsReadByType)
 {
     EXPECT_EQ(number(ValueType::Int16, {0xFFFE}), -2);
     EXPECT_EQ(number(ValueType::Uint16, {0xFFFE}), 65534);
+    EXPECT_EQ(number(ValueType::Uint16, {0x1234}, WordOrder::Badc), 0x1234) << "one word has no order";
     EXPECT_EQ(number(ValueType::Int32, {0xFFFE, 0xFFFF}), -2);
     EXPECT_EQ(number(ValueType::Uint32, {0, 1}), 65536);
     EXPECT_EQ(number(ValueType::Float32, {0x0000, 0x41AC}), 21.5);
