@@ -42,11 +42,13 @@ class Build:
         for entry in json.loads((self.folder / "compile_commands.json").read_text()):
             words = shlex.split(entry["command"])
             self.compile[words[words.index("-o") + 1]] = words
-        self.libraries = {}  # library -> command that links it
+        self.libraries = {}  # library -> command that links it; those that no test loads are not built
         for line in self._ninja("-t", "commands").splitlines():
             if " -shared " in line:
                 words = shlex.split(line.replace(": && ", "").replace(" && :", ""))
-                self.libraries[words[words.index("-o") + 1]] = words
+                library = words[words.index("-o") + 1]
+                if (self.folder / library).exists():
+                    self.libraries[library] = words
         self.linked = {word for words in self.libraries.values() for word in words if word.endswith(".o")}
         self.users = {}  # file -> objects
         for found in re.finditer(r"^(\S+): #deps.*\n((?:    .*\n)*)", self._ninja("-t", "deps"), re.MULTILINE):
@@ -67,6 +69,8 @@ class Tests:
 
     def __init__(self, folder, programs, long_tests, by_suite):
         self.folder, self.long_tests, self.by_suite = Path(folder).resolve(), long_tests, by_suite
+        # A library that is exchanged finds those it needs no more by where it stands.
+        self.library_folders = sorted({str(library.parent) for library in self.folder.rglob("lib*.so*")})
         self.programs = {}  # name -> seconds
         self.slow = {}  # name -> filter of the tests that take long, their seconds, and those of the longest
         self.work = {}  # name -> seconds of a processor that it may take
@@ -103,7 +107,7 @@ class Tests:
         return passed
 
     def _start(self, command, libraries, work, shard, shards, output):
-        environment = dict(os.environ, LD_LIBRARY_PATH=str(libraries or ""))
+        environment = dict(os.environ, LD_LIBRARY_PATH=":".join([str(libraries), *self.library_folders]) if libraries else "")
         environment.update(GTEST_TOTAL_SHARDS=str(shards), GTEST_SHARD_INDEX=str(shard))
         if output:
             environment.update(GTEST_OUTPUT=f"json:{output}/{shard}.json")
@@ -186,7 +190,7 @@ class Worker:
             if not self._compile(name, objects[name], defect.path):
                 return REFUSED
         if not self._link(objects):
-            return REFUSED
+            raise RuntimeError("it compiles, and the library does not link")
         return CAUGHT if self.tests.notice(defect.path, self.libraries) else SURVIVED
 
     def _run(self, words):
