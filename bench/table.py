@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Runs the benchmarks of a build and prints one table: each figure beside the reference of the same run.
 
     bench/table.py BUILD_DIRECTORY [--product] [--rounds N] [--check]

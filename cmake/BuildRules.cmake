@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # How everything here is compiled: one language level, one set of warnings, hidden by default.
 
 set(CMAKE_CXX_STANDARD 17 CACHE STRING "C++ level; the driver's folders also build as 11")

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Runs in cpack on the files that are about to be packed: Debian wants man pages and change logs compressed, with
 # no time in them.
 file(GLOB_RECURSE documents LIST_DIRECTORIES false

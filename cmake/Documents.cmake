@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The documents and examples as they are installed, each in the package that needs them, with links that lead from one
 # to the other. With PLC_BUILD_REFERENCE also the pages of the reference, which takes Doxygen.
 include(GNUInstallDirs)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Finds libcsv (Debian: libcsv-dev) and defines the target Csv::Csv.
 find_path(Csv_INCLUDE_DIR csv.h)
 find_library(Csv_LIBRARY csv)

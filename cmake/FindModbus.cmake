@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Finds libmodbus (Debian: libmodbus-dev) and defines the target Modbus::Modbus.
 find_path(Modbus_INCLUDE_DIR modbus.h PATH_SUFFIXES modbus)
 find_library(Modbus_LIBRARY modbus)

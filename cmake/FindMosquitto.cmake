@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Finds libmosquitto (Debian: libmosquitto-dev) and defines the target Mosquitto::Mosquitto.
 find_path(Mosquitto_INCLUDE_DIR mosquitto.h)
 find_library(Mosquitto_LIBRARY mosquitto)

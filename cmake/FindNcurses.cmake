@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Finds ncurses for wide characters (Debian: libncurses-dev) and defines the target Ncurses::Ncurses.
 find_path(Ncurses_INCLUDE_DIR curses.h)
 find_library(Ncurses_LIBRARY ncursesw)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Finds libpcap (Debian: libpcap-dev) and defines the target Pcap::Pcap.
 find_path(Pcap_INCLUDE_DIR pcap/pcap.h)
 find_library(Pcap_LIBRARY pcap)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Finds Qwt for Qt 5 (Debian: libqwt-qt5-dev) in the architecture that is built, and defines the target Qwt::Qwt.
 # Debian has its library in one folder for all architectures, so that one of another may lie there: it is not taken.
 # Beside it a 32-bit one may lie in /usr/local/lib (scripts/install-dependencies puts it there); the headers are shared.

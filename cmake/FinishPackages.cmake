@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Runs in cpack on the packages that it made, and does what it has no words for: the field Multi-Arch, and no scripts
 # that refresh the linker's cache, which the trigger does. The packages are put together anew by dpkg-deb, whose order
 # and times depend on nothing but the files and SOURCE_DATE_EPOCH.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What `cmake --install` puts where. One component for each package: library and development of the driver, runtime and
 # runtime_development of libplcruntime, tools.
 include(GNUInstallDirs)

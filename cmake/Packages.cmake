@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What `cpack` makes: Debian packages of the driver and of libplcruntime, of what developing with each takes, of the
 # tools, of the gateway and of the window.
 # scripts/package builds for them, with an installation in /usr.

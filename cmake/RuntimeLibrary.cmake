@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # libplcruntime.so: the rooms of runtime/ as one shared library, and which of their headers are its interface.
 
 # What a program that links it may include, as "runtime/...". They include nothing but each other, the driver's header

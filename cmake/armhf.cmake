@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Toolchain of the panels with ARM processors: 32-bit hard-float code, from clang, with Debian's armhf libraries.
 # Debian's own cross compiler would remove what the 32-bit x86 build needs.
 set(CMAKE_SYSTEM_NAME Linux)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Toolchain of the product: 32-bit code on a 64-bit Debian, with its i386 libraries.
 set(CMAKE_C_FLAGS_INIT -m32)
 set(CMAKE_CXX_FLAGS_INIT -m32)

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """A program in Python on libplcruntime: it watches two variables, writes one of them, and says how that ended.
 
     python_runtime.py HOST PORT [LIBRARY [DRIVER]]

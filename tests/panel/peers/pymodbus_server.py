@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A Modbus TCP server of pymodbus on loopback, for as long as standard input is open.
 
 Prints its port. Then a line "coil ADDRESS" or "word ADDRESS" is answered with the value there, "coil ADDRESS VALUE" or
