@@ -28,8 +28,8 @@ bool sees(const HostileServer& server, std::size_t requests)
     return server.seen().size() >= requests;
 }
 
-/// \return ms from the first request to the last of the first \a requests that a watch of two blocks sends
-long timeOf(std::size_t requests, const QStringList& options)
+/// \return ms from request \a first to the last of the first \a requests that a watch of two blocks sends
+long timeOf(std::size_t requests, const QStringList& options, std::size_t first = 0)
 {
     HostileServer server(answering());
     test::Plcpanel panel(
@@ -38,21 +38,21 @@ long timeOf(std::size_t requests, const QStringList& options)
     EXPECT_EQ(panel.endBy(SIGINT).status, 0);
     const auto seen = server.seen();
     return static_cast<long>(
-        std::chrono::duration_cast<std::chrono::milliseconds>(seen.at(requests - 1).at - seen.front().at)
+        std::chrono::duration_cast<std::chrono::milliseconds>(seen.at(requests - 1).at - seen.at(first).at)
             .count());
 }
 
 } // namespace
 
+// From the begin of the second refresh to that of the fifth: the first may be late, and the next is not for that.
 TEST(PollRate, IsARefreshOfAllVariablesEverySoOften)
 {
-    const long milliseconds = timeOf(7, {"--poll", "300"}); // the begin of the fourth refresh
-    EXPECT_GE(milliseconds, 850);
+    EXPECT_GE(timeOf(9, {"--poll", "300"}, 2), 850);
 }
 
 TEST(PollRate, DoesNotDependOnHowOftenTheScreenLooks)
 {
-    EXPECT_GE(timeOf(7, {"--poll", "300", "--interval", "10"}), 850);
+    EXPECT_GE(timeOf(9, {"--poll", "300", "--interval", "10"}, 2), 850);
 }
 
 TEST(PollRate, IsAsFastAsItGoesWhenZero)
