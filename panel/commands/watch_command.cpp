@@ -32,34 +32,48 @@ const int patienceMs = 2000;
 // What was read once is not expected to be read again.
 const int neverStaleMs = 3600000;
 
+/// What is watched, while it is.
+struct Watch {
+    const Options& options;
+    const WatchedVariables variables;
+    Session session;
+
+    explicit Watch(const Options& all, const Settings& settings)
+        : options(all), variables(all.variables, all.listed),
+          session(settings, listenersFor(all.trace, all.captureTo, all.settings))
+    {
+    }
+
+    WatchReport report() { return reportOf(options, variables, session.runtime()); }
+};
+
 /// A first pass answers or gives up each variable; a controller that was never reached needs none.
-bool triedAll(const Options& options, Session* session)
+bool triedAll(Watch* watch)
 {
-    if (session->runtime().statistics().passes > 0)
+    if (watch->session.runtime().statistics().passes > 0)
         return true;
-    if (!session->neverConnected())
+    if (!watch->session.neverConnected())
         return false;
-    const WatchView view = reportOf(options, session->runtime()).view;
-    return std::any_of(view.rows.begin(), view.rows.end(),
-                       [](const WatchRow& row) { return hasFailed(row.value.failure); });
+    return !RowWalk().over(watch->report().rows,
+                           [](int, const CyclicValue& value) { return !hasFailed(value.failure); });
 }
 
-bool wasRead(const WatchRow& row)
+bool wasRead(const CyclicValue& value)
 {
-    return row.value.ageMs >= 0 && !hasFailed(row.value.failure);
+    return value.ageMs >= 0 && !hasFailed(value.failure);
 }
 
 enum class FirstPass { Over, NotYet, Ended };
 
 /// \return Ended when a signal asked for the end; NotYet after \a milliseconds, if not negative
-FirstPass waitForFirstPass(const Options& options, Session* session, int milliseconds)
+FirstPass waitForFirstPass(Watch* watch, int milliseconds)
 {
     QElapsedTimer clock;
     clock.start();
     ProgressLine progress;
-    while (!triedAll(options, session)) {
+    while (!triedAll(watch)) {
         if (milliseconds < 0)
-            progress.show(progressText(QStringLiteral("first refresh"), session->runtime()));
+            progress.show(progressText(QStringLiteral("first refresh"), watch->session.runtime()));
         if (milliseconds >= 0 && clock.elapsed() >= milliseconds)
             return FirstPass::NotYet;
         const WatchSignals::Kind kind = WatchSignals::wait(firstLookMs);
@@ -71,37 +85,38 @@ FirstPass waitForFirstPass(const Options& options, Session* session, int millise
     return FirstPass::Over;
 }
 
-ExitStatus showOnce(const Options& options, Session* session, Display* display)
+/// Whether all was read is told of the values that are shown.
+ExitStatus showOnce(Watch* watch, Display* display)
 {
-    const bool over = waitForFirstPass(options, session, -1) == FirstPass::Over;
-    session->settle();
-    const WatchReport report = reportOf(options, session->runtime());
+    const bool over = waitForFirstPass(watch, -1) == FirstPass::Over;
+    watch->session.settle();
+    WatchReport report = watch->report();
+    bool isAllRead = true;
+    report.rows.values = [&isAllRead, shown = report.rows.values](int first,
+                                                                  std::vector<CyclicValue>* values) {
+        shown(first, values);
+        isAllRead = isAllRead && std::all_of(values->begin(), values->end(), wasRead);
+    };
     display->end(report);
-    if (over && session->neverConnected())
-        complainOfNoConnection(options.settings);
-    return std::all_of(report.view.rows.begin(), report.view.rows.end(), wasRead) ? AllGood
-                                                                                  : ControllerFailed;
+    if (over && watch->session.neverConnected())
+        complainOfNoConnection(watch->options.settings);
+    return isAllRead ? AllGood : ControllerFailed;
 }
 
 /// A display that goes on until a signal or the user ends it.
 class LiveWatch
 {
 public:
-    LiveWatch(const Options& options, Session* session, Display* display)
-        : m_options(options), m_session(session), m_display(display)
-    {
-    }
+    LiveWatch(Watch* watch, Display* display) : m_watch(watch), m_display(display) {}
 
     void run()
     {
-        if (waitForFirstPass(m_options, m_session, patienceMs) == FirstPass::Ended)
+        if (waitForFirstPass(m_watch, patienceMs) == FirstPass::Ended)
             return;
-        WatchReport report = reportOf(m_options, m_session->runtime());
-        do {
-            lookAgain(m_options, m_session->runtime(), &report);
-            m_display->show(report);
-        } while (!outputFailed() && !readerIsGone() &&
-                 goOn(WatchSignals::wait(m_options.intervalMs, m_keyboard.descriptor())));
+        do
+            m_display->show(m_watch->report());
+        while (!outputFailed() && !readerIsGone() &&
+               goOn(WatchSignals::wait(m_watch->options.intervalMs, m_keyboard.descriptor())));
     }
 
 private:
@@ -130,21 +145,20 @@ private:
         if (order.kind == WatchOrder::Wrong)
             complain(order.error);
         if (on || order.kind == WatchOrder::SwitchOff)
-            m_session->runtime().setStation(order.station, on);
+            m_watch->session.runtime().setStation(order.station, on);
         return order.kind != WatchOrder::End;
     }
 
-    const Options& m_options;
-    Session* m_session;
+    Watch* m_watch;
     Display* m_display;
     Keyboard m_keyboard;
     TypedLine m_line;
 };
 
-ExitStatus showLive(const Options& options, Session* session, Display* display)
+ExitStatus showLive(Watch* watch, Display* display)
 {
-    LiveWatch(options, session, display).run();
-    display->end(reportOf(options, session->runtime()));
+    LiveWatch(watch, display).run();
+    display->end(watch->report());
     return AllGood;
 }
 
@@ -180,12 +194,11 @@ ExitStatus watchAll(const Options& options)
     Settings settings = options.settings;
     if (options.once)
         settings.staleAfterMs = neverStaleMs;
-    Session session(settings, listenersFor(options.trace, options.captureTo, options.settings));
-    addCyclic(options, &session.runtime());
-    session.runtime().start();
+    Watch watch(options, settings);
+    addCyclic(options, &watch.session.runtime());
+    watch.session.runtime().start();
     const std::unique_ptr<Display> display = displayFor(wishes);
-    return options.once ? showOnce(options, &session, display.get())
-                        : showLive(options, &session, display.get());
+    return options.once ? showOnce(&watch, display.get()) : showLive(&watch, display.get());
 }
 
 } // namespace

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "panel/commands/watch_reports.h"
 
-#include "panel/watch/watch_rows.h"
-
 namespace plc
 {
 
@@ -27,22 +25,14 @@ WatchReport reportOfLink(const Options& options, const Runtime& runtime)
     return report;
 }
 
-WatchReport reportOf(const Options& options, const Runtime& runtime)
+WatchReport reportOf(const Options& options, const WatchedVariables& variables, const Runtime& runtime)
 {
-    WatchReport report;
-    report.view.rows = emptyRows(options.variables, options.listed);
-    lookAgain(options, runtime, &report);
+    WatchReport report = reportOfLink(options, runtime);
+    report.rows.variables = &variables;
+    report.rows.values = [&runtime](int first, std::vector<CyclicValue>* values) {
+        runtime.values(first, values);
+    };
     return report;
-}
-
-void lookAgain(const Options& options, const Runtime& runtime, WatchReport* report)
-{
-    std::vector<WatchRow> rows = std::move(report->view.rows);
-    *report = reportOfLink(options, runtime);
-    report->view.rows = std::move(rows);
-    int index = 0;
-    for (WatchRow& row : report->view.rows)
-        row.value = runtime.value(index++);
 }
 
 } // namespace plc

@@ -17,11 +17,9 @@ void addCyclic(const Options& options, Runtime* runtime);
 /// \return how the link and the stations are, and the statistics where they are wanted; no rows
 WatchReport reportOfLink(const Options& options, const Runtime& runtime);
 
-/// \return the same with all rows
-WatchReport reportOf(const Options& options, const Runtime& runtime);
-
-/// The same once more: only what may have changed is made anew.
-void lookAgain(const Options& options, const Runtime& runtime, WatchReport* report);
+/// \param variables of \a options; they and \a runtime must outlive the report
+/// \return the same, with where the rows have their values from
+WatchReport reportOf(const Options& options, const WatchedVariables& variables, const Runtime& runtime);
 
 } // namespace plc
 

@@ -169,7 +169,7 @@ ExitStatus runWatchScreen(const Options& options)
                 "the terminal cannot be drawn on; with TERM=dumb a plain table is printed");
         WatchScreen(options, &session, variables, &seen).run(screen.get());
     }
-    printLastTable(reportOf(options, session.runtime()), options.format);
+    printLastTable(reportOf(options, variables, session.runtime()), options.format);
     return AllGood;
 }
 

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "panel/watch/json_rows.h"
 
+#include "panel/watch/json_number.h"
 #include "panel/watch/watch_json.h"
 #include "panel/watch/watch_words.h"
-#include "runtime/model/shown_number.h"
+#include "runtime/model/listed_value.h"
 
+#include <QJsonArray>
 #include <QJsonDocument>
-#include <QJsonObject>
 
 #include <charconv>
-#include <cmath>
-#include <utility>
+#include <cstring>
 
 namespace plc
 {
@@ -18,102 +18,199 @@ namespace plc
 namespace
 {
 
-// Whole numbers beyond it are texts, because many readers would not keep them exactly.
-const double greatestExact = 9007199254740992.0;
+// Room for a line: for what it always has, for each character of a name or unit, for each element.
+const int roomOfLine = 600;
+const int roomOfCharacter = 3;
+const int roomOfNumber = 12;
 
-void appendNumber(qint64 number, QByteArray* line)
+const int mostLimits = 4096;
+
+char* write(const char* text, std::size_t size, char* line)
 {
-    char digits[24];
-    const auto end = std::to_chars(digits, digits + sizeof digits, number);
-    line->append(digits, static_cast<int>(end.ptr - digits));
+    std::memcpy(line, text, size);
+    return line + size;
 }
 
-void appendElements(const std::vector<quint32>& values, QByteArray* line)
+template <std::size_t size>
+char* write(const char (&text)[size], char* line)
 {
-    line->append("\"values\":[");
+    return write(text, size - 1, line);
+}
+
+char* write(const QByteArray& text, char* line)
+{
+    return write(text.constData(), static_cast<std::size_t>(text.size()), line);
+}
+
+char* writeNumber(quint32 number, char* line, int base = 10)
+{
+    return std::to_chars(line, line + roomOfNumber, number, base).ptr;
+}
+
+char* writeAddress(const Variable& variable, char* line)
+{
+    const Area& area = areaOf(variable.area);
+    if (area.kind != ElementKind::BitInWord)
+        return writeNumber(static_cast<quint32>(variable.element + area.origin), line, area.numberBase);
+    line = writeNumber(static_cast<quint32>(variable.element / bitsOfWord), line);
+    *line++ = '.';
+    return writeNumber(static_cast<quint32>(variable.element % bitsOfWord), line);
+}
+
+/// \return null for a character that JSON has another form for, or that is half of one
+char* writeCharacter(ushort character, char* line)
+{
+    if (character < ' ' || character == '"' || character == '\\' || QChar::isSurrogate(character))
+        return nullptr;
+    if (character < 0x80) {
+        *line++ = static_cast<char>(character);
+    } else if (character < 0x800) {
+        *line++ = static_cast<char>(0xC0 | character >> 6);
+        *line++ = static_cast<char>(0x80 | (character & 0x3F));
+    } else {
+        *line++ = static_cast<char>(0xE0 | character >> 12);
+        *line++ = static_cast<char>(0x80 | (character >> 6 & 0x3F));
+        *line++ = static_cast<char>(0x80 | (character & 0x3F));
+    }
+    return line;
+}
+
+/// \return null where a character cannot be written so
+char* writeText(const QString& text, char* line)
+{
+    for (const QChar character : text) {
+        line = writeCharacter(character.unicode(), line);
+        if (line == nullptr)
+            return nullptr;
+    }
+    return line;
+}
+
+char* writeElements(const std::vector<quint32>& values, char* line)
+{
+    line = write("\"values\":[", line);
     for (std::size_t index = 0; index < values.size(); ++index) {
         if (index > 0)
-            line->append(',');
-        appendNumber(values[index], line);
+            *line++ = ',';
+        line = writeNumber(values[index], line);
     }
-    line->append("]}\n");
+    return write("]}\n", line);
 }
 
-/// \return true for numbers that are shown as they are: whole, without scale and digits, and without limits
-bool isPlain(const ListedVariable& listed)
+/// \return the most bytes that the line of \a row takes
+int roomFor(const WatchRow& row)
 {
-    return isWholeNumber(listed.type) && listed.scale == 1 && listed.offset == 0 && listed.digits <= 0 &&
-           !listed.min && !listed.max && listed.unit.isEmpty() && listed.count == 1;
+    int room = roomOfLine + roomOfNumber * static_cast<int>(row.value.values.size());
+    if (row.listed != nullptr)
+        room += roomOfCharacter * (row.listed->name.size() + row.listed->unit.size());
+    return room;
 }
 
-/// \return false when \a row is not to be written by its number alone, or JSON has another form for it
-bool takePlainNumber(const WatchRow& row, qint64* number)
+/// \return a number as a member of JSON has it
+QByteArray jsonOf(double number)
 {
-    if (!isPlain(*row.listed))
-        return false;
-    const double shown = shownNumber(*row.listed, row.value.values, 0);
-    if (!(std::fabs(shown) < greatestExact)) // nor what is none
-        return false;
-    *number = static_cast<qint64>(shown);
-    return true;
+    const QByteArray array = QJsonDocument(QJsonArray{number}).toJson(QJsonDocument::Compact);
+    return array.mid(1, array.size() - 2);
 }
 
 } // namespace
 
-/// What is printed once is not worth being kept.
-bool JsonRows::isSecondLine(std::size_t index)
+char* JsonRows::writeWord(ValueState state, char* line)
 {
-    if (m_fixed.size() <= index)
-        m_fixed.resize(index + 1);
-    return std::exchange(m_fixed[index].isKnown, true);
+    QByteArray& word = m_states.at(static_cast<std::size_t>(state));
+    if (word.isEmpty())
+        word = valueStateWord(state).toLatin1();
+    return write(word, line);
 }
 
-const JsonRows::Fixed& JsonRows::fixedOf(std::size_t index, const WatchRow& row)
+char* JsonRows::writeWord(ValueType type, char* line)
 {
-    Fixed& fixed = m_fixed[index];
-    if (!fixed.begin.isEmpty())
-        return fixed;
-    // As watchJson() has it before the first answer, when no value is in it.
-    WatchRow empty = row;
-    empty.value = CyclicValue();
-    const QByteArray line = watchJson(empty, m_station, m_time).toUtf8();
-    const QByteArray state = "\"state\":\"";
-    const QByteArray type = ",\"type\":\"";
-    fixed.begin = line.left(line.lastIndexOf(state) + state.size());
-    if (row.listed)
-        fixed.type = line.mid(line.lastIndexOf(type), line.size() - 1 - line.lastIndexOf(type));
-    return fixed;
+    QByteArray& word = m_types.at(static_cast<std::size_t>(type));
+    if (word.isEmpty())
+        word = valueTypeWord(type).toLatin1();
+    return write(word, line);
 }
 
-void JsonRows::append(std::size_t index, const WatchRow& row, const QDateTime& time, QByteArray* lines)
+char* JsonRows::writeLimit(const char* member, double limit, char* line)
 {
-    const bool isUsual = row.value.ageMs >= 0 && !hasFailed(row.value.failure);
-    const bool isListed = row.listed.has_value();
-    qint64 number = 0;
-    if (!isSecondLine(index) || !isUsual || (isListed && !takePlainNumber(row, &number))) {
-        lines->append(watchJson(row, m_station, time).toUtf8()).append('\n');
-        return;
+    quint64 bits = 0;
+    std::memcpy(&bits, &limit, sizeof bits);
+    auto text = m_limits.constFind(bits);
+    if (text == m_limits.constEnd()) {
+        if (m_limits.size() == mostLimits)
+            m_limits.clear();
+        text = m_limits.insert(bits, jsonOf(limit));
     }
+    return write(text.value(), write(member, std::strlen(member), line));
+}
+
+/// The members between the count and the state. \return null where they are to be written otherwise
+char* JsonRows::writeListed(const WatchRow& row, char* line)
+{
+    const ListedVariable& listed = *row.listed;
+    if (listed.max)
+        line = writeLimit(",\"max\":", *listed.max, line);
+    if (listed.min)
+        line = writeLimit(",\"min\":", *listed.min, line);
+    line = writeText(listed.name, write(",\"name\":\"", line));
+    if (line == nullptr)
+        return nullptr;
+    *line++ = '"';
+    if (!listed.min && !listed.max)
+        return line;
+    return isOutside(row) ? write(",\"outside\":true", line) : write(",\"outside\":false", line);
+}
+
+/// Members stand by their names, as in an object of Qt's. \return the end; null where the line is to be written otherwise
+char* JsonRows::writeLine(const WatchRow& row, char* line)
+{
+    JsonNumber number;
+    if (row.listed != nullptr && !takeNumber(*row.listed, row.value.values, &number))
+        return nullptr;
+    line = writeAddress(row.variable, write("{\"address\":\"", line));
+    line = writeNumber(static_cast<quint32>(row.variable.area), write("\",\"area\":", line));
+    line = writeNumber(static_cast<quint32>(row.variable.count), write(",\"count\":", line));
+    if (row.listed != nullptr)
+        line = writeListed(row, line);
+    if (line == nullptr)
+        return nullptr;
+    line = writeWord(row.value.state, write(",\"state\":\"", line));
+    const int station = row.variable.station < 0 ? m_station : row.variable.station;
+    line = writeNumber(static_cast<quint32>(station), write("\",\"station\":", line));
+    if (row.listed != nullptr)
+        line = write("\"", write(number.text, number.textSize, write(",\"text\":\"", line)));
+    line = write("\"", write(m_timeText, write(",\"time\":\"", line)));
+    if (row.listed == nullptr)
+        return writeElements(row.value.values, write(",", line));
+    line = writeWord(row.listed->type, write(",\"type\":\"", line));
+    if (!row.listed->unit.isEmpty())
+        line = writeText(row.listed->unit, write("\",\"unit\":\"", line));
+    if (line == nullptr)
+        return nullptr;
+    line = write(number.value, number.valueSize, write("\",\"value\":", line));
+    return writeElements(row.value.values, write(",", line));
+}
+
+bool JsonRows::appendQuickly(const WatchRow& row, QByteArray* lines)
+{
+    if (row.value.ageMs < 0 || hasFailed(row.value.failure))
+        return false;
+    const int begin = lines->size();
+    lines->resize(begin + roomFor(row));
+    char* const line = lines->data() + begin;
+    char* const end = writeLine(row, line);
+    lines->resize(end == nullptr ? begin : begin + static_cast<int>(end - line));
+    return end != nullptr;
+}
+
+void JsonRows::append(const WatchRow& row, const QDateTime& time, QByteArray* lines)
+{
     if (m_timeText.isEmpty() || m_time != time) {
         m_time = time;
         m_timeText = time.toString(Qt::ISODateWithMs).toUtf8();
     }
-    const Fixed& fixed = fixedOf(index, row);
-    lines->append(fixed.begin).append(stateWord(row.value).toLatin1());
-    lines->append("\",\"station\":");
-    appendNumber(row.variable.station < 0 ? m_station : row.variable.station, lines);
-    if (isListed) {
-        lines->append(",\"text\":\"");
-        appendNumber(number, lines);
-        lines->append('"');
-    }
-    lines->append(",\"time\":\"").append(m_timeText).append('"');
-    if (isListed) {
-        lines->append(fixed.type).append(",\"value\":");
-        appendNumber(number, lines);
-    }
-    lines->append(',');
-    appendElements(row.value.values, lines);
+    if (!appendQuickly(row, lines))
+        lines->append(watchJson(row, m_station, time).toUtf8()).append('\n');
 }
 
 } // namespace plc

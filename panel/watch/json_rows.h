@@ -8,37 +8,38 @@
 
 #include <QByteArray>
 #include <QDateTime>
+#include <QHash>
 
-#include <vector>
+#include <array>
 
 namespace plc
 {
 
-/// Makes the lines of watchJson(), character by character the same. What stays of a row is kept from its second
-/// line on; numbers are written as they are. What is rare is left to watchJson().
+/// Makes the lines of watchJson(), character by character the same, without a text for each of their parts. What is
+/// rare is left to watchJson(). Nothing is kept of a row.
 class JsonRows
 {
 public:
     /// \param station of variables that name none
     explicit JsonRows(int station) : m_station(station) {}
 
-    /// Appends the line of \a row, which is always the same one for \a index, and a line feed.
-    void append(std::size_t index, const WatchRow& row, const QDateTime& time, QByteArray* lines);
+    /// Appends the line of \a row and a line feed.
+    void append(const WatchRow& row, const QDateTime& time, QByteArray* lines);
 
 private:
-    struct Fixed {
-        bool isKnown = false;
-        QByteArray begin; ///< up to "state":"
-        QByteArray type;  ///< the member, with its comma; empty where there is none
-    };
-
-    bool isSecondLine(std::size_t index);
-    const Fixed& fixedOf(std::size_t index, const WatchRow& row);
+    bool appendQuickly(const WatchRow& row, QByteArray* lines);
+    char* writeLine(const WatchRow& row, char* line);
+    char* writeListed(const WatchRow& row, char* line);
+    char* writeWord(ValueState state, char* line);
+    char* writeWord(ValueType type, char* line);
+    char* writeLimit(const char* member, double limit, char* line);
 
     const int m_station;
-    std::vector<Fixed> m_fixed;
     QDateTime m_time;
     QByteArray m_timeText;
+    std::array<QByteArray, 6> m_states; // their words, as long as they are not empty
+    std::array<QByteArray, 13> m_types;
+    QHash<quint64, QByteArray> m_limits; // as JSON has them, by their bits: many variables have the same
 };
 
 } // namespace plc

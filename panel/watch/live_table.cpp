@@ -275,8 +275,7 @@ WatchRow LiveTable::rowAt(int row) const
     WatchRow shown;
     shown.variable = m_source.variables.variable(row);
     shown.value = m_source.value(row);
-    if (const ListedVariable* const listed = m_source.variables.listed(row))
-        shown.listed = *listed;
+    shown.listed = m_source.variables.listed(row);
     return shown;
 }
 

@@ -3,6 +3,8 @@
 
 #include "runtime/model/listed_value.h"
 
+#include <algorithm>
+
 namespace plc
 {
 
@@ -38,8 +40,32 @@ SeenValues::SeenValues(const WatchedVariables& variables) : m_variables(variable
 {
     Record record;
     record.trouble = NeverRead;
-    m_records.assign(static_cast<std::size_t>(variables.size()), record);
+    m_records.reserve(static_cast<std::size_t>(variables.size()));
+    for (int row = 0; row < variables.size(); ++row) {
+        m_records.push_back(record);
+        record.elements += static_cast<quint32>(variables.variable(row).count);
+    }
+    for (std::vector<quint32>* elements : {&m_latest, &m_least, &m_greatest})
+        elements->resize(record.elements);
     m_counts.notFresh = variables.size();
+}
+
+std::size_t SeenValues::elementsOf(std::size_t row) const
+{
+    const std::size_t end = row + 1 < m_records.size() ? m_records[row + 1].elements : m_latest.size();
+    return end - m_records[row].elements;
+}
+
+RangePlace SeenValues::placeOf(const Record& record)
+{
+    return {m_least.data() + record.elements, m_greatest.data() + record.elements};
+}
+
+/// \return those of \a row
+std::vector<quint32> SeenValues::some(const std::vector<quint32>& elements, std::size_t row) const
+{
+    const auto begin = elements.begin() + static_cast<std::ptrdiff_t>(m_records[row].elements);
+    return {begin, begin + static_cast<std::ptrdiff_t>(elementsOf(row))};
 }
 
 void SeenValues::note(int row, const CyclicValue& value)
@@ -52,20 +78,21 @@ void SeenValues::note(int row, const CyclicValue& value)
     if (value.state == ValueState::Fresh)
         noteValues(&record, row, value);
     count(record.trouble, -1);
-    record.trouble = troubleOf(value, outside);
+    record.trouble = static_cast<quint8>(troubleOf(value, outside));
     count(record.trouble, 1);
 }
 
 /// What is not fresh may be what the driver holds for a write that never came to the controller.
 void SeenValues::noteValues(Record* record, int row, const CyclicValue& value)
 {
-    const bool isFirst = record->values.empty();
-    if (!isFirst && record->values == value.values)
+    const auto latest = m_latest.begin() + static_cast<std::ptrdiff_t>(record->elements);
+    if (record->isRead && std::equal(value.values.begin(), value.values.end(), latest))
         return;
-    if (!isFirst)
+    if (record->isRead)
         record->changedAtMs = value.readAtMs;
-    record->values = value.values;
-    widen(&record->range, m_variables.listed(row), value.values);
+    record->isRead = true;
+    std::copy(value.values.begin(), value.values.end(), latest);
+    record->hasRange = widen(placeOf(*record), record->hasRange, m_variables.listed(row), value.values);
 }
 
 void SeenValues::count(int trouble, int by)
@@ -79,8 +106,13 @@ void SeenValues::count(int trouble, int by)
 SeenValue SeenValues::at(int row) const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    const Record& record = m_records[static_cast<std::size_t>(row)];
-    return {record.range, record.changedAtMs};
+    const auto index = static_cast<std::size_t>(row);
+    const Record& record = m_records[index];
+    SeenValue seen;
+    seen.changedAtMs = record.changedAtMs;
+    if (record.hasRange)
+        seen.range = {some(m_least, index), some(m_greatest, index)};
+    return seen;
 }
 
 std::vector<SeenState> SeenValues::states() const
@@ -104,9 +136,9 @@ void SeenValues::forgetRanges()
     const std::lock_guard<std::mutex> lock(m_mutex);
     for (std::size_t row = 0; row < m_records.size(); ++row) {
         Record& record = m_records[row];
-        record.range = ValueRange();
-        if (!record.values.empty())
-            widen(&record.range, m_variables.listed(static_cast<int>(row)), record.values);
+        record.hasRange =
+            record.isRead &&
+            widen(placeOf(record), false, m_variables.listed(static_cast<int>(row)), some(m_latest, row));
     }
 }
 

@@ -35,7 +35,8 @@ struct SeenCounts {
 ///         its limits, none
 int troubleOf(const CyclicValue& value, bool isOutside);
 
-/// Any thread. It is told of every change, not only of those that are there when somebody looks.
+/// Any thread. It is told of every change, not only of those that are there when somebody looks. What is kept of a row
+/// is small: there may be a million.
 class SeenValues
 {
 public:
@@ -53,18 +54,25 @@ public:
 
 private:
     struct Record {
-        std::vector<quint32> values; ///< that were fresh last
-        ValueRange range;
         qint64 changedAtMs = -1;
-        int trouble = 0;
+        quint32 elements = 0; ///< where they begin in m_latest, m_least and m_greatest
+        quint8 trouble = 0;
+        bool isRead = false;   ///< m_latest has what was fresh last
+        bool hasRange = false; ///< m_least and m_greatest have theirs
     };
 
     void noteValues(Record* record, int row, const CyclicValue& value);
     void count(int trouble, int by);
+    std::size_t elementsOf(std::size_t row) const;
+    RangePlace placeOf(const Record& record);
+    std::vector<quint32> some(const std::vector<quint32>& elements, std::size_t row) const;
 
     const WatchedVariables& m_variables;
     mutable std::mutex m_mutex;
     std::vector<Record> m_records;
+    std::vector<quint32> m_latest; // elements of all rows, one behind the other; the same of the next two
+    std::vector<quint32> m_least;
+    std::vector<quint32> m_greatest;
     SeenCounts m_counts;
 };
 

@@ -12,52 +12,55 @@ namespace plc
 namespace
 {
 
-void copyValue(std::vector<quint32>* to, const std::vector<quint32>& from, int value, int size)
-{
-    const auto begin = static_cast<std::ptrdiff_t>(value) * size;
-    std::copy_n(from.begin() + begin, size, to->begin() + begin);
-}
-
 /// A range without a number yet has nothing that a number could be compared with.
-void widenValue(ValueRange* range, const ListedVariable& listed, const std::vector<quint32>& elements,
-                int value, int size)
+void widenValue(const RangePlace& range, const ListedVariable& listed, const quint32* value, int size)
 {
-    const double number = shownNumber(listed, elements, value);
+    const double number = shownNumber(listed, value, size);
     if (std::isnan(number))
         return;
-    if (!(shownNumber(listed, range->least, value) <= number))
-        copyValue(&range->least, elements, value, size);
-    if (!(shownNumber(listed, range->greatest, value) >= number))
-        copyValue(&range->greatest, elements, value, size);
+    if (!(shownNumber(listed, range.least, size) <= number))
+        std::copy_n(value, size, range.least);
+    if (!(shownNumber(listed, range.greatest, size) >= number))
+        std::copy_n(value, size, range.greatest);
 }
 
-void widenElements(ValueRange* range, const std::vector<quint32>& elements)
+void widenElements(const RangePlace& range, const std::vector<quint32>& elements)
 {
     for (std::size_t index = 0; index < elements.size(); ++index) {
-        range->least[index] = std::min(range->least[index], elements[index]);
-        range->greatest[index] = std::max(range->greatest[index], elements[index]);
+        range.least[index] = std::min(range.least[index], elements[index]);
+        range.greatest[index] = std::max(range.greatest[index], elements[index]);
     }
+}
+
+void begin(const RangePlace& range, const std::vector<quint32>& elements)
+{
+    std::copy(elements.begin(), elements.end(), range.least);
+    std::copy(elements.begin(), elements.end(), range.greatest);
 }
 
 } // namespace
 
-void widen(ValueRange* range, const ListedVariable* listed, const std::vector<quint32>& elements)
+bool widen(const RangePlace& range, bool isKnown, const ListedVariable* listed,
+           const std::vector<quint32>& elements)
 {
-    const bool isFirst = range->least.size() != elements.size();
     if (listed == nullptr) {
-        if (isFirst)
-            range->least = range->greatest = elements;
-        return widenElements(range, elements);
+        if (!isKnown)
+            begin(range, elements);
+        widenElements(range, elements);
+        return true;
     }
     const int size = elementsOfValue(*listed);
     const int values = listed->type == ValueType::Text ? 0 : static_cast<int>(elements.size()) / size;
-    const bool hasNumbers = values > 0 && !std::isnan(shownNumber(*listed, elements, 0));
-    if (isFirst && !hasNumbers)
-        return;
-    if (isFirst)
-        range->least = range->greatest = elements;
-    for (int value = 0; value < values; ++value)
-        widenValue(range, *listed, elements, value, size);
+    if (!isKnown) {
+        if (values == 0 || std::isnan(shownNumber(*listed, elements.data(), size)))
+            return false;
+        begin(range, elements);
+    }
+    for (int value = 0; value < values; ++value) {
+        const int at = value * size;
+        widenValue({range.least + at, range.greatest + at}, *listed, elements.data() + at, size);
+    }
+    return true;
 }
 
 } // namespace plc

@@ -18,8 +18,16 @@ struct ValueRange {
     std::vector<quint32> greatest;
 };
 
-/// \param listed null for elements without a type, which are whole numbers
-void widen(ValueRange* range, const ListedVariable* listed, const std::vector<quint32>& elements);
+/// Where a range is kept: room for as many elements as a variable has.
+struct RangePlace {
+    quint32* least;
+    quint32* greatest;
+};
+
+/// \param isKnown false: nothing is kept yet \param listed null for elements without a type, which are whole numbers
+/// \return whether there is a range now
+bool widen(const RangePlace& range, bool isKnown, const ListedVariable* listed,
+           const std::vector<quint32>& elements);
 
 } // namespace plc
 

@@ -7,6 +7,8 @@
 #include "panel/watch/json_rows.h"
 #include "panel/watch/watch_json.h"
 #include "panel/watch/watch_statistics.h"
+#include "panel/watch/watch_table.h"
+#include "runtime/cycle/value_changes.h"
 
 #include <algorithm>
 
@@ -22,6 +24,19 @@ const int leastTableLines = 5;
 QString joined(const QStringList& lines)
 {
     return lines.join(QLatin1Char('\n')) + QLatin1Char('\n');
+}
+
+/// \return what a table shows, with its rows as they are now
+WatchView viewOf(const WatchReport& report)
+{
+    WatchView view = report.view;
+    const WatchedVariables& variables = *report.rows.variables;
+    view.rows.reserve(static_cast<std::size_t>(variables.size()));
+    RowWalk().over(report.rows, [&](int row, const CyclicValue& value) {
+        view.rows.push_back({variables.variable(row), value, variables.listed(row)});
+        return true;
+    });
+    return view;
 }
 
 /// \return the lines below a table, with a gap between; none when no statistics are wanted
@@ -43,10 +58,11 @@ public:
 
     void show(const WatchReport& report) override
     {
-        if (m_last && sameNews(*m_last, report.view))
+        WatchView view = viewOf(report);
+        if (m_last && sameNews(*m_last, view))
             return;
-        print((m_last ? QStringLiteral("\n") : QString()) + joined(watchTable(report.view, m_style)));
-        m_last = std::make_unique<WatchView>(report.view);
+        print((m_last ? QStringLiteral("\n") : QString()) + joined(watchTable(view, m_style)));
+        m_last = std::make_unique<WatchView>(std::move(view));
     }
 
     void end(const WatchReport& report) override
@@ -69,22 +85,16 @@ public:
 
     void show(const WatchReport& report) override
     {
-        const WatchView& view = report.view;
         if (!m_rows)
-            m_rows.emplace(view.station);
-        m_last.resize(view.rows.size());
+            m_rows.emplace(report.view.station);
         const QDateTime time = QDateTime::currentDateTimeUtc();
-        for (std::size_t index = 0; index < view.rows.size(); ++index) {
-            const CyclicValue& value = view.rows[index].value;
-            Shown& last = m_last[index];
-            if (last.isShown && sameNews(last.value, value))
-                continue;
-            m_rows->append(index, view.rows[index], time, &m_lines);
-            last.value = value;
-            last.isShown = true;
-            if (m_lines.size() > mostHeldBytes)
-                printHeld();
-        }
+        m_walk.over(report.rows, [&](int row, const CyclicValue& value) {
+            // In any case, so that it is known what was told.
+            if (m_told.isNews(row, value) || m_isFirst)
+                append(*report.rows.variables, row, value, time);
+            return true;
+        });
+        m_isFirst = false;
         printHeld();
     }
 
@@ -98,10 +108,15 @@ public:
 private:
     static const int mostHeldBytes = 1 << 18; // to be written at once
 
-    struct Shown {
-        CyclicValue value;
-        bool isShown = false;
-    };
+    void append(const WatchedVariables& variables, int row, const CyclicValue& value, const QDateTime& time)
+    {
+        m_row.variable = variables.variable(row);
+        m_row.listed = variables.listed(row);
+        m_row.value = value;
+        m_rows->append(m_row, time, &m_lines);
+        if (m_lines.size() > mostHeldBytes)
+            printHeld();
+    }
 
     void printHeld()
     {
@@ -111,7 +126,10 @@ private:
     }
 
     std::optional<JsonRows> m_rows;
-    std::vector<Shown> m_last;
+    RowWalk m_walk;
+    ValueChanges m_told;
+    bool m_isFirst = true; // every row is told once
+    WatchRow m_row;        // its memory is used again
     QByteArray m_lines;
 };
 
@@ -141,7 +159,7 @@ void printLastTable(const WatchReport& report, ValueFormat format)
     style.colours = wantsColours();
     const QStringList below = statisticsBelow(report, style.columns);
     style.lines = std::max(room - below.size(), leastTableLines);
-    print(joined((watchTable(report.view, style) + below).mid(0, room)));
+    print(joined((watchTable(viewOf(report), style) + below).mid(0, room)));
 }
 
 } // namespace plc

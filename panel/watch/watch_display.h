@@ -4,6 +4,7 @@
 #ifndef PANEL_WATCH_WATCH_DISPLAY_H
 #define PANEL_WATCH_WATCH_DISPLAY_H
 
+#include "panel/watch/row_source.h"
 #include "panel/watch/watch_table.h"
 #include "runtime/cycle/runtime.h"
 
@@ -14,7 +15,8 @@ namespace plc
 {
 
 struct WatchReport {
-    WatchView view;
+    WatchView view; ///< without rows
+    RowSource rows;
     std::optional<Statistics> statistics; ///< when the user wants them
 };
 

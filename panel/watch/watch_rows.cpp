@@ -9,9 +9,9 @@ std::vector<WatchRow> emptyRows(const std::vector<Variable>& typed, const std::v
     std::vector<WatchRow> rows;
     rows.reserve(typed.size() + listed.size());
     for (const Variable& variable : typed)
-        rows.push_back({variable, {}, std::nullopt});
+        rows.push_back({variable, {}, nullptr});
     for (const ListedVariable& line : listed)
-        rows.push_back({line.elements, {}, line});
+        rows.push_back({line.elements, {}, &line});
     return rows;
 }
 

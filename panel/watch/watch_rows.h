@@ -11,7 +11,7 @@
 namespace plc
 {
 
-/// \return rows without values: what is typed stands above what is listed
+/// \return rows without values: what is typed stands above what is listed, which must outlive them
 std::vector<WatchRow> emptyRows(const std::vector<Variable>& typed,
                                 const std::vector<ListedVariable>& listed);
 

@@ -12,7 +12,6 @@
 
 #include <QString>
 
-#include <optional>
 #include <vector>
 
 namespace plc
@@ -21,7 +20,8 @@ namespace plc
 struct WatchRow {
     Variable variable;
     CyclicValue value;
-    std::optional<ListedVariable> listed; ///< when the variable stands in a list: its name and type
+    const ListedVariable* listed =
+        nullptr; ///< when the variable stands in a list: its name and type, elsewhere
 };
 
 /// What a table shows.

@@ -110,10 +110,17 @@ double shownNumber(const ListedVariable& variable, const std::vector<quint32>& e
 {
     const int size = elementsOfValue(variable);
     const std::size_t begin = static_cast<std::size_t>(value) * static_cast<std::size_t>(size);
-    if (variable.type == ValueType::Text || begin + static_cast<std::size_t>(size) > elements.size())
+    if (begin + static_cast<std::size_t>(size) > elements.size())
+        return noNumber();
+    return shownNumber(variable, elements.data() + begin, size);
+}
+
+double shownNumber(const ListedVariable& variable, const quint32* elements, int size)
+{
+    if (variable.type == ValueType::Text)
         return noNumber();
     quint16 words[wordsOfLongest] = {};
-    const int count = wordsOfValue(variable, elements.data() + begin, size, words);
+    const int count = wordsOfValue(variable, elements, size, words);
     return numberOf(variable.type, bitsOf(words, count)) * variable.scale + variable.offset;
 }
 

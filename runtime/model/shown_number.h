@@ -23,6 +23,9 @@ int elementsOfValue(const ListedVariable& variable);
 ///         double); nan of what is none, as of text
 double shownNumber(const ListedVariable& variable, const std::vector<quint32>& elements, int value = 0);
 
+/// The same of one value alone. \param size elementsOfValue() \param elements as many
+double shownNumber(const ListedVariable& variable, const quint32* elements, int size);
+
 } // namespace plc
 
 #endif

@@ -93,12 +93,27 @@ TEST_F(Seen, CountsWhatIsNotFreshAndWhatLiesOutside)
     EXPECT_EQ(seen.counts().outside, 0);
 }
 
+/// A range with its room.
+struct Range {
+    std::vector<quint32> least;
+    std::vector<quint32> greatest;
+
+    void widen(const ListedVariable* listed, const std::vector<quint32>& elements)
+    {
+        const bool isKnown = !least.empty();
+        least.resize(elements.size());
+        greatest.resize(elements.size());
+        if (!plc::widen({least.data(), greatest.data()}, isKnown, listed, elements))
+            least.clear();
+    }
+};
+
 TEST(ValueRange, IsThatOfEachOfSeveralValues)
 {
     ListedVariable variable = listed(ValueType::Uint32);
-    ValueRange range;
-    widen(&range, &variable, {1, 0, 0, 5});
-    widen(&range, &variable, {0, 1, 9, 4});
+    Range range;
+    range.widen(&variable, {1, 0, 0, 5});
+    range.widen(&variable, {0, 1, 9, 4});
     EXPECT_THAT(range.least, ElementsAre(1, 0, 9, 4));
     EXPECT_THAT(range.greatest, ElementsAre(0, 1, 0, 5));
 }
@@ -107,9 +122,9 @@ TEST(ValueRange, OfANegativeScaleIsThatOfWhatIsShown)
 {
     ListedVariable variable = listed(ValueType::Int16);
     variable.scale = -1;
-    ValueRange range;
-    widen(&range, &variable, {1});
-    widen(&range, &variable, {7});
+    Range range;
+    range.widen(&variable, {1});
+    range.widen(&variable, {7});
     EXPECT_THAT(range.least, ElementsAre(7));
     EXPECT_THAT(range.greatest, ElementsAre(1));
 }
@@ -118,24 +133,24 @@ TEST(ValueRange, PassesByWhatIsNoNumber)
 {
     const ListedVariable number = listed(ValueType::Float32);
     const std::vector<quint32> nan = {0, 0x7FC0};
-    ValueRange range;
-    widen(&range, &number, nan);
+    Range range;
+    range.widen(&number, nan);
     EXPECT_THAT(range.least, IsEmpty());
-    widen(&range, &number, {0, 0x3F80});
-    widen(&range, &number, nan);
+    range.widen(&number, {0, 0x3F80});
+    range.widen(&number, nan);
     EXPECT_THAT(range.least, ElementsAre(0, 0x3F80));
     EXPECT_THAT(range.greatest, ElementsAre(0, 0x3F80));
     const ListedVariable text = listed(ValueType::Text);
-    ValueRange none;
-    widen(&none, &text, {0x4241});
+    Range none;
+    none.widen(&text, {0x4241});
     EXPECT_THAT(none.least, IsEmpty());
 }
 
 TEST(ValueRange, OfElementsWithoutATypeIsWithoutASign)
 {
-    ValueRange range;
-    widen(&range, nullptr, {5, 0xFFFF});
-    widen(&range, nullptr, {6, 1});
+    Range range;
+    range.widen(nullptr, {5, 0xFFFF});
+    range.widen(nullptr, {6, 1});
     EXPECT_THAT(range.least, ElementsAre(5, 1));
     EXPECT_THAT(range.greatest, ElementsAre(6, 0xFFFF));
 }

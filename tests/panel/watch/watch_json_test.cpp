@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <deque>
+
 namespace
 {
 
@@ -24,6 +26,14 @@ WatchRow freshRow(int area, int element, const std::vector<quint32>& values)
     return row;
 }
 
+/// A row points at its line of the list.
+const ListedVariable* kept(const ListedVariable& listed)
+{
+    static std::deque<ListedVariable> all;
+    all.push_back(listed);
+    return &all.back();
+}
+
 WatchRow listedRow()
 {
     WatchRow row = freshRow(9, 100, {0, 0x3FC0});
@@ -31,7 +41,7 @@ WatchRow listedRow()
     listed.name = QStringLiteral("oven");
     listed.type = ValueType::Float32;
     listed.elements = row.variable;
-    row.listed = listed;
+    row.listed = kept(listed);
     return row;
 }
 
@@ -45,9 +55,11 @@ TEST(WatchJson, OfAListedVariableCarriesItsNameItsTypeAndItsValueAsTextAndNumber
 TEST(WatchJson, OfAListedVariableHasItsUnitItsLimitsAndWhetherItLiesOutside)
 {
     WatchRow row = listedRow();
-    row.listed->unit = QStringLiteral("bar");
-    row.listed->min = 2;
-    row.listed->max = 2.5;
+    ListedVariable listed = *row.listed;
+    listed.unit = QStringLiteral("bar");
+    listed.min = 2;
+    listed.max = 2.5;
+    row.listed = &listed;
     EXPECT_EQ(
         watchJson(row, 7, someTime).toStdString(),
         R"({"address":"100","area":9,"count":2,"max":2.5,"min":2,"name":"oven","outside":true,)"

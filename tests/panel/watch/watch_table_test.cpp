@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <deque>
+
 namespace
 {
 
@@ -31,6 +33,14 @@ WatchRow failedRow(const char* variable, const std::vector<quint32>& values, qin
     return failed;
 }
 
+/// A row points at its line of the list.
+const ListedVariable* kept(const ListedVariable& listed)
+{
+    static std::deque<ListedVariable> all;
+    all.push_back(listed);
+    return &all.back();
+}
+
 WatchRow listedRow(const char* name, ValueType type, int area, const std::vector<quint32>& values)
 {
     WatchRow row;
@@ -44,7 +54,7 @@ WatchRow listedRow(const char* name, ValueType type, int area, const std::vector
     listed.type = type;
     listed.count = 99;
     listed.elements = row.variable;
-    row.listed = listed;
+    row.listed = kept(listed);
     return row;
 }
 
@@ -156,9 +166,11 @@ TEST(WatchTable, NoLineIsWiderThanTheWindow)
 TEST(WatchTable, ShowsTheUnitBehindTheLastValueAndTheLimitsOfWhatLiesOutside)
 {
     WatchRow hot = listedRow("oven", ValueType::Int16, 9, {215, 905});
-    hot.listed->scale = 0.1;
-    hot.listed->unit = QStringLiteral("C");
-    hot.listed->max = 90;
+    ListedVariable listed = *hot.listed;
+    listed.scale = 0.1;
+    listed.unit = QStringLiteral("C");
+    listed.max = 90;
+    hot.listed = &listed;
     WatchRow warm = hot;
     warm.value.values = {215, 900};
     const QString lines = watchTable(view({hot, warm}), TableStyle()).join(QLatin1Char('\n'));

@@ -3,12 +3,22 @@
 
 #include <gmock/gmock.h>
 
+#include <deque>
+
 namespace
 {
 
 using namespace plc;
 using testing::ElementsAre;
 using testing::HasSubstr;
+
+/// A row points at its line of the list.
+const ListedVariable* kept(const ListedVariable& listed)
+{
+    static std::deque<ListedVariable> all;
+    all.push_back(listed);
+    return &all.back();
+}
 
 WatchRow speed()
 {
@@ -22,7 +32,7 @@ WatchRow speed()
     variable.min = -30;
     variable.max = 30;
     row.variable = variable.elements;
-    row.listed = variable;
+    row.listed = kept(variable);
     row.value.state = ValueState::Fresh;
     row.value.ageMs = 0;
     row.value.values = {100};
@@ -104,7 +114,9 @@ TEST(WriteEntry, IsRefusedByTheListAndByTheArea)
 {
     WatchRow row = speed();
     EXPECT_EQ(WriteEntry::refusal(row), QString());
-    row.listed->access = Access::ReadOnly;
+    ListedVariable readOnly = *row.listed;
+    readOnly.access = Access::ReadOnly;
+    row.listed = &readOnly;
     EXPECT_EQ(WriteEntry::refusal(row),
               QStringLiteral("speed is not written: the list says that it is only read (access r)"));
 }
