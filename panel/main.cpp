@@ -21,6 +21,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace
 {
@@ -66,7 +67,7 @@ ExitStatus run(Options options)
     return WrongCommandLine;
 }
 
-ExitStatus obey(const CommandLine& line)
+ExitStatus obey(CommandLine line)
 {
     if (line.wish == CommandLine::ShowText) {
         print(line.text);
@@ -77,7 +78,7 @@ ExitStatus obey(const CommandLine& line)
         return WrongCommandLine;
     }
     try {
-        return run(line.options);
+        return run(std::move(line.options));
     } catch (const std::exception& error) {
         complain(QString::fromStdString(error.what()));
         return WrongCommandLine;

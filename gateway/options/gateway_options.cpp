@@ -280,7 +280,7 @@ void setList(const GivenOptions& options, GatewayOptions* result)
 {
     const QString path = needed(options, "vars");
     const Settings& settings = result->controller;
-    const VariableList list = readVariableList(path, [&settings](const ListedVariable& variable) {
+    VariableList list = readVariableList(path, [&settings](const ListedVariable& variable) {
         return cyclicRefusal(withStation(variable.elements, settings), settings);
     });
     QString text =
@@ -292,7 +292,7 @@ void setList(const GivenOptions& options, GatewayOptions* result)
     if (list.variables.empty())
         refuse(QStringLiteral("--vars %1: the list holds no variable").arg(excerpt(path)));
     result->listFile = path;
-    result->variables = list.variables;
+    result->variables = std::move(list.variables);
 }
 
 /// Chooses the longest requests that Modbus allows for the variables, or refuses a choice that breaks a limit.

@@ -15,8 +15,8 @@ namespace
 {
 
 const int markWidth = 11;
-const int mostNames = 4;     // of a block in the text
-const int mostUnchecked = 3; // blocks, because a controller that is off leaves all of them
+const std::size_t mostNames = 4; // of a block in the text
+const int mostUnchecked = 3;     // blocks, because a controller that is off leaves all of them
 
 struct FindingWords {
     const char* mark;   // in the text
@@ -61,20 +61,19 @@ QString firstElementText(const CheckReport& report, Variable elements)
     return elementsText(report, elements);
 }
 
-QStringList namesOf(const CheckReport& report, const std::set<std::size_t>& variables)
+QStringList namesOf(const CheckReport& report, const std::vector<std::size_t>& variables, std::size_t most)
 {
     QStringList names;
-    for (const std::size_t variable : variables)
-        names << report.names.at(static_cast<int>(variable));
+    for (std::size_t place = 0; place < std::min(variables.size(), most); ++place)
+        names << report.nameOf(variables[place]);
     return names;
 }
 
-QString namesText(const CheckReport& report, const std::set<std::size_t>& variables)
+QString namesText(const CheckReport& report, const std::vector<std::size_t>& variables)
 {
-    const QStringList names = namesOf(report, variables);
-    QString text = names.mid(0, mostNames).join(QStringLiteral(", "));
-    if (names.size() > mostNames)
-        text += QStringLiteral(" and %1 more").arg(names.size() - mostNames);
+    QString text = namesOf(report, variables, mostNames).join(QStringLiteral(", "));
+    if (variables.size() > mostNames)
+        text += QStringLiteral(" and %1 more").arg(variables.size() - mostNames);
     return text;
 }
 
@@ -91,8 +90,7 @@ QString gapText(const CheckReport& report, const Finding& finding)
     return QStringLiteral("block %1: %2. Every variable of it is given, but not all at once: the block spans "
                           "addresses that the controller does not have, among %3, between %4 and %5")
         .arg(elementsText(report, finding.elements), finding.words, elementsText(report, finding.culprit),
-             report.names.at(static_cast<int>(finding.before)),
-             report.names.at(static_cast<int>(finding.behind)));
+             report.nameOf(finding.before), report.nameOf(finding.behind));
 }
 
 QString tooLongText(const CheckReport& report, const Finding& finding)
@@ -157,14 +155,15 @@ QString limitText(const CheckReport& report, bool colours)
     return text;
 }
 
-std::set<std::size_t> variablesWith(const CheckReport& report, Finding::Kind kind)
+/// \return for each variable whether there is such a finding
+std::vector<bool> variablesWith(const CheckReport& report, Finding::Kind kind)
 {
-    std::set<std::size_t> variables;
+    std::vector<bool> isFound(report.variables, false);
     for (const Finding& finding : report.findings) {
-        if (finding.kind == kind)
-            variables.insert(finding.variables.begin(), finding.variables.end());
+        for (const std::size_t variable : finding.variables)
+            isFound[variable] = isFound[variable] || finding.kind == kind;
     }
-    return variables;
+    return isFound;
 }
 
 struct Counts {
@@ -176,12 +175,14 @@ struct Counts {
 
 Counts countsOf(const CheckReport& report)
 {
-    const std::set<std::size_t> refused = variablesWith(report, Finding::VariableRefused);
+    const std::vector<bool> refused = variablesWith(report, Finding::VariableRefused);
+    const std::vector<bool> unchecked = variablesWith(report, Finding::NotChecked);
     Counts counts;
-    counts.all = static_cast<std::size_t>(report.names.size());
-    counts.refused = refused.size();
-    for (const std::size_t variable : variablesWith(report, Finding::NotChecked))
-        counts.unchecked += refused.count(variable) == 0 ? 1 : 0;
+    counts.all = report.variables;
+    for (std::size_t variable = 0; variable < report.variables; ++variable) {
+        counts.refused += refused[variable] ? 1 : 0;
+        counts.unchecked += unchecked[variable] && !refused[variable] ? 1 : 0;
+    }
     counts.blocks = static_cast<std::size_t>(
         std::count_if(report.findings.begin(), report.findings.end(), isForBlockSize));
     return counts;
@@ -205,9 +206,9 @@ QString summaryText(const CheckReport& report)
              results.join(QStringLiteral(", ")));
 }
 
-QJsonArray jsonOfNames(const CheckReport& report, const std::set<std::size_t>& variables)
+QJsonArray jsonOfNames(const CheckReport& report, const std::vector<std::size_t>& variables)
 {
-    return QJsonArray::fromStringList(namesOf(report, variables));
+    return QJsonArray::fromStringList(namesOf(report, variables, variables.size()));
 }
 
 QJsonObject jsonOfFinding(const CheckReport& report, const Finding& finding)

@@ -9,6 +9,7 @@
 #include <QJsonObject>
 #include <QStringList>
 
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -20,11 +21,12 @@ struct LongBlock {
     Variable elements;
     int quantity = 0; ///< registers or coils
     int allowed = 0;
-    std::set<std::size_t> variables;
+    std::vector<std::size_t> variables; ///< ascending, each once
 };
 
 struct CheckReport {
-    QStringList names; ///< of the variables, as the list and the user have them
+    std::size_t variables = 0;                  ///< how many there are
+    std::function<QString(std::size_t)> nameOf; ///< a variable, as the list and the user have it
     bool multiStation = false;
     std::size_t blocks = 0;
     long reads = 0;

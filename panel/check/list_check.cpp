@@ -176,14 +176,22 @@ Variable ListCheck::firstRefused(const Variable& elements)
 void ListCheck::add(Finding finding, const Parts& parts)
 {
     for (const CheckedPart& part : parts)
-        finding.variables.insert(part.variable);
+        finding.variables.push_back(part.variable);
+    sortOnce(&finding.variables);
     m_findings.push_back(finding);
 }
 
+void sortOnce(std::vector<std::size_t>* variables)
+{
+    std::sort(variables->begin(), variables->end());
+    variables->erase(std::unique(variables->begin(), variables->end()), variables->end());
+}
+
+/// Nothing is as large as the parts of a long list, so that they are sorted where they are.
 void sortForBlocks(std::vector<CheckedPart>* parts)
 {
-    std::stable_sort(parts->begin(), parts->end(), [](const CheckedPart& a, const CheckedPart& b) {
-        return orderOf(a.asked) < orderOf(b.asked);
+    std::sort(parts->begin(), parts->end(), [](const CheckedPart& a, const CheckedPart& b) {
+        return std::make_pair(orderOf(a.asked), a.variable) < std::make_pair(orderOf(b.asked), b.variable);
     });
 }
 

@@ -11,7 +11,6 @@
 
 #include <functional>
 #include <map>
-#include <set>
 #include <utility>
 #include <vector>
 
@@ -37,8 +36,8 @@ struct Finding {
     int given = 0;          ///< TooLong: most elements that were given at once
     std::size_t before = 0; ///< GapRefused: the variable that ends where the gap begins
     std::size_t behind = 0; ///< GapRefused: one that begins where it ends
-    std::set<std::size_t> variables; ///< that are in the block
-    QString words;                   ///< what the controller said, or why it was not checked
+    std::vector<std::size_t> variables; ///< that are in the block, ascending, each once
+    QString words;                      ///< what the controller said, or why it was not checked
 };
 
 /// Checks one block after the other and remembers what it found. A station that leaves two blocks in a row
@@ -77,6 +76,9 @@ private:
     ReadAnswer m_end;                                    // not Given: nothing more is asked
     long m_reads = 0;
 };
+
+/// Puts \a variables into their order, each once.
+void sortOnce(std::vector<std::size_t>* variables);
 
 /// Puts \a parts into the order that partsIn() needs: by station, area and first element.
 void sortForBlocks(std::vector<CheckedPart>* parts);

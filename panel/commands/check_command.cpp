@@ -9,6 +9,7 @@
 #include "panel/terminal/progress_line.h"
 #include "panel/terminal/terminal.h"
 #include "panel/terminal/watch_signals.h"
+#include "panel/watch/watched_variables.h"
 #include "runtime/cycle/driver_blocks.h"
 #include "runtime/cycle/refresh_plan.h"
 #include "runtime/modbus/frame_fields.h"
@@ -22,32 +23,43 @@ namespace plc
 namespace
 {
 
-/// The variables as they are asked for, with what they are called.
+/// What a list is read by.
 struct CheckedList {
     std::vector<Variable> variables; // stations filled in
-    QStringList names;
     std::vector<CheckedPart> parts;
 };
 
-CheckedList checkedList(const Options& options)
+std::vector<Variable> variablesOf(const Options& options)
 {
-    CheckedList list;
-    for (const Variable& variable : options.variables) {
-        list.variables.push_back(withStation(variable, options.settings));
-        list.names << variableText(variable);
-    }
-    for (const ListedVariable& listed : options.listed) {
-        list.variables.push_back(withStation(listed.elements, options.settings));
-        list.names << QStringLiteral("%1 (%2, line %3)")
-                          .arg(listed.name, variableText(listed.elements), QString::number(listed.line));
-    }
-    const RefreshPlan plan = refreshPlan(list.variables, options.settings);
-    for (std::size_t variable = 0; variable < plan.parts.variables(); ++variable) {
+    const WatchedVariables watched(options.variables, options.listed);
+    std::vector<Variable> variables;
+    variables.reserve(static_cast<std::size_t>(watched.size()));
+    for (int row = 0; row < watched.size(); ++row)
+        variables.push_back(withStation(watched.variable(row), options.settings));
+    return variables;
+}
+
+std::vector<CheckedPart> partsOf(const std::vector<Variable>& variables, const Settings& settings)
+{
+    const RefreshPlan plan = refreshPlan(variables, settings);
+    std::vector<CheckedPart> parts;
+    parts.reserve(variables.size());
+    for (std::size_t variable = 0; variable < variables.size(); ++variable) {
         for (const PlannedPart* part = plan.parts.begin(variable); part != plan.parts.end(variable); ++part)
-            list.parts.push_back({variable, askedBy(*part, list.variables[variable])});
+            parts.push_back({variable, askedBy(*part, variables[variable])});
     }
-    sortForBlocks(&list.parts);
-    return list;
+    sortForBlocks(&parts);
+    return parts;
+}
+
+/// \return what a variable is called
+QString nameOf(const Options& options, std::size_t variable)
+{
+    if (variable < options.variables.size())
+        return variableText(options.variables[variable]);
+    const ListedVariable& listed = options.listed[variable - options.variables.size()];
+    return QStringLiteral("%1 (%2, line %3)")
+        .arg(listed.name, variableText(listed.elements), QString::number(listed.line));
 }
 
 /// \return the blocks that read more than Modbus allows; remote frames have no such limit
@@ -60,7 +72,8 @@ std::vector<LongBlock> longBlocks(const CheckedList& list, const std::vector<Dri
         each.quantity = wordAt(block.frame, quantityOffset);
         each.allowed = byteAt(block.frame, functionOffset) == ReadCoils ? mostCoilsRead : mostRegistersRead;
         for (const CheckedPart& part : partsIn(each.elements, list.parts))
-            each.variables.insert(part.variable);
+            each.variables.push_back(part.variable);
+        sortOnce(&each.variables);
         if (each.quantity > each.allowed)
             tooLong.push_back(each);
     }
@@ -130,12 +143,15 @@ void show(const Options& options, const CheckReport& report)
 
 ExitStatus runCheck(const Options& options)
 {
-    const CheckedList list = checkedList(options);
+    CheckedList list;
+    list.variables = variablesOf(options);
     const int maxBlockCount = options.settings.maxBlockCount;
     const std::vector<DriverBlock> blocks =
         BlockPlanner(options.settings).blocks(list.variables, maxBlockCount);
+    list.parts = partsOf(list.variables, options.settings);
     CheckReport report;
-    report.names = list.names;
+    report.variables = list.variables.size();
+    report.nameOf = [&options](std::size_t variable) { return nameOf(options, variable); };
     report.multiStation = options.settings.multiStation;
     report.maxBlockCount = maxBlockCount;
     report.blocks = blocks.size();

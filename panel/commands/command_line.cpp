@@ -254,7 +254,7 @@ std::vector<ListedVariable> listOf(const QCommandLineParser& parser, const Optio
                            "and one of them is hex"));
     const QString path = parser.value(option);
     const Settings& settings = options.settings;
-    const VariableList list = readVariableList(path, [&](const ListedVariable& variable) {
+    VariableList list = readVariableList(path, [&](const ListedVariable& variable) {
         return listedRefusal(options.command, withStation(variable.elements, settings), settings);
     });
     refuseErrors(path, list.errors);
@@ -262,7 +262,7 @@ std::vector<ListedVariable> listOf(const QCommandLineParser& parser, const Optio
         refuse(QStringLiteral("--vars %1: the list holds no variable; a line for each is expected below the "
                               "first one, e.g. speed,9,100,,1,int16")
                    .arg(path));
-    return list.variables;
+    return std::move(list.variables);
 }
 
 QString expectedVariables(Command command)
@@ -294,7 +294,7 @@ void addNamed(const QString& text, const std::vector<ListedVariable>& list,
 }
 
 /// Where variables of the list are named, the others are left out.
-void setReadVariables(const QStringList& texts, const std::vector<ListedVariable>& list, Options* options)
+void setReadVariables(const QStringList& texts, std::vector<ListedVariable> list, Options* options)
 {
     for (const QString& text : texts) {
         if (list.empty() || looksLikeAddress(text))
@@ -303,7 +303,7 @@ void setReadVariables(const QStringList& texts, const std::vector<ListedVariable
             addNamed(text, list, &options->listed);
     }
     if (options->listed.empty())
-        options->listed = list;
+        options->listed = std::move(list);
 }
 
 void setScan(const QCommandLineParser& parser, const QStringList& texts, Options* options)
@@ -337,7 +337,7 @@ void setScan(const QCommandLineParser& parser, const QStringList& texts, Options
         options->stations = usualStations();
 }
 
-void setVariables(const QStringList& texts, const std::vector<ListedVariable>& list, Options* options)
+void setVariables(const QStringList& texts, std::vector<ListedVariable> list, Options* options)
 {
     const Command command = options->command;
     if (command == Command::Demo && !texts.isEmpty())
@@ -348,7 +348,7 @@ void setVariables(const QStringList& texts, const std::vector<ListedVariable>& l
     if (!choosesItself && !takesAll && texts.isEmpty())
         refuse(QStringLiteral("no variable is given; %1").arg(expectedVariables(command)));
     if (command != Command::Write)
-        return setReadVariables(texts, list, options);
+        return setReadVariables(texts, std::move(list), options);
     for (const QString& text : texts)
         options->writes.push_back(writeTaskOf(text, *options, list));
 }

@@ -180,12 +180,17 @@ void CyclicValues::queue(const DriverCalls& calls)
     RefreshPlan refresh = plan();
     makeParts(refresh.parts);
     refresh.parts = PlannedParts(); // gives its memory back before the driver needs some
+    queue(refresh, calls);
+}
+
+void CyclicValues::queue(const RefreshPlan& plan, const DriverCalls& calls)
+{
     QList<HOST_VAR> list;
-    list.reserve(static_cast<int>(refresh.runs.size()));
-    for (const Variable& run : refresh.runs)
+    list.reserve(static_cast<int>(plan.runs.size()));
+    for (const Variable& run : plan.runs)
         list.append(hostVariable(run));
     calls.ReCreatReadVarList(&list);
-    for (const Variable& element : refresh.doubleWords) {
+    for (const Variable& element : plan.doubleWords) {
         RW_VAR request = singleRecord(element);
         calls.AddListReadVar(&request);
     }

@@ -53,6 +53,9 @@ public:
     /// communication thread runs; and behind them the pacing request, see isPacing().
     void queue(const DriverCalls& calls);
 
+    /// Hands over what a plan asks for, and the pacing request. Nothing is filed for any variable.
+    static void queue(const RefreshPlan& plan, const DriverCalls& calls);
+
     /// \return true for the request that marks the end of a pass. It is never sent. It is there because the
     ///         driver lets at most five writes pass before a cyclic read, and with nothing but cyclic reads
     ///         of stations that are switched off it would never send a sixth.

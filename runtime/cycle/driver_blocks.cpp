@@ -35,10 +35,7 @@ std::vector<DriverBlock> BlockPlanner::blocks(const std::vector<Variable>& varia
         return {};
     m_settings.maxBlockCount = maxBlockCount;
     m_info = driverSettings(m_settings);
-    CyclicValues cyclic(m_settings);
-    for (const Variable& variable : variables)
-        cyclic.add(variable);
-    cyclic.queue(m_calls);
+    CyclicValues::queue(refreshPlan(variables, m_settings), m_calls);
     return onePass();
 }
 

@@ -15,7 +15,7 @@ namespace
 
 struct Field {
     QString text; ///< empty where the list has no such column
-    QString column;
+    QLatin1String column;
     bool decimalComma;
 };
 

@@ -7,7 +7,8 @@
 /// # are skipped; a field in double quotes may hold commas. Where the first line has semicolons they stand
 /// between the fields, and numbers may have a decimal comma. An empty station is the panel's own, an empty
 /// count is 1. The count is in values of the type (text: characters), whatever number of elements they
-/// take. The file is text in UTF-8: a line with a control character other than a tab is wrong.
+/// take. The file is text in UTF-8: a line with a control character other than a tab, or with bytes that are no
+/// UTF-8, is wrong.
 #ifndef RUNTIME_MODEL_VARIABLE_LIST_H
 #define RUNTIME_MODEL_VARIABLE_LIST_H
 
@@ -26,13 +27,14 @@
 namespace plc
 {
 
-// A file may be a device or a pipe without an end, or anything but a list.
-inline constexpr int longestListBytes = 16 * 1024 * 1024;
+// A file may be a device or a pipe without an end, or anything but a list. What it may make a program keep is bounded
+// by these: some hundred bytes for a variable, and its texts.
+inline constexpr int longestListBytes = 64 * 1024 * 1024;
 inline constexpr int longestLineBytes = 2000;
 inline constexpr int longestNameCharacters = 200;
 inline constexpr int longestUnitCharacters = 20;
 inline constexpr int mostDigits = 15; ///< behind the decimal point
-inline constexpr int mostListedVariables = 250000;
+inline constexpr int mostListedVariables = 1000000;
 inline constexpr int mostListErrors = 20;    ///< that are told one by one
 inline constexpr int mostWrongLines = 10000; ///< what is behind them is not looked at
 
@@ -80,7 +82,7 @@ PLCRUNTIME_API QString listGuide();
 /// \param check may be empty
 PLCRUNTIME_API VariableList parseVariableList(const QByteArray& csv, const VariableCheck& check = {});
 
-/// Reads and parses a file. A file that cannot be read or is too long is an error of the list.
+/// Reads and parses a file, piece by piece. A file that cannot be read or is too long is an error of the list.
 PLCRUNTIME_API VariableList readVariableList(const QString& path, const VariableCheck& check = {});
 
 } // namespace plc

@@ -14,6 +14,7 @@
 #include <QThread>
 
 #include <csignal>
+#include <memory>
 
 namespace
 {
@@ -44,6 +45,19 @@ protected:
         file.write(csv);
         file.close();
         return run(QStringLiteral("check --vars ") + file.fileName());
+    }
+
+    /// With less memory than such a file has.
+    RunResult checkInLittleRoom(const QString& path) const
+    {
+#ifdef __SANITIZE_ADDRESS__ // which takes room for itself
+        const char* const script = "\"$@\"";
+#else
+        const char* const script = "ulimit -v 300000; \"$@\"";
+#endif
+        return test::plcpanelInShell(script, {QStringLiteral("check"), QStringLiteral("--vars"), path,
+                                              QStringLiteral("--controller"),
+                                              QStringLiteral("127.0.0.1:%1").arg(controller.port())});
     }
 
     simulator::SimulatedController controller;
@@ -81,7 +95,7 @@ TEST_F(HostileList, ThatHasNoEndIsRefusedSoon)
     for (const char* command : {"watch", "check"}) {
         const RunResult ended = run(QString::fromLatin1(command) + QStringLiteral(" --vars /dev/zero"));
         EXPECT_EQ(ended.status, 2);
-        EXPECT_THAT(ended.errors, HasSubstr("/dev/zero: it is longer than 16 MiB"));
+        EXPECT_THAT(ended.errors, HasSubstr("/dev/zero: it is longer than 64 MiB"));
     }
     EXPECT_LT(clock.elapsed(), soonMs);
 }
@@ -90,9 +104,29 @@ TEST_F(HostileList, OfManyMegabytesIsRefusedSoon)
 {
     QElapsedTimer clock;
     clock.start();
-    EXPECT_THAT(check(header + QByteArray(20 * 1024 * 1024, '\n')).errors, HasSubstr("longer than 16 MiB"));
     EXPECT_THAT(check(header + QByteArray("a\n").repeated(7000000)).errors, HasSubstr("more wrong lines"));
     EXPECT_LT(clock.elapsed(), soonMs);
+}
+
+/// \return a file of \a bytes zero bytes, none of which is on the disk
+std::unique_ptr<QTemporaryFile> hollowFile(qint64 bytes)
+{
+    auto file = std::make_unique<QTemporaryFile>();
+    EXPECT_TRUE(file->open() && file->resize(bytes));
+    file->close();
+    return file;
+}
+
+TEST_F(HostileList, OfAGigabyteTakesNeitherTimeNorMemory)
+{
+    const std::unique_ptr<QTemporaryFile> gigabyte = hollowFile(1 << 30);
+    const std::unique_ptr<QTemporaryFile> oneLine = hollowFile(50 * 1024 * 1024);
+    const RunResult tooLong = checkInLittleRoom(gigabyte->fileName());
+    const RunResult inOneLine = checkInLittleRoom(oneLine->fileName());
+    EXPECT_EQ(tooLong.status, 2);
+    EXPECT_THAT(tooLong.errors, HasSubstr("longer than 64 MiB; a list of variables is expected"));
+    EXPECT_EQ(inOneLine.status, 2);
+    EXPECT_THAT(inOneLine.errors, HasSubstr("line 1: it has 52428800 bytes; 2000 are allowed"));
 }
 
 TEST_F(HostileList, IsAnsweredInFewWordsHoweverMuchIsWrong)

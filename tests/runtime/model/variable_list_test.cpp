@@ -416,7 +416,7 @@ TEST(VariableList, IsReadUpToItsLongestAndNoFurther)
     EXPECT_TRUE(readVariableList(file.fileName()).errors.value(0).startsWith(QStringLiteral("line 1: ")));
     ASSERT_TRUE(file.resize(longestListBytes + 1));
     EXPECT_EQ(readVariableList(file.fileName()).errors,
-              QStringList(QStringLiteral("it is longer than 16 MiB; a list of variables is expected")));
+              QStringList(QStringLiteral("it is longer than 64 MiB; a list of variables is expected")));
 }
 
 TEST(VariableList, RefusesControlCharactersWithTheirLine)
@@ -458,13 +458,86 @@ TEST(VariableList, IsLeftAfterTenThousandWrongLines)
 
 TEST(VariableList, MayHaveSoManyVariablesAndNoMore)
 {
-    QByteArray csv = header;
-    for (int line = 0; line < mostListedVariables + 2; ++line)
-        csv += 'v' + QByteArray::number(line) + ",9,1,,,uint16\n";
+    const QByteArray line("0000000,9,1,,,uint16\n");
+    QByteArray csv = header + line.repeated(mostListedVariables + 2);
+    char* name = csv.data() + header.size();
+    for (int number = 0; number < mostListedVariables + 2; ++number, name += line.size())
+        std::copy_n(QByteArray::number(9000000 - number).constData(), 7, name);
     const VariableList list = parseVariableList(csv);
     EXPECT_EQ(list.variables.size(), static_cast<std::size_t>(mostListedVariables));
     ASSERT_EQ(list.errors.size(), 2);
-    EXPECT_TRUE(list.errors.first().startsWith(QStringLiteral("line 250002: 250000 variables are above it")));
+    EXPECT_TRUE(
+        list.errors.first().startsWith(QStringLiteral("line 1000002: 1000000 variables are above it")));
+}
+
+TEST(VariableList, TellsTheLineThatIsNoUtf8)
+{
+    EXPECT_EQ(errorOf("K\xFChler,9,1,,1,uint16"),
+              QStringLiteral("line 2: byte 2 is no UTF-8 (0xfc); text in UTF-8 is expected"));
+    EXPECT_TRUE(
+        errorOf("# \xC0\x80").contains(QStringLiteral("byte 3 is no UTF-8 (0xc0)"))); // too long for a zero
+    EXPECT_TRUE(
+        errorOf("a\xED\xA0\x80,9,1,,1,uint16").contains(QStringLiteral("byte 2"))); // half a character
+    EXPECT_TRUE(
+        errorOf("a\xF4\x90\x80\x80,9,1,,1,uint16").contains(QStringLiteral("byte 2")));   // beyond the last
+    EXPECT_TRUE(errorOf("a,9,1,,1,uint16,\xE2\x82").contains(QStringLiteral("byte 17"))); // cut off
+    EXPECT_TRUE(parseVariableList(header + "\xE2\x82\xAC \xC3\xA4 \xF0\x9F\x94\xA5,9,1,,1,uint16\n")
+                    .errors.isEmpty());
+}
+
+/// \return a list of \a csv that comes as a file
+VariableList readAsFile(const QByteArray& csv)
+{
+    QTemporaryFile file;
+    EXPECT_TRUE(file.open());
+    file.write(csv);
+    file.close();
+    return readVariableList(file.fileName());
+}
+
+TEST(VariableList, OfAFileIsThatOfItsText)
+{
+    QByteArray csv = "\xEF\xBB\xBF" + header;
+    for (int line = 0; line < 20000; ++line) // longer than what is read at once, with lines of every length
+        csv += "  v" + QByteArray::number(line) + QByteArray(line % 170, 'x') + ",9,1,,,uint16" +
+               QByteArray(line % 7, ' ') + (line % 3 == 0 ? "\r\n" : "\n");
+    csv += "last,9,1,,,uint16";
+    const VariableList list = readAsFile(csv);
+    EXPECT_EQ(list.errors, QStringList());
+    const VariableList whole = parseVariableList(csv);
+    ASSERT_EQ(list.variables.size(), 20001U);
+    ASSERT_EQ(whole.variables.size(), 20001U);
+    for (std::size_t index = 0; index < list.variables.size(); ++index) {
+        ASSERT_EQ(list.variables[index].name, whole.variables[index].name);
+        ASSERT_EQ(list.variables[index].line, static_cast<int>(index) + 2);
+    }
+}
+
+TEST(VariableList, OfAFileCountsTheBytesOfALongLineWithoutTheBlanksAroundIt)
+{
+    const QByteArray many(3000000, 'n');
+    const QByteArray blanks(600000, ' ');
+    EXPECT_TRUE(readAsFile(header + blanks + many + ' ' + many + blanks + "\r\nspeed,9,1,,,uint16\n")
+                    .errors.value(0)
+                    .startsWith(QStringLiteral("line 2: it has 6000001 bytes; 2000 are allowed\n    nnn")));
+    const VariableList blank = readAsFile(header + blanks + "\n" + blanks + "speed,9,1,,,uint16" + blanks);
+    EXPECT_EQ(blank.errors, QStringList());
+    EXPECT_EQ(blank.variables.size(), 1U);
+    EXPECT_TRUE(readAsFile(QByteArray(1000000, '\0'))
+                    .errors.value(0)
+                    .startsWith(QStringLiteral("line 1: it has 1000000 bytes")));
+}
+
+TEST(VariableList, SharesTextsThatAreTheSame)
+{
+    const VariableList list =
+        parseVariableList("name,area,address,type,unit,comment\na,9,1,int16,bar,left of the pump\n"
+                          "b,9,2,int16,l,left of the pump\nc,9,3,int16,bar,\n");
+    ASSERT_EQ(list.variables.size(), 3U);
+    EXPECT_EQ(list.variables[0].unit.constData(), list.variables[2].unit.constData());
+    EXPECT_EQ(list.variables[0].comment.constData(), list.variables[1].comment.constData());
+    EXPECT_EQ(list.variables[1].unit, QStringLiteral("l"));
+    EXPECT_EQ(list.variables[2].comment, QString());
 }
 
 TEST(VariableList, TakesCharactersBeyondTheBasicPlane)
