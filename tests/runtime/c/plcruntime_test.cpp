@@ -309,6 +309,37 @@ TEST_F(PlcRuntime, TellsOfValuesAndTheirStates)
     handle = nullptr;
 }
 
+TEST_F(PlcRuntime, StatesOfAValueHaveTheirNumbers)
+{
+    const auto state = [&] {
+        plcruntime_value* value = nullptr;
+        EXPECT_EQ(plcruntime_get(handle, 0, &value), PLCRUNTIME_OK);
+        const int number = plcruntime_value_state(value);
+        plcruntime_free_value(value);
+        return number;
+    };
+    const auto openAndSubscribe = [&](const char* staleAfterMs) {
+        open({{"timeout_ms", "60000"}, {"stale_after_ms", staleAfterMs}});
+        ASSERT_EQ(plcruntime_subscribe(handle, "9:50", nullptr, nullptr, nullptr), 0);
+        start();
+    };
+    openAndSubscribe("60000");
+    ASSERT_TRUE(eventually([&] { return state() == PLCRUNTIME_FRESH; }));
+    controller->setSilent(1, true);
+    Told told;
+    ASSERT_EQ(plcruntime_write_number(handle, "9:50", nullptr, 1, note, &told), PLCRUNTIME_OK);
+    EXPECT_EQ(state(), PLCRUNTIME_UNCONFIRMED);
+    EXPECT_EQ(plcruntime_switch_station(handle, 1, 0), PLCRUNTIME_OK);
+    EXPECT_EQ(state(), PLCRUNTIME_OFF);
+    openAndSubscribe("50");
+    EXPECT_EQ(state(), PLCRUNTIME_NEVER_READ);
+    controller->setSilent(1, false);
+    openAndSubscribe("50");
+    ASSERT_TRUE(eventually([&] { return state() != PLCRUNTIME_NEVER_READ; }));
+    controller->setSilent(1, true);
+    EXPECT_TRUE(eventually([&] { return state() == PLCRUNTIME_STALE; }));
+}
+
 TEST_F(PlcRuntime, ClosingEndsWhatWaitsBeforeItReturnsAndAnotherOneMayFollow)
 {
     open({{"timeout_ms", "60000"}});

@@ -194,6 +194,16 @@ TEST_F(LinkTest, ControllersKnownToCloseAfterEachReplyAreGivenTimeForIt)
     EXPECT_EQ(time.elapsedMs(), 5);
 }
 
+TEST_F(LinkTest, ControllersThatCloseWithoutAnAnswerAreNotKnownToCloseAfterEach)
+{
+    askWhile(Script().close());
+    askWhile(Script().send(secondReply));
+    time.sleep(5);
+    const qint64 before = time.elapsedMs();
+    EXPECT_EQ(askWhile(Script().send("0003 0000 0005 01 03 02 1234")).reply, register5Is1234);
+    EXPECT_EQ(time.elapsedMs(), before);
+}
+
 TEST_F(LinkTest, ControllersThatKeepTheirConnectionAreGivenNoTimeToCloseIt)
 {
     askWhile(Script().send(firstReply));

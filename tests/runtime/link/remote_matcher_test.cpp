@@ -51,11 +51,13 @@ TEST(RemoteMatcher, TakesTheReplyToAWrite)
 TEST(RemoteMatcher, RefusesAnotherStation)
 {
     EXPECT_EQ(objectionToRead("00000000000702090412340007"), DropReason::WrongUnit);
+    EXPECT_EQ(objectionToRead("00000000000700090412340007"), DropReason::WrongUnit);
 }
 
 TEST(RemoteMatcher, RefusesAnotherArea)
 {
     EXPECT_EQ(objectionToRead("000000000007010a0412340007"), DropReason::WrongArea);
+    EXPECT_EQ(objectionToRead("00000000000701080412340007"), DropReason::WrongArea);
 }
 
 TEST(RemoteMatcher, RefusesAnotherSize)
@@ -67,7 +69,9 @@ TEST(RemoteMatcher, RefusesAnotherSize)
 TEST(RemoteMatcher, RefusesTheConfirmationOfAnotherWrite)
 {
     EXPECT_EQ(objectionToWrite("000000000006010900650001"), DropReason::WrongElements);
+    EXPECT_EQ(objectionToWrite("000000000006010900630001"), DropReason::WrongElements);
     EXPECT_EQ(objectionToWrite("000000000006010900640002"), DropReason::WrongElements);
+    EXPECT_EQ(objectionToWrite("000000000006010900640000"), DropReason::WrongElements);
 }
 
 TEST(RemoteMatcher, TakesOneReplyForEachRequest)

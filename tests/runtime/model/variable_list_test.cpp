@@ -107,6 +107,32 @@ TEST(VariableList, NeedsNoMoreThanNameAreaAddressAndType)
               QStringLiteral("line 1: the first line must name the columns, and type is missing among them"));
 }
 
+TEST(VariableList, NamesEachColumnThatItNeedsAndMisses)
+{
+    const QStringList needed = {"name", "area", "address", "type"};
+    for (const QString& missing : needed) {
+        QStringList others = needed;
+        others.removeAll(missing);
+        const QString error = parseVariableList(others.join(',').toUtf8() + '\n').errors.join(QString());
+        EXPECT_TRUE(error.contains(", and " + missing + " is missing among them")) << error.toStdString();
+    }
+}
+
+TEST(VariableList, HasNothingOfNumbersForWhatIsNone)
+{
+    for (const char* column : {"scale", "offset", "digits", "min", "max", "deadband"}) {
+        for (const char* type : {"text", "hex"}) {
+            const QString error =
+                parseVariableList(QByteArray("name,area,address,type,") + column + "\na,9,0," + type + ",1\n")
+                    .errors.join(QString());
+            const QString words =
+                QStringLiteral("type %1 has no %2, only numbers have; leave the field empty");
+            EXPECT_TRUE(error.contains(words.arg(QLatin1String(type), QLatin1String(column))))
+                << error.toStdString();
+        }
+    }
+}
+
 TEST(VariableList, TakesSemicolonsAndThenADecimalComma)
 {
     const VariableList list = parseVariableList("\xEF\xBB\xBFname;area;address;type;scale;min;max\r\n"
