@@ -35,6 +35,12 @@ protected:
         startRuntime();
     }
 
+    void startAgainWith(const HostileServer::Script& script)
+    {
+        runtime.reset();
+        startWith(script);
+    }
+
     void refuseEverything(int exception)
     {
         startWith([exception](const QByteArray& request, int) {
@@ -70,6 +76,19 @@ TEST_F(ControllerAnswers, StationThatRefusesIsThere)
         EXPECT_EQ(conditionAfterARead(), StationCondition::Answering) << exception;
         runtime.reset();
     }
+}
+
+TEST_F(ControllerAnswers, OfSeveralRequestsTheFirstThatFailsSaysWhy)
+{
+    refuseEverything(2);
+    const WriteOutcome written = write(variable(9, 0, 200), std::vector<quint32>(200, 1));
+    EXPECT_EQ(written.failure.kind, FailureKind::Exception);
+    EXPECT_EQ(written.requests, 4);
+    EXPECT_EQ(written.requestsConfirmed, 0);
+    startAgainWith([](const QByteArray& request, int index) {
+        return Answer{test::exceptionReply(request, index == 0 ? 3 : 4)};
+    });
+    EXPECT_EQ(read(variable(9, 0, 200)).failure.exception, 3);
 }
 
 TEST_F(ControllerAnswers, WhatIsAcknowledgedIsNotSentAgain)

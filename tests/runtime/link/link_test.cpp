@@ -56,8 +56,10 @@ TEST_F(LinkTest, ExchangesOneRequestAndItsReply)
     EXPECT_EQ(exchange.durationMs, 7);
     EXPECT_TRUE(link.state().connected);
     EXPECT_EQ(link.state().connects, 1);
+    EXPECT_TRUE(controller.isOpen());
     link.close();
     EXPECT_FALSE(link.state().connected);
+    EXPECT_FALSE(controller.isOpen());
 }
 
 TEST_F(LinkTest, SilenceLastsTheTimeOut)
@@ -199,6 +201,15 @@ TEST_F(LinkTest, ControllersThatCloseWithoutAnAnswerAreNotKnownToCloseAfterEach)
     askWhile(Script().close());
     askWhile(Script().send(secondReply));
     time.sleep(5);
+    const qint64 before = time.elapsedMs();
+    EXPECT_EQ(askWhile(Script().send("0003 0000 0005 01 03 02 1234")).reply, register5Is1234);
+    EXPECT_EQ(time.elapsedMs(), before);
+}
+
+TEST_F(LinkTest, ControllersKnownToCloseAfterEachReplyAreGivenNoTimeBeforeTheFirst)
+{
+    askWhile(Script().send(firstReply).close());
+    EXPECT_TRUE(ask().reply.isEmpty());
     const qint64 before = time.elapsedMs();
     EXPECT_EQ(askWhile(Script().send("0003 0000 0005 01 03 02 1234")).reply, register5Is1234);
     EXPECT_EQ(time.elapsedMs(), before);
