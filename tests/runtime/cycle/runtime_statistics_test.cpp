@@ -114,6 +114,14 @@ TEST_F(RuntimeStatistics, KnowsHowManyPassesASecondThereAre)
     EXPECT_LE(perSecond, 25.0) << "20 but for what the first took longer";
 }
 
+TEST_F(RuntimeStatistics, HaveARateThatFallsWhileAPassIsLate)
+{
+    settings.timeoutMs = 60000;
+    const double before = after(4, {variable(9, 100)}).passesPerSecond;
+    controller->setSilent(1, true);
+    EXPECT_TRUE(eventually([&] { return runtime->statistics().passesPerSecond < before / 2; }));
+}
+
 TEST_F(RuntimeStatistics, HaveNoRateWithoutAConnection)
 {
     settings.timeoutMs = 100;

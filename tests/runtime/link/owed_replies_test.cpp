@@ -38,6 +38,8 @@ TEST(OwedReplies, OfAnotherNumberUnitOrFunctionAreOnlyData)
 {
     EXPECT_FALSE(
         owing("0006 0000 0006 01 03").beginInside(fromHex("0008 0000 000B 01 03 08 0007 0000 0005 01 03")));
+    EXPECT_FALSE(owing(request7).beginInside(fromHex("0008 0000 000B 01 03 08 0007 0000 0105 01 03")))
+        << "no reply is so long";
     EXPECT_FALSE(
         owing("0007 0000 0006 02 03").beginInside(fromHex("0008 0000 000B 01 03 08 0007 0000 0005 01 03")));
     EXPECT_FALSE(

@@ -49,6 +49,13 @@ TEST(RemoteWords, SayWhatAReplyTells)
         EXPECT_EQ(remoteReplyWords(fromHex(row.frame), fromHex(row.reply)).toStdString(), row.replyWords);
 }
 
+TEST(RemoteWords, ShowTheBitsThatAShortReplyHas)
+{
+    EXPECT_EQ(
+        remoteReplyWords(fromHex(rows[4].frame), fromHex("00 00 00 00 00 04 02 02 01 81")).toStdString(),
+        "station 2: 1 0 0 0 0 0 0 1");
+}
+
 TEST(RemoteWords, SayThatAFrameIsNotWhole)
 {
     EXPECT_EQ(remoteRequestWords(fromHex("16 00")).toStdString(), "no whole request (2 bytes)");

@@ -70,6 +70,7 @@ TEST(ListedValue, IsScaledWithoutTheNoiseOfDoubles)
     EXPECT_EQ(listedText(listed("int16", "scale,offset", "0.1,0"), {3}), QStringLiteral("0.3"));
     EXPECT_EQ(listedText(listed("int16", "scale,offset", "0.1,-50"), {0xFFFF}), QStringLiteral("-50.1"));
     EXPECT_EQ(listedText(listed("float32", "scale", "10"), {0xCCCD, 0x3DCC}), QStringLiteral("1"));
+    EXPECT_EQ(listedText(listed("float32", "scale", "10"), {0xE6AE, 0x4640}), QStringLiteral("123456.7"));
     EXPECT_EQ(listedText(listed("float64", "scale", "10"), {0x6666, 0x6666, 0x6666, 0x4022}),
               QStringLiteral("92"));
     EXPECT_EQ(listedText(listed("uint64", "scale", "0.1"), {0x24CD, 0x0FEF, 0, 0}),
@@ -223,6 +224,12 @@ TEST(ListedValueWritten, TakesEachType)
     EXPECT_EQ(written(listed("bcd16"), "1234"), Elements({0x1234}));
     EXPECT_EQ(written(listed("bcd32", "order", "ABCD"), "12345678"), Elements({0x1234, 0x5678}));
     EXPECT_EQ(written(listed("bcd16", "scale", "0.1"), "12.3"), Elements({0x0123}));
+    EXPECT_EQ(written(listed("bcd16", "scale", "0.1"), "0"), Elements({0}));
+    EXPECT_EQ(written(listed("bcd16", "scale", "0.1"), "999.9"), Elements({0x9999}));
+    EXPECT_EQ(written(listed("bcd32", "scale", "0.1"), "0"), Elements({0, 0}));
+    EXPECT_EQ(written(listed("bcd32"), "99999999"), Elements({0x9999, 0x9999}));
+    EXPECT_EQ(refusal(listed("bcd32"), "-1"),
+              "\"-1\" does not fit; a whole number from 0 to 99999999 is expected");
 }
 
 TEST(ListedValueWritten, TakesTextWithOrWithoutQuotesAndFillsItWithZeros)
@@ -252,6 +259,7 @@ TEST(ListedValueWritten, IsRefusedOutsideItsLimitsAlsoWhenRoundingLeadsThere)
 TEST(ListedValueWritten, IsRefusedWhenTheListSaysThatItIsRead)
 {
     EXPECT_EQ(refusal(listed("int16", "access", "r"), "1"), "the list says that it is only read (access r)");
+    EXPECT_EQ(written(listed("int16", "access", "rw"), "1"), Elements({1}));
 }
 
 TEST(ListedValueWritten, ComesBackAsItWasWritten)

@@ -61,6 +61,7 @@ TEST(ParseVariable, UnderstandsEveryKindOfArea)
         EXPECT_EQ(variable->element, row.element) << row.text;
         EXPECT_EQ(variable->count, row.count) << row.text;
         EXPECT_EQ(variable->station, -1) << row.text;
+        EXPECT_EQ(variable->valueElements, 1) << row.text;
     }
 }
 
