@@ -78,6 +78,12 @@ TEST(RequestLedger, WouldOvertakeOnlyWritesBehindTheEqualOne)
         << "there is no equal one whose place it would take";
 }
 
+TEST(RequestLedger, ReplacesNothingInAListThatHasBecomeShorter)
+{
+    RequestLedger ledger = ledgerOf(3);
+    EXPECT_EQ(text(ledger.queued(word(4, 2), 2)), "1:out of step 2:out of step 3:out of step 4:out of step ");
+}
+
 TEST(RequestLedger, KnowsThatEqualMeansStationAndCountToo)
 {
     RequestLedger ledger = ledgerOf(2);

@@ -540,6 +540,7 @@ TEST_F(RuntimeTest, ThreadSleepsWhenThereIsNothingToDo)
     const quint32 before = runtime->rounds();
     QThread::msleep(60);
     EXPECT_LT(runtime->rounds() - before, 10u);
+    EXPECT_EQ(runtime->statistics().passes, 0) << "there is nothing to refresh";
 }
 
 TEST_F(RuntimeTest, CommunicationThreadGoesRoundWithEachRequest)

@@ -85,12 +85,20 @@ TEST(ReplyFault, OfARemoteReadIsAnotherByteCount)
     };
     EXPECT_EQ(remoteFault("0000 0000 0007 01 09 04 1234 0007"), FailureKind::None);
     EXPECT_EQ(remoteFault("0000 0000 0007 01 09 02 1234 0007"), FailureKind::OtherByteCount);
+    EXPECT_EQ(remoteFault("0000 0000 0003 01 09 04"), FailureKind::OtherByteCount);
+    EXPECT_EQ(remoteFault("0000 0000 0003 01 09 00"), FailureKind::None);
 }
 
 TEST(ReplyFault, HasWordsUnlessItIsARefusal)
 {
     EXPECT_EQ(plc::replyFaultWords(FailureKind::OtherAddress),
               QLatin1String("the controller echoed another address than the one written to"));
+    EXPECT_EQ(plc::replyFaultWords(FailureKind::OtherValue),
+              QLatin1String("the controller echoed another value than the one written"));
+    EXPECT_EQ(plc::replyFaultWords(FailureKind::OtherQuantity),
+              QLatin1String("the controller echoed another number of registers than was written"));
+    EXPECT_EQ(plc::replyFaultWords(FailureKind::OtherByteCount),
+              QLatin1String("the controller announced another number of bytes than what was asked for"));
     EXPECT_EQ(plc::replyFaultWords(FailureKind::Exception), QString());
 }
 

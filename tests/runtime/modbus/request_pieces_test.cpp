@@ -139,6 +139,8 @@ TEST(WriteRefusal, WantsOneFittingValueForEachElement)
 {
     EXPECT_THAT(writeRefusal(variable(9, 0, 2), {1}, oneStation).toStdString(),
                 HasSubstr("1 value given for 2 elements"));
+    EXPECT_THAT(writeRefusal(variable(9, 0, 1), {1, 2}, oneStation).toStdString(),
+                HasSubstr("2 values given for 1 element"));
     EXPECT_THAT(writeRefusal(variable(9, 0, 1), {65536}, oneStation).toStdString(),
                 HasSubstr("at most 65535"));
     EXPECT_THAT(writeRefusal(variable(1, 0, 1), {2}, oneStation).toStdString(), HasSubstr("at most 1"));

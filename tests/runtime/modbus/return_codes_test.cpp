@@ -12,8 +12,8 @@ TEST(IsSuccess, IsTrueForTheTwoCodesOfSuccess)
 {
     EXPECT_TRUE(isSuccess(1));
     EXPECT_TRUE(isSuccess(100));
-    EXPECT_FALSE(isSuccess(0));
-    EXPECT_FALSE(isSuccess(41));
+    for (const int code : {-1, 0, 2, 11, 41, 71, 99, 101, 111, 141, 171, 200})
+        EXPECT_FALSE(isSuccess(code)) << code;
 }
 
 } // namespace
