@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "window/desk/timed_application.h"
 
+#include <QByteArray>
 #include <QEvent>
 #include <QThread>
 
 #include <chrono>
-#include <cstdio>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -39,13 +39,11 @@ TimedApplication::~TimedApplication()
 /// \return how long this thread was ready to run, and others ran
 double TimedApplication::queuedMs() const
 {
-    char text[100] = {};
-    unsigned long long ran = 0;
-    unsigned long long queued = 0;
-    if (m_schedule < 0 || pread(m_schedule, text, sizeof text - 1, 0) <= 0 ||
-        std::sscanf(text, "%llu %llu", &ran, &queued) != 2)
+    char text[100] = {}; // "RAN QUEUED TURNS", the times in ns
+    if (m_schedule < 0 || pread(m_schedule, text, sizeof text - 1, 0) <= 0)
         return 0;
-    return static_cast<double>(queued) / nsOfMs;
+    const QByteArray queued = QByteArray(text).split(' ').value(1); // 0 where there is none
+    return static_cast<double>(queued.toULongLong()) / nsOfMs;
 }
 
 void TimedApplication::forget()
