@@ -11,7 +11,7 @@
 namespace plc
 {
 
-struct Look {
+struct TextLook {
     enum Colour { Plain, Red, Green, Yellow };
     Colour colour = Plain; ///< never the only sign of anything: there may be none
     bool bold = false;
@@ -22,7 +22,7 @@ struct Look {
 struct Span {
     int column = 0;
     QString text;
-    Look look;
+    TextLook look;
 };
 
 using PageLine = std::vector<Span>;

@@ -71,9 +71,9 @@ void beginColours()
         return;
     start_color();
     use_default_colors();
-    init_pair(Look::Red, COLOR_RED, -1);
-    init_pair(Look::Green, COLOR_GREEN, -1);
-    init_pair(Look::Yellow, COLOR_YELLOW, -1);
+    init_pair(TextLook::Red, COLOR_RED, -1);
+    init_pair(TextLook::Green, COLOR_GREEN, -1);
+    init_pair(TextLook::Yellow, COLOR_YELLOW, -1);
 }
 
 void setModes()
@@ -91,7 +91,7 @@ void setModes()
     mouseinterval(0); // a press is a press, whatever follows
 }
 
-attr_t attributesOf(const Look& look)
+attr_t attributesOf(const TextLook& look)
 {
     attr_t attributes = A_NORMAL;
     if (look.bold)

@@ -37,11 +37,11 @@ QString calmAge(qint64 ms)
     return ms < 10 * calmMs ? QStringLiteral("%1 s").arg(ms / calmMs) : ageText(ms);
 }
 
-Look::Colour colourOf(const WatchRow& row)
+TextLook::Colour colourOf(const WatchRow& row)
 {
     if (hasFailed(row.value.failure) || isOutside(row))
-        return Look::Red;
-    return row.value.state == ValueState::Fresh ? Look::Plain : Look::Yellow;
+        return TextLook::Red;
+    return row.value.state == ValueState::Fresh ? TextLook::Plain : TextLook::Yellow;
 }
 
 /// A connection that lasts is not counted in tenths of a second either.

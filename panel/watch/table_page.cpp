@@ -69,7 +69,7 @@ Columns columnsFor(const TableContents& contents, int columns)
 class LineOfCells
 {
 public:
-    explicit LineOfCells(const Look& look) : m_look(look) {}
+    explicit LineOfCells(const TextLook& look) : m_look(look) {}
 
     void mark(bool isSet, const QChar& sign) { m_text += isSet ? sign : QChar(QLatin1Char(' ')); }
 
@@ -88,13 +88,13 @@ public:
     }
 
 private:
-    const Look m_look;
+    const TextLook m_look;
     QString m_text;
 };
 
 PageLine lineOf(const TableRow& row, const Columns& widths, int columns)
 {
-    Look look;
+    TextLook look;
     look.colour = row.colour;
     look.bold = row.isJustChanged;
     look.reverse = row.isSelected;
@@ -115,7 +115,7 @@ PageLine lineOf(const TableRow& row, const Columns& widths, int columns)
 
 PageLine headingLine(const Columns& widths, int columns)
 {
-    Look look;
+    TextLook look;
     look.bold = true;
     LineOfCells line(look);
     line.cell(QString(), marks - gap);
@@ -129,9 +129,9 @@ PageLine headingLine(const Columns& widths, int columns)
     return line.line(columns);
 }
 
-PageLine plainLine(const QString& text, int columns, Look::Colour colour = Look::Plain)
+PageLine plainLine(const QString& text, int columns, TextLook::Colour colour = TextLook::Plain)
 {
-    Look look;
+    TextLook look;
     look.colour = colour;
     return {Span{0, cutText(text, columns), look}};
 }
@@ -140,10 +140,11 @@ void addHead(const TableContents& contents, const TableLayout& layout, int colum
 {
     if (layout.link > 0)
         page->lines.push_back(
-            plainLine(contents.link, columns, contents.isConnected ? Look::Green : Look::Red));
+            plainLine(contents.link, columns, contents.isConnected ? TextLook::Green : TextLook::Red));
     for (int line = 0; line < layout.stations; ++line) {
         const StationLine& station = contents.stations[static_cast<std::size_t>(line)];
-        page->lines.push_back(plainLine(station.text, columns, station.good ? Look::Plain : Look::Yellow));
+        page->lines.push_back(
+            plainLine(station.text, columns, station.good ? TextLook::Plain : TextLook::Yellow));
     }
 }
 
@@ -162,7 +163,7 @@ void addFoot(const TableContents& contents, const TableLayout& layout, int colum
         page->lines.push_back(plainLine(contents.below.value(line), columns));
     if (layout.status > 0)
         page->lines.push_back(
-            plainLine(contents.status, columns, contents.isError ? Look::Red : Look::Plain));
+            plainLine(contents.status, columns, contents.isError ? TextLook::Red : TextLook::Plain));
     if (layout.hint == 0)
         return;
     if (!contents.hasCursor) {

@@ -29,7 +29,7 @@ struct TableRow {
     bool isSelected = false;
     bool isJustChanged = false;
     bool isOutside = false;
-    Look::Colour colour = Look::Plain;
+    TextLook::Colour colour = TextLook::Plain;
 };
 
 /// Columns of the widest texts; what does not fit is cut.

@@ -376,6 +376,7 @@ TEST_F(MultiStation, ReadOfAPausingOneThatIsBackIsDoneAndEndsThePause)
 TEST_F(MultiStation, LongReadOfADeadOneFailsWithItsFirstRequest)
 {
     letOneDie(30000);
+    ASSERT_TRUE(othersGoOn(2)); // the observer was told of the last try
     const long before = framesTo(deadStation);
     const ReadOutcome outcome = read(variable(9, 0, 2000, deadStation));
     EXPECT_FALSE(outcome.done);
@@ -387,6 +388,7 @@ TEST_F(MultiStation, LongReadOfADeadOneFailsWithItsFirstRequest)
 TEST_F(MultiStation, LongWriteToADeadOneFailsWithItsFirstRequest)
 {
     letOneDie(30000);
+    ASSERT_TRUE(othersGoOn(2)); // the observer was told of the last try
     const long before = framesTo(deadStation);
     // More requests than the driver's list holds.
     const std::vector<quint32> bits(1500, 1);
