@@ -275,6 +275,48 @@ TEST_F(CyclicValuesTest, OfSeveralPartsAreAsGoodAsTheWorstOfThem)
     EXPECT_EQ(state(1), ValueState::Fresh);
 }
 
+/// Each word is 1000 x station + 100 x area + element.
+unsigned int ownNumbers(int, int area, QString* address, int station, QByteArray* bytes, int count)
+{
+    *bytes = QByteArray();
+    for (int word = 0; word < count; ++word) {
+        const int number = 1000 * station + 100 * area + address->toInt() + word;
+        bytes->append(static_cast<char>(number & 0xFF)).append(static_cast<char>(number >> 8));
+    }
+    return 1;
+}
+
+TEST_F(CyclicValuesTest, OfOtherStationsAndAreasAreNoNeighbours)
+{
+    struct Place {
+        int station;
+        int area;
+        int element;
+    };
+    const Place places[] = {{1, 9, 5}, {2, 9, 6}, {2, 10, 7}, {2, 10, 8}, {2, 10, 3}, {1, 10, 9}};
+    calls.GetRegisterData = ownNumbers;
+    for (const Place& place : places) {
+        Variable word = words(place.element, 1);
+        word.area = place.area;
+        word.station = place.station;
+        values.add(word);
+    }
+    values.expect();
+    for (const Place& place : places) {
+        RW_VAR request = block(place.element, 1);
+        request.area = place.area;
+        request.station = place.station;
+        values.answered(request, now);
+    }
+    std::vector<CyclicValue> all(6);
+    values.values(0, calls, &all);
+    for (std::size_t index = 0; index < all.size(); ++index) {
+        const Place& place = places[index];
+        const int number = 1000 * place.station + 100 * place.area + place.element;
+        EXPECT_EQ(all[index].values, std::vector<quint32>{static_cast<quint32>(number)}) << index;
+    }
+}
+
 TEST_F(CyclicValuesTest, SideBySideAreThoseOfEachByItself)
 {
     for (const int element : {7, 3, 100, 4000})
