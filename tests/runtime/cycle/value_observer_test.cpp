@@ -7,6 +7,7 @@
 
 #include <QDateTime>
 
+#include <atomic>
 #include <map>
 #include <mutex>
 
@@ -137,6 +138,21 @@ TEST_F(ValueObserverTest, IsToldTheOwnValueOfEachStationAndArea)
         return shown ==
                std::map<int, Words>{{0, {11}}, {1, {12}}, {2, {21}}, {3, {22}}, {4, {37}}, {5, {33}}};
     }));
+    runtime.reset();
+}
+
+TEST_F(ValueObserverTest, IsToldOfOneStationWhileAnotherIsWaitedFor)
+{
+    settings.multiStation = true;
+    settings.timeoutMs = 60000;
+    controller->setSilent(2, true);
+    makeRuntime();
+    runtime->addCyclic(variable(9, 5, 1, 1));
+    runtime->addCyclic(variable(9, 5, 1, 2));
+    std::atomic<bool> isTold{false};
+    runtime->setValueObserver([&](int, const CyclicValue&) { isTold = true; });
+    runtime->start();
+    EXPECT_TRUE(eventually([&] { return isTold.load(); }));
     runtime.reset();
 }
 

@@ -206,6 +206,18 @@ TEST_F(LinkTest, ControllersThatCloseWithoutAnAnswerAreNotKnownToCloseAfterEach)
     EXPECT_EQ(time.elapsedMs(), before);
 }
 
+TEST_F(LinkTest, AConnectionThatIsDroppedHereIsNoHabitOfTheController)
+{
+    askWhile(Script().send(firstReply));
+    time.sleep(5);
+    askWhile(Script().send("0002 0000 0005 01 03")); // half a reply
+    askWhile(Script().send("0003 0000 0005 01 03 02 1234"));
+    time.sleep(5);
+    const qint64 before = time.elapsedMs();
+    EXPECT_EQ(askWhile(Script().send("0004 0000 0005 01 03 02 1234")).reply, register5Is1234);
+    EXPECT_EQ(time.elapsedMs(), before);
+}
+
 TEST_F(LinkTest, ControllersKnownToCloseAfterEachReplyAreGivenNoTimeBeforeTheFirst)
 {
     askWhile(Script().send(firstReply).close());
