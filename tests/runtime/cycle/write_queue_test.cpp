@@ -12,18 +12,18 @@ namespace
 
 using namespace plc;
 
-int listSize = 0;  // of the driver
+int queueSize = 0; // of the driver
 bool takes = true; // the driver takes a write
 quint32 held = 0;  // what it holds of each element
 
-int queueInDriver(QString*, int, QString*, unsigned int, QByteArray*, int, int, unsigned int)
+int takeIntoDriver(QString*, int, QString*, unsigned int, QByteArray*, int, int, unsigned int)
 {
-    return takes ? ++listSize : 0;
+    return takes ? ++queueSize : 0;
 }
 
 int sizeInDriver(RW_VAR*, int)
 {
-    return listSize;
+    return queueSize;
 }
 
 unsigned int heldInDriver(int, int, QString*, int, QByteArray* bytes, int count)
@@ -39,10 +39,10 @@ class WriteQueueTest : public testing::Test
 protected:
     WriteQueueTest()
     {
-        listSize = 0;
+        queueSize = 0;
         takes = true;
         held = 7;
-        calls.SetRegisterData = queueInDriver;
+        calls.SetRegisterData = takeIntoDriver;
         calls.AddListWriteVar = sizeInDriver;
         calls.GetRegisterData = heldInDriver;
     }
@@ -62,7 +62,7 @@ protected:
 
     void answerHead()
     {
-        --listSize;
+        --queueSize;
         writes.answered();
     }
 
@@ -120,7 +120,7 @@ TEST_F(WriteQueueTest, ThatTheDriverDoesNotTakeFail)
 TEST_F(WriteQueueTest, OfSeveralRequestsAreConfirmedWithTheLast)
 {
     const auto pending = write(0, 7, 1, 100); // 63 words and 37
-    EXPECT_EQ(listSize, 2);
+    EXPECT_EQ(queueSize, 2);
     answerHead();
     EXPECT_FALSE(pending.done());
     answerHead();
@@ -133,7 +133,7 @@ TEST_F(WriteQueueTest, ThatFallWithAnotherArePurged)
 {
     const auto first = write(0, 7);
     const auto second = write(1, 7);
-    listSize = 0;
+    queueSize = 0;
     writes.givenUp(true, 1, Failure(FailureKind::NoReply));
     EXPECT_EQ(first.get().failure.kind, FailureKind::NoReply);
     EXPECT_EQ(second.get().failure.kind, FailureKind::Purged);
@@ -147,7 +147,7 @@ TEST_F(WriteQueueTest, WaitWhileTheirStationIsHeldAndFailWhenItIsOff)
     const auto waiting = writes.add(word, {7}, WriteDone());
     writes.feed({}, {4});
     EXPECT_TRUE(writes.hasBacklog());
-    EXPECT_EQ(listSize, 0);
+    EXPECT_EQ(queueSize, 0);
     writes.feed({4}, {});
     EXPECT_EQ(waiting.get().failure.kind, FailureKind::StationOff);
     EXPECT_FALSE(writes.hasBacklog());
