@@ -55,15 +55,6 @@ if(PLC_HARDENING AND CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT PLC_SANITIZE)
   add_link_options(-Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
 endif()
 
-# A request goes through many small functions of the runtime's folders: the compiler is shown all of them at once. That
-# takes seconds for each program that is linked, so that builds for tests do without.
-if(PLC_WHOLE_PROGRAM)
-  include(CheckIPOSupported)
-  check_ipo_supported(LANGUAGES CXX)
-  set(CMAKE_INTERPROCEDURAL_OPTIMIZATION ON)
-  set(CMAKE_DISABLE_PRECOMPILE_HEADERS ON) # which hold nothing for it
-endif()
-
 # The same commit makes the same bytes wherever it is built: no folder of this machine gets into a file, and libraries
 # find each other in the build from where they lie, so that their search paths are of one length.
 if(CMAKE_BUILD_TYPE STREQUAL "Release")

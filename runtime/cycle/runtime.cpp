@@ -198,7 +198,8 @@ private:
     OnceReads m_reads;
     Stations m_stations;
     ExchangeCounter m_counter;
-    SendPause m_pause; // of the communication thread alone
+    SendPause m_pause;                              // of the communication thread alone
+    QByteArray m_wrongReply = replyOfWrongLength(); // the same
 };
 
 Runtime::Private::Private(const Settings& settings)
@@ -587,13 +588,9 @@ void Runtime::Private::exchange(Turn& turn)
 int Runtime::Private::judge(ExchangeRecord& record, int exception, LaterCalls::Calls* calls)
 {
     LinkExchange& exchange = record.exchange;
-    QByteArray wrongLength;
-    QByteArray* reply = &exchange.reply;
     // With nothing to judge the driver would take a broadcast that never went out for done.
-    if (faultIn(exchange) != FailureKind::None || (!record.replyExpected && !exchange.sent)) {
-        wrongLength = replyOfWrongLength();
-        reply = &wrongLength;
-    }
+    const bool isWrong = faultIn(exchange) != FailureKind::None || (!record.replyExpected && !exchange.sent);
+    QByteArray* const reply = isWrong ? &m_wrongReply : &exchange.reply;
     std::lock_guard<std::mutex> lock(m_mutex);
     if (exception == Acknowledge)
         m_driver->tryNoMore();
