@@ -139,32 +139,33 @@ public:
     quint32 rounds() const { return m_rounds.load(std::memory_order_relaxed); }
 
 private:
+    // Cold is what a request nearly never takes: it stays out of the way of the rest.
     bool isRunning() const { return m_started && !m_stopped; }
     void lower(int index, CyclicValue* value);
     void workHasCome();
     void writeEnded(const Variable& elements, bool doubtful);
-    void endHolding();
+    [[gnu::cold]] void endHolding();
     void feed();
-    void tell();
+    [[gnu::cold]] void tell();
     void collectChanges();
     void tellChanges();
     void communicate();
     Turn takeTurn();
-    void endPass();
+    [[gnu::cold]] void endPass();
     void waitForPass();
     void wentRound() { m_rounds.store(rounds() + 1, std::memory_order_relaxed); }
-    bool mayGoOn(int milliseconds);
+    [[gnu::cold]] bool mayGoOn(int milliseconds);
     bool isWaited() const { return m_writes.waiting() + m_reads.waiting() > 0; }
-    void waitForWork(int milliseconds);
-    void waitUnlessStopped(int milliseconds);
+    [[gnu::cold]] void waitForWork(int milliseconds);
+    [[gnu::cold]] void waitUnlessStopped(int milliseconds);
     void exchange(Turn& turn);
     int judge(ExchangeRecord& record, int exception, LaterCalls::Calls* calls);
     void answered(const ExchangeRecord& record);
-    void givenUp(const ExchangeRecord& record, const Failure& why);
-    void lost(int station, const Failure& why);
-    void failWaiting(int station, const Failure& why);
-    Failure unsentFailure(int code) const;
-    Failure whyGivenUp(const ExchangeRecord& record, int code) const;
+    [[gnu::cold]] void givenUp(const ExchangeRecord& record, const Failure& why);
+    [[gnu::cold]] void lost(int station, const Failure& why);
+    [[gnu::cold]] void failWaiting(int station, const Failure& why);
+    [[gnu::cold]] Failure unsentFailure(int code) const;
+    [[gnu::cold]] Failure whyGivenUp(const ExchangeRecord& record, int code) const;
 
     const Settings m_settings;
     ExchangeObserver m_observer;

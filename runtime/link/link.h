@@ -66,19 +66,20 @@ public:
     LinkState state() const { return m_connection.state(); }
 
 private:
+    // Cold is what a request nearly never takes: it stays out of the way of the rest.
     void tryToExchange(const QByteArray& frame, bool replyExpected, int replySize, LinkExchange* exchange);
     bool isStillConnected(Clock::time_point now);
     bool isInFlow(Clock::time_point now) const;
-    bool connectAgain(Clock::time_point begin);
+    [[gnu::cold]] bool connectAgain(Clock::time_point begin);
     void noteReply(Clock::time_point begin, LinkExchange* exchange);
     void receive(Clock::time_point begin, LinkExchange* exchange);
     bool waitForReply(Clock::time_point begin, LinkExchange* exchange);
-    void noteClosed(LinkExchange* exchange);
-    void noteSilence(const QByteArray& sentFrame);
-    void judgeStream(const StreamEnd& end);
+    [[gnu::cold]] void noteClosed(LinkExchange* exchange);
+    [[gnu::cold]] void noteSilence(const QByteArray& sentFrame);
+    [[gnu::cold]] void judgeStream(const StreamEnd& end);
     bool isAnsweredAtOnce(LinkExchange* exchange);
-    void takeReplies(LinkExchange* exchange);
-    void noteDropped(LinkExchange* exchange, const QByteArray& reply, DropReason reason);
+    [[gnu::cold]] void takeReplies(LinkExchange* exchange);
+    [[gnu::cold]] void noteDropped(LinkExchange* exchange, const QByteArray& reply, DropReason reason);
 
     const int m_timeoutMs;
     const FrameFormat m_format;
