@@ -46,13 +46,10 @@ public:
     {
         if (m_over)
             return;
-        ++m_seen;
         if (record.result != PLC_DONE)
             end(true);
-        else if (m_seen == warmUpPasses * m_requests)
-            begin();
-        else if (m_seen > warmUpPasses * m_requests && m_seen % m_requests == 0)
-            endRefresh();
+        else if (--m_leftOfPass == 0) // no division, whose time would be taken for the panel's
+            endPass();
     }
 
     LoopCost wait()
@@ -61,11 +58,20 @@ public:
         m_changed.wait_for(lock, std::chrono::milliseconds(longestWaitMs), [this] { return m_done; });
         if (!m_done || m_failed)
             throw std::runtime_error("a request of the panel failed");
-        const int requests = m_seen - warmUpPasses * m_requests;
-        return {m_shortest, m_cpu / requests};
+        return {m_shortest, m_cpu / (m_passes - warmUpPasses) / m_requests};
     }
 
 private:
+    void endPass()
+    {
+        m_leftOfPass = m_requests;
+        ++m_passes;
+        if (m_passes == warmUpPasses)
+            begin();
+        else if (m_passes > warmUpPasses)
+            endRefresh();
+    }
+
     void begin()
     {
         m_cpu = threadMicroseconds();
@@ -97,7 +103,8 @@ private:
     QElapsedTimer m_refresh;
     qint64 m_shortest = std::numeric_limits<qint64>::max();
     double m_cpu = 0;
-    int m_seen = 0;
+    int m_leftOfPass = m_requests;
+    int m_passes = 0;
     bool m_over = false; // the communication thread's own
 
     std::mutex m_mutex;
