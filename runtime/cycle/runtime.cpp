@@ -577,7 +577,8 @@ void Runtime::Private::exchange(Turn& turn)
     if (m_observer)
         m_observer(record);
     LaterCalls::make(calls);
-    tellChanges();
+    if (m_valueObserver)
+        tellChanges();
     m_link.takeBack(&record.exchange.reply);
     if (pauseMs > 0)
         waitUnlessStopped(pauseMs);
