@@ -114,6 +114,7 @@ TEST(ListedValue, LiesOutsideByTheNumberThatIsShown)
     EXPECT_TRUE(isOutside(listed("int16", "min", "0"), {0xFFFF}));
     EXPECT_TRUE(isOutside(several(2, listed("int16", "max", "5")), {5, 6}));
     EXPECT_FALSE(isOutside(several(2, listed("int32", "min,max", "0,10")), {5, 0, 10, 0}));
+    EXPECT_FALSE(isOutside(several(2, listed("int32", "min,max", "0,10")), {5, 0, 9, 0}));
     EXPECT_TRUE(isOutside(several(2, listed("int32", "min,max", "0,10")), {5, 0, 11, 0}));
 }
 
