@@ -27,6 +27,7 @@ set(PLC_RUNTIME_HEADERS
   runtime/model/outcome.h
   runtime/model/pending.h
   runtime/model/settings.h
+  runtime/model/small_members.h
   runtime/model/station_report.h
   runtime/model/value_text.h
   runtime/model/value_type.h

@@ -76,7 +76,7 @@ plc::GatewayOptions optionsWith(bool isJson)
     options.variables.resize(3);
     const char* const names[] = {"a", "b", "c"};
     for (std::size_t i = 0; i < options.variables.size(); ++i) {
-        options.variables[i].name = QLatin1String(names[i]);
+        options.variables[i].name = QString::fromLatin1(names[i]);
         options.variables[i].elements.element = static_cast<int>(i);
         options.variables[i].min = 0;
         options.variables[i].max = greatestAllowed;

@@ -31,7 +31,7 @@ Series seriesAt(const RecordedVariable& variable, int index, int count)
     const bool isSeveral = count > 1 || variable.firstValue;
     const QString name =
         isSeveral ? QStringLiteral("%1[%2]").arg(listed.name).arg(variable.firstValue.value_or(0) + index)
-                  : listed.name;
+                  : listed.name.text();
     return {name, listed.unit, valueTypeWord(listed.type), listed.digits};
 }
 

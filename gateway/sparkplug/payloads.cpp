@@ -157,7 +157,7 @@ QByteArray birthOfDevice(const std::vector<Sample>& samples, const std::vector<L
         const ListedVariable& variable = variables[sample.variable];
         addSample(&payload, sample, variable, sentAt);
         Metric* const metric = payload.mutable_metrics(payload.metrics_size() - 1);
-        metric->set_name(variable.name.toStdString());
+        metric->set_name(variable.name.utf8().toStdString());
         metric->set_datatype(static_cast<quint32>(datatypeOf(variable)));
         if (!variable.unit.isEmpty())
             addUnit(metric, variable.unit);

@@ -368,7 +368,7 @@ std::optional<std::size_t> SparkplugPublisher::variableOf(const Device& device,
 {
     for (const std::size_t variable : device.variables) {
         const bool isNamed =
-            metric.has_name() && metric.name() == m_options.variables[variable].name.toStdString();
+            metric.has_name() && metric.name() == m_options.variables[variable].name.utf8().toStdString();
         if (isNamed || (!metric.has_name() && metric.has_alias() && metric.alias() == aliasOf(variable)))
             return variable;
     }
@@ -391,7 +391,7 @@ void SparkplugPublisher::takeDeviceCommand(Device* device, const BrokerMessage& 
         report.reason = QStringLiteral("the device has no such metric");
         if (report.variable) {
             const ListedVariable& variable = m_options.variables[*report.variable];
-            report.topic = message.topic + ' ' + variable.name.toUtf8();
+            report.topic = message.topic + ' ' + variable.name.text().toUtf8();
             report.reason.clear();
             report.value = commandText(metric, datatypeOf(variable), &report.reason);
         }

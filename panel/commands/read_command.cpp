@@ -21,7 +21,7 @@ namespace
 
 QString nameOf(const WatchRow& row)
 {
-    return row.listed ? row.listed->name : variableText(row.variable);
+    return row.listed ? row.listed->name.text() : variableText(row.variable);
 }
 
 QString valueOf(const WatchRow& row, const ReadOutcome& outcome, ValueFormat format)

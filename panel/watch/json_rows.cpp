@@ -9,6 +9,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 
@@ -18,7 +19,7 @@ namespace plc
 namespace
 {
 
-// Room for a line: for what it always has, for each character of a name or unit, for each element.
+// Room for a line: for what it always has, for each character of a unit, for each element.
 const int roomOfLine = 600;
 const int roomOfCharacter = 3;
 const int roomOfNumber = 12;
@@ -57,33 +58,13 @@ char* writeAddress(const Variable& variable, char* line)
     return writeNumber(static_cast<quint32>(variable.element % bitsOfWord), line);
 }
 
-/// \return null for a character that JSON has another form for, or that is half of one
-char* writeCharacter(ushort character, char* line)
+/// \return null where JSON has another form for a character
+char* writeText(const QByteArray& text, char* line)
 {
-    if (character < ' ' || character == '"' || character == '\\' || QChar::isSurrogate(character))
-        return nullptr;
-    if (character < 0x80) {
-        *line++ = static_cast<char>(character);
-    } else if (character < 0x800) {
-        *line++ = static_cast<char>(0xC0 | character >> 6);
-        *line++ = static_cast<char>(0x80 | (character & 0x3F));
-    } else {
-        *line++ = static_cast<char>(0xE0 | character >> 12);
-        *line++ = static_cast<char>(0x80 | (character >> 6 & 0x3F));
-        *line++ = static_cast<char>(0x80 | (character & 0x3F));
-    }
-    return line;
-}
-
-/// \return null where a character cannot be written so
-char* writeText(const QString& text, char* line)
-{
-    for (const QChar character : text) {
-        line = writeCharacter(character.unicode(), line);
-        if (line == nullptr)
-            return nullptr;
-    }
-    return line;
+    const bool isPlain = std::none_of(text.begin(), text.end(), [](char byte) {
+        return byte == '"' || byte == '\\' || static_cast<unsigned char>(byte) < ' ';
+    });
+    return isPlain ? write(text, line) : nullptr;
 }
 
 char* writeElements(const std::vector<quint32>& values, char* line)
@@ -102,7 +83,7 @@ int roomFor(const WatchRow& row)
 {
     int room = roomOfLine + roomOfNumber * static_cast<int>(row.value.values.size());
     if (row.listed != nullptr)
-        room += roomOfCharacter * (row.listed->name.size() + row.listed->unit.size());
+        room += row.listed->name.utf8().size() + roomOfCharacter * row.listed->unit.size();
     return room;
 }
 
@@ -152,7 +133,7 @@ char* JsonRows::writeListed(const WatchRow& row, char* line)
         line = writeLimit(",\"max\":", *listed.max, line);
     if (listed.min)
         line = writeLimit(",\"min\":", *listed.min, line);
-    line = writeText(listed.name, write(",\"name\":\"", line));
+    line = writeText(listed.name.utf8(), write(",\"name\":\"", line));
     if (line == nullptr)
         return nullptr;
     *line++ = '"';
@@ -184,7 +165,7 @@ char* JsonRows::writeLine(const WatchRow& row, char* line)
         return writeElements(row.value.values, write(",", line));
     line = writeWord(row.listed->type, write(",\"type\":\"", line));
     if (!row.listed->unit.isEmpty())
-        line = writeText(row.listed->unit, write("\",\"unit\":\"", line));
+        line = writeText(row.listed->unit.toUtf8(), write("\",\"unit\":\"", line));
     if (line == nullptr)
         return nullptr;
     line = write(number.value, number.valueSize, write("\",\"value\":", line));

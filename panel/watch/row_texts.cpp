@@ -28,7 +28,7 @@ QStringList textsOf(const WatchRow& row, const std::vector<quint32>& elements, V
 
 QString rowName(const WatchRow& row)
 {
-    return row.listed ? row.listed->name : variableText(row.variable);
+    return row.listed ? row.listed->name.text() : variableText(row.variable);
 }
 
 QStringList valuePieces(const WatchRow& row, ValueFormat format, int width)

@@ -42,7 +42,7 @@ public:
     QString name(int row) const
     {
         const ListedVariable* const line = listed(row);
-        return line != nullptr ? line->name : variableText(variable(row));
+        return line != nullptr ? line->name.text() : variableText(variable(row));
     }
 
 private:

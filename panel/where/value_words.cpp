@@ -89,7 +89,7 @@ QString scaleWords(const ListedVariable& variable)
     if (variable.scale != 1)
         words += QStringLiteral(" x ") + numberText(variable.scale);
     if (variable.offset != 0)
-        words += QLatin1String(variable.offset < 0 ? " - " : " + ") + numberText(qAbs(variable.offset));
+        words += QLatin1String(variable.offset < 0 ? " - " : " + ") + numberText(qAbs<double>(variable.offset));
     words += unitText(variable);
     return words.isEmpty() ? words : QLatin1Char(',') + words;
 }

@@ -48,7 +48,7 @@ QStringList cellsOf(const LocatedVariable& variable)
     const Place place = placeFor(variable);
     const QString value =
         variable.listed ? valueWords(*variable.listed, place) : elementsWords(variable.elements, place);
-    return {variable.listed ? variable.listed->name : QString(),
+    return {variable.listed ? variable.listed->name.text() : QString(),
             variableText(variable.elements),
             functionsText(place.readFunctions),
             functionsText(place.writeFunctions),
@@ -176,8 +176,8 @@ void addMeaning(QJsonObject* object, const ListedVariable& variable)
     if (!order.isEmpty())
         object->insert(QStringLiteral("order"), order);
     if (isNumber(variable.type)) {
-        object->insert(QStringLiteral("scale"), variable.scale);
-        object->insert(QStringLiteral("offset"), variable.offset);
+        object->insert(QStringLiteral("scale"), static_cast<double>(variable.scale));
+        object->insert(QStringLiteral("offset"), static_cast<double>(variable.offset));
     }
     if (variable.digits >= 0)
         object->insert(QStringLiteral("digits"), variable.digits);

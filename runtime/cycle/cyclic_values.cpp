@@ -131,6 +131,7 @@ QString CyclicValues::blockRefusal() const
 /// What a block reads lies side by side: it is gone through with every reply.
 void CyclicValues::makeParts(const PlannedParts& planned)
 {
+    m_parts.reserve(planned.size());
     for (std::size_t index = 0; index < m_variables.size(); ++index) {
         const Variable variable = m_variables[index].variable();
         for (const PlannedPart* piece = planned.begin(index); piece != planned.end(index); ++piece) {

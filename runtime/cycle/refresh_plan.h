@@ -28,6 +28,7 @@ public:
     void add(const std::vector<PlannedPart>& parts);
 
     std::size_t variables() const { return m_ends.size(); }
+    std::size_t size() const { return m_parts.size(); }
     const PlannedPart* begin(std::size_t variable) const
     {
         return m_parts.data() + (variable == 0 ? 0 : m_ends[variable - 1]);

@@ -184,7 +184,7 @@ void takeDigits(const Field& field, ListedVariable* variable)
 {
     if (!field.text.isEmpty())
         needNumbers(field, *variable);
-    variable->digits = numberIn(field, 0, mostDigits, -1);
+    variable->digits = static_cast<qint8>(numberIn(field, 0, mostDigits, -1));
 }
 
 void takeMin(const Field& field, ListedVariable* variable)

@@ -407,7 +407,7 @@ bool isOutside(const ListedVariable& variable, const std::vector<quint32>& eleme
 
 void addListed(QJsonObject* object, const ListedVariable& variable)
 {
-    object->insert(QStringLiteral("name"), variable.name);
+    object->insert(QStringLiteral("name"), variable.name.text());
     object->insert(QStringLiteral("type"), valueTypeWord(variable.type));
     if (!variable.unit.isEmpty())
         object->insert(QStringLiteral("unit"), variable.unit);

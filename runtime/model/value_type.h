@@ -19,7 +19,7 @@ namespace plc
 /// 32-bit types take one double word of area 14 or two words, 64-bit types twice as many, the low word
 /// first. Text holds two characters a word (four a double word), the low byte first. BCD has a decimal
 /// digit in each four bits.
-enum class ValueType {
+enum class ValueType : quint8 {
     Bit,
     Int16,
     Uint16,

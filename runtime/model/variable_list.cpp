@@ -116,7 +116,7 @@ public:
     explicit NameIndex(const std::vector<ListedVariable>& variables) : m_variables(variables) {}
 
     /// \return null when there is none
-    const ListedVariable* find(const QString& name) const
+    const ListedVariable* find(const SmallText& name) const
     {
         for (std::size_t slot = slotOf(name); !m_slots.empty() && m_slots[slot] != 0; slot = behind(slot)) {
             const ListedVariable& variable = m_variables[m_slots[slot] - 1];
@@ -139,9 +139,9 @@ private:
     std::size_t behind(std::size_t slot) const { return slot + 1 == m_slots.size() ? 0 : slot + 1; }
 
     /// With the process's own seed, so that no list is made to have all names in one place.
-    std::size_t slotOf(const QString& name) const
+    std::size_t slotOf(const SmallText& name) const
     {
-        return m_slots.empty() ? 0 : qHash(name, m_seed) % m_slots.size();
+        return m_slots.empty() ? 0 : qHash(name.utf8(), m_seed) % m_slots.size();
     }
 
     void put(std::size_t number)

@@ -13,6 +13,7 @@
 #define RUNTIME_MODEL_VARIABLE_LIST_H
 
 #include "runtime/export.h"
+#include "runtime/model/small_members.h"
 #include "runtime/model/value_type.h"
 #include "runtime/model/variable.h"
 #include "runtime/model/word_order.h"
@@ -39,26 +40,27 @@ inline constexpr int mostListErrors = 20;    ///< that are told one by one
 inline constexpr int mostWrongLines = 10000; ///< what is behind them is not looked at
 
 /// What a list says of writing; what it leaves unsaid is for the program to decide.
-enum class Access { Unsaid, ReadOnly, ReadWrite };
+enum class Access : quint8 { Unsaid, ReadOnly, ReadWrite };
 
 /// Scale, offset and limits belong to types of numbers. A shown number is that of the elements x scale +
-/// offset.
+/// offset. A program may have a million of these.
 struct ListedVariable {
-    QString name;      ///< unique in its list, never empty
+    SmallText name;    ///< unique in its list, never empty
     Variable elements; ///< what the driver is asked for
-    ValueType type = ValueType::Uint16;
-    int count = 1; ///< values, of text characters: what the elements hold for a person
-    int line = 0;  ///< where it stands in the file, from 1 on
+    int count = 1;     ///< values, of text characters: what the elements hold for a person
+    int line = 0;      ///< where it stands in the file, from 1 on
 
+    ValueType type = ValueType::Uint16;
     WordOrder order = WordOrder::Usual;
-    double scale = 1; ///< never 0
-    double offset = 0;
-    QString unit;              ///< of what is shown
-    int digits = -1;           ///< that are shown behind the decimal point; -1: as many as the number has
-    std::optional<double> min; ///< of what is shown
-    std::optional<double> max;
     Access access = Access::Unsaid;
-    double deadband = 0; ///< at least 0, in the unit of what is shown: a change by no more may be left untold
+    qint8 digits = -1;      ///< that are shown behind the decimal point; -1: as many as the number has
+    NumberOrUsual<1> scale; ///< never 0
+    NumberOrUsual<0> offset;
+    QString unit;   ///< of what is shown
+    RareNumber min; ///< of what is shown
+    RareNumber max;
+    NumberOrUsual<0>
+        deadband; ///< at least 0, in the unit of what is shown: a change by no more may be left untold
     QString comment;
 };
 

@@ -21,7 +21,7 @@
 namespace plc
 {
 
-enum class WordOrder {
+enum class WordOrder : quint8 {
     Usual, ///< that of the driver's own values: CDAB for numbers, BADC for text
     Abcd,
     Cdab,

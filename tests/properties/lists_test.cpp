@@ -25,7 +25,7 @@ std::string described(const ListedVariable& variable)
         return number ? QString::number(*number, 'g', 17).toStdString() : std::string("none");
     };
     std::ostringstream out;
-    out << variable.name.toStdString() << " = " << variableText(variable.elements).toStdString() << " of "
+    out << variable.name.text().toStdString() << " = " << variableText(variable.elements).toStdString() << " of "
         << variable.count << ' ' << valueTypeWord(variable.type).toStdString() << ' '
         << wordOrderWord(variable.order).toStdString() << " x " << real(variable.scale) << " + "
         << real(variable.offset) << ' ' << variable.unit.toStdString() << ", digits " << variable.digits
@@ -82,7 +82,7 @@ void drawNumbers(ListedVariable* variable)
         variable->scale = 1;
     variable->offset = anyReal();
     variable->unit = *texts(longestUnitCharacters);
-    variable->digits = *rc::gen::inRange(-1, mostDigits + 1);
+    variable->digits = static_cast<qint8>(*rc::gen::inRange(-1, mostDigits + 1));
     const double limit = anyReal();
     if (*rc::gen::arbitrary<bool>())
         variable->min = limit;

@@ -270,7 +270,7 @@ TEST_F(CaptureTest, WithoutAListItShowsWhatWasRead)
 {
     const auto capture = load();
     ASSERT_EQ(1u, capture->watched.variables.size());
-    EXPECT_EQ("9:101", capture->watched.variables[0].name.toStdString());
+    EXPECT_EQ("9:101", capture->watched.variables[0].name.text().toStdString());
     EXPECT_FALSE(capture->frames.empty());
 }
 

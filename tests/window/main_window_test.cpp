@@ -337,7 +337,7 @@ TEST(StartLine, TakesTheOptionsOfWatch)
     ASSERT_TRUE(line.watched) << line.text.toStdString();
     EXPECT_EQ(1502, line.watched->settings.port);
     ASSERT_EQ(1u, line.watched->variables.size());
-    EXPECT_EQ("9:100x2", line.watched->variables[0].name.toStdString());
+    EXPECT_EQ("9:100x2", line.watched->variables[0].name.text().toStdString());
 }
 
 TEST(StartLine, AsksForAControllerWhenNothingIsTyped)

@@ -141,7 +141,7 @@ void FramePanel::filter()
     filter.isVariable = !m_words->text().isEmpty();
     if (m_source && filter.isVariable) {
         for (const ListedVariable& variable : m_source->watched().variables) {
-            if (variable.name.contains(m_words->text(), Qt::CaseInsensitive) &&
+            if (variable.name.text().contains(m_words->text(), Qt::CaseInsensitive) &&
                 filter.variables.size() < mostMatches)
                 filter.variables.push_back(withStation(variable.elements, m_source->watched().settings));
         }

@@ -176,7 +176,7 @@ QVariant TableModel::display(int row, int column) const
 {
     switch (column) {
     case Name:
-        return variable(row).name;
+        return variable(row).name.text();
     case Value:
         return valueWords(row);
     case Range:

@@ -70,7 +70,7 @@ const ListedVariable& TrendStore::variable(const CurveKey& key) const
 QString TrendStore::name(const CurveKey& key) const
 {
     const ListedVariable& listed = variable(key);
-    return numbersOf(listed) == 1 ? listed.name : QStringLiteral("%1[%2]").arg(listed.name).arg(key.index);
+    return numbersOf(listed) == 1 ? listed.name.text() : QStringLiteral("%1[%2]").arg(listed.name).arg(key.index);
 }
 
 bool TrendStore::isSwitch(const CurveKey& key) const

@@ -27,7 +27,7 @@ std::vector<std::string> named(const std::vector<const char*>& names, const char
 {
     std::vector<std::string> found;
     for (const ListedVariable& variable : variablesNamed(listOf(names), QString::fromUtf8(text)))
-        found.push_back(variable.name.toStdString());
+        found.push_back(variable.name.text().toStdString());
     return found;
 }
 

@@ -40,7 +40,7 @@ protected:
         std::vector<ListedVariable> listed;
         for (const char* name : {"pump 10", "pump 9", "tank", "valve"}) {
             ListedVariable variable;
-            variable.name = QLatin1String(name);
+            variable.name = QString::fromLatin1(name);
             variable.type = ValueType::Uint16;
             variable.elements.area = 9;
             variable.elements.element = 100 + static_cast<int>(listed.size());

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The lines of JSON that plcpanel watch prints for variables.
 
+#include "panel/watch/kept_line.h"
 #include "panel/watch/watch_json.h"
 
 #include <gtest/gtest.h>
-
-#include <deque>
 
 namespace
 {
@@ -26,14 +25,6 @@ WatchRow freshRow(int area, int element, const std::vector<quint32>& values)
     return row;
 }
 
-/// A row points at its line of the list.
-const ListedVariable* kept(const ListedVariable& listed)
-{
-    static std::deque<ListedVariable> all;
-    all.push_back(listed);
-    return &all.back();
-}
-
 WatchRow listedRow()
 {
     WatchRow row = freshRow(9, 100, {0, 0x3FC0});
@@ -41,7 +32,7 @@ WatchRow listedRow()
     listed.name = QStringLiteral("oven");
     listed.type = ValueType::Float32;
     listed.elements = row.variable;
-    row.listed = kept(listed);
+    row.listed = test::kept(listed);
     return row;
 }
 

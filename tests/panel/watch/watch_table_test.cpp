@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: MIT
 // The watched values as a person sees them.
 
+#include "panel/watch/kept_line.h"
 #include "panel/watch/watch_table.h"
 
 #include "panel/watch/watch_words.h"
 #include "runtime/modbus/reply_failure.h"
 
 #include <gtest/gtest.h>
-
-#include <deque>
 
 namespace
 {
@@ -33,14 +32,6 @@ WatchRow failedRow(const char* variable, const std::vector<quint32>& values, qin
     return failed;
 }
 
-/// A row points at its line of the list.
-const ListedVariable* kept(const ListedVariable& listed)
-{
-    static std::deque<ListedVariable> all;
-    all.push_back(listed);
-    return &all.back();
-}
-
 WatchRow listedRow(const char* name, ValueType type, int area, const std::vector<quint32>& values)
 {
     WatchRow row;
@@ -54,7 +45,7 @@ WatchRow listedRow(const char* name, ValueType type, int area, const std::vector
     listed.type = type;
     listed.count = 99;
     listed.elements = row.variable;
-    row.listed = kept(listed);
+    row.listed = test::kept(listed);
     return row;
 }
 

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include "panel/watch/kept_line.h"
 #include "panel/watch/write_entry.h"
 
 #include <gmock/gmock.h>
-
-#include <deque>
 
 namespace
 {
@@ -11,14 +10,6 @@ namespace
 using namespace plc;
 using testing::ElementsAre;
 using testing::HasSubstr;
-
-/// A row points at its line of the list.
-const ListedVariable* kept(const ListedVariable& listed)
-{
-    static std::deque<ListedVariable> all;
-    all.push_back(listed);
-    return &all.back();
-}
 
 WatchRow speed()
 {
@@ -32,7 +23,7 @@ WatchRow speed()
     variable.min = -30;
     variable.max = 30;
     row.variable = variable.elements;
-    row.listed = kept(variable);
+    row.listed = test::kept(variable);
     row.value.state = ValueState::Fresh;
     row.value.ageMs = 0;
     row.value.values = {100};

@@ -570,7 +570,7 @@ TEST(VariableList, TakesCharactersBeyondTheBasicPlane)
 {
     const VariableList list = parseVariableList(header + "\xF0\x9F\x94\xA5,9,1,,1,uint16\n");
     ASSERT_EQ(list.errors, QStringList());
-    EXPECT_EQ(list.variables.at(0).name.toUcs4().size(), 1);
+    EXPECT_EQ(list.variables.at(0).name.text().toUcs4().size(), 1);
 }
 
 } // namespace plc
