@@ -70,6 +70,9 @@ endif()
 if(PLC_BUILD_TOOLS AND TARGET plcwindow)
   plc_install_documents(window plcwindow "" docs/window.md docs/window-light.png docs/window-dark.png
     docs/window-frames.png docs/window-stations.png)
+else()
+  # Links to it stay: the packages of all architectures bring the same documents.
+  list(APPEND documents_lines "docs/window.md ${CMAKE_INSTALL_DATADIR}/doc/plcwindow/window.md")
 endif()
 
 list(JOIN documents_lines "\n" documents_text)
