@@ -20,6 +20,14 @@ Protocol& NextRecord() PLC_REQUIRES(PLC_driver.communicationTurn)
 
 } // namespace
 
+QByteArray TakeSpareFrame()
+{
+    QByteArray spare;
+    if (!PLC_driver.answeredList.isEmpty())
+        spare.swap(PLC_driver.answeredList.first().frame);
+    return spare;
+}
+
 RW_VAR& QueueFrame(const RW_VAR& request, QByteArray frame, ReplyShape reply)
 {
     // Filled in where it stays, and the request moved there: each copy would count references of its strings

@@ -22,13 +22,7 @@ inline ReplyShape UnlessBroadcast(int station, ReplyShape shape)
 
 /// \return the bytes of the last frame that was answered, once: a frame that is built in their place takes no allocation,
 ///         unless the runtime still holds them
-inline QByteArray TakeSpareFrame() PLC_REQUIRES(PLC_driver.communicationTurn)
-{
-    QByteArray spare;
-    if (!PLC_driver.answeredList.isEmpty())
-        spare.swap(PLC_driver.answeredList.first().frame);
-    return spare;
-}
+QByteArray TakeSpareFrame() PLC_REQUIRES(PLC_driver.communicationTurn);
 
 /// Appends a frame for \a request to protocolList.
 /// \return the frame's own copy of the request
