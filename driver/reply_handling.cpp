@@ -78,7 +78,8 @@ void RemoveHeadFrame() PLC_REQUIRES(PLC_driver.communicationTurn)
 bool CountReply() PLC_REQUIRES(PLC_driver.listMutex, PLC_driver.communicationTurn)
 {
     COMINFO& info = *PLC_driver.comInfo;
-    PLC_driver.lastFailed.store(0, std::memory_order_release); // no fence: nothing that follows waits for it
+    if (PLC_driver.lastFailed != 0) // mostly it is 0 already, and setting it takes a fence
+        PLC_driver.lastFailed = 0;
     RemoveHeadFrame();
     info.framesReceived = OneMore(info.framesReceived);
     return info.framesReceived >= info.framesExpected;
