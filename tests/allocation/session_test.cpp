@@ -20,6 +20,13 @@ HOST_VAR Cyclic(const char* address)
     return var;
 }
 
+// With a sanitizer the C library's allocations, Qt's arrays among them, do not fail.
+#ifdef PLC_SANITIZED
+const int LEAST_FAILURES = 10;
+#else
+const int LEAST_FAILURES = 30;
+#endif
+
 class Session : public AllocationSweep
 {
 protected:
@@ -110,6 +117,6 @@ TEST_F(Session, AnyOneFailedAllocationChangesNothingInTheEnd)
             EXPECT_EQ(expectedFrames, frames) << "when allocation " << nth << " fails";
             EXPECT_EQ(expectedState, DescribeDriver()) << "when allocation " << nth << " fails";
         }
-        EXPECT_GT(nth, 30) << "not much failed";
+        EXPECT_GT(nth, LEAST_FAILURES) << "not much failed";
     }
 }
