@@ -2,6 +2,7 @@
 #include "history/sqlite_store.h"
 
 #include "history/writer_lock.h"
+#include "runtime/model/value_type.h"
 
 #include <QSqlQuery>
 
@@ -36,7 +37,7 @@ StoredValue storedValue(const QString& text, bool isText)
         stored.number = whole;
     } else {
         stored.number = number;
-        const bool isBig = std::abs(number) >= 9007199254740992.0; // 2^53: digits may be lost
+        const bool isBig = std::abs(number) >= greatestExactWhole; // digits may be lost
         if (isBig)
             stored.text = text;
     }

@@ -2,6 +2,7 @@
 #include "gateway/json/json_messages.h"
 
 #include "gateway/plant/sample_of.h"
+#include "runtime/model/value_type.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -17,7 +18,6 @@ namespace
 {
 
 const int longestPayload = 4096;
-const qint64 greatestExact = 1LL << 53; // up to which a double has each whole number
 
 QByteArray quoted(const QString& text)
 {
@@ -36,7 +36,7 @@ QByteArray digits(Number number)
 
 QByteArray whole(qint64 number)
 {
-    const bool isExact = number >= -greatestExact && number <= greatestExact;
+    const bool isExact = number >= -greatestExactWhole && number <= greatestExactWhole;
     return isExact ? digits(number) : '"' + digits(number) + '"';
 }
 
@@ -46,7 +46,7 @@ struct ValueWriter {
     QByteArray operator()(qint64 value) const { return whole(value); }
     QByteArray operator()(quint64 value) const
     {
-        const bool isExact = value <= static_cast<quint64>(greatestExact);
+        const bool isExact = value <= static_cast<quint64>(greatestExactWhole);
         return isExact ? digits(value) : '"' + digits(value) + '"';
     }
     QByteArray operator()(double value) const { return std::isfinite(value) ? digits(value) : "null"; }
@@ -66,7 +66,7 @@ QByteArray valueOf(const Sample& sample, const ListedVariable& variable)
 QString typedNumber(double number)
 {
     const bool isWhole =
-        std::fabs(number) <= static_cast<double>(greatestExact) && std::trunc(number) == number;
+        std::fabs(number) <= static_cast<double>(greatestExactWhole) && std::trunc(number) == number;
     return QString::fromLatin1(isWhole ? digits(static_cast<qint64>(number)) : digits(number));
 }
 

@@ -40,8 +40,7 @@ QJsonValue jsonOf(const Series& series, const QString& text)
     const QJsonValue value = jsonOfText(type, text);
     bool isNumber = false;
     const double number = text.toDouble(&isNumber);
-    const double mostExact = 9007199254740992; // 2^53: a whole number beyond may be another one to its reader
-    return value.isString() && isNumber && std::abs(number) < mostExact ? QJsonValue(number) : value;
+    return value.isString() && isNumber && std::abs(number) < greatestExactWhole ? QJsonValue(number) : value;
 }
 
 void insertGiven(QJsonObject* object, const char* key, const QString& text)

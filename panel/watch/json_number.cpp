@@ -14,8 +14,7 @@ namespace plc
 namespace
 {
 
-// Whole numbers beyond it are texts, because many readers would not keep them exactly.
-const double greatestExact = 9007199254740992.0;
+const double greatestExact = greatestExactWhole; // what lies beyond is a text
 
 const int digitsOfScaled = 15; // as listedText() has them
 

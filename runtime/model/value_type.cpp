@@ -21,9 +21,6 @@ namespace
 const int usualFloatDigits = 7;
 const int usualDoubleDigits = 15;
 
-// The greatest whole number up to which a double has each.
-const qint64 greatestExact = 1LL << std::numeric_limits<double>::digits;
-
 enum class Reads { Signed, Unsigned, Float, Bcd, Hex, Characters };
 
 struct TypeRow {
@@ -239,7 +236,7 @@ QJsonValue jsonOfText(ValueType type, const QString& text)
     if (type != ValueType::Float32 && type != ValueType::Float64) {
         bool isWhole = false;
         const qint64 whole = text.toLongLong(&isWhole, 0);
-        const bool isExact = isWhole && whole >= -greatestExact && whole <= greatestExact;
+        const bool isExact = isWhole && whole >= -greatestExactWhole && whole <= greatestExactWhole;
         return isExact ? QJsonValue(whole) : QJsonValue(text);
     }
     const double number = text.toDouble();

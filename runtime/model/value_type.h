@@ -74,9 +74,12 @@ PLCRUNTIME_API QString valueText(ValueType type, int area, const std::vector<qui
 /// \return a text for each whole value that \a elements hold, as valueText(); not for Text
 PLCRUNTIME_API QStringList textsOfValues(ValueType type, int area, const std::vector<quint32>& elements);
 
+/// 2^53: up to it a double has each whole number, and beyond it a reader of JSON may take one for another.
+inline constexpr qint64 greatestExactWhole = 1LL << 53;
+
 /// \param text one of textsOfValues()
 /// \return the number as JSON has it; the text itself where JSON has none (nan, inf, not BCD) or a reader
-///         would not keep it exactly: whole numbers beyond 2^53
+///         would not keep it exactly: whole numbers beyond greatestExactWhole
 PLCRUNTIME_API QJsonValue jsonOfText(ValueType type, const QString& text);
 
 /// \param count values, of text characters, that the elements hold for a person
