@@ -78,7 +78,8 @@ QString shownTextIn(const Field& field, int most)
                             .arg(field.column)
                             .arg(field.text.size())
                             .arg(most));
-    return field.text;
+    return field.text.isEmpty() ? QString()
+                                : field.text; // an empty one that was parsed has memory of its own
 }
 
 void takeName(const Field& field, ListedVariable* variable)

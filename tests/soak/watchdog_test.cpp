@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "soak/watchdog.h"
 
+#include "support/built_files.h"
+
 #include <gtest/gtest.h>
 
 #include <QThread>
@@ -22,9 +24,8 @@ const int limitMs = 200;
 
 TEST(WatchdogDeathTest, EndsAProcessThatHangsAndSaysWhatWaits)
 {
-#ifdef PLC_EMULATED
-    GTEST_SKIP() << "the test would have to start itself again, which is a program for another processor";
-#endif
+    if (areProgramsEmulated())
+        GTEST_SKIP() << "the test would have to start itself again, which is a program for another processor";
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(hang(), testing::ExitedWithCode(Watchdog::exitStatus), "writer: waits for write 7.*");
 }

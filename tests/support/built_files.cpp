@@ -30,3 +30,12 @@ const char* testsDirectory()
 {
     return PLC_TESTS_DIR;
 }
+
+bool areProgramsEmulated()
+{
+#ifdef PLC_EMULATED
+    return true;
+#else
+    return false;
+#endif
+}

@@ -14,4 +14,7 @@ const char* builtPlcsim();           ///< the program; nullptr where it is not b
 const char* builtPlcgateway();       ///< the program; nullptr where it is not built
 const char* testsDirectory();        ///< the folder tests/ of the sources
 
+/// \return whether an emulator runs the programs, and this test: then they are scripts that call it
+bool areProgramsEmulated();
+
 #endif

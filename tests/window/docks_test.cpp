@@ -219,6 +219,7 @@ protected:
         runtime.setTap(plc::captureTo(path, settings, [](const QString&) {}));
         runtime.start();
         for (const quint32 value : {0u, 10u, 20u, 30u}) {
+            QThread::msleep(3); // no two of them within the millisecond that a capture tells
             putIntoController(controller, 9, 101, value);
             ASSERT_TRUE(test::eventually([&] {
                 return runtime.value(index).state == plc::ValueState::Fresh &&

@@ -132,9 +132,15 @@ TEST_F(JsonGateway, TellsTheExceptionOfARefusedWrite)
     simulator::FaultSettings faults;
     faults.exception = 1;
     controller.setFaults(faults);
-    publish(broker, "p/bad/set", "1");
-    ASSERT_TRUE(subscriber.hears(holds("p/bad/result", "\"result\":\"refused\"")));
-    EXPECT_EQ(subscriber.objects("p/bad/result").at(0)["exception"], 4);
+    // A read that was refused right before it ends a write with it: then it never went out, and is asked for again.
+    QJsonObject told;
+    for (std::size_t tries = 0; tries < 20 && told["result"] != QStringLiteral("refused"); ++tries) {
+        publish(broker, "p/bad/set", "1");
+        ASSERT_TRUE(test::eventually([&] { return subscriber.objects("p/bad/result").size() == tries + 1; }));
+        told = subscriber.objects("p/bad/result").back();
+    }
+    EXPECT_EQ(told["result"], QStringLiteral("refused"));
+    EXPECT_EQ(told["exception"], 4);
 }
 
 TEST_F(JsonGateway, TakesNoRetainedRequest)

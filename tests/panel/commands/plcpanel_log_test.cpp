@@ -271,14 +271,12 @@ TEST_F(PlcpanelLog, EndsWithStatusOneWhereTheControllerNeverAnswered)
 
 TEST_F(PlcpanelLog, WithoutThePluginOnlySqliteIsRefused)
 {
+    if (areProgramsEmulated())
+        GTEST_SKIP()
+            << "a copy of the script that has an emulator run the program leaves the program where it is";
     // Beside a copy of the program stands where Qt looks for plugins.
     const QString program = path("plcpanel");
     ASSERT_TRUE(QFile::copy(QString::fromUtf8(builtPlcpanel()), program));
-    QFile copy(program);
-    ASSERT_TRUE(copy.open(QIODevice::ReadOnly));
-    if (copy.read(2) == "#!")
-        GTEST_SKIP() << "this is the script that has an emulator run the program, which stands elsewhere";
-    copy.close();
     put("qt.conf", "[Paths]\nPlugins = /nowhere\n");
     const RunResult result = plcpanelInShell(
         QStringLiteral("shift; '%1' \"$@\"").arg(program).toUtf8().constData(), line("9:100", "a.sqlite"));

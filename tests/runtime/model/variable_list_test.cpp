@@ -566,6 +566,15 @@ TEST(VariableList, SharesTextsThatAreTheSame)
     EXPECT_EQ(list.variables[2].comment, QString());
 }
 
+TEST(VariableList, KeepsNoMemoryForTextsThatAreEmpty)
+{
+    const VariableList list =
+        parseVariableList("name,area,address,type,unit,comment\na,9,1,int16,bar,left\nb,9,2,int16,, \n");
+    ASSERT_EQ(list.variables.size(), 2U);
+    EXPECT_TRUE(list.variables[1].unit.isNull());
+    EXPECT_TRUE(list.variables[1].comment.isNull());
+}
+
 TEST(VariableList, TakesCharactersBeyondTheBasicPlane)
 {
     const VariableList list = parseVariableList(header + "\xF0\x9F\x94\xA5,9,1,,1,uint16\n");
