@@ -21,6 +21,9 @@
 
 #include <malloc.h>
 
+#include <ctime>
+#include <limits>
+
 // Of the address sanitizer, where there is one.
 // NOLINTNEXTLINE(readability-identifier-naming)
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes() __attribute__((weak));
@@ -184,16 +187,15 @@ TEST(Speed, DrawingAnHourCostsAsDrawingAMinute)
     trend.apply(news);
     trend.add({QStringLiteral("value")});
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&trend));
-    const auto costOfDrawing = [&trend] {
-        qint64 best = std::numeric_limits<qint64>::max();
+    const auto costOfDrawing = [&trend] { // in processor time, which others take nothing of
+        std::clock_t best = std::numeric_limits<std::clock_t>::max();
         for (int run = 0; run < 5; ++run) {
-            QElapsedTimer timer;
-            timer.start();
+            const std::clock_t begin = std::clock();
             trend.draw();
             trend.grab();
-            best = std::min(best, timer.nsecsElapsed());
+            best = std::min(best, std::clock() - begin);
         }
-        return static_cast<double>(best) / 1e6;
+        return 1000.0 * static_cast<double>(best) / CLOCKS_PER_SEC;
     };
     const double minute = costOfDrawing();
     while (trend.view().spanMs() < 3600000)
