@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <limits>
 
 namespace plc
@@ -47,12 +46,6 @@ std::size_t lastBefore(const Items& items, qint64 ms, const Begin& begin)
 
 } // namespace
 
-TrendSeries::TrendSeries() : m_points(keptPoints)
-{
-    for (std::size_t level = 0; level < std::size(stepsMs); ++level)
-        m_steps.emplace_back(keptSteps);
-}
-
 void TrendSeries::add(qint64 atMs, double value)
 {
     double before = nothing;
@@ -66,7 +59,7 @@ void TrendSeries::add(qint64 atMs, double value)
     }
     m_points.push({atMs, value});
     for (std::size_t level = 0; level < m_steps.size(); ++level) {
-        Ring<TrendStep>& steps = m_steps[level];
+        Steps& steps = m_steps[level];
         const qint64 begin = atMs - atMs % stepsMs[level];
         if (steps.size() == 0 || steps.back().beginMs != begin)
             steps.push(stepFrom(begin, before));
@@ -89,7 +82,7 @@ std::optional<double> TrendSeries::at(qint64 ms) const
     return found.back().last;
 }
 
-bool TrendSeries::covers(const Ring<TrendStep>& steps, qint64 fromMs) const
+bool TrendSeries::covers(const Steps& steps, qint64 fromMs)
 {
     return steps.size() > 0 && (!steps.isFull() || steps[0].beginMs <= fromMs);
 }
@@ -117,7 +110,7 @@ std::vector<TrendStep> TrendSeries::steps(qint64 fromMs, qint64 toMs) const
     std::size_t level = 0;
     while (level + 1 < m_steps.size() && !covers(m_steps[level], fromMs))
         ++level;
-    const Ring<TrendStep>& steps = m_steps[level];
+    const Steps& steps = m_steps[level];
     std::vector<TrendStep> found;
     std::size_t index = lastBefore(steps, fromMs, [](const TrendStep& step) { return step.beginMs; });
     for (; index < steps.size() && steps[index].beginMs <= toMs; ++index) {

@@ -8,6 +8,7 @@
 #include <QtGlobal>
 #include <QVector>
 
+#include <array>
 #include <cstddef>
 #include <optional>
 #include <vector>
@@ -16,30 +17,29 @@ namespace plc
 {
 
 /// The last so many of something, in memory that is taken once.
-template <class Item>
+template <class Item, std::size_t capacity>
 class Ring
 {
 public:
-    explicit Ring(std::size_t capacity) : m_capacity(capacity) { m_items.reserve(capacity); }
+    Ring() { m_items.reserve(capacity); }
 
     void push(const Item& item)
     {
-        if (m_items.size() < m_capacity) {
+        if (m_items.size() < capacity) {
             m_items.push_back(item);
             return;
         }
         m_items[m_begin] = item;
-        m_begin = (m_begin + 1) % m_capacity;
+        m_begin = (m_begin + 1) % capacity;
     }
 
     std::size_t size() const { return m_items.size(); }
-    bool isFull() const { return m_items.size() == m_capacity; }
+    bool isFull() const { return m_items.size() == capacity; }
     const Item& operator[](std::size_t index) const { return m_items[(m_begin + index) % m_items.size()]; }
     Item& back() { return m_items[(m_begin + m_items.size() - 1) % m_items.size()]; }
     const Item& back() const { return (*this)[m_items.size() - 1]; }
 
 private:
-    const std::size_t m_capacity;
     std::size_t m_begin = 0;
     std::vector<Item> m_items;
 };
@@ -60,9 +60,7 @@ class TrendSeries
 public:
     static constexpr std::size_t keptPoints = 2048;
     static constexpr std::size_t keptSteps = 1300;
-    static constexpr qint64 stepsMs[] = {500, 3000}; ///< the longer ones last 65 minutes
-
-    TrendSeries();
+    static constexpr std::array<qint64, 2> stepsMs = {500, 3000}; ///< the longer ones last 65 minutes
 
     /// \param value that holds from now on; not finite: there is none that is fresh
     void add(qint64 atMs, double value);
@@ -83,11 +81,13 @@ private:
         double value;
     };
 
-    bool covers(const Ring<TrendStep>& steps, qint64 fromMs) const;
+    using Steps = Ring<TrendStep, keptSteps>;
+
+    static bool covers(const Steps& steps, qint64 fromMs);
     std::vector<TrendStep> points(qint64 fromMs, qint64 toMs) const;
 
-    Ring<Point> m_points;
-    std::vector<Ring<TrendStep>> m_steps; // of stepsMs
+    Ring<Point, keptPoints> m_points;
+    std::array<Steps, stepsMs.size()> m_steps; // as long as stepsMs says
 };
 
 /// \return \a steps as a line with one point in each of \a pixels columns and its highest and lowest value;
