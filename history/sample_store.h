@@ -32,7 +32,7 @@ public:
         QString error;         ///< why the others are not; they may be given again
     };
 
-    /// When it returns, what was written is handed to the disk (fsync), no half sample is in the file.
+    /// When it returns, what was written is handed to the disk (fsync), and no half sample is in the file.
     virtual Written write(const std::vector<LogSample>& samples) = 0;
 
     /// Nothing was to be written; called again and again. \param nowMs since 1970, UTC

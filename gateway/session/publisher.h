@@ -73,7 +73,7 @@ public:
     /// \return true when the publisher wants no connection for now
     virtual bool pauses() const { return false; }
 
-    /// \return messages with values that went out, for the figures
+    /// \return values that went out, those sent again included, for the figures
     virtual long published() const = 0;
 };
 

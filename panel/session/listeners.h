@@ -23,9 +23,8 @@ struct Listeners {
 /// \param captureTo where the link's bytes go; empty: nowhere
 Listeners listenersFor(bool trace, const QString& captureTo, const Settings& settings);
 
-/// \return true when a capture of this process is not whole, because its file could not be written. To be
-/// asked when
-///         nobody captures any more
+/// \return true when a capture of this process is not whole, because its file could not be written. To be asked
+///         when nobody captures any more
 bool captureFailed();
 
 } // namespace plc

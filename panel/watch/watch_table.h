@@ -20,11 +20,10 @@ struct TableStyle {
     ValueFormat format = ValueFormat::Decimal;
 };
 
-/// \return the table's lines: the link, a line for each of several stations, a heading (VARIABLE,
-/// VALUE, AGE, STATE), and a row per
-/// variable, more when its values need them.
-///         Values that are not as the controller answered just now stand in parentheses. In a limited width
-///         a long name is cut. Rows that do not fit are counted in the last line.
+/// \return the table's lines: the link, a line for each of several stations, a heading (VARIABLE, VALUE, AGE,
+///         STATE), and a row per variable, more when its values need them. Values that are not as the controller
+///         answered just now stand in parentheses. In a limited width a long name is cut. Rows that do not fit
+///         are counted in the last line.
 QStringList watchTable(const WatchView& view, const TableStyle& style);
 
 } // namespace plc

@@ -9,10 +9,10 @@
  * VARIABLES are texts, "AREA:ADDRESS[xCOUNT][@STATION]", such as "9:100", "8:10.3", "14:200x2@3". Areas 0 to 7 hold
  * bits, 8 bits inside the words of area 9, 9 to 13 words of 16 bits, 14 double words. Without a station it is the
  * option's. TYPES say what the elements mean: "bit", "int16", "uint16", "int32", "uint32", "float32", "hex", "text",
- * "int64", "uint64", "float64", "bcd16", "bcd32".
- * NULL is the plain one of the area: "bit", "uint16" or "uint32". COUNT counts values of the type, of a text its
- * characters: "9:100" as a float32 is two words, since 32-bit types take one double word or two words, the low half
- * first, and 64-bit types twice as many; a text takes a word for two characters, the low byte first. All texts are UTF-8 and end with a zero byte.
+ * "int64", "uint64", "float64", "bcd16", "bcd32". No type (NULL) is the plain one of the area: "bit", "uint16" or
+ * "uint32". COUNT counts values of the type, of a text its characters: "9:100" as a float32 is two words, since 32-bit
+ * types take one double word or two words, the low half first, and 64-bit types twice as many; a text takes a word for
+ * two characters, the low byte first. All texts are UTF-8 and end with a zero byte.
  *
  * RESULTS of functions are an enum plcruntime_status, 0 for success, unless said otherwise; what went wrong is in
  * plcruntime_last_error(). No C++ exception leaves a function. A controller that is not there is no error here: the

@@ -17,8 +17,9 @@ namespace plc
 class ValueChanges
 {
 public:
-    /// Takes \a value, of which a variable always has as many, for told. \return true when its values, its state or what it failed of differ from what was
-    ///         told before; before that it was never read. A growing age is no change.
+    /// Takes \a value for told. A variable always has as many values.
+    /// \return true when its values, its state or what it failed of differ from what was told before; at first it
+    ///         was never read. A growing age is no change.
     bool isNews(int index, const CyclicValue& value);
 
 private:

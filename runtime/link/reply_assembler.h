@@ -17,7 +17,8 @@ class ReplyAssembler
 public:
     void append(const QByteArray& bytes);
 
-    /// \return true when \a bytes, which have come and are not appended, are one reply and nothing else, with none waiting
+    /// \return true when \a bytes, which have come and are not appended, are one reply and nothing else, and none
+    ///         wait
     bool wouldBeWhole(const QByteArray& bytes) const;
 
     /// \return the next whole reply, header included; empty when there is none (yet)
