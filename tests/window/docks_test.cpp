@@ -18,9 +18,11 @@
 
 #include <QAbstractItemModelTester>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QSlider>
 #include <QTableView>
 #include <QTemporaryDir>
+#include <QTranslator>
 #include <QTreeWidget>
 #include <QtTest>
 
@@ -187,6 +189,38 @@ TEST(Stations, AKeySwitchesTheChosenOneOffAndOn)
     panel.apply(report);
     QTest::keyClick(panel.list(), Qt::Key_Return);
     EXPECT_EQ((std::vector<std::pair<int, bool>>{{3, false}, {3, true}}), switched);
+}
+
+/// Words of another language, of which one begins like another.
+class Translated : public QTranslator
+{
+public:
+    Translated() { QCoreApplication::installTranslator(this); }
+
+    bool isEmpty() const override { return false; }
+    QString translate(const char*, const char* text, const char*, int) const override
+    {
+        const QLatin1String words(text);
+        if (words == QLatin1String("switched off"))
+            return QStringLiteral("aus");
+        return words == QLatin1String("not answering") ? QStringLiteral("ausgefallen") : QString();
+    }
+};
+
+TEST(Stations, WhetherOneIsOffDoesNotDependOnWords)
+{
+    const Translated words; // leaves the application with its end
+    plc::StationPanel panel;
+    panel.begin(true);
+    plc::SessionReport report;
+    report.stations.resize(1);
+    report.stations[0].condition = plc::StationCondition::NotAnswering;
+    panel.apply(report);
+    bool isOn = true;
+    QObject::connect(&panel, &plc::StationPanel::switched, [&isOn](int, bool on) { isOn = on; });
+    QTest::keyClick(panel.list(), Qt::Key_Return);
+    EXPECT_FALSE(isOn) << "one that does not answer was taken for one that is off";
+    EXPECT_EQ("Switch &off", panel.findChild<QPushButton*>()->text().toStdString());
 }
 
 TEST(Stations, AScreenReaderHearsTheRoundTrips)

@@ -19,9 +19,16 @@ namespace
 
 enum StationColumn { Number, Condition, Answers, GivenUp, Retried, Waiting, StationColumns };
 
+const int isOffRole = Qt::UserRole; // of Condition
+
 QString stationTr(const char* text)
 {
     return StationPanel::tr(text);
+}
+
+bool isOff(const QTreeWidgetItem& item)
+{
+    return item.data(Condition, isOffRole).toBool();
 }
 
 } // namespace
@@ -127,6 +134,7 @@ void StationPanel::showStation(const StationReport& report)
     const auto found = m_report.statistics.stations.find(report.station);
     const bool isCounted = found != m_report.statistics.stations.end();
     item->setText(Condition, words);
+    item->setData(Condition, isOffRole, report.condition == StationCondition::SwitchedOff);
     item->setToolTip(Condition, words);
     item->setText(Answers, QString::number(report.answers));
     item->setText(GivenUp, QString::number(report.failures));
@@ -144,8 +152,7 @@ void StationPanel::showDetails()
     m_chart->show(isCounted ? found->second.roundTrips : RoundTrips());
     const QStringList failures = isCounted ? failureLines(found->second) : QStringList();
     m_failures->setText(failures.isEmpty() ? tr("Nothing was given up.") : failures.join(QLatin1Char('\n')));
-    const bool isOff = item && item->text(Condition).startsWith(tr("switched off"));
-    m_switch->setText(isOff ? tr("Switch &on") : tr("Switch &off"));
+    m_switch->setText(item && isOff(*item) ? tr("Switch &on") : tr("Switch &off"));
     m_switch->setEnabled(item && m_isLive);
 }
 
@@ -154,7 +161,7 @@ void StationPanel::press()
     const QTreeWidgetItem* const item = m_list->currentItem();
     if (!item || !m_isLive)
         return;
-    Q_EMIT switched(item->text(Number).toInt(), item->text(Condition).startsWith(tr("switched off")));
+    Q_EMIT switched(item->text(Number).toInt(), isOff(*item));
 }
 
 } // namespace plc
