@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// \brief The driver's areas, as a runtime knows them: written down once more, so that a slip in the driver's
-/// own
+/// \brief The driver's areas, as a runtime knows them: written down once more, so that a slip in the driver's own
 ///        table shows.
 #ifndef FUZZ_DRIVER_AREAS_H
 #define FUZZ_DRIVER_AREAS_H

@@ -6,9 +6,8 @@
 
 #include <QByteArray>
 
-/// One value of one station. The key is (station, area, address); bits inside words are kept in the word's
-/// entry (area 9, bit address / 16), except replies to area-8 reads, which have entries of their own (area
-/// 8).
+/// One value of one station. The key is (station, area, address); bits inside words are kept in the word's entry
+/// (area 9, bit address / 16), except replies to area-8 reads, which have entries of their own (area 8).
 struct EXTENDVAR {
     int station;      ///< station number
     int area;         ///< area code under which the value is kept

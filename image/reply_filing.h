@@ -11,8 +11,7 @@
 
 #include "driver/modbus_rtu_master.h"
 
-/// \return whether a write of a bit waits behind the head for the word that was to be read, and \a reply (may
-/// be
+/// \return whether a write of a bit waits behind the head for the word that was to be read, and \a reply (may be
 ///         null) does not hold it. Such a reply MUST NOT be filed or counted as good: the write would go out
 ///         with a value that nobody read.
 bool LacksWordForWrite(const QByteArray* reply) PLC_REQUIRES(PLC_driver.communicationTurn);

@@ -14,7 +14,8 @@ constexpr std::size_t fixedSize = 12; // of every request without values of its 
 constexpr int coilOn = 0xFF00;
 constexpr int coilOff = 0;
 
-// Inputs are the same elements as coils and registers, for masters that ask for them by these functions.
+// Codes and quantities are its own on purpose: those of the runtime, if wrong, would not show otherwise. Inputs are the
+// same elements as coils and registers, for masters that ask for them by these functions.
 constexpr ModbusFunction functions[] = {
     {1, ModbusFunction::Read, MemoryValue::Coil, 2000},
     {2, ModbusFunction::Read, MemoryValue::Coil, 2000},

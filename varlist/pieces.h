@@ -30,8 +30,7 @@ struct Pieces {
 /// Cuts \a count elements into pieces of at most \a limit; one piece where \a limit is 0 or less.
 Pieces CutIntoPieces(int count, int limit);
 
-/// \return words that \a count bits from bit \a address on span, counted from the first bit of their first
-/// word:
+/// \return words that \a count bits from bit \a address on span, counted from the first bit of their first word:
 ///         1 for no bit from bit 5 on, 0 or less where the count reaches back to that bit or beyond. \a count
 ///         is cut by ServableCount().
 int WordsOfBits(int address, int count);

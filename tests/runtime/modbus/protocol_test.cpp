@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The numbers of Modbus, against those of the library that the simulator is made with.
+// The numbers of Modbus, against those of libmodbus.
 
 #include "runtime/modbus/protocol.h"
 
