@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Completion of plcgateway in bash: options, their words, and the files that they take.
 #
 #   source plcgateway.bash

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Completion of plcpanel in bash: commands, options, and the files that options take.
 #
 #   source plcpanel.bash

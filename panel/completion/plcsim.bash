@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Completion of plcsim in bash: options, files and faults.
 #
 #   source plcsim.bash
