@@ -45,6 +45,7 @@ public:
     QList<RW_VAR> readList PLC_GUARDED_BY(listMutex);     ///< cyclic reads; the head is next or in flight
     QList<RW_VAR> writeList PLC_GUARDED_BY(listMutex);    ///< pending writes
     QList<RW_VAR> onceReadList PLC_GUARDED_BY(listMutex); ///< pending one-shot reads
+    /// In its place for the sake of the members behind it.
     QList<RW_VAR> spareList PLC_UNGUARDED("always empty");
 
     /// Frames of the request in flight; the head is unanswered.
@@ -52,13 +53,15 @@ public:
     QList<EXTENDVAR> extendList PLC_GUARDED_BY(imageMutex); ///< values per station (multi-station mode)
     QMap<int, int> stationMap PLC_GUARDED_BY(stationMutex); ///< keys: the stations that are switched off
 
-    /// The runtime's, or null; they run with listMutex held.
+    /// The runtime's, or null; it runs with listMutex held.
     OnceReadDoneCallback onceReadDoneCallback PLC_UNGUARDED("set before other threads begin");
+    /// The same.
     ListDoneCallback listDoneCallback PLC_UNGUARDED("set before other threads begin");
 
+    /// Of what is queued, and of what depends on it.
     DriverMutex listMutex PLC_ACQUIRED_BEFORE(imageMutex, stationMutex);
-    DriverMutex imageMutex;
-    DriverMutex stationMutex;
+    DriverMutex imageMutex;   ///< of the values
+    DriverMutex stationMutex; ///< of the table of stations
 
     RW_VAR retVar PLC_GUARDED_BY(listMutex);           ///< what DataCom() returns
     int requestKind PLC_GUARDED_BY(communicationTurn); ///< a RequestKind
@@ -68,7 +71,7 @@ public:
 
     /// 1 after a failed reply, 0 after a good one; any thread reads it.
     std::atomic<unsigned char> lastFailed PLC_UNGUARDED("atomic");
-    unsigned char spareFlag PLC_UNGUARDED("always 0");
+    unsigned char spareFlag PLC_UNGUARDED("always 0"); ///< in its place as spareList is
 
     Image image PLC_GUARDED_BY(imageMutex); ///< the local copy of the controller's memory
 

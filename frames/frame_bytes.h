@@ -52,8 +52,8 @@ inline unsigned char ByteAt(const QByteArray& bytes, int at)
 void PadTo(QByteArray& bytes, int size);
 
 /// A frame as far as its Modbus address: transaction and protocol number 0, the length field, the low byte of
-/// \a station, function code and address. The \a bytesAfterAddress that follow are there, for the caller to set.
-/// \param room any bytes, which are overwritten
+/// \a station, \a function and \a modbusAddress. The \a bytesAfterAddress that follow are there, for the caller to
+/// set. The bytes of \a room may be any; they are overwritten.
 QByteArray BeginFrame(QByteArray room, int station, FunctionCode function, int modbusAddress,
                       int bytesAfterAddress);
 
