@@ -236,11 +236,11 @@ TEST(Values, OfTextAreTheirCharactersInEveryOrder)
     test::holds(200, [] {
         const int area = *rc::gen::element(9, 14);
         const WordOrder order = *rc::gen::elementOf(orders);
-        const int unit = area == 14 ? 4 : 2;
+        const std::size_t unit = area == 14 ? 4 : 2;
         std::string text = *rc::gen::nonEmpty(
             rc::gen::resize(12, rc::gen::container<std::string>(rc::gen::inRange('a', 'z'))));
         const std::string shown = text;
-        text.resize((text.size() + static_cast<std::size_t>(unit) - 1) / unit * unit, '\0');
+        text.resize((text.size() + unit - 1) / unit * unit, '\0');
         std::string wire;
         const std::string letters = order == WordOrder::Usual ? "BADC" : lettersOf.at(order);
         for (std::size_t at = 0; at < text.size(); at += 4) {
