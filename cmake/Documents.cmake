@@ -85,7 +85,7 @@ if(PLC_BUILD_REFERENCE)
   add_custom_command(OUTPUT "${reference}/html/index.html"
     COMMAND "${PROJECT_SOURCE_DIR}/scripts/docs" --reference "${reference}"
     DEPENDS scripts/docs docs/Doxyfile driver/plcdriver.h docs/guide.md docs/wire.md docs/multi-station.md
-      docs/performance.md docs/runtime.md docs/lists.md VERBATIM)
+      docs/performance.md docs/qt4.md docs/runtime.md docs/lists.md VERBATIM)
   add_custom_target(reference ALL DEPENDS "${reference}/html/index.html")
   install(DIRECTORY "${reference}/html" DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/libplcdriver-dev"
     COMPONENT development)
