@@ -26,6 +26,19 @@ CyclicValue valueIn(ValueState state, quint32 value)
     return result;
 }
 
+TEST(AsListed, GivesAVariableThePlainTypeOfItsArea)
+{
+    const std::pair<int, plc::ValueType> rows[] = {
+        {0, plc::ValueType::Bit},    {7, plc::ValueType::Bit},     {8, plc::ValueType::Bit},
+        {9, plc::ValueType::Uint16}, {13, plc::ValueType::Uint16}, {14, plc::ValueType::Uint32},
+    };
+    for (const auto& [area, type] : rows) {
+        plc::Variable variable;
+        variable.area = area;
+        EXPECT_EQ(type, plc::asListed(variable).type) << area;
+    }
+}
+
 TEST(Mailbox, KeepsTheLastAnswerBesideALaterState)
 {
     Mailbox mailbox(1);

@@ -1,8 +1,29 @@
 // SPDX-License-Identifier: MIT
 #include "window/session/source.h"
 
+#include "runtime/model/area_table.h"
+
 namespace plc
 {
+
+namespace
+{
+
+ValueType plainType(int area)
+{
+    switch (kindOf(area)) {
+    case ElementKind::Word:
+        return ValueType::Uint16;
+    case ElementKind::DoubleWord:
+        return ValueType::Uint32;
+    case ElementKind::Bit:
+    case ElementKind::BitInWord:
+        break;
+    }
+    return ValueType::Bit;
+}
+
+} // namespace
 
 ListedVariable asListed(const Variable& variable)
 {
@@ -10,9 +31,7 @@ ListedVariable asListed(const Variable& variable)
     listed.name = variableText(variable);
     listed.elements = variable;
     listed.count = variable.count;
-    listed.type = variable.area == 14  ? ValueType::Uint32
-                  : variable.area <= 8 ? ValueType::Bit
-                                       : ValueType::Uint16;
+    listed.type = plainType(variable.area);
     return listed;
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The interface for C, called as a C program does.
 #include "runtime/c/plcruntime.h"
+#include "runtime/model/cyclic_value.h"
 #include "support/hostile_server.h"
 #include "support/runtime_fixture.h"
 
@@ -505,7 +506,11 @@ TEST(PlcRuntimeNames, AreThereForEveryNumber)
     EXPECT_STREQ(plcruntime_failure_name(-1), "other");
     EXPECT_STREQ(plcruntime_failure_name(PLCRUNTIME_CLOSED), "closed");
     EXPECT_STREQ(plcruntime_failure_name(PLCRUNTIME_NOT_REPORTED), "not reported");
+    for (int number = PLCRUNTIME_NEVER_READ; number <= PLCRUNTIME_FRESH; ++number)
+        EXPECT_EQ(plcruntime_state_name(number),
+                  plc::valueStateWord(static_cast<plc::ValueState>(number)).toStdString());
     EXPECT_STREQ(plcruntime_state_name(PLCRUNTIME_FRESH), "fresh");
+    EXPECT_STREQ(plcruntime_state_name(PLCRUNTIME_FRESH + 1), "unknown");
 }
 
 } // namespace
