@@ -153,7 +153,7 @@ TEST_F(Library, OffersTheChecksumsAndDigits)
 }
 
 // A runtime that was built long ago writes and reads the records at fixed byte offsets.
-#if defined(__i386__)
+#if defined(__SIZEOF_POINTER__) && __SIZEOF_POINTER__ == 4
 
 namespace
 {
