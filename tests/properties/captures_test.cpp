@@ -37,11 +37,9 @@ rc::Gen<std::vector<Connection>> connections()
         rc::gen::set(&Exchange::number, rc::gen::inRange(0, 0x10000)),
         rc::gen::set(&Exchange::unit, rc::gen::inRange(1, 248)),
         rc::gen::set(&Exchange::registers, rc::gen::inRange(1, 126)),
-        rc::gen::set(&Exchange::cuts,
-                     rc::gen::resize(4, rc::gen::container<std::vector<int>>(rc::gen::inRange(0, 262)))),
+        rc::gen::set(&Exchange::cuts, test::upTo<std::vector<int>>(4, rc::gen::inRange(0, 262))),
         rc::gen::set(&Exchange::answered, rc::gen::weightedElement<bool>({{7, true}, {1, false}})));
-    return rc::gen::resize(20, rc::gen::container<std::vector<Connection>>(
-                                   rc::gen::resize(6, rc::gen::container<Connection>(exchange))));
+    return test::upTo<std::vector<Connection>>(20, test::upTo<Connection>(6, exchange));
 }
 
 QByteArray bytes(const std::vector<int>& values)

@@ -25,8 +25,8 @@ std::string described(const ListedVariable& variable)
         return number ? QString::number(*number, 'g', 17).toStdString() : std::string("none");
     };
     std::ostringstream out;
-    out << variable.name.text().toStdString() << " = " << variableText(variable.elements).toStdString() << " of "
-        << variable.count << ' ' << valueTypeWord(variable.type).toStdString() << ' '
+    out << variable.name.text().toStdString() << " = " << variableText(variable.elements).toStdString()
+        << " of " << variable.count << ' ' << valueTypeWord(variable.type).toStdString() << ' '
         << wordOrderWord(variable.order).toStdString() << " x " << real(variable.scale) << " + "
         << real(variable.offset) << ' ' << variable.unit.toStdString() << ", digits " << variable.digits
         << ", from " << real(variable.min) << " to " << real(variable.max) << ", access "
@@ -58,12 +58,11 @@ rc::Gen<QString> texts(int longest)
         {{6, rc::gen::cast<ushort>(rc::gen::inRange('a', 'z'))},
          {2, rc::gen::cast<ushort>(rc::gen::inRange('!', '~'))},
          {2, rc::gen::element<ushort>(',', ';', '"', '#', '%', ' ', 0xB0, 0xE4, 0x20AC)}});
-    return rc::gen::map(rc::gen::resize(longest, rc::gen::container<std::vector<ushort>>(character)),
-                        [](const std::vector<ushort>& characters) {
-                            const QString text =
-                                QString::fromUtf16(characters.data(), static_cast<int>(characters.size()));
-                            return text.trimmed(); // spaces around a field are not part of it
-                        });
+    return rc::gen::map(
+        test::upTo<std::vector<ushort>>(longest, character), [](const std::vector<ushort>& characters) {
+            const QString text = QString::fromUtf16(characters.data(), static_cast<int>(characters.size()));
+            return text.trimmed(); // spaces around a field are not part of it
+        });
 }
 
 double anyReal()

@@ -40,6 +40,14 @@ void holds(int cases, Property property)
     judge(rc::detail::checkTestable(property, about, parameters), parameters);
 }
 
+/// \return a container of \a most items at most, each drawn from all that \a item has. With the size of the container
+///         alone rapidcheck would draw small numbers only, from a range so many hundredths of it.
+template <class Container, class Item>
+rc::Gen<Container> upTo(int most, const rc::Gen<Item>& item)
+{
+    return rc::gen::resize(most, rc::gen::container<Container>(rc::gen::resize(rc::kNominalSize, item)));
+}
+
 } // namespace test
 
 #endif

@@ -30,8 +30,7 @@ rc::Gen<Bytes> bytesUpTo(int count)
 {
     const auto byte = rc::gen::weightedOneOf<int>(
         {{6, rc::gen::inRange(0, 20)}, {1, rc::gen::inRange(20, 0xE0)}, {1, rc::gen::inRange(0xE0, 0x100)}});
-    const auto bytes = rc::gen::resize(count, rc::gen::container<Bytes>(rc::gen::cast<std::uint8_t>(byte)));
-    return bytes;
+    return test::upTo<Bytes>(count, rc::gen::cast<std::uint8_t>(byte));
 }
 
 struct Step {

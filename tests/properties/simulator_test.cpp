@@ -19,7 +19,7 @@ rc::Gen<Bytes> frames()
         rc::gen::weightedOneOf<int>({{3, rc::gen::inRange(0, 8)}, {1, rc::gen::inRange(0, 256)}});
     const auto code =
         rc::gen::weightedOneOf<int>({{7, rc::gen::element(1, 2, 3, 4, 5, 6, 15, 16)}, {1, byte}});
-    const auto rest = rc::gen::resize(16, rc::gen::container<std::vector<int>>(byte));
+    const auto rest = test::upTo<std::vector<int>>(16, byte);
     return rc::gen::map(rc::gen::tuple(rc::gen::inRange(0, 0x10000), byte, code, rest),
                         [](const std::tuple<int, int, int, std::vector<int>>& drawn) {
                             Bytes frame = {static_cast<std::uint8_t>(std::get<0>(drawn) >> 8),

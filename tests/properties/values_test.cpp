@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <map>
 #include <ostream>
@@ -104,8 +105,7 @@ void isShownAndWritten(ValueType type, const rc::Gen<Number>& numbers, std::stri
     test::holds(100, [&] {
         const int area = *rc::gen::element(9, 10, 13, 14);
         const WordOrder order = *rc::gen::elementOf(orders);
-        const auto values =
-            *rc::gen::nonEmpty(rc::gen::resize(6, rc::gen::container<std::vector<Number>>(numbers)));
+        const auto values = *rc::gen::nonEmpty(test::upTo<std::vector<Number>>(6, numbers));
         const ListedVariable variable = variableOf(type, area, static_cast<int>(values.size()), order);
         std::string expected;
         Elements elements;
@@ -230,6 +230,49 @@ TEST(Values, Of16BitsAreShownAndWrittenInWords)
     });
 }
 
+TEST(Values, OfHexAreShownAndWrittenWithAllDigitsOfTheirElements)
+{
+    test::holds(100, [] {
+        const bool isDouble = *rc::gen::arbitrary<bool>();
+        const auto drawn = *rc::gen::nonEmpty(test::upTo<Elements>(6, rc::gen::arbitrary<quint32>()));
+        Elements elements;
+        std::string expected;
+        for (const quint32 any : drawn) {
+            elements.push_back(isDouble ? any : any & 0xFFFF);
+            char text[11];
+            std::snprintf(text, sizeof text, isDouble ? "0x%08x" : "0x%04x", elements.back());
+            expected += (expected.empty() ? "" : ",") + std::string(text);
+        }
+        const ListedVariable variable = variableOf(ValueType::Hex, isDouble ? 14 : 9,
+                                                   static_cast<int>(elements.size()), WordOrder::Usual);
+        const QString shown = plc::listedTexts(variable, elements).join(QLatin1Char(','));
+        RC_ASSERT(shown.toStdString() == expected);
+        QString error;
+        RC_ASSERT(plc::parseListed(variable, shown, &error) == elements);
+    });
+}
+
+TEST(Values, OfBitsAreShownAsDigitsAndWrittenInWordsToo)
+{
+    test::holds(50, [] {
+        const int area = *rc::gen::inRange(1, 9);
+        const auto bits = *rc::gen::nonEmpty(test::upTo<std::vector<bool>>(20, rc::gen::arbitrary<bool>()));
+        Elements elements;
+        std::string expected;
+        QStringList words;
+        for (const bool bit : bits) {
+            elements.push_back(bit ? 1 : 0);
+            expected += bit ? '1' : '0';
+            words << (bit ? *rc::gen::element("1", "true", "on") : *rc::gen::element("0", "false", "off"));
+        }
+        const ListedVariable variable =
+            variableOf(ValueType::Bit, area, static_cast<int>(bits.size()), WordOrder::Usual);
+        RC_ASSERT(plc::listedTexts(variable, elements).join(QString()).toStdString() == expected);
+        QString error;
+        RC_ASSERT(plc::parseListed(variable, words.join(QLatin1Char(',')), &error) == elements);
+    });
+}
+
 // Four characters are a letter each; of two that are left over the bytes of their word are.
 TEST(Values, OfTextAreTheirCharactersInEveryOrder)
 {
@@ -237,8 +280,8 @@ TEST(Values, OfTextAreTheirCharactersInEveryOrder)
         const int area = *rc::gen::element(9, 14);
         const WordOrder order = *rc::gen::elementOf(orders);
         const std::size_t unit = area == 14 ? 4 : 2;
-        std::string text = *rc::gen::nonEmpty(
-            rc::gen::resize(12, rc::gen::container<std::string>(rc::gen::inRange('a', 'z'))));
+        std::string text =
+            *rc::gen::nonEmpty(test::upTo<std::string>(12, rc::gen::inRange<char>('a', 'z' + 1)));
         const std::string shown = text;
         text.resize((text.size() + unit - 1) / unit * unit, '\0');
         std::string wire;
