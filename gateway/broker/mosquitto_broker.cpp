@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstring>
 #include <functional>
+#include <set>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -46,8 +47,12 @@ const char* orNull(const QByteArray& text)
 
 QString errorWords(int result, int systemError)
 {
-    return result == MOSQ_ERR_ERRNO ? QString::fromLocal8Bit(std::strerror(systemError))
-                                    : QString::fromUtf8(mosquitto_strerror(result));
+    if (result == MOSQ_ERR_KEEPALIVE) // which libmosquitto has no words for
+        return QStringLiteral("it was silent for longer than --keep-alive allows");
+    if (result == MOSQ_ERR_ERRNO && systemError != 0)
+        return QString::fromLocal8Bit(std::strerror(systemError));
+    // Where a connection ends within a packet there is no error of the system.
+    return QString::fromUtf8(mosquitto_strerror(result == MOSQ_ERR_ERRNO ? MOSQ_ERR_CONN_LOST : result));
 }
 
 } // namespace
@@ -62,7 +67,7 @@ public:
         initializeOnce();
         m_mosquitto = mosquitto_new(clientId.toUtf8().constData(), true, this);
         if (!m_mosquitto)
-            throw std::runtime_error("libmosquitto: " + std::string(std::strerror(errno)));
+            throw std::runtime_error("libmosquitto does not take the name of the client, or has no memory");
         m_wake = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
         setCallbacks();
     }
@@ -101,9 +106,11 @@ private:
     void connectNow();
     void lose(const QString& why);
     void judge(int result);
+    int tokenOf(int token, int result, const QByteArray& topic);
 
     static Connection* of(void* object) { return static_cast<Connection*>(object); }
     void onConnect(int code);
+    void onDisconnect(int code);
     void onPublish(int token, int code);
     void onMessage(const mosquitto_message* message);
     void onSubscribe(int token, int count, const int* granted);
@@ -117,6 +124,7 @@ private:
     bool m_isUp = false; // the broker took the connection, and the events know
     bool m_isLeaving = false;
     bool m_isRefusalTold = false;
+    std::set<QByteArray> m_untaken; // topics that were told
     QString m_error;
     QString m_tlsError;
 
@@ -132,6 +140,10 @@ void MosquittoBroker::Connection::setCallbacks()
                                       [](mosquitto*, void* object, int code, int, const mosquitto_property*) {
                                           of(object)->onConnect(code);
                                       });
+    mosquitto_disconnect_v5_callback_set(m_mosquitto,
+                                         [](mosquitto*, void* object, int code, const mosquitto_property*) {
+                                             of(object)->onDisconnect(code);
+                                         });
     mosquitto_message_callback_set(
         m_mosquitto,
         [](mosquitto*, void* object, const mosquitto_message* message) { of(object)->onMessage(message); });
@@ -144,7 +156,7 @@ void MosquittoBroker::Connection::setCallbacks()
                                      });
     // What is wrong with a certificate is told nowhere else.
     mosquitto_log_callback_set(m_mosquitto, [](mosquitto*, void* object, int level, const char* text) {
-        if (level == MOSQ_LOG_ERR)
+        if (level == MOSQ_LOG_ERR && !of(object)->m_settings.caFile.isEmpty())
             of(object)->m_tlsError = QString::fromUtf8(text);
     });
 }
@@ -257,6 +269,14 @@ void MosquittoBroker::Connection::onConnect(int code)
         m_events->connected(m_broker);
 }
 
+/// Why a broker ends the connection it says with MQTT 5 alone; smaller codes are libmosquitto's own.
+void MosquittoBroker::Connection::onDisconnect(int code)
+{
+    if (isV5() && m_isUp && code >= firstFailure)
+        m_error =
+            QStringLiteral("the broker ended it: %1").arg(QString::fromUtf8(mosquitto_reason_string(code)));
+}
+
 /// What the broker refuses it would refuse again: it is told, and done with.
 void MosquittoBroker::Connection::onPublish(int token, int code)
 {
@@ -292,6 +312,17 @@ void MosquittoBroker::Connection::onSubscribe(int token, int count, const int* g
         m_events->subscribed(token, isGranted);
 }
 
+/// A message that is more than a broker of MQTT 5 takes never goes out, so a person has to know.
+int MosquittoBroker::Connection::tokenOf(int token, int result, const QByteArray& topic)
+{
+    if (result == MOSQ_ERR_SUCCESS)
+        return token;
+    if (result != MOSQ_ERR_NO_CONN && m_untaken.insert(topic).second)
+        tell(Weight::Error, QStringLiteral("the broker takes no such message as %1: %2; it waits")
+                                .arg(QString::fromUtf8(topic), errorWords(result, errno)));
+    return -1;
+}
+
 int MosquittoBroker::Connection::publish(const BrokerMessage& message)
 {
     if (!m_isUp)
@@ -300,7 +331,7 @@ int MosquittoBroker::Connection::publish(const BrokerMessage& message)
     const int result =
         mosquitto_publish(m_mosquitto, &token, message.topic.constData(), message.payload.size(),
                           message.payload.constData(), message.qos, message.retain);
-    return result == MOSQ_ERR_SUCCESS ? token : -1;
+    return tokenOf(token, result, message.topic);
 }
 
 int MosquittoBroker::Connection::subscribe(const QByteArrayList& filters, int qos)
@@ -337,11 +368,11 @@ MosquittoBroker::~MosquittoBroker()
 void MosquittoBroker::connect(const BrokerMessage& will)
 {
     m_connection = std::make_shared<Connection>(m_settings, m_clientId, m_events, this);
-    m_lastError = m_connection->prepare(will);
-    if (m_lastError.isEmpty())
-        m_connection->begin();
-    else
-        m_connection.reset();
+    const QString error = m_connection->prepare(will);
+    if (error.isEmpty()) // until this try has ended, what was wrong with the one before is all that is known
+        return m_connection->begin();
+    m_lastError = error;
+    m_connection.reset();
 }
 
 bool MosquittoBroker::isBusy() const
