@@ -162,11 +162,29 @@ void setBroker(const GivenOptions& options, BrokerSettings* broker)
     broker->password = login.password;
 }
 
+/// \return true when MQTT takes \a text, also with what is put before and behind it
+bool isMqttText(const QString& text)
+{
+    const int mostBytes = 1000;
+    return text.toUtf8().size() <= mostBytes && printable(text) == text;
+}
+
 /// \return true when MQTT takes \a text in a topic, and it is for no filter
 bool isTopicText(const QString& text)
 {
-    return !text.isEmpty() && !text.contains(QLatin1Char('+')) && !text.contains(QLatin1Char('#')) &&
-           !text.contains(QChar(0));
+    return !text.isEmpty() && isMqttText(text) && !text.contains(QLatin1Char('+')) &&
+           !text.contains(QLatin1Char('#'));
+}
+
+/// What libmosquitto would not take would end the program each time that it is started.
+void refuseNoText(const GivenOptions& options)
+{
+    for (const char* name : {"client-id", "prefix", "group", "node", "device", "primary-host"}) {
+        const QString text = given(options, name);
+        if (!isMqttText(text))
+            refuse(QStringLiteral("--%1 %2: at most 1000 bytes are expected, and no control characters")
+                       .arg(QLatin1String(name), excerpt(text)));
+    }
 }
 
 QString sparkplugName(const char* option, const QString& value)
@@ -313,6 +331,7 @@ GatewayOptions optionsOf(const GivenOptions& options)
 {
     GatewayOptions result;
     setController(options, &result.controller);
+    refuseNoText(options);
     setBroker(options, &result.broker);
     setPart(options, &result);
     setFormat(options, &result);

@@ -98,6 +98,22 @@ TEST_F(GatewayOptions, OfTheOtherFormatAreRefused)
     EXPECT_THAT(refusal(parse("--format xml")), HasSubstr("json or sparkplug"));
 }
 
+TEST_F(GatewayOptions, AreRefusedWhereMqttTakesNoSuchText)
+{
+    const QStringList json = {QStringLiteral("--format"), QStringLiteral("json")};
+    const QStringList sparkplug = {QStringLiteral("--format"), QStringLiteral("sparkplug"),
+                                   QStringLiteral("--group"),  QStringLiteral("g"),
+                                   QStringLiteral("--node"),   QStringLiteral("n\t1")};
+    EXPECT_THAT(refusal(parse(json + QStringList{QStringLiteral("--prefix"), QStringLiteral("a\nb")})),
+                HasSubstr("--prefix a.b: at most 1000 bytes are expected, and no control characters"));
+    EXPECT_THAT(
+        refusal(parse(json + QStringList{QStringLiteral("--client-id"), QString(1001, QLatin1Char('x'))})),
+        HasSubstr("at most 1000 bytes"));
+    EXPECT_THAT(refusal(parse(sparkplug)), HasSubstr("--node n.1: "));
+    EXPECT_EQ(parse(json + QStringList{QStringLiteral("--prefix"), QString(1000, QLatin1Char('x'))}).wish,
+              GatewayLine::Run);
+}
+
 TEST_F(GatewayOptions, OfTwoPartsOfAListDoNotPublishToTheSameTopics)
 {
     EXPECT_EQ(parse("--format json --part 2/4").options.prefix.toStdString(), "plc/10.0.0.1/2");
