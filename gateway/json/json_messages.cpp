@@ -7,6 +7,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLocale>
 
 #include <charconv>
 #include <cmath>
@@ -62,12 +63,15 @@ QByteArray valueOf(const Sample& sample, const ListedVariable& variable)
     return std::visit(ValueWriter(), sample.value);
 }
 
-/// Whole numbers without an exponent, which is for numbers with a fraction alone.
+/// Whole numbers without an exponent, which is for numbers with a fraction alone; but those that JSON may have
+/// rounded with one, so that none is written that was not asked for.
 QString typedNumber(double number)
 {
-    const bool isWhole =
-        std::fabs(number) <= static_cast<double>(greatestExactWhole) && std::trunc(number) == number;
-    return QString::fromLatin1(isWhole ? digits(static_cast<qint64>(number)) : digits(number));
+    if (std::trunc(number) != number)
+        return QString::fromLatin1(digits(number));
+    if (std::fabs(number) < static_cast<double>(greatestExactWhole))
+        return QString::fromLatin1(digits(static_cast<qint64>(number)));
+    return QString::number(number, 'e', QLocale::FloatingPointShortest);
 }
 
 /// \return the text of a value as a person would type it; empty where it is none that can be written

@@ -75,6 +75,15 @@ TEST(JsonMessages, AskForAValueWithAnIdentifierOrAlone)
     EXPECT_TRUE(plc::parseSetRequest("5").id.isUndefined());
 }
 
+TEST(JsonMessages, DoNotAskForAWholeNumberThatJsonMayHaveRounded)
+{
+    EXPECT_EQ(plc::parseSetRequest("9007199254740991").text.toStdString(), "9007199254740991");
+    EXPECT_EQ(plc::parseSetRequest("9007199254740993").text.toStdString(), "9.007199254740992e+15");
+    EXPECT_EQ(plc::parseSetRequest("[-9007199254740993]").text.toStdString(), "-9.007199254740992e+15");
+    EXPECT_EQ(plc::parseSetRequest("18446744073709551615").text.toStdString(), "1.8446744073709552e+19");
+    EXPECT_EQ(plc::parseSetRequest("\"9007199254740993\"").text.toStdString(), "9007199254740993");
+}
+
 TEST(JsonMessages, SayWhatIsWrongWithARequest)
 {
     for (const char* wrong : {"", "x", "{\"value\":", "{}", "{\"value\":null}", "null", "[]", "1,2", "[[1]]",
