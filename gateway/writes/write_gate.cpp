@@ -19,12 +19,23 @@ namespace
 const int mostUnderWay = 1000; // a broker's clients may ask faster than any controller answers
 const int longestTopic = 200;  // of which the journal shows more than of a value: it tells who asked
 
+/// \return why a write was not confirmed, and how much of it was all the same
+QString reasonOf(const WriteOutcome& outcome)
+{
+    const QString words = failureWords(outcome);
+    if (outcome.requestsConfirmed == 0)
+        return words;
+    return words + QStringLiteral("; %1 of its %2 requests were confirmed")
+                       .arg(outcome.requestsConfirmed)
+                       .arg(outcome.requests);
+}
+
 void judge(const WriteOutcome& outcome, WriteReport* report)
 {
-    report->reason = outcome.confirmed ? QString() : failureWords(outcome);
+    report->reason = outcome.confirmed ? QString() : reasonOf(outcome);
     if (outcome.confirmed)
         report->end = WriteEnd::Confirmed;
-    else if (outcome.failure.kind == FailureKind::Exception)
+    else if (outcome.failure.kind == FailureKind::Exception && outcome.requestsConfirmed == 0)
         report->end = WriteEnd::Refused;
     else if (isUnsent(outcome.failure.kind) && outcome.requestsConfirmed == 0)
         report->end = WriteEnd::NotSent;

@@ -80,6 +80,18 @@ TEST_F(WriteGate, TellsWhatWentOutFromWhatDidNot)
     EXPECT_EQ(write("55", failed(plc::FailureKind::NoReply)).end, WriteEnd::Unconfirmed);
 }
 
+TEST_F(WriteGate, OfWhichAPartWasConfirmedIsNotCalledRefused)
+{
+    plc::WriteOutcome outcome = failed(plc::FailureKind::Exception, 2);
+    outcome.requests = 3;
+    outcome.requestsConfirmed = 1;
+    const auto report = write("55", outcome);
+    EXPECT_EQ(report.end, WriteEnd::Unconfirmed);
+    EXPECT_EQ(report.exception, 2);
+    EXPECT_THAT(report.reason.toStdString(), HasSubstr("exception 2"));
+    EXPECT_THAT(report.reason.toStdString(), HasSubstr("1 of its 3 requests were confirmed"));
+}
+
 TEST_F(WriteGate, WritesNothingUnlessConfigurationAndListSaySo)
 {
     EXPECT_THAT(write("55", {}, false).reason.toStdString(), HasSubstr("allow-writes"));
