@@ -111,38 +111,38 @@ TEST_F(HostileBroker, ThatTakesOnlySmallerMessagesIsToldOf)
 
 TEST_F(HostileBroker, ThatTakesNoQosIsToldOf)
 {
-    ScriptedBroker broker("20 05 00 00 02 24 00", false); // it takes the connection, with QoS 0 alone
-    GatewayRun gateway(to(broker.address(), "5"));
+    ScriptedBroker scripted("20 05 00 00 02 24 00", false); // it takes the connection, with QoS 0 alone
+    GatewayRun gateway(to(scripted.address(), "5"));
     EXPECT_TRUE(gateway.says("the broker takes no such message as p/$state: "));
 }
 
 TEST_F(HostileBroker, ThatEndsTheConnectionSaysWhy)
 {
-    ScriptedBroker broker("20 03 00 00 00 E0 02 8E 00", false); // another client has the same name
-    GatewayRun gateway(to(broker.address(), "5"));
+    ScriptedBroker scripted("20 03 00 00 00 E0 02 8E 00", false); // another client has the same name
+    GatewayRun gateway(to(scripted.address(), "5"));
     EXPECT_TRUE(gateway.says("no connection to the broker: the broker ended it: Session taken over"));
 }
 
 TEST_F(HostileBroker, ThatClosesWithinAMessageHasEndedTheConnection)
 {
-    ScriptedBroker broker("20 02 00 00 30 20 00 05", true);
-    GatewayRun gateway(to(broker.address()));
+    ScriptedBroker scripted("20 02 00 00 30 20 00 05", true);
+    GatewayRun gateway(to(scripted.address()));
     EXPECT_TRUE(gateway.says("no connection to the broker: "));
     EXPECT_EQ(gateway.messages().find("Success"), std::string::npos) << gateway.messages();
 }
 
 TEST_F(HostileBroker, ThatSendsWhatIsNoPacketDoesNotLookAsIfItWereEncrypted)
 {
-    ScriptedBroker broker("20 02 00 00 00 00", false);
-    GatewayRun gateway(to(broker.address()));
+    ScriptedBroker scripted("20 02 00 00 00 00", false);
+    GatewayRun gateway(to(scripted.address()));
     EXPECT_TRUE(gateway.says("no connection to the broker: "));
     EXPECT_EQ(gateway.messages().find("encrypted"), std::string::npos) << gateway.messages();
 }
 
 TEST_F(HostileBroker, ThatNeverAnswersIsGivenUpForItsSilence)
 {
-    ScriptedBroker broker("", false);
-    GatewayRun gateway(to(broker.address()));
+    ScriptedBroker scripted("", false);
+    GatewayRun gateway(to(scripted.address()));
     EXPECT_TRUE(
         gateway.says("no connection to the broker: it was silent for longer than --keep-alive allows"));
 }
