@@ -20,7 +20,13 @@ CaptureFile::~CaptureFile()
 
 void CaptureFile::write(const QByteArray& bytes)
 {
-    if (m_error.isEmpty() && m_file.write(bytes) != bytes.size())
+    if (!m_error.isEmpty())
+        return;
+    const qint64 size = m_file.write(bytes);
+    if (size == bytes.size())
+        return;
+    // A disk that gets full takes a part, and says why not more when it is asked for the rest.
+    if (size < 0 || m_file.write(bytes.mid(static_cast<int>(size))) != bytes.size() - size)
         fail();
 }
 

@@ -33,6 +33,7 @@ void blockSignals()
     sigaddset(&set, SIGINT);
     pthread_sigmask(SIG_BLOCK, &set, nullptr);
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN); // a spool that may not get longer is told of like a disk that is full
 }
 
 /// Leaves the other parts of the list to other processes.

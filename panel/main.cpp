@@ -19,6 +19,7 @@
 
 #include <QCoreApplication>
 
+#include <csignal>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -90,6 +91,7 @@ ExitStatus obey(CommandLine line)
 int main(int argc, char* argv[])
 {
     keepStandardDescriptors();
+    std::signal(SIGXFSZ, SIG_IGN); // a file that may not get longer is told of like a disk that is full
     const QCoreApplication application(argc, argv);
     preferUtf8();
     const ExitStatus status = obey(parseCommandLine(QCoreApplication::arguments()));

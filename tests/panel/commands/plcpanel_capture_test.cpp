@@ -178,6 +178,14 @@ TEST_F(PlcpanelCapture, ToAFullDiskIsToldAndStopsNothing)
                 HasSubstr("full.jsonl: No space left on device; the exchange goes on without\n"));
 }
 
+TEST_F(PlcpanelCapture, ThatGetsTooLongSaysSoAndStopsNothing)
+{
+    const RunResult read =
+        test::plcpanelInShell("ulimit -f 1; \"$@\"", line("read 9:100x600", path("long.jsonl")));
+    EXPECT_EQ(read.status, 6);
+    EXPECT_THAT(read.errors, HasSubstr("long.jsonl: File too large; the exchange goes on without\n"));
+}
+
 TEST_F(PlcpanelCapture, ThatIsLostIsToldByTheStatusOfEveryCommandThatWouldBeGood)
 {
     ASSERT_TRUE(QFile::link(QStringLiteral("/dev/full"), path("full.pcap")));
