@@ -62,8 +62,8 @@ void CsvStore::takeOver()
             QStringLiteral("the file that is there has other columns than %1; give another name, or move "
                            "it away")
                 .arg(QString::fromLatin1(header.trimmed())));
-    m_firstTime = QString::fromUtf8(m_file.readLine()).section(QLatin1Char(','), 0, 0);
     const qint64 longestLine = 65536;
+    m_firstTime = QString::fromUtf8(m_file.readLine(longestLine)).section(QLatin1Char(','), 0, 0);
     const qint64 tail = qMin(m_file.size(), longestLine);
     m_file.seek(m_file.size() - tail);
     const int lastEnd = m_file.read(tail).lastIndexOf('\n');

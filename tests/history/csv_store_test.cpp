@@ -54,6 +54,13 @@ TEST_F(CsvStore, LeavesAFileOfOtherColumnsAlone)
     EXPECT_EQ("name,area,address,type\n", bytesOf("a.csv"));
 }
 
+TEST_F(CsvStore, RefusesAFileOfOneEndlessLineWithoutTakingItIntoMemory)
+{
+    put("a.csv", "time,name,value,unit,state\n");
+    ASSERT_TRUE(QFile::resize(path("a.csv"), 3LL << 30)); // a hole, which takes no room on the disk
+    EXPECT_THAT(refusal("a.csv"), HasSubstr("its last line has no end"));
+}
+
 TEST_F(CsvStore, SaysThatThereIsNoDirectory)
 {
     EXPECT_THAT(refusal("none/a.csv"), HasSubstr("there is no directory"));
