@@ -59,7 +59,7 @@ Failure silenceFailure(int code, const LinkExchange& exchange, int timeoutMs)
 {
     Failure failure(FailureKind::NoReply);
     failure.code = code;
-    failure.timeoutMs = timeoutMs;
+    failure.timeoutMs = exchange.outOfStep ? 0 : timeoutMs; // it was not waited to the end
     for (const DroppedReply& dropped : exchange.dropped)
         tellDropped(dropped, exchange.sentFrame, &failure);
     if (exchange.outOfStep && exchange.dropped.empty())

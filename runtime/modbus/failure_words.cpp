@@ -2,6 +2,7 @@
 #include "runtime/modbus/failure_words.h"
 
 #include "runtime/modbus/exception_words.h"
+#include "runtime/modbus/protocol.h"
 #include "runtime/modbus/reply_fault.h"
 #include "runtime/modbus/return_code_words.h"
 
@@ -74,6 +75,16 @@ QString acknowledged(const Failure& failure)
         .arg(failure.detail, QString::number(failure.exception));
 }
 
+/// Nothing can be read from the broadcast's number, so there is no use in trying it.
+QString otherUnit(int unit)
+{
+    if (unit == broadcastStation)
+        return QStringLiteral(
+            "; unit 0 answered, which is none: a gateway or controller has to repeat that of the "
+            "request");
+    return QStringLiteral("; unit %1 answered: try --station %1").arg(unit);
+}
+
 /// \return what came in place of the reply, and what to try; empty when nothing did
 QString seenWords(const Failure& failure)
 {
@@ -81,7 +92,7 @@ QString seenWords(const Failure& failure)
     case FailureKind::LateReply:
         return QStringLiteral("; replies came later: try a longer --timeout");
     case FailureKind::OtherUnit:
-        return QStringLiteral("; unit %1 answered: try --station %1").arg(failure.seen);
+        return otherUnit(failure.seen);
     case FailureKind::OtherFunction:
         return QStringLiteral("; replies to function %1 came, which was not asked for").arg(failure.seen);
     case FailureKind::OtherNumber:
@@ -94,6 +105,13 @@ QString seenWords(const Failure& failure)
     default:
         return QString();
     }
+}
+
+QString noReply(const Failure& failure)
+{
+    const QString words = resultWords(failure.code);
+    return failure.timeoutMs == 0 ? words
+                                  : QStringLiteral("%1 within %2 ms").arg(words).arg(failure.timeoutMs);
 }
 
 QString wordsOf(const Failure& failure, Asked asked)
@@ -114,8 +132,7 @@ QString wordsOf(const Failure& failure, Asked asked)
     case FailureKind::OtherFunction:
     case FailureKind::OtherNumber:
     case FailureKind::OtherElements:
-        return QStringLiteral("%1 within %2 ms").arg(resultWords(failure.code)).arg(failure.timeoutMs) +
-               seenWords(failure);
+        return noReply(failure) + seenWords(failure);
     case FailureKind::Exception:
         return QStringLiteral("the controller refused it: exception %1, %2")
             .arg(failure.exception)

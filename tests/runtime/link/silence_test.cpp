@@ -39,6 +39,14 @@ TEST(Silence, NamesTheUnitThatAnswered)
               "no reply within 300 ms; unit 255 answered: try --station 255");
 }
 
+TEST(Silence, DoesNotSendAnybodyToTheStationOfTheBroadcast)
+{
+    EXPECT_EQ(
+        wordsOfDropped("0005 0000 0005 00 03 02 1234", DropReason::WrongUnit),
+        "no reply within 300 ms; unit 0 answered, which is none: a gateway or controller has to repeat that "
+        "of the request");
+}
+
 TEST(Silence, NamesTheFunctionThatWasAnsweredAlsoByARefusal)
 {
     EXPECT_EQ(wordsOfDropped("0005 0000 0003 01 84 02", DropReason::WrongFunction),
@@ -63,6 +71,16 @@ TEST(Silence, OfAClosedConnectionIsNone)
               "the controller closed the connection at once: another master may hold its only one");
     exchange.answeredBefore = true;
     EXPECT_EQ(words(exchange), "the controller closed the connection instead of answering");
+}
+
+TEST(Silence, ThatWasNotWaitedForToTheEndNamesNoTime)
+{
+    LinkExchange exchange;
+    exchange.sentFrame = sent;
+    exchange.dropped = {{QByteArray::fromHex("0000 0000 0005 01 03 02 1234"), DropReason::Late}};
+    exchange.outOfStep = true; // too many strange replies came
+    EXPECT_EQ(words(exchange).find("no reply; replies came with transaction number 0"), 0u)
+        << words(exchange);
 }
 
 TEST(Silence, OfAnotherProtocolIsNone)
