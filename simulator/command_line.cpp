@@ -68,8 +68,8 @@ void addOptions(QCommandLineParser& parser)
              "Listen on this address, IPv4 or IPv6 in digits; default 127.0.0.1. Whoever reaches another "
              "one can read and write everything."),
          QStringLiteral("ADDRESS"), QLatin1String(defaultListenAddress)},
-        {QStringLiteral("remote"),
-         QStringLiteral("Speak remote frames instead of Modbus TCP; wire.md, installed with libplcdriver-dev, describes them.")},
+        {QStringLiteral("remote"), QStringLiteral("Speak remote frames instead of Modbus TCP; wire.md, "
+                                                  "installed with libplcdriver-dev, describes them.")},
         {QStringLiteral("load"), QStringLiteral("Start with the values of this file."),
          QStringLiteral("FILE")},
         {QStringLiteral("dump"), QStringLiteral("At the end print every value that is not 0.")},
@@ -101,6 +101,15 @@ void addOptions(QCommandLineParser& parser)
         {QStringLiteral("trace"), QStringLiteral("Print every request and reply in hex on standard error.")},
         {QStringLiteral("quiet"), QStringLiteral("No summary on standard error at the end.")},
     });
+}
+
+/// \return the file that is given; empty where the option is not
+QString fileName(const QCommandLineParser& parser, const char* option)
+{
+    const QString name = parser.value(QLatin1String(option));
+    if (name.isEmpty() && parser.isSet(QLatin1String(option)))
+        throw std::invalid_argument(std::string("--") + option + " has no value; give the name of a file");
+    return name;
 }
 
 unsigned long numberOf(const QCommandLineParser& parser, const char* option, unsigned long maximum)
@@ -237,8 +246,8 @@ Options optionsOf(const QCommandLineParser& parser)
     for (const QString& text : parser.values(QStringLiteral("silent")))
         addUnits(settings.silentUnits, text);
     settings.remote = parser.isSet(QStringLiteral("remote"));
-    options.loadFile = parser.value(QStringLiteral("load"));
-    options.dumpFile = parser.value(QStringLiteral("dump-file"));
+    options.loadFile = fileName(parser, "load");
+    options.dumpFile = fileName(parser, "dump-file");
     options.dump = parser.isSet(QStringLiteral("dump"));
     options.trace = parser.isSet(QStringLiteral("trace"));
     options.quiet = parser.isSet(QStringLiteral("quiet"));

@@ -499,6 +499,8 @@ INSTANTIATE_TEST_SUITE_P(
                     WrongArguments{{"--delay-ms", "9-5"}, "--delay-ms 9-5: give"},
                     WrongArguments{{"--late-ms", "-1"}, "--late-ms -1: give a number"},
                     WrongArguments{{"--seed", "4294967296"}, "--seed 4294967296: give a number"},
+                    WrongArguments{{"--load", ""}, "--load has no value; give the name of a file"},
+                    WrongArguments{{"--dump-file", ""}, "--dump-file has no value; give the name of a file"},
                     WrongArguments{{"--bogus"}, "Unknown option 'bogus'"},
                     WrongArguments{{"values.txt"}, "Unexpected argument 'values.txt'"}));
 
