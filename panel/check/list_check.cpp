@@ -72,10 +72,11 @@ ReadAnswer ListCheck::askUnlessGivenUp(const Variable& elements)
 {
     if (m_unanswered[elements.station] < mostUnanswered)
         return ask(elements);
-    return {ReadAnswer::Unanswered,
-            QStringLiteral("station %1 left the %2 blocks before unanswered and is asked no further")
-                .arg(elements.station)
-                .arg(mostUnanswered)};
+    return {
+        ReadAnswer::Unanswered,
+        QStringLiteral("station %1 gave no usable answer for the %2 blocks before and is asked no further")
+            .arg(elements.station)
+            .arg(mostUnanswered)};
 }
 
 /// The same elements are asked for once: variables may overlap.

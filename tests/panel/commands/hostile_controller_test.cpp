@@ -114,6 +114,18 @@ TEST(HostileController, ARefusalAsLongAsTheAnswerIsARefusalForTheCheck)
     EXPECT_THAT(ended.out, AllOf(HasSubstr("exception 2"), HasSubstr(" 0 can be read")));
 }
 
+TEST(HostileController, ThatIsBusyIsNotCalledSilentByTheCheck)
+{
+    HostileServer server(
+        [](const QByteArray& request, int) { return Answer{test::exceptionReply(request, 6)}; });
+    const RunResult ended = run(server, QStringLiteral("check 9:100 9:300 9:500"));
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_THAT(ended.out, HasSubstr("exception 6, server device busy: 9:100\n"));
+    EXPECT_THAT(
+        ended.out,
+        HasSubstr("station 1 gave no usable answer for the 2 blocks before and is asked no further: 9:500"));
+}
+
 TEST(HostileController, AnEchoOfAnotherAddressConfirmsNoWrite)
 {
     HostileServer server(

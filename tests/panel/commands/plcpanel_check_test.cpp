@@ -127,7 +127,8 @@ TEST_F(PlcpanelCheck, OfASilentControllerIsIncomplete)
     const RunResult run = check(shortList, {QStringLiteral("--timeout"), QStringLiteral("30"),
                                             QStringLiteral("--retries"), QStringLiteral("0")});
     EXPECT_THAT(run.out, Not(HasSubstr("REFUSED")));
-    EXPECT_THAT(run.out, HasSubstr("station 1 left the 2 blocks before unanswered and is asked no further"));
+    EXPECT_THAT(run.out,
+                HasSubstr("station 1 gave no usable answer for the 2 blocks before and is asked no further"));
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(controller->requests(), 2u);
 }
