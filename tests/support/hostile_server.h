@@ -4,15 +4,11 @@
 #ifndef TESTS_SUPPORT_HOSTILE_SERVER_H
 #define TESTS_SUPPORT_HOSTILE_SERVER_H
 
-#include "support/loopback.h"
+#include "support/listener.h"
 
 #include <QByteArray>
 #include <QString>
 
-#include <gtest/gtest.h>
-
-#include <netinet/in.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -48,10 +44,6 @@ public:
     /// \param script none: each connection is closed as soon as it is made
     explicit HostileServer(Script script) : m_script(std::move(script))
     {
-        socklen_t size = sizeof m_address;
-        if (bind(m_listener, genericAddress(), size) != 0 || listen(m_listener, 8) != 0 ||
-            getsockname(m_listener, genericAddress(), &size) != 0)
-            ADD_FAILURE() << "no port to listen on";
         m_thread = std::thread([this] { serve(); });
     }
 
@@ -59,13 +51,12 @@ public:
     {
         m_stopping = true;
         m_thread.join();
-        close(m_listener);
     }
 
     HostileServer(const HostileServer&) = delete;
     HostileServer& operator=(const HostileServer&) = delete;
 
-    int port() const { return ntohs(m_address.sin_port); }
+    int port() const { return m_listener.port(); }
 
     /// \return it as plcpanel's --controller takes it
     QString controller() const { return QStringLiteral("127.0.0.1:%1").arg(port()); }
@@ -82,9 +73,9 @@ private:
     void serve()
     {
         while (!m_stopping) {
-            if (!isReadable(m_listener))
+            if (!isReadable(m_listener.descriptor()))
                 continue;
-            const int connection = accept(m_listener, nullptr, nullptr);
+            const int connection = accept(m_listener.descriptor(), nullptr, nullptr);
             ++m_connections;
             while (m_script && !m_stopping && answerNext(connection)) {
             }
@@ -128,18 +119,8 @@ private:
         return bytes;
     }
 
-    static bool isReadable(int socket)
-    {
-        const int lookMs = 20;
-        pollfd look = {socket, POLLIN, 0};
-        return ::poll(&look, 1, lookMs) > 0;
-    }
-
-    sockaddr* genericAddress() { return reinterpret_cast<sockaddr*>(&m_address); }
-
     const Script m_script;
-    sockaddr_in m_address = loopback();
-    const int m_listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const Listener m_listener;
     mutable std::mutex m_mutex;
     std::vector<SeenRequest> m_seen;
     std::atomic<int> m_connections{0};

@@ -4,13 +4,12 @@
 #ifndef TESTS_PANEL_SCRIPTED_CONTROLLER_H
 #define TESTS_PANEL_SCRIPTED_CONTROLLER_H
 
-#include "support/loopback.h"
+#include "support/listener.h"
 
 #include <gtest/gtest.h>
 
 #include <QByteArray>
 
-#include <netinet/in.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -21,27 +20,15 @@
 class ScriptedController
 {
 public:
-    ScriptedController()
-    {
-        socklen_t size = sizeof m_address;
-        if (bind(m_listener, genericAddress(), size) != 0 || listen(m_listener, 8) != 0 ||
-            getsockname(m_listener, genericAddress(), &size) != 0)
-            ADD_FAILURE() << "no port to listen on";
-        limitWaiting(m_listener);
-    }
+    ScriptedController() { limitWaiting(m_listener.descriptor()); }
+    ~ScriptedController() { close(); }
 
-    ~ScriptedController()
-    {
-        close();
-        ::close(m_listener);
-    }
-
-    int port() const { return ntohs(m_address.sin_port); }
+    int port() const { return m_listener.port(); }
 
     /// Waits for a connection and for a request on it.
     void acceptAndReceive(std::size_t size = 12)
     {
-        m_connection = accept(m_listener, nullptr, nullptr);
+        m_connection = accept(m_listener.descriptor(), nullptr, nullptr);
         ASSERT_GE(m_connection, 0) << "nobody connects";
         limitWaiting(m_connection);
         receive(size);
@@ -91,10 +78,7 @@ private:
         setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
     }
 
-    sockaddr* genericAddress() { return reinterpret_cast<sockaddr*>(&m_address); }
-
-    sockaddr_in m_address = test::loopback();
-    const int m_listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const test::Listener m_listener;
     int m_connection = -1;
 };
 

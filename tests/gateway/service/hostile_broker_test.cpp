@@ -2,12 +2,11 @@
 // The gateway as a program, with brokers that do not keep to the protocol, and what the journal says of them.
 
 #include "gateway/service/plant_fixture.h"
-#include "support/loopback.h"
+#include "support/listener.h"
 
 #include <atomic>
 #include <thread>
 
-#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -24,12 +23,6 @@ public:
     /// \param closes after the bytes; otherwise it is silent from then on
     ScriptedBroker(const char* hex, bool closes) : m_answer(QByteArray::fromHex(hex)), m_closes(closes)
     {
-        sockaddr_in address = test::loopback();
-        socklen_t size = sizeof address;
-        EXPECT_EQ(0, bind(m_listener, reinterpret_cast<sockaddr*>(&address), size));
-        EXPECT_EQ(0, getsockname(m_listener, reinterpret_cast<sockaddr*>(&address), &size));
-        EXPECT_EQ(0, listen(m_listener, 5));
-        m_port = ntohs(address.sin_port);
         m_thread = std::thread([this] { run(); });
     }
 
@@ -37,27 +30,20 @@ public:
     {
         m_ends = true;
         m_thread.join();
-        close(m_listener);
     }
 
     ScriptedBroker(const ScriptedBroker&) = delete;
     ScriptedBroker& operator=(const ScriptedBroker&) = delete;
 
-    QString address() const { return QStringLiteral("127.0.0.1:%1").arg(m_port); }
+    QString address() const { return QStringLiteral("127.0.0.1:%1").arg(m_listener.port()); }
 
 private:
-    static bool hasCome(int descriptor)
-    {
-        pollfd look = {descriptor, POLLIN, 0};
-        return poll(&look, 1, 10) > 0;
-    }
-
     void run()
     {
         while (!m_ends) {
-            if (!hasCome(m_listener))
+            if (!test::isReadable(m_listener.descriptor()))
                 continue;
-            const int connection = accept(m_listener, nullptr, nullptr);
+            const int connection = accept(m_listener.descriptor(), nullptr, nullptr);
             serve(connection);
             close(connection);
         }
@@ -68,7 +54,7 @@ private:
         char bytes[4096];
         bool isAnswered = false;
         while (!m_ends) {
-            if (!hasCome(connection))
+            if (!test::isReadable(connection))
                 continue;
             if (recv(connection, bytes, sizeof bytes, 0) <= 0)
                 return;
@@ -83,8 +69,7 @@ private:
 
     const QByteArray m_answer;
     const bool m_closes;
-    const int m_listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    int m_port = 0;
+    const test::Listener m_listener;
     std::atomic<bool> m_ends{false};
     std::thread m_thread;
 };

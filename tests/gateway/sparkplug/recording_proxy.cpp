@@ -2,7 +2,6 @@
 #include "gateway/sparkplug/recording_proxy.h"
 
 #include "gateway/plant_run.h"
-#include "support/loopback.h"
 
 #include <gtest/gtest.h>
 
@@ -56,13 +55,6 @@ bool pass(int from, int to, QByteArray* copy)
 
 RecordingProxy::RecordingProxy(int brokerPort) : m_brokerPort(brokerPort)
 {
-    m_listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address = loopback();
-    socklen_t size = sizeof address;
-    EXPECT_EQ(0, bind(m_listener, reinterpret_cast<sockaddr*>(&address), size));
-    EXPECT_EQ(0, getsockname(m_listener, reinterpret_cast<sockaddr*>(&address), &size));
-    EXPECT_EQ(0, listen(m_listener, 5));
-    m_port = ntohs(address.sin_port);
     m_thread = std::thread([this] { run(); });
 }
 
@@ -70,7 +62,6 @@ RecordingProxy::~RecordingProxy()
 {
     m_ends = true;
     m_thread.join();
-    close(m_listener);
 }
 
 std::vector<QByteArray> RecordingProxy::packets() const
@@ -82,10 +73,9 @@ std::vector<QByteArray> RecordingProxy::packets() const
 void RecordingProxy::run()
 {
     while (!m_ends) {
-        pollfd waits = {m_listener, POLLIN, 0};
-        if (poll(&waits, 1, lookMs) <= 0)
+        if (!isReadable(m_listener.descriptor()))
             continue;
-        const int gateway = accept(m_listener, nullptr, nullptr);
+        const int gateway = accept(m_listener.descriptor(), nullptr, nullptr);
         const int broker = m_hides ? -1 : connected(m_brokerPort);
         if (broker >= 0)
             serve(gateway, broker);

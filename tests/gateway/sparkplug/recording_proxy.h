@@ -4,6 +4,8 @@
 #ifndef TESTS_GATEWAY_SPARKPLUG_RECORDING_PROXY_H
 #define TESTS_GATEWAY_SPARKPLUG_RECORDING_PROXY_H
 
+#include "support/listener.h"
+
 #include <QByteArray>
 
 #include <atomic>
@@ -23,7 +25,7 @@ public:
     RecordingProxy(const RecordingProxy&) = delete;
     RecordingProxy& operator=(const RecordingProxy&) = delete;
 
-    int port() const { return m_port; }
+    int port() const { return m_listener.port(); }
 
     /// \return the packets of MQTT that the gateway has sent so far, of all its connections
     std::vector<QByteArray> packets() const;
@@ -46,8 +48,7 @@ private:
     void keep(const QByteArray& bytes);
 
     const int m_brokerPort;
-    int m_listener = -1;
-    int m_port = 0;
+    const Listener m_listener;
     std::atomic<bool> m_ends{false};
     std::atomic<bool> m_holds{false};
     std::atomic<bool> m_stalls{false};
