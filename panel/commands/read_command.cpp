@@ -6,6 +6,7 @@
 #include "panel/session/waiting.h"
 #include "panel/terminal/output.h"
 #include "panel/terminal/watch_signals.h"
+#include "panel/watch/row_texts.h"
 #include "panel/watch/watch_rows.h"
 #include "runtime/modbus/failure_words.h"
 #include "runtime/modbus/request_pieces.h"
@@ -18,11 +19,6 @@ namespace plc
 
 namespace
 {
-
-QString nameOf(const WatchRow& row)
-{
-    return row.listed ? row.listed->name.text() : variableText(row.variable);
-}
 
 QString valueOf(const WatchRow& row, const ReadOutcome& outcome, ValueFormat format)
 {
@@ -56,7 +52,7 @@ int widestName(const std::vector<WatchRow>& rows)
 {
     int width = 0;
     for (const WatchRow& row : rows)
-        width = std::max(width, nameOf(row).size());
+        width = std::max(width, rowName(row).size());
     return width;
 }
 
@@ -67,10 +63,10 @@ void report(const Options& options, const WatchRow& row, const ReadOutcome& outc
         print(readJson(row, withStation(row.variable, options.settings).station, outcome) +
               QLatin1Char('\n'));
     else if (outcome.done)
-        print(nameOf(row).leftJustified(width + 2) + valueOf(row, outcome, options.format) +
+        print(rowName(row).leftJustified(width + 2) + valueOf(row, outcome, options.format) +
               QLatin1Char('\n'));
     else
-        complain(QStringLiteral("%1: not read: %2").arg(nameOf(row), failureText(outcome)));
+        complain(QStringLiteral("%1: not read: %2").arg(rowName(row), failureText(outcome)));
 }
 
 ReadOutcome readNotTried()
@@ -92,7 +88,7 @@ ExitStatus runRead(const Options& options)
     bool allDone = true;
     bool reachable = true;
     for (const WatchRow& row : rows) {
-        const QString what = QStringLiteral("reading ") + nameOf(row);
+        const QString what = QStringLiteral("reading ") + rowName(row);
         const ReadOutcome outcome =
             reachable ? waitFor(&session, session.runtime().read(row.variable), what) : readNotTried();
         report(options, row, outcome, width);
