@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "panel/terminal/terminal.h"
 
+#include <QByteArray>
+
 #include <sys/ioctl.h>
 #include <unistd.h>
 
