@@ -20,18 +20,6 @@ const double beyondInt64 = 9223372036854775808.0; // the first number that does 
     throw Refusal(PLCRUNTIME_INVALID, words);
 }
 
-ValueType plainType(int area)
-{
-    switch (kindOf(area)) {
-    case ElementKind::Word:
-        return ValueType::Uint16;
-    case ElementKind::DoubleWord:
-        return ValueType::Uint32;
-    default:
-        return ValueType::Bit;
-    }
-}
-
 ValueType typeOf(const char* type, int area)
 {
     if (type == nullptr)

@@ -178,6 +178,20 @@ QString valueTypesOfArea(int area)
     return words.join(QStringLiteral(", "));
 }
 
+ValueType plainType(int area)
+{
+    switch (kindOf(area)) {
+    case ElementKind::Word:
+        return ValueType::Uint16;
+    case ElementKind::DoubleWord:
+        return ValueType::Uint32;
+    case ElementKind::Bit:
+    case ElementKind::BitInWord:
+        break;
+    }
+    return ValueType::Bit;
+}
+
 int bytesOfType(ValueType type, int area)
 {
     const TypeRow& row = rowOf(type);

@@ -47,6 +47,9 @@ PLCRUNTIME_API QString valueTypeWords();
 /// \return the words of all types that \a area can hold, for messages
 PLCRUNTIME_API QString valueTypesOfArea(int area);
 
+/// \return the type that the elements of \a area have where nothing else is said of them
+PLCRUNTIME_API ValueType plainType(int area);
+
 /// \return bytes of one value of \a type in \a area; of text and bits those of an element
 PLCRUNTIME_API int bytesOfType(ValueType type, int area);
 
